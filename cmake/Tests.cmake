@@ -1,0 +1,25 @@
+# The test programs link the library statically, so that tests can reach inside it and put engines of their own in;
+# what is exported and installed is tested by tests/octave.
+
+find_package (GTest REQUIRED)
+add_gateway (standalone "${CMAKE_SOURCE_DIR}/host/standalone")
+copy_highs (tests_highs "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+
+# add_test_program (name folder library ...): sources of tests/<folder> and of tests/support
+function (add_test_program name folder)
+    collect_sources (sources tests/${folder})
+    if (NOT sources)
+        return ()
+    endif ()
+    collect_sources (support tests/support)
+    add_executable (${name} ${sources} ${support})
+    target_include_directories (${name} PRIVATE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
+    target_compile_definitions (${name} PRIVATE KALVO_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+    target_link_libraries (${name} PRIVATE kalvo_warnings ${ARGN})
+    add_dependencies (${name} tests_highs)
+endfunction ()
+
+add_test_program (library_tests library GTest::gtest_main $<TARGET_NAME_IF_EXISTS:kalvo_core>)
+add_test_program (unit_tests unit GTest::gtest_main $<TARGET_NAME_IF_EXISTS:gateway_standalone>
+    $<TARGET_NAME_IF_EXISTS:kalvo_core>)
+add_test_program (fuzz_files fuzz $<TARGET_NAME_IF_EXISTS:kalvo_core>)
