@@ -1,0 +1,7 @@
+// The host as the gateway sees it: MATLAB's external interface (the mex.h of the host that is built for) and
+// the few functions that no public header declares. The folder of each host supplies what that host lacks.
+#pragma once
+
+#include <mex.h>
+
+#include "host/matlab/undocumented.h"
