@@ -108,7 +108,7 @@ struct Call {
 
     View operator[] (std::size_t output) const
     {
-        return output < outputs.size () ? outputs[output] : View ();
+        return output < outputs.size () ? outputs[output].get () : nullptr;
     }
 };
 
