@@ -1,5 +1,5 @@
 // Functions that MATLAB's libmex and libut export but no header of it declares. The other hosts supply their
- // own.
+// own.
 #pragma once
 
 extern "C" {

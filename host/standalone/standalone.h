@@ -37,11 +37,11 @@ public:
     std::vector<std::size_t> sizes () const;
     std::size_t count () const;
 
-    std::vector<double> numbers () const; // all elements, column by column, whatever the numeric class
-    double number () const; // the only element
-    std::string text () const; // a char array, column by column, as UTF-8
+    std::vector<double> numbers () const;    // all elements, column by column, whatever the numeric class
+    double number () const;                  // the only element
+    std::string text () const;               // a char array, column by column, as UTF-8
     std::vector<std::string> field_names () const;
-    View operator[] (const char* field) const; // of the first element; null when absent or unset
+    View operator[] (const char* field) const;    // of the first element; null when absent or unset
     View cell (std::size_t index) const;
 
 protected:
@@ -66,22 +66,22 @@ using Numbers = std::vector<double>;
 using Sizes = std::vector<std::size_t>;
 
 struct Entry {
-    std::size_t row, column; // 0-based
+    std::size_t row, column;    // 0-based
     double value;
 };
 
 Value scalar (double value);
 Value row (const Numbers& values);
 Value column (const Numbers& values);
-Value matrix (std::size_t rows, std::size_t columns, const Numbers& values = {}); // zeros by default
+Value matrix (std::size_t rows, std::size_t columns, const Numbers& values = {});    // zeros by default
 Value array (mxClassID class_id, const Sizes& sizes,
-             const Numbers& values = {}); // any numeric class, logical
+             const Numbers& values = {});    // any numeric class, logical
 Value complex (std::size_t rows, std::size_t columns, const Numbers& real, const Numbers& imaginary);
 Value sparse (std::size_t rows, std::size_t columns, std::vector<Entry> entries,
               mxClassID class_id = mxDOUBLE_CLASS);
 Value text (std::string_view utf8);
-Value texts (const std::vector<std::string>& rows); // one char row each, padded with blanks
-Value cell (const std::vector<Value>& elements); // a row
+Value texts (const std::vector<std::string>& rows);    // one char row each, padded with blanks
+Value cell (const std::vector<Value>& elements);       // a row
 Value cell (const Sizes& sizes);
 Value record (const std::vector<std::pair<std::string, Value>>& fields);
 Value records (const Sizes& sizes, const std::vector<std::string>& fields);
@@ -102,8 +102,8 @@ using Function = std::function<std::vector<Value> (int outputs, const std::vecto
 using EntryPoint = void (*) (int, mxArray*[], int, const mxArray*[]);
 
 struct Call {
-    std::vector<Value> outputs; // null where the entry assigned none
-    std::optional<std::string> error; // of mexErrMsgTxt
+    std::vector<Value> outputs;          // null where the entry assigned none
+    std::optional<std::string> error;    // of mexErrMsgTxt
     std::size_t left_arrays = 0, left_blocks = 0;
 
     View operator[] (std::size_t output) const
@@ -120,25 +120,25 @@ struct Session {
     std::string printed;
     std::vector<std::string> evaluated;
     std::vector<std::pair<std::string, Function>> functions;
-    std::function<int (const std::string& command)> on_evaluate; // what mexEvalString runs; null: nothing
+    std::function<int (const std::string& command)> on_evaluate;    // what mexEvalString runs; null: nothing
 
-    long allocations = 0; // blocks and arrays that were asked for
-    long failing_allocation = 0; // the number of the one that fails; 0: none
+    long allocations = 0;           // blocks and arrays that were asked for
+    long failing_allocation = 0;    // the number of the one that fails; 0: none
 
     bool interrupt_enabled = true;
     bool interrupt_pending = false;
     long interrupt_polls = 0;
-    long interrupt_at_poll = 0; // the poll that raises the flag; 0: none
+    long interrupt_at_poll = 0;    // the poll that raises the flag; 0: none
 
     int lock_count = 0;
     std::vector<std::string> faults;
 
-    void define (std::string name, Function function); // a MATLAB function, replacing one of the same name
+    void define (std::string name, Function function);    // a MATLAB function, replacing one of the same name
 };
 
 Session& session ();
 
-std::size_t live_arrays (); // of the calls and the test together, parts of others not counted
+std::size_t live_arrays ();    // of the calls and the test together, parts of others not counted
 std::size_t live_blocks ();
 
 // A new session: each test starts with one.
