@@ -61,6 +61,7 @@ void mxDestroyArray (mxArray* array);
 std::size_t mxGetM (const mxArray* array);
 std::size_t mxGetN (const mxArray* array);
 std::size_t mxGetNumberOfElements (const mxArray* array);
+mwSize mxGetNumberOfDimensions (const mxArray* array);
 mxClassID mxGetClassID (const mxArray* array);
 bool mxIsEmpty (const mxArray* array);
 bool mxIsChar (const mxArray* array);
@@ -68,6 +69,7 @@ bool mxIsStruct (const mxArray* array);
 bool mxIsCell (const mxArray* array);
 bool mxIsDouble (const mxArray* array);
 bool mxIsSparse (const mxArray* array);
+bool mxIsComplex (const mxArray* array);
 
 // Contents
 double* mxGetPr (const mxArray* array);
