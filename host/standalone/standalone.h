@@ -52,7 +52,7 @@ protected:
 class Value : public View {
 public:
     Value () = default;
-    explicit Value (mxArray* array) : View (array) {}
+    explicit Value (mxArray* array);
     Value (const Value& other);
     Value (Value&& other) noexcept : View (std::exchange (other.array_, nullptr)) {}
     Value& operator= (Value other) noexcept;
@@ -138,10 +138,11 @@ struct Session {
 
 Session& session ();
 
-std::size_t live_arrays ();    // of the calls and the test together, parts of others not counted
+// What the functions of mex.h gave out and nobody released; outputs of calls became values.
+std::size_t live_arrays ();
 std::size_t live_blocks ();
 
-// A new session: each test starts with one.
+// A new session: each test starts with one. Values stay.
 void reset ();
 
 }
