@@ -128,6 +128,11 @@ std::size_t mxGetNumberOfElements (const mxArray* array)
     return book ().used (array, "mxGetNumberOfElements").count ();
 }
 
+mwSize mxGetNumberOfDimensions (const mxArray* array)
+{
+    return book ().used (array, "mxGetNumberOfDimensions").sizes.size ();
+}
+
 mxClassID mxGetClassID (const mxArray* array)
 {
     return book ().used (array, "mxGetClassID").class_id;
@@ -161,6 +166,11 @@ bool mxIsDouble (const mxArray* array)
 bool mxIsSparse (const mxArray* array)
 {
     return book ().used (array, "mxIsSparse").is_sparse;
+}
+
+bool mxIsComplex (const mxArray* array)
+{
+    return book ().used (array, "mxIsComplex").is_complex;
 }
 
 double* mxGetPr (const mxArray* array)
