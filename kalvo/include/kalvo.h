@@ -43,7 +43,7 @@ typedef struct KLV_env *KLVenv_t;
 typedef struct KLV_task *KLVtask_t;
 typedef int32_t KLVrescode_t;
 
-/* Response codes. Their names without prefix and their descriptions: KLV_getcodedesc. */
+/* Response codes. Their names and descriptions: KLV_getcodedesc. */
 enum KLVrescode {
     KLV_RES_OK = 0,
 
@@ -158,6 +158,28 @@ enum KLVoptimizer {
     KLV_OPTIMIZER_CONIC = 4,
     KLV_OPTIMIZER_MIXED_INTEGER = 5
 };
+
+/* Values of integer parameters. */
+enum KLVswitch { KLV_OFF = 0, KLV_ON = 1 };
+
+enum KLVpresolve { KLV_PRESOLVE_OFF = 0, KLV_PRESOLVE_ON = 1, KLV_PRESOLVE_AUTOMATIC = 2 };
+
+enum KLVscaling {
+    KLV_SCALING_OFF = 0,
+    KLV_SCALING_AUTOMATIC = 1,
+    KLV_SCALING_EQUILIBRATION = 2,
+    KLV_SCALING_FORCED_EQUILIBRATION = 3,
+    KLV_SCALING_MAXIMUM_VALUE = 4
+};
+
+enum KLVpricing {
+    KLV_PRICING_AUTOMATIC = 0,
+    KLV_PRICING_DANTZIG = 1,
+    KLV_PRICING_DEVEX = 2,
+    KLV_PRICING_STEEPEST_EDGE = 3
+};
+
+enum KLVfileformat { KLV_FILE_BY_EXTENSION = 0, KLV_FILE_FREE_MPS = 1, KLV_FILE_FIXED_MPS = 2 };
 
 /* Kinds of parameters and of information items. */
 enum KLVparamtype { KLV_PAR_NONE = 0, KLV_PAR_DOUBLE = 1, KLV_PAR_INTEGER = 2, KLV_PAR_STRING = 3 };

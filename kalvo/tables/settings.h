@@ -14,28 +14,28 @@ enum class RealSetting {
     integer_absolute_gap,
     integer_relative_gap,
     time_limit,            // seconds; negative: none
-    objective_limit,       // a dual (simplex) or primal (integer) objective beyond it ends the run
+    objective_limit,       // a dual (simplex) or primal (integer) objective beyond it ends the run; infinite: none
     count
 };
 
 enum class IntSetting {
     optimizer,             // KLVoptimizer
-    interior_point_basis,  // simplex finish after interior point: 0 no, 1 yes
-    presolve,              // 0 off, 1 on, 2 the engine chooses
-    scaling,               // 0 off, 1 the engine chooses, 2 equilibration, 3 forced equilibration, 4 maximum value
-    simplex_pricing,       // 0 the engine chooses, 1 Dantzig, 2 Devex, 3 steepest edge
-    simplex_iteration_limit,
-    interior_iteration_limit,
+    interior_point_basis,  // KLVswitch: simplex finish after interior point
+    presolve,              // KLVpresolve
+    scaling,               // KLVscaling
+    simplex_pricing,       // KLVpricing
+    simplex_iteration_limit,        // negative: none
+    interior_iteration_limit,       // negative: none
     node_limit,            // negative: none
     solution_limit,        // improving integer solutions; negative: none
-    relax_integers,
+    relax_integers,        // KLVswitch
     threads,               // 0: the library chooses
     random_seed,
     log_level,             // 0 nothing, 1 summary lines, 2 and progress, 3 and the engine's own lines
-    log_interior_point,
+    log_interior_point,    // KLVswitch: progress lines of one optimiser
     log_simplex,
     log_mixed_integer,
-    file_format,           // 0 by extension, 1 free MPS, 2 fixed MPS
+    file_format,           // KLVfileformat
     count
 };
 

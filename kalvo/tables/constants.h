@@ -1,0 +1,35 @@
+// Symbolic constants: every value that has a name, response codes included.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace klv {
+
+enum class Group {
+    none, bound_key, sense, variable_type, solution, problem_status, solution_status, status_key,
+    on_off, optimizer, presolve, scaling, pricing, file_format,
+    parameter_kind, information_kind, stream, caller, response,
+    count
+};
+
+struct Constant {
+    Group group;
+    std::string_view name;          // "KLV_BK_LO"
+    std::int32_t value;
+    std::string_view description;
+};
+
+// All constants; those of a group stand together, in the order of their values.
+std::span<const Constant> constants ();
+std::span<const Constant> constants (Group group);
+
+const Constant* find_constant (std::string_view name);
+const Constant* find_constant (Group group, std::int32_t value);
+
+// The text of a status or key: its name without the prefix that its group has in common.
+std::string_view short_name (const Constant& constant);
+
+}
