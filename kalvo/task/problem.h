@@ -1,12 +1,13 @@
 // The problem as the user stated it: what a task stores, what answers are checked on, what engines read.
 #pragma once
 
-#include "kalvo.h"
+#include "kalvo/include/kalvo.h"
+#include "kalvo/task/matrix.h"
 
 #include <cstdint>
 #include <limits>
-#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace klv {
@@ -22,40 +23,6 @@ struct Bounds {
     std::int32_t count () const { return static_cast<std::int32_t> (key.size ()); }
 };
 
-// One column of the constraint matrix, in the order in which it was put.
-struct Column {
-    std::span<const std::int32_t> rows;
-    std::span<const double> values;
-};
-
-// The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one that no longer
-// fits its place moves to the end, and holes are closed when they are half of the arrays, so that the cost stays
-// proportional to what is put. Put in order, the arrays are the compressed columns that engines take.
-class ColumnMatrix {
-public:
-    void append_columns (std::int32_t count);
-    void reserve (std::int64_t entries);
-    void put (std::int32_t j, std::span<const std::int32_t> rows, std::span<const double> values);
-
-    std::int32_t columns () const { return static_cast<std::int32_t> (count_.size ()); }
-    std::int64_t entries () const { return entries_; }
-    Column column (std::int32_t j) const;
-
-    // Closes holes and puts columns in order; rows () and values () are then the compressed columns.
-    void pack ();
-    bool packed () const;
-    std::span<const std::int64_t> starts () const { return start_; }
-    std::span<const std::int32_t> rows () const { return row_; }
-    std::span<const double> values () const { return value_; }
-
-private:
-    std::vector<std::int64_t> start_;
-    std::vector<std::int32_t> count_;
-    std::vector<std::int32_t> row_;
-    std::vector<double> value_;
-    std::int64_t entries_ = 0;
-};
-
 // Names of one kind of item; takes no room while none has a name.
 class Names {
 public:
@@ -68,6 +35,7 @@ private:
     std::vector<std::string> names_;
 };
 
+// An operation that throws std::bad_alloc leaves the problem as it was.
 struct Problem {
     std::int32_t sense = KLV_SENSE_MINIMIZE;
     double constant = 0;
@@ -85,8 +53,8 @@ struct Problem {
 
     std::int32_t variables () const { return variable.count (); }
     std::int32_t constraints () const { return constraint.count (); }
-    void append_variables (std::int32_t count);
-    void append_constraints (std::int32_t count);
+    void append_variables (std::int32_t count);     // continuous, free, without cost and entries
+    void append_constraints (std::int32_t count);   // free
 };
 
 }

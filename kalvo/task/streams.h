@@ -1,37 +1,65 @@
 // Message streams: which functions and files receive a line of text.
 #pragma once
 
-#include "kalvo.h"
+#include "kalvo/include/kalvo.h"
 
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace klv {
 
 enum class Kind { message, warning, error };
 
+constexpr std::int32_t stream_count = 4;
+
+struct StreamFunction {
+    KLVstreamfunc func = nullptr;
+    void* handle = nullptr;
+
+    bool operator== (const StreamFunction&) const = default;
+};
+
+// A file that lines are appended to.
+class StreamFile {
+public:
+    StreamFile () = default;
+    StreamFile (StreamFile&& other) noexcept;
+    StreamFile& operator= (StreamFile&& other) noexcept;
+    ~StreamFile () { close (); }
+
+    bool open (const char* filename, bool append);      // false: errno says why
+    bool is_open () const { return descriptor_ >= 0; }
+    bool write (std::string_view line) noexcept;        // false: errno says why
+    void close () noexcept;
+
+private:
+    int descriptor_ = -1;
+};
+
 // Stream 0 carries everything; 1 messages; 2 errors; 3 warnings and errors. A linked function and a linked file live
-// on one stream together. A receiver that is linked to several streams which carry a line receives it from each.
+// on one stream together. A function that is linked, with one handle, to several streams which carry a line receives
+// it once. What a function prints while it receives a line goes to files only.
 class Streams {
 public:
-    Streams () = default;
-    Streams (const Streams&) = delete;
-    Streams& operator= (const Streams&) = delete;
-    ~Streams ();
+    void link_function (std::int32_t stream, void* handle, KLVstreamfunc func);
+    bool link_file (std::int32_t stream, const char* filename, bool append);    // false: errno says why
+    void close_file (std::int32_t stream);
 
-    void link_function (std::int32_t stream, void *handle, KLVstreamfunc func);
-    KLVrescode_t link_file (std::int32_t stream, const char *filename, bool append);   // null: close
-    void print (Kind kind, std::string_view line);       // adds the newline
-    void print_on (std::int32_t stream, std::string_view line);  // that stream's receivers, and those of stream 0
+    void print (Kind kind, std::string_view line);              // adds the newline
+    void print_on (std::int32_t stream, std::string_view line); // that stream's receivers, and those of stream 0
     bool anyone_listens (Kind kind) const;
 
 private:
-    struct Receiver {
-        KLVstreamfunc func = nullptr;
-        void *handle = nullptr;
-        void *file = nullptr;
-    };
-    std::array<Receiver, 4> receivers_;
+    void deliver (unsigned carriers, std::string_view line);
+
+    std::array<StreamFunction, stream_count> functions_;
+    std::array<StreamFile, stream_count> files_;
+    std::array<std::string, stream_count> file_names_;
+    bool delivering_ = false;
 };
+
+// Calls each different function of the streams whose bit is set in `carriers` once.
+void call_functions (const std::array<StreamFunction, stream_count>& functions, unsigned carriers, const char* text);
 
 }

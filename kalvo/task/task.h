@@ -1,43 +1,80 @@
 // A task: the problem, its parameters, information, solutions, streams and callback.
 #pragma once
 
-#include "kalvo.h"
-#include "kalvo/tables/items.h"
-#include "kalvo/tables/settings.h"
+#include "kalvo/include/kalvo.h"
 #include "kalvo/task/problem.h"
 #include "kalvo/task/solution.h"
 #include "kalvo/task/streams.h"
 #include "kalvo/task/values.h"
 
 #include <array>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+
+namespace klv {
+
+enum class Access { read, change };
+
+struct LastError {
+    KLVrescode_t code = KLV_RES_OK;
+    std::string message;
+};
+
+}
 
 struct KLV_task {
     // The problem is shared with runs of engines that may outlive the call, so it is copied before it is changed
     // while someone else still holds it.
     const klv::Problem& problem () const { return *problem_; }
-    std::shared_ptr<const klv::Problem> share_problem () const { return problem_; }
-    klv::Problem& edit_problem ();                      // throws std::bad_alloc
+    std::shared_ptr<const klv::Problem> share_problem () const;
+    klv::Problem& edit_problem ();                      // throws std::bad_alloc, then nothing has changed
     void replace_problem (klv::Problem&& problem);      // names, data and solutions of the old one are gone
+    void drop_solutions ();
 
     klv::Parameters parameters;
     klv::Information information;
     klv::Streams streams;
     std::array<std::optional<klv::Solution>, KLV_SOL_COUNT> solutions;
+    klv::RepeatedRows repeated_rows;
 
     // Records an error, prints it on the error streams and returns its code: `return task.fail (code, "...")`.
     KLVrescode_t fail (KLVrescode_t code, std::string message);
-    void warn (std::string message);                    // one line on the warning streams
-    void say (std::string message);                     // one line on the message streams
+    void warn (std::string_view message);               // one line on the warning streams
+    void say (std::string_view message);                // one line on the message streams
+    const klv::LastError& last_error () const { return last_error_; }
 
     // Runs the progress callback; its answer. 0 when there is none.
+    void set_callback (KLVcallbackfunc func, void* handle);
     std::int32_t ask_callback (std::uint32_t caller);
+    // Asks only when the last answer is older than 20 ms.
+    std::int32_t ask_callback_in_time (std::uint32_t caller);
+    // For many cheap operations in a row: looks at the clock only after `work` entries have added up.
+    std::int32_t ask_callback_while_loading (std::size_t work);
+    void begin_timing () { began_ = Clock::now (); }    // of the item progress_time
+
+    // What the entry points keep: which operations run, whether the task can still be used.
+    KLVrescode_t refuses (klv::Access access) const;
+    void enter () { ++running_; }
+    void leave () { --running_; }
+    void make_unusable (std::string_view message) noexcept;
+    KLVrescode_t note_out_of_memory () noexcept;
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     std::shared_ptr<klv::Problem> problem_ = std::make_shared<klv::Problem> ();
-    // callback, last error, busy and unusable flags: the store's business
+    mutable bool lent_ = false;                         // a run was given the problem and may still hold it
+    klv::LastError last_error_;
+    KLVcallbackfunc callback_ = nullptr;
+    void* callback_handle_ = nullptr;
+    Clock::time_point began_ = Clock::now ();
+    Clock::time_point asked_ = Clock::now ();
+    std::size_t work_ = 0;
+    int running_ = 0;
+    bool unusable_ = false;
 };
 
 namespace klv {

@@ -1,12 +1,14 @@
 // Parameter values and information values of a task.
 #pragma once
 
-#include "kalvo.h"
-#include "kalvo/tables/items.h"
-#include "kalvo/tables/settings.h"
+#include "kalvo/include/kalvo.h"
+#include "kalvo/tables/information.h"
+#include "kalvo/tables/parameters.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace klv {
@@ -14,10 +16,16 @@ namespace klv {
 // Starts with every default. Values by number for the C interface (checked by its table row), by setting for everyone else.
 class Parameters {
 public:
-    Parameters ();
-    double get (RealSetting setting) const;
-    std::int32_t get (IntSetting setting) const;
-    const std::string& get (TextSetting setting) const;
+    Parameters ()
+    {
+        std::ranges::transform (real_parameters, doubles.begin (), &RealParameter::fallback);
+        std::ranges::transform (int_parameters, integers.begin (), &IntParameter::fallback);
+        std::ranges::transform (text_parameters, texts.begin (), &TextParameter::fallback);
+    }
+
+    double get (RealSetting setting) const { return doubles[parameter_number (setting)]; }
+    std::int32_t get (IntSetting setting) const { return integers[parameter_number (setting)]; }
+    const std::string& get (TextSetting setting) const { return texts[parameter_number (setting)]; }
 
     std::array<double, KLV_DOUBLE_PARAMETERS> doubles;
     std::array<std::int32_t, KLV_INTEGER_PARAMETERS> integers;
@@ -27,10 +35,17 @@ public:
 // Items are 0 until something sets them. Integer items beyond 32 bits are held at the limit.
 class Information {
 public:
-    void set (RealItem item, double value);
-    void set (IntItem item, std::int64_t value);
-    double get (RealItem item) const;
-    std::int32_t get (IntItem item) const;
+    void set (RealItem item, double value) { doubles[information_number (item)] = value; }
+
+    void set (IntItem item, std::int64_t value)
+    {
+        using Limits = std::numeric_limits<std::int32_t>;
+        integers[information_number (item)] =
+            static_cast<std::int32_t> (std::clamp<std::int64_t> (value, Limits::min (), Limits::max ()));
+    }
+
+    double get (RealItem item) const { return doubles[information_number (item)]; }
+    std::int32_t get (IntItem item) const { return integers[information_number (item)]; }
 
     std::array<double, KLV_DOUBLE_INFORMATION> doubles {};
     std::array<std::int32_t, KLV_INTEGER_INFORMATION> integers {};

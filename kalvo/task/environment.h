@@ -1,0 +1,21 @@
+// The process-wide default environment: banner stream and exit function. Safe to use from any thread.
+#pragma once
+
+#include "kalvo/include/kalvo.h"
+
+#include <string_view>
+
+namespace klv::environment {
+
+struct ExitFunction {
+    KLVexitfunc func = nullptr;
+    void* handle = nullptr;
+};
+
+void link_function (std::int32_t stream, void* handle, KLVstreamfunc func);
+void print (std::string_view line);                     // a message, without its newline
+
+void set_exit_function (ExitFunction function);
+ExitFunction exit_function ();
+
+}

@@ -1,0 +1,63 @@
+// The constraint matrix as it is put and changed.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace klv {
+
+// One column of the constraint matrix, in the order in which it was put.
+struct Column {
+    std::span<const std::int32_t> rows;
+    std::span<const double> values;
+};
+
+// The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one that no longer
+// fits its place moves to the end, and holes are closed when they are half of the arrays, so that the cost stays
+// proportional to what is put. Put in order, the arrays are the compressed columns that engines take.
+//
+// An operation that throws std::bad_alloc leaves the matrix as it was.
+class ColumnMatrix {
+public:
+    void append_columns (std::int32_t count);
+    void reserve (std::int64_t entries);
+    void put (std::int32_t j, std::span<const std::int32_t> rows, std::span<const double> values);
+
+    std::int32_t columns () const { return static_cast<std::int32_t> (count_.size ()); }
+    std::int64_t entries () const { return entries_; }
+    Column column (std::int32_t j) const;
+
+    // Closes holes and puts columns in order; rows () and values () are then the compressed columns, and starts () has
+    // columns () + 1 entries. Costs one pass over the columns when they were put in order.
+    void pack ();
+    bool packed () const { return packed_; }
+    std::span<const std::int64_t> starts () const { return start_; }
+    std::span<const std::int32_t> rows () const { return row_; }
+    std::span<const double> values () const { return value_; }
+
+private:
+    bool in_order () const;
+    void move_together ();
+    void copy_in_order ();
+
+    std::vector<std::int64_t> start_ { 0 };
+    std::vector<std::int32_t> count_;
+    std::vector<std::int32_t> row_;
+    std::vector<double> value_;
+    std::int64_t entries_ = 0;
+    bool packed_ = true;
+};
+
+// Looks for a row that a column names twice, in time proportional to the column.
+class RepeatedRows {
+public:
+    // The position of the second occurrence, or -1. Rows are less than `constraints`.
+    std::int64_t find (std::span<const std::int32_t> rows, std::int32_t constraints);
+
+private:
+    std::vector<std::uint32_t> last_seen_;
+    std::uint32_t search_ = 0;
+};
+
+}

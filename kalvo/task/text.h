@@ -1,0 +1,50 @@
+// Texts of messages: text ("row ", 3, " holds ", 2.5). Numbers are written so that they read back exactly.
+#pragma once
+
+#include <charconv>
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace klv {
+
+inline void append (std::string& whole, std::string_view piece)
+{
+    whole += piece;
+}
+
+template <class Number>
+    requires std::integral<Number> || std::floating_point<Number>
+void append (std::string& whole, Number number)
+{
+    char digits[32];
+    whole.append (digits, std::to_chars (digits, digits + sizeof digits, number).ptr);
+}
+
+template <class... Pieces>
+std::string text (const Pieces&... pieces)
+{
+    std::string whole;
+    (append (whole, pieces), ...);
+    return whole;
+}
+
+// Copies into a buffer of `capacity` bytes and ends it with a 0. What does not fit is cut between two characters of UTF-8;
+// the answer says whether all of it fitted.
+inline bool copy_text (std::string_view source, char* buffer, std::size_t capacity) noexcept
+{
+    if (capacity == 0)
+        return false;
+    std::size_t length = source.size ();
+    if (length >= capacity) {
+        length = capacity - 1;
+        while (length > 0 && (static_cast<unsigned char> (source[length]) & 0xC0) == 0x80)
+            --length;
+    }
+    source.copy (buffer, length);
+    buffer[length] = '\0';
+    return length == source.size ();
+}
+
+}
