@@ -1,0 +1,14 @@
+// What a problem looks like, for people.
+#pragma once
+
+#include "kalvo/task/task.h"
+
+namespace klv {
+
+// A few lines on sizes.
+KLVrescode_t problem_summary (Task& task, std::int32_t stream);
+
+// Kinds of bounds, density, ranges of coefficients, with a warning where they are too wide.
+KLVrescode_t analyze_problem (Task& task, std::int32_t stream);
+
+}
