@@ -2,27 +2,37 @@
 
 collect_sources (gateway_sources gateway input output params callbacks sensitivity)
 
-# add_gateway (host include-folder ...): the static library gateway_<host>
+# add_gateway (host include-folder ...): host_<host>, what the host lacks, and gateway_<host>, the gateway on top of it
 function (add_gateway host)
     collect_sources (host_sources host/${host})
-    if (NOT gateway_sources AND NOT host_sources)
-        return ()
-    endif ()
-    add_library (gateway_${host} STATIC ${gateway_sources} ${host_sources})
-    target_include_directories (gateway_${host} PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
-    target_include_directories (gateway_${host} SYSTEM PUBLIC ${ARGN})
-    target_link_libraries (gateway_${host} PRIVATE kalvo_warnings)
+    add_library (host_${host} STATIC "${no_source}" ${host_sources})
+    target_include_directories (host_${host} PUBLIC "${CMAKE_SOURCE_DIR}")
+    target_include_directories (host_${host} SYSTEM PUBLIC ${ARGN})
+    target_link_libraries (host_${host} PRIVATE kalvo_warnings)
+
+    add_library (gateway_${host} STATIC "${no_source}" ${gateway_sources})
+    target_include_directories (gateway_${host} PUBLIC "${CMAKE_SOURCE_DIR}/kalvo/include")
+    target_link_libraries (gateway_${host} PUBLIC host_${host} PRIVATE kalvo_warnings)
 endfunction ()
 
-# add_mex_module (host suffix): the module in the toolbox folder; it finds the libraries beside itself
-function (add_mex_module host suffix)
-    add_library (kalvoopt MODULE "${no_source}")
-    set_target_properties (kalvoopt PROPERTIES PREFIX "" SUFFIX ".${suffix}"
-        LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}" BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "\$ORIGIN"
-        LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/kalvoopt.map")
+# add_mex_module (name host suffix source ...): a module that finds its libraries beside itself
+function (add_mex_module name host suffix)
+    set (exports "${CMAKE_SOURCE_DIR}/cmake/kalvoopt.map")
+    add_library (${name} MODULE ${ARGN})
+    set_target_properties (${name} PROPERTIES PREFIX "" SUFFIX ".${suffix}" LINK_DEPENDS "${exports}"
+        BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "\$ORIGIN")
+    target_link_libraries (${name} PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,host_${host}>" kalvo_warnings)
+    target_link_options (${name} PRIVATE "-Wl,--version-script,${exports}" -Wl,-z,nodelete)
+endfunction ()
+
+# add_toolbox_module (host suffix): the gateway itself, in the toolbox folder
+function (add_toolbox_module host suffix)
+    if (NOT gateway_sources OR NOT TARGET kalvo64)
+        return ()
+    endif ()
+    add_mex_module (kalvoopt ${host} ${suffix} "${no_source}")
+    set_target_properties (kalvoopt PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}")
     target_link_libraries (kalvoopt PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,gateway_${host}>" kalvo64)
-    target_link_options (kalvoopt PRIVATE "-Wl,--version-script,${CMAKE_SOURCE_DIR}/cmake/kalvoopt.map"
-        -Wl,-z,nodelete)
     add_dependencies (kalvoopt toolbox_highs)
 endfunction ()
 

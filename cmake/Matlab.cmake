@@ -5,8 +5,7 @@ find_library (matlab_ut ut REQUIRED PATHS "${Matlab_ROOT_DIR}/bin/glnxa64" NO_DE
 
 add_gateway (matlab "${Matlab_INCLUDE_DIRS}")
 # Separate complex storage and 64-bit sizes: the interface that the gateway asks for.
-target_compile_definitions (gateway_matlab PUBLIC MATLAB_MEX_FILE MATLAB_DEFAULT_RELEASE=R2017b)
-if (gateway_sources AND TARGET kalvo64)
-    add_mex_module (matlab "${Matlab_MEX_EXTENSION}")
-    target_link_libraries (kalvoopt PRIVATE Matlab::mex Matlab::mx "${matlab_ut}")
-endif ()
+target_compile_definitions (host_matlab PUBLIC MATLAB_MEX_FILE MATLAB_DEFAULT_RELEASE=R2017b)
+target_link_libraries (host_matlab INTERFACE Matlab::mex Matlab::mx "${matlab_ut}")
+
+add_toolbox_module (matlab "${Matlab_MEX_EXTENSION}")

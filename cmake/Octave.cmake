@@ -8,12 +8,17 @@ endforeach ()
 
 cmake_path (GET OCTINCLUDEDIR PARENT_PATH octave_includes)        # so that <octave/quit.h> is found too
 add_gateway (octave "${OCTINCLUDEDIR}" "${octave_includes}")
-if (gateway_sources AND TARGET kalvo64)
-    add_mex_module (octave mex)
-    # The functions of the host that Octave and MATLAB answer differently are replaced at link time.
-    set (wrapped "${CMAKE_SOURCE_DIR}/host/octave/wrapped.txt")
-    set_property (TARGET kalvoopt APPEND PROPERTY LINK_DEPENDS "${wrapped}")
-    target_link_options (kalvoopt PRIVATE "-Wl,@${wrapped}" -Wl,-z,defs)
-    target_link_directories (kalvoopt PRIVATE "${OCTLIBDIR}")
-    target_link_libraries (kalvoopt PRIVATE octinterp octave)
+
+# What Octave calls is the host layer's frame around the gateway, and what the gateway calls goes through it too:
+# the functions in wrapped.txt are replaced at link time.
+target_compile_definitions (host_octave PUBLIC mexFunction=gateway_function)
+target_link_options (host_octave INTERFACE "-Wl,@${CMAKE_SOURCE_DIR}/host/octave/wrapped.txt" -Wl,-z,defs)
+set_property (TARGET host_octave PROPERTY INTERFACE_LINK_DEPENDS "${CMAKE_SOURCE_DIR}/host/octave/wrapped.txt")
+target_link_directories (host_octave INTERFACE "${OCTLIBDIR}")
+target_link_libraries (host_octave INTERFACE octinterp octave)
+
+add_toolbox_module (octave mex)
+if (KALVO_TESTS)
+    add_mex_module (host_probe octave mex "${CMAKE_SOURCE_DIR}/tests/octave/host_probe.cpp")
+    set_target_properties (host_probe PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/probe")
 endif ()

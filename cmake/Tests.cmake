@@ -20,6 +20,6 @@ function (add_test_program name folder)
 endfunction ()
 
 add_test_program (library_tests library GTest::gtest_main $<TARGET_NAME_IF_EXISTS:kalvo_core>)
-add_test_program (unit_tests unit GTest::gtest_main $<TARGET_NAME_IF_EXISTS:gateway_standalone>
+add_test_program (unit_tests unit GTest::gtest_main gateway_standalone
     $<TARGET_NAME_IF_EXISTS:kalvo_core>)
 add_test_program (fuzz_files fuzz $<TARGET_NAME_IF_EXISTS:kalvo_core>)

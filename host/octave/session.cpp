@@ -1,0 +1,251 @@
+// libmex and libut as the gateway expects them, where Octave's differ: calls of MATLAB functions that return
+// their errors, the interrupt flag, and a call frame through which nothing but Octave's own errors is thrown.
+//
+// Octave ends a user's code by exceptions also for Ctrl-C and for `exit`. None of them may cross the gateway,
+// the library or an engine: each is caught where Octave was called and becomes a request to stop, which the
+// gateway finds at its next poll. `exit` is thrown on when the call has ended.
+
+#include <octave/quit.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "host/holders.h"
+
+// The build names the gateway's mexFunction gateway_function, and mex.h has declared that; what Octave calls
+// is here.
+#undef mexFunction
+
+extern "C" {
+int __real_mexPrintf (const char* format, ...);
+int __real_mexEvalString (const char* command);
+__attribute__ ((visibility ("default"))) void mexFunction (int nlhs, mxArray* plhs[], int nrhs,
+                                                           const mxArray* prhs[]);
+}
+
+namespace {
+
+using SignalHook = void (*) ();
+
+// One call of the gateway. A MATLAB function that it calls may call the gateway again.
+class Frame {
+public:
+    Frame () : outer_ (std::exchange (current_, this)) {}
+    Frame (const Frame&) = delete;
+    Frame& operator= (const Frame&) = delete;
+
+    // A press of Ctrl-C that nobody has seen is Octave's again.
+    ~Frame ()
+    {
+        enable_interrupts ();
+        current_ = outer_;
+        if (pending_ && !acted_on_ && octave_interrupt_state == 0) {
+            octave_interrupt_state = 1;
+            octave_signal_caught = 1;
+        }
+    }
+
+    static Frame& current () { return *current_; }
+
+    bool interrupts_enabled () const { return octave_signal_hook != &quiet_hook; }
+
+    void enable_interrupts ()
+    {
+        if (!interrupts_enabled ())
+            octave_signal_hook = octaves_hook_;
+    }
+
+    void disable_interrupts ()
+    {
+        if (interrupts_enabled ())
+            octaves_hook_ = std::exchange (octave_signal_hook, &quiet_hook);
+    }
+
+    bool interrupt_pending ()
+    {
+        take_press ();
+        return pending_;
+    }
+
+    void set_interrupt_pending (bool pending)
+    {
+        octave_interrupt_state = 0;
+        pending_ = pending;
+        acted_on_ = false;
+    }
+
+    const std::exception_ptr& exit_request () const { return exit_request_; }
+
+    // Call in a handler: what Octave has thrown, as a text, after the request to stop that it may be is
+    // noted. `acted_on`: an interrupt has ended what the user saw running.
+    std::pair<std::string, std::string> contain_exception (bool acted_on)
+    {
+        try {
+            throw;
+        } catch (const octave::execution_exception& error) {
+            return {error.message (), error.identifier ()};
+        } catch (const octave::interrupt_exception&) {
+            set_interrupt_pending (true);
+            acted_on_ = acted_on;
+            return {"interrupted", "Octave:interrupt"};
+        } catch (const octave::exit_exception&) {
+            set_interrupt_pending (true);
+            acted_on_ = true;
+            exit_request_ = std::current_exception ();
+            return {"the session ends", "Octave:exit"};
+        } catch (const std::exception& error) {
+            return {error.what (), ""};
+        } catch (...) {
+            return {"unknown exception", ""};
+        }
+    }
+
+private:
+    // Octave calls this hook just before it throws for a press.
+    static void quiet_hook ()
+    {
+        if (current_->octaves_hook_ != nullptr)
+            current_->octaves_hook_ ();
+        current_->take_press ();
+    }
+
+    void take_press ()
+    {
+        if (octave_interrupt_state > 0) {
+            octave_interrupt_state = 0;
+            pending_ = true;
+            acted_on_ = false;
+        }
+    }
+
+    static inline Frame* current_ = nullptr;
+
+    Frame* const outer_;
+    SignalHook octaves_hook_ = nullptr;
+    bool pending_ = false;
+    bool acted_on_ = false;
+    std::exception_ptr exit_request_;
+};
+
+// While Octave runs a user's code Ctrl-C ends that code, however long it would take.
+class UserCode {
+public:
+    UserCode () : was_enabled_ (Frame::current ().interrupts_enabled ())
+    {
+        Frame::current ().enable_interrupts ();
+    }
+    UserCode (const UserCode&) = delete;
+    UserCode& operator= (const UserCode&) = delete;
+
+    ~UserCode ()
+    {
+        if (!was_enabled_)
+            Frame::current ().disable_interrupts ();
+    }
+
+private:
+    const bool was_enabled_;
+};
+
+// Without memory for it the run can only be stopped.
+mxArray* error_object (const std::pair<std::string, std::string>& error)
+{
+    const mwSize sizes[] = {1, 1};
+    const char* names[] = {"message", "identifier"};
+    mxArray* const object = mxCreateStructArray (2, sizes, 2, names);
+    if (object == nullptr) {
+        Frame::current ().set_interrupt_pending (true);
+        return nullptr;
+    }
+    mxSetField (object, 0, "message", mxCreateString (error.first.c_str ()));
+    mxSetField (object, 0, "identifier", mxCreateString (error.second.c_str ()));
+    return object;
+}
+
+}
+
+extern "C" {
+
+void mexFunction (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[])
+{
+    std::exception_ptr exit_request;
+    {
+        const Frame frame;
+        gateway_function (nlhs, plhs, nrhs, prhs);
+        exit_request = frame.exit_request ();
+    }
+    if (exit_request)
+        std::rethrow_exception (exit_request);
+}
+
+mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, mxArray* prhs[],
+                                          const char* function_name)
+{
+    std::fill (plhs, plhs + nlhs, nullptr);
+    if (Frame::current ().exit_request ())
+        return error_object ({"the session ends", "Octave:exit"});
+    try {
+        const UserCode running;
+        mexCallMATLAB (nlhs, plhs, nrhs, prhs, function_name);
+    } catch (...) {
+        return error_object (Frame::current ().contain_exception (true));
+    }
+    if (nlhs > 0 && plhs[nlhs - 1] == nullptr)
+        return error_object ({std::string (function_name) + ": value on the right hand side is undefined",
+                              "Octave:undefined-function"});
+    return nullptr;
+}
+
+int __wrap_mexEvalString (const char* command)
+{
+    if (Frame::current ().exit_request ())
+        return 1;
+    try {
+        const UserCode running;
+        return __real_mexEvalString (command);
+    } catch (...) {
+        Frame::current ().contain_exception (false);
+        return 1;
+    }
+}
+
+int __wrap_mexPrintf (const char* format, ...)
+{
+    std::va_list arguments, again;
+    va_start (arguments, format);
+    va_copy (again, arguments);
+    const int length = std::vsnprintf (nullptr, 0, format, arguments);
+    va_end (arguments);
+    try {
+        std::string text (static_cast<std::size_t> (std::max (length, 0)) + 1, '\0');
+        std::vsnprintf (text.data (), text.size (), format, again);
+        __real_mexPrintf ("%s", text.c_str ());
+    } catch (...) {
+        Frame::current ().contain_exception (false);
+    }
+    va_end (again);
+    return length;
+}
+
+bool utSetInterruptEnabled (bool enabled)
+{
+    Frame& frame = Frame::current ();
+    const bool before = frame.interrupts_enabled ();
+    enabled ? frame.enable_interrupts () : frame.disable_interrupts ();
+    return before;
+}
+
+bool utIsInterruptPending ()
+{
+    return Frame::current ().interrupt_pending ();
+}
+
+void utSetInterruptPending (bool pending)
+{
+    Frame::current ().set_interrupt_pending (pending);
+}
+}
