@@ -5,7 +5,7 @@ collect_sources (gateway_sources gateway input output params callbacks sensitivi
 # add_gateway (host include-folder ...): host_<host>, what the host lacks, and gateway_<host>, the gateway on top of it
 function (add_gateway host)
     collect_sources (host_sources host/${host})
-    add_library (host_${host} STATIC "${no_source}" ${host_sources})
+    add_library (host_${host} OBJECT "${no_source}" ${host_sources})
     target_include_directories (host_${host} PUBLIC "${CMAKE_SOURCE_DIR}")
     target_include_directories (host_${host} SYSTEM PUBLIC ${ARGN})
     target_link_libraries (host_${host} PRIVATE kalvo_warnings)
@@ -21,7 +21,7 @@ function (add_mex_module name host suffix)
     add_library (${name} MODULE ${ARGN})
     set_target_properties (${name} PROPERTIES PREFIX "" SUFFIX ".${suffix}" LINK_DEPENDS "${exports}"
         BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "\$ORIGIN")
-    target_link_libraries (${name} PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,host_${host}>" kalvo_warnings)
+    target_link_libraries (${name} PRIVATE host_${host} kalvo_warnings)
     target_link_options (${name} PRIVATE "-Wl,--version-script,${exports}" -Wl,-z,nodelete)
 endfunction ()
 
@@ -32,7 +32,7 @@ function (add_toolbox_module host suffix)
     endif ()
     add_mex_module (kalvoopt ${host} ${suffix} "${no_source}")
     set_target_properties (kalvoopt PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}")
-    target_link_libraries (kalvoopt PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,gateway_${host}>" kalvo64)
+    target_link_libraries (kalvoopt PRIVATE gateway_${host} kalvo64)
     add_dependencies (kalvoopt toolbox_highs)
 endfunction ()
 
