@@ -1,0 +1,210 @@
+#include "gateway/driver.h"
+
+#include "gateway/console.h"
+#include "gateway/frame.h"
+#include "gateway/request.h"
+#include "gateway/text.h"
+
+namespace {
+
+// ---- Set-up
+// -------------------------------------------------------------------------------------------------
+
+KLVrescode_t create_return_code (Request& request)
+{
+    if (request.nlhs < 1)
+        return KLV_RES_OK;
+    request.plhs[0] = mxCreateDoubleMatrix (1, 1, mxREAL);
+    return request.plhs[0] ? KLV_RES_OK : KLV_RES_OUT_OF_MEMORY;
+}
+
+KLVrescode_t read_command (Request& request)
+{
+    const mxArray* input = request.input (1);
+    if (input == nullptr || mxIsEmpty (input))
+        return KLV_RES_OK;
+    if (!mxIsChar (input))
+        return KLV_RES_ARGUMENT;
+    char* copied = nullptr;
+    const int complete = getstring (input, &copied);
+    const host::Memory<char> command (copied);
+    if (!complete)
+        return KLV_RES_OUT_OF_MEMORY;
+    CommandText argument = "", message = "";
+    const KLVrescode_t code = executecmd (command.get (), request.options, argument, message);
+    if (code != KLV_RES_OK)
+        mx_printf ("Error in KALVO command argument. %s", message);
+    return code;
+}
+
+KLVrescode_t watch_interrupts (Request& request)
+{
+    addcbfunc (request.chain, ctrlccb, nullptr);
+    return KLV_RES_OK;
+}
+
+KLVrescode_t make_task (Request& request)
+{
+    KLVtask_t task = nullptr;
+    const KLVrescode_t code = KLV_makeemptytask (nullptr, &task);
+    request.task.reset (task);
+    return code;
+}
+
+// The caller's own parameters come later and override these.
+void put_default_parameters (const Request& request)
+{
+    KLV_putnaintparam (request.task.get (), "KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_AUTOMATIC);
+    KLV_putnaintparam (request.task.get (), "KLV_IPAR_INTPNT_BASIS", 1);
+    KLV_putnaintparam (request.task.get (), "KLV_IPAR_LOG_INTPNT", 1);
+}
+
+KLVrescode_t prepare_task (Request& request)
+{
+    request.then (link_first_stream);
+    put_default_parameters (request);
+    return request.code;
+}
+
+KLVrescode_t install_callbacks (Request& request)
+{
+    KLV_putcallbackfunc (request.task.get (), multicallbackfunc, &request.chain);
+    return KLV_RES_OK;
+}
+
+KLVrescode_t start_console (Request& request)
+{
+    print_banner (request.options);
+    if (request.options.read)
+        KLV_putstrparam (request.task.get (), KLV_SPAR_DATA_FILE_NUMBER, request.options.readfile);
+    return link_streams (request);
+}
+
+void set_up (Request& request)
+{
+    request.then (create_return_code);
+    request.then (read_command);
+    print_diagnostics (request.options);
+    request.then (link_environment_stream);
+    request.then (watch_interrupts);
+    request.then (install_exit_function);
+    request.then (make_task);
+    request.then (prepare_task);
+    request.then (install_callbacks);
+    request.then (start_console);
+}
+
+// ---- Work
+// ---------------------------------------------------------------------------------------------------
+
+KLVrescode_t load_problem (Request& request)
+{
+    const KLVtask_t task = request.task.get ();
+    if (request.options.read) {
+        const KLVrescode_t code = KLV_readdata (task, nullptr);
+        if (code == KLV_RES_OK)
+            KLV_readsummary (task, KLV_STREAM_ALL);
+        return code;
+    }
+    return KLV_RES_OK;
+}
+
+KLVrescode_t put_sense (Request& request)
+{
+    if (request.options.cmdsense == 0)
+        return KLV_RES_OK;
+    return KLV_putobjsense (request.task.get (),
+                            request.options.cmdsense < 0 ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE);
+}
+
+KLVrescode_t convert_to_conic (Request& request)
+{
+    return request.options.toconic ? KLV_toconic (request.task.get ()) : KLV_RES_OK;
+}
+
+KLVrescode_t write_problem (Request& request)
+{
+    return request.options.write ? KLV_writedata (request.task.get (), request.options.writefile)
+                                 : KLV_RES_OK;
+}
+
+KLVrescode_t analyze_problem (Request& request)
+{
+    return request.options.anapro ? KLV_analyzeproblem (request.task.get (), KLV_STREAM_MESSAGES)
+                                  : KLV_RES_OK;
+}
+
+KLVrescode_t optimize (Request& request)
+{
+    if (request.options.cmdsense != 1 && request.options.cmdsense != -1)
+        return KLV_RES_OK;
+    const KLVtask_t task = request.task.get ();
+    const KLVrescode_t code = KLV_optimize (task);
+    KLV_solutionsummary (task, KLV_STREAM_MESSAGES);
+    KLV_optimizersummary (task, KLV_STREAM_MESSAGES);
+    detach_log_file (request);
+    return code;
+}
+
+void work (Request& request)
+{
+    request.then (load_problem);
+    request.then (put_sense);
+    request.then (convert_to_conic);
+    request.then (write_problem);
+    request.then (analyze_problem);
+    request.then (optimize);
+}
+
+// ---- End
+// ----------------------------------------------------------------------------------------------------
+
+struct CodeTexts {
+    explicit CodeTexts (KLVrescode_t code) { KLV_getcodedesc (code, name, description); }
+
+    char name[KLV_MAX_TEXT] = "";
+    char description[KLV_MAX_TEXT] = "";
+};
+
+void report_failure (const Request& request)
+{
+    if (request.is_finished () || request.options.echo <= 0)
+        return;
+    const CodeTexts texts (request.code);
+    mx_printf ("Kalvo error: %s (%s)\n", texts.name, texts.description);
+}
+
+void report_set_up_failure (const Request& request)
+{
+    const CodeTexts texts (request.code);
+    mx_printf ("Return code - %d [%s] [%s]\n", request.code, texts.name, texts.description);
+}
+
+void clean_up (Request& request)
+{
+    request.task.reset ();
+    if (request.options.nokeepenv)
+        unlink_environment_stream ();
+    if (request.nrhs == 0)
+        mx_printf ("\nFor help type: help kalvoopt.\n");
+    if (request.nlhs >= 1 && request.plhs[0])
+        *mxGetPr (request.plhs[0]) = request.code;
+}
+
+}
+
+void KLV_kalvomx (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[])
+{
+    enter_module ();
+    const InterruptsOff interrupts_off;
+    Request request{.nlhs = nlhs, .plhs = plhs, .nrhs = nrhs, .prhs = prhs};
+
+    set_up (request);
+    if (request.code == KLV_RES_OK) {
+        work (request);
+        report_failure (request);
+    } else {
+        report_set_up_failure (request);
+    }
+    clean_up (request);
+}

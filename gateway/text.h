@@ -1,0 +1,8 @@
+// Texts of the host's char arrays.
+#pragma once
+
+#include "host/host.h"
+
+// Copies a char array; several rows give one text in column order. Answers 1, or 0 if `array` is not a char
+// array or there is no memory. *text is null or is the caller's to free with mxFree, also after a failure.
+int getstring (const mxArray* array, char** text);
