@@ -1,0 +1,66 @@
+// Shape tests of the host's arrays, and their contents as the library takes them. A null array is an absent
+// one.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+#include "host/host.h"
+
+// 1 if `a` is a vector of length n: dense double 1-by-n or n-by-1, or sparse n-by-1 of any class where sparse
+// arrays are allowed. With n = 0 only an absent or empty array is one.
+int isvector (const mxArray* a, std::uint64_t n, int allowsparse);
+
+// The number of elements of anything; 0 if it is absent.
+std::uint64_t vectorlen (const mxArray* a);
+
+// 1 if `a` is not sparse and has one row or one column. `a` is not null.
+int is1ddensevec (const mxArray* a);
+
+void rvec_copy (int n, const double* source, double* destination);
+
+// Narrows row indices of a sparse array, which are 0-based already.
+void mvItoklvI (const mwIndex* source, std::int32_t* destination, std::uint64_t n);
+
+// Removes every c from s, in place; the new length of s.
+int strtrim (char* s, char c);
+
+// Upper case in the current locale, in place; s itself.
+char* local_strupr (char* s);
+
+inline bool is_given (const mxArray* a)
+{
+    return a != nullptr && !mxIsEmpty (a);
+}
+
+// Whether a number of items can be counted in the library's 32 bits.
+inline bool is_countable (std::uint64_t size)
+{
+    return size <= std::numeric_limits<std::int32_t>::max ();
+}
+
+// A number truncated toward zero; nothing if that does not fit, or the number is NaN.
+inline std::optional<std::int32_t> truncate_to_int32 (double value)
+{
+    constexpr double limit = 2147483648.0;
+    if (value > -limit - 1 && value < limit)
+        return static_cast<std::int32_t> (value);
+    return std::nullopt;
+}
+
+// Calls take (item, value) for each stored entry of a sparse column of numbers or truth values, in storage
+// order, for as long as it answers true.
+template <class Take>
+void for_each_entry (const mxArray* column, Take take)
+{
+    const bool logical = mxGetClassID (column) == mxLOGICAL_CLASS;
+    const double* numbers = logical ? nullptr : mxGetPr (column);
+    const mxLogical* truths = logical ? static_cast<const mxLogical*> (mxGetData (column)) : nullptr;
+    const mwIndex* rows = mxGetIr (column);
+    const mwIndex count = mxGetJc (column)[1];
+    for (mwIndex k = 0; k < count; ++k)
+        if (!take (static_cast<std::int32_t> (rows[k]), logical ? double (truths[k] != 0) : numbers[k]))
+            return;
+}

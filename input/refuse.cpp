@@ -1,0 +1,26 @@
+#include "input/refuse.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+#include "gateway/console.h"
+
+KLVrescode_t refuse (KLVrescode_t code, const char* format, ...)
+{
+    char text[255];
+    std::va_list values;
+    va_start (values, format);
+    std::vsnprintf (text, sizeof text, format, values);
+    va_end (values);
+    mx_error (code, text);
+    return code;
+}
+
+KLVrescode_t check_real_values (const char* name, const mxArray* array)
+{
+    if (mxIsComplex (array))
+        return refuse (KLV_RES_ARGUMENT, "prob.%s is complex", name);
+    if (!mxIsDouble (array) && mxGetClassID (array) != mxLOGICAL_CLASS)
+        return refuse (KLV_RES_ARGUMENT, "prob.%s is neither double nor logical", name);
+    return KLV_RES_OK;
+}

@@ -1,0 +1,11 @@
+// Error lines about input.
+#pragma once
+
+#include "host/host.h"
+#include "kalvo.h"
+
+// Prints an error line with a text of at most 254 characters, and answers its code.
+KLVrescode_t refuse (KLVrescode_t code, const char* format, ...) __attribute__ ((format (printf, 2, 3)));
+
+// Refuses a field of the problem record whose values are not real numbers or truth values.
+KLVrescode_t check_real_values (const char* name, const mxArray* array);
