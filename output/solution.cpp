@@ -1,0 +1,305 @@
+#include "output/solution.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+#include <variant>
+
+#include "output/records.h"
+
+namespace {
+
+struct Sizes {
+    std::int64_t one = 1;
+    std::int64_t constraints = 0, variables = 0, cones = 0, semidefinite = 0;
+    std::int64_t affine_entries = 0;    // of all affine conic constraints
+    std::int64_t packed_entries = 0;    // of all semidefinite variables
+};
+
+Sizes read_sizes (KLVtask_t task)
+{
+    std::int32_t constraints = 0, variables = 0, cones = 0, semidefinite = 0;
+    Sizes sizes;
+    KLV_getnumcon (task, &constraints);
+    KLV_getnumvar (task, &variables);
+    KLV_getnumcone (task, &cones);
+    KLV_getnumbarvar (task, &semidefinite);
+    KLV_getaccntot (task, &sizes.affine_entries);
+    for (std::int32_t j = 0; j < semidefinite; ++j) {
+        std::int64_t length = 0;
+        KLV_getlenbarvarj (task, j, &length);
+        sizes.packed_entries += length;
+    }
+    sizes.constraints = constraints;
+    sizes.variables = variables;
+    sizes.cones = cones;
+    sizes.semidefinite = semidefinite;
+    return sizes;
+}
+
+// Where a field's value comes from.
+template <class Value>
+using Fetch = KLVrescode_t (*) (KLVtask_t, std::int32_t which, const Sizes&, Value*);
+
+struct Status {
+    KLVrescode_t (*get) (KLVtask_t, std::int32_t which, std::int32_t*);
+    KLVrescode_t (*to_text) (KLVtask_t, std::int32_t, char*);
+};
+struct Keys {
+    Fetch<std::int32_t> get;
+};
+struct Values {
+    Fetch<double> get;
+};
+struct Objective {
+    KLVrescode_t (*get) (KLVtask_t, std::int32_t which, double*);
+};
+
+template <auto get, auto count, class Value>
+KLVrescode_t slice (KLVtask_t task, std::int32_t which, const Sizes& sizes, Value* values)
+{
+    return get (task, which, 0, static_cast<std::int32_t> (sizes.*count), values);
+}
+
+template <auto get>
+KLVrescode_t packed_slice (KLVtask_t task, std::int32_t which, const Sizes& sizes, double* values)
+{
+    return get (task, which, 0, static_cast<std::int32_t> (sizes.semidefinite), sizes.packed_entries, values);
+}
+
+template <auto get, class Value>
+KLVrescode_t whole (KLVtask_t task, std::int32_t which, const Sizes&, Value* values)
+{
+    return get (task, which, values);
+}
+
+enum : unsigned {
+    itr = 1u << KLV_SOL_ITR,
+    bas = 1u << KLV_SOL_BAS,
+    all = itr | bas | 1u << KLV_SOL_INT,
+};
+
+struct Field {
+    const char* name;
+    unsigned solutions;    // that have it
+    std::int64_t Sizes::*count;
+    std::variant<Status, Keys, Values, Objective> source;
+    int round = 0;    // the library is asked in rounds, each in the order of the table
+};
+
+constexpr int last_round = 2;
+constexpr auto m = &Sizes::constraints, n = &Sizes::variables, k = &Sizes::cones;
+
+// In the order of the record.
+constexpr Field fields[] = {
+    {"prosta", all, &Sizes::one, Status{KLV_getprosta, KLV_prostatostr}},
+    {"solsta", all, &Sizes::one, Status{KLV_getsolsta, KLV_solstatostr}},
+    {"skc", all, m, Keys{slice<KLV_getskcslice, m>}},
+    {"skx", all, n, Keys{slice<KLV_getskxslice, n>}},
+    {"skn", itr, k, Keys{whole<KLV_getskn>}, 1},
+    {"xc", all, m, Values{slice<KLV_getxcslice, m>}},
+    {"xx", all, n, Values{slice<KLV_getxxslice, n>}},
+    {"barx", itr, &Sizes::packed_entries, Values{packed_slice<KLV_getbarxslice>}, 2},
+    {"y", itr | bas, m, Values{slice<KLV_getyslice, m>}},
+    {"slc", itr | bas, m, Values{slice<KLV_getslcslice, m>}},
+    {"suc", itr | bas, m, Values{slice<KLV_getsucslice, m>}},
+    {"slx", itr | bas, n, Values{slice<KLV_getslxslice, n>}},
+    {"sux", itr | bas, n, Values{slice<KLV_getsuxslice, n>}},
+    {"snx", itr, n, Values{slice<KLV_getsnxslice, n>}, 1},
+    {"bars", itr, &Sizes::packed_entries, Values{packed_slice<KLV_getbarsslice>}, 2},
+    {"doty", itr, &Sizes::affine_entries, Values{whole<KLV_getaccdotys>}, 2},
+    {"pobjval", all, &Sizes::one, Objective{KLV_getprimalobj}},
+    {"dobjval", itr | bas, &Sizes::one, Objective{KLV_getdualobj}},
+};
+
+// The first two characters of the library's text of a key. Keys are few and items many: each is asked for
+// once.
+class KeyTexts {
+public:
+    using Text = std::array<mxChar, 2>;
+
+    explicit KeyTexts (KLVtask_t task) : task_ (task) {}
+
+    Text operator() (std::int32_t key)
+    {
+        if (key < 0 || key >= static_cast<std::int32_t> (known_.size ()))
+            return ask (key);
+        std::optional<Text>& known = known_[static_cast<std::size_t> (key)];
+        if (!known)
+            known = ask (key);
+        return *known;
+    }
+
+private:
+    Text ask (std::int32_t key) const
+    {
+        char text[KLV_MAX_TEXT] = {};
+        KLV_sktostr (task_, key, text);
+        const auto widen = [] (char c) { return static_cast<mxChar> (static_cast<unsigned char> (c)); };
+        return {widen (text[0]), widen (text[1])};
+    }
+
+    KLVtask_t task_;
+    std::array<std::optional<Text>, 16> known_;
+};
+
+// What all solutions of a call share.
+struct Request {
+    KLVtask_t task;
+    bool as_text;
+    Sizes sizes;
+    host::Memory<std::int32_t> keys;    // room for those of all constraints, variables and cones
+    KeyTexts texts;
+};
+
+struct Output {
+    const Field* field = nullptr;
+    std::int64_t count = 0;
+    std::int32_t* codes = nullptr;    // of statuses and keys
+    host::Array array;
+};
+
+// The fields of one solution, in the order of its record.
+class Outputs {
+public:
+    Outputs (Request& request, std::int32_t which)
+    {
+        std::int32_t *status = statuses_.data (), *keys = request.keys.get ();
+        for (const Field& field : fields)
+            if (field.solutions & 1u << which) {
+                Output& output = outputs_[count_++];
+                output.field = &field;
+                output.count = request.sizes.*field.count;
+                if (std::holds_alternative<Status> (field.source))
+                    output.codes = status++;
+                if (std::holds_alternative<Keys> (field.source))
+                    output.codes = std::exchange (keys, keys + output.count);
+            }
+    }
+
+    Output* begin () { return outputs_.data (); }
+    Output* end () { return outputs_.data () + count_; }
+
+    host::Array create_record ()
+    {
+        std::array<const char*, std::size (fields)> names;
+        std::transform (begin (), end (), names.begin (),
+                        [] (const Output& output) { return output.field->name; });
+        return ::create_record ({names.data (), count_});
+    }
+
+    bool are_complete ()
+    {
+        return std::all_of (begin (), end (), [] (const Output& output) { return output.array != nullptr; });
+    }
+
+private:
+    std::array<Output, std::size (fields)> outputs_;
+    std::size_t count_ = 0;
+    std::array<std::int32_t, 2> statuses_{};
+};
+
+// In the text form the text of a status later takes the place of its number.
+host::Array create_array (const Output& output, bool as_text)
+{
+    if (!as_text || !std::holds_alternative<Keys> (output.field->source))
+        return create_column (output.count);
+    const mwSize sizes[] = {static_cast<mwSize> (output.count), 2};
+    return host::Array (mxCreateCharArray (2, sizes));
+}
+
+KLVrescode_t fetch (const Request& request, std::int32_t which, const Output& output)
+{
+    const auto& source = output.field->source;
+    if (const auto* status = std::get_if<Status> (&source))
+        return status->get (request.task, which, output.codes);
+    if (const auto* keys = std::get_if<Keys> (&source))
+        return keys->get (request.task, which, request.sizes, output.codes);
+    if (const auto* values = std::get_if<Values> (&source))
+        return values->get (request.task, which, request.sizes, mxGetPr (output.array.get ()));
+    return KLV_RES_OK;
+}
+
+// Statuses and keys in the form that was asked for.
+void convert_codes (Request& request, Output& output)
+{
+    if (!request.as_text) {
+        std::copy_n (output.codes, output.count, mxGetPr (output.array.get ()));
+    } else if (const auto* status = std::get_if<Status> (&output.field->source)) {
+        char text[KLV_MAX_TEXT] = {};
+        status->to_text (request.task, *output.codes, text);
+        output.array.reset (mxCreateString (text));
+    } else {
+        auto* characters = static_cast<mxChar*> (mxGetData (output.array.get ()));
+        for (std::int64_t i = 0; i < output.count; ++i) {
+            const KeyTexts::Text text = request.texts (output.codes[i]);
+            characters[i] = text[0];
+            characters[i + output.count] = text[1];
+        }
+    }
+}
+
+// What was obtained before a library call failed is returned all the same.
+KLVrescode_t write_solution (Request& request, std::int32_t which, const char* name, mxArray* solutions)
+{
+    Outputs outputs (request, which);
+    mxArray* record = set_field (solutions, name, outputs.create_record ());
+    if (!record)
+        return KLV_RES_OUT_OF_MEMORY;
+    for (Output& output : outputs)
+        output.array = create_array (output, request.as_text);
+    if (!outputs.are_complete ())
+        return KLV_RES_OUT_OF_MEMORY;
+
+    for (const Output& output : outputs)
+        if (const auto* objective = std::get_if<Objective> (&output.field->source))
+            objective->get (request.task, which, mxGetPr (output.array.get ()));
+    KLVrescode_t code = KLV_RES_OK;
+    for (int round = 0; round <= last_round; ++round)
+        for (const Output& output : outputs)
+            if (output.field->round == round && code == KLV_RES_OK)
+                code = fetch (request, which, output);
+
+    for (Output& output : outputs)
+        if (output.codes)
+            convert_codes (request, output);
+    if (!outputs.are_complete ())
+        return KLV_RES_OUT_OF_MEMORY;
+    for (Output& output : outputs)
+        set_field (record, output.field->name, std::move (output.array));
+    return code;
+}
+
+}
+
+KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
+{
+    constexpr const char* names[KLV_SOL_COUNT] = {"itr", "bas", "int"};
+    std::array<std::int32_t, KLV_SOL_COUNT> defined;
+    std::array<const char*, KLV_SOL_COUNT> defined_names;
+    std::size_t count = 0;
+    for (std::int32_t which = 0; which < KLV_SOL_COUNT; ++which) {
+        std::int32_t is_defined = 0;
+        KLV_solutiondef (task, which, &is_defined);
+        if (is_defined) {
+            defined[count] = which;
+            defined_names[count++] = names[which];
+        }
+    }
+    if (count == 0)
+        return KLV_RES_OK;
+    mxArray* solutions = set_field (res, "sol", create_record ({defined_names.data (), count}));
+    if (!solutions)
+        return KLV_RES_OUT_OF_MEMORY;
+
+    Request request{task, statuskeys == 0, read_sizes (task), nullptr, KeyTexts (task)};
+    request.keys = host::allocate<std::int32_t> (
+        static_cast<std::size_t> (request.sizes.constraints + request.sizes.variables + request.sizes.cones));
+    if (!request.keys)
+        return KLV_RES_OUT_OF_MEMORY;
+    KLVrescode_t code = KLV_RES_OK;
+    for (std::size_t i = 0; i < count && code == KLV_RES_OK; ++i)
+        code = write_solution (request, defined[i], defined_names[i], solutions);
+    return code;
+}

@@ -1,0 +1,17 @@
+// Columns of sparse arrays on their way to the host, which wants the rows of each in increasing order.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/host.h"
+#include "kalvo.h"
+
+// Sorts one column by row, each value moving with its row. A sorted column costs one pass.
+KLVrescode_t sort_mat_column (std::size_t count, mwIndex* rows, double* values);
+
+// Compares two entries, each a row and a value, as qsort wants it.
+int sort_mat_cmp (const void* a, const void* b);
+
+// Widens indices; always 0.
+int ivec_cp_to_mwIndex (const std::int32_t* source, mwIndex* destination, std::size_t count);
