@@ -5,6 +5,7 @@
 #include <string>
 
 #include "gateway/command.h"
+#include "tests/unit/gateway_call.h"
 
 namespace {
 
@@ -96,7 +97,8 @@ INSTANTIATE_TEST_SUITE_P (
         Row{"a number without argument is an earlier one", "echo(2) debug", "echo=2"},
         Row{"an empty number is a fault", "echo()", "echo=0"},
         Row{"white space before a number is a fault", "echo( 7 )", "echo=7"},
-        Row{"the longest file name is refused", "log(" + longest + ")", "log=1 <" + longest + ">"}));
+        Row{"the longest file name is refused", "log(" + longest + ")", "log=1 <" + longest + ">"}),
+    by_fault);
 
 INSTANTIATE_TEST_SUITE_P (
     Faults, CommandTest,
@@ -109,7 +111,8 @@ INSTANTIATE_TEST_SUITE_P (
                      Row{"a faulty number is stored", "echo(1x)", "", "echo(1x)"},
                      Row{"a text passes for a number", "echo(high)", "", "echo(high)"},
                      Row{"parentheses may stay open", "echo(1", "", "echo(1"},
-                     Row{"words may touch", "read(a)b", "read=1 <a>", "read(a)b"}));
+                     Row{"words may touch", "read(a)b", "read=1 <a>", "read(a)b"}),
+    by_fault);
 
 // The message is cut to its buffer, and a file name that does not fit is refused whole.
 TEST (CommandTest, QuotesNoMoreThanFits)

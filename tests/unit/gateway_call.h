@@ -1,6 +1,7 @@
 // Calls of kalvoopt as a session makes them, and the texts that a call is expected to print.
 #pragma once
 
+#include <cctype>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,18 @@
 #include "tests/support/host_test.h"
 
 using namespace standalone;
+
+// Names a row of a table after the fault that it would catch, "zero stops" as ZeroStops_3.
+inline constexpr auto by_fault = [] (const auto& row) {
+    std::string name;
+    bool starts_word = true;
+    for (const char* c = row.param.fault; *c != '\0'; ++c) {
+        if (std::isalnum (static_cast<unsigned char> (*c)))
+            name += starts_word ? static_cast<char> (std::toupper (*c)) : *c;
+        starts_word = *c == ' ';
+    }
+    return name + '_' + std::to_string (row.index);
+};
 
 using Inputs = std::vector<Value>;
 

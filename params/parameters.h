@@ -1,0 +1,14 @@
+// The parameter record, in and out: each parameter under its name. What getparams makes, setparams takes.
+#pragma once
+
+#include <cstdint>
+
+#include "host/holders.h"
+#include "kalvo.h"
+
+// Sets the parameters that the record names, in its order, up to the first fault. Null or an empty record
+// sets nothing.
+KLVrescode_t setparams (std::int32_t echo, KLVtask_t task, const mxArray* param);
+
+// Makes the record of all parameters. After a failure it is empty or partly filled.
+KLVrescode_t getparams (KLVtask_t task, host::Array& record);
