@@ -1,0 +1,69 @@
+#include "callbacks/progress.h"
+
+#include <cmath>
+
+#include "callbacks/handle.h"
+#include "gateway/console.h"
+#include "gateway/number.h"
+#include "params/information.h"
+
+namespace {
+
+// A number whose whole part is not 0, NaN included, asks to stop. Anything but a number does not.
+bool asks_to_stop (const mxArray* answer)
+{
+    if (answer == nullptr || mxGetClassID (answer) != mxDOUBLE_CLASS || mxIsEmpty (answer))
+        return false;
+    return !(std::abs (first_number (answer)) < 1);
+}
+
+KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
+{
+    mxArray* inputs[] = {handle.object.get (), caller, handle.info.get ()};
+    mxArray* output = nullptr;
+    const host::Array error (mexCallMATLABWithTrapWithObject (1, &output, 3, inputs, handle.function.get ()));
+    if (error) {
+        mx_error (KLV_RES_USER_STOP, "");
+        return KLV_RES_USER_STOP;
+    }
+    const host::Array answer (output);
+    return asks_to_stop (answer.get ()) ? KLV_RES_USER_STOP : KLV_RES_OK;
+}
+
+KLVrescode_t report (KLVtask_t task, const CallbackHandle& handle, std::uint32_t caller)
+{
+    const host::Array code (make_number (caller));
+    if (!code)
+        return KLV_RES_OUT_OF_MEMORY;
+    if (const KLVrescode_t refreshed = updateinfo (task, handle.info); refreshed != KLV_RES_OK)
+        return refreshed;
+    return call_function (handle, code.get ());
+}
+
+}
+
+std::int32_t iterlog (KLVtask_t task, void* handle, std::uint32_t caller, const double*, const std::int32_t*,
+                      const std::int64_t*)
+{
+    const CallbackHandle* iteration = static_cast<const CallbackHandle*> (handle);
+    if (iteration == nullptr || !iteration->function)
+        return 0;
+    return report (task, *iteration, caller);
+}
+
+// The old values are replaced, not written over: the session may still hold a record that it was given
+// before.
+KLVrescode_t updateinfo (KLVtask_t task, const host::Array& info)
+{
+    if (!info)
+        return KLV_RES_OK;
+    for (std::int32_t k = 0; k < information_items; ++k) {
+        mxArray* value = mxCreateDoubleMatrix (1, 1, mxREAL);
+        if (value == nullptr)
+            return KLV_RES_OUT_OF_MEMORY;
+        mxDestroyArray (mxGetFieldByNumber (info.get (), 0, k));
+        read_information (task, k, *mxGetPr (value));
+        mxSetFieldByNumber (info.get (), 0, k, value);
+    }
+    return KLV_RES_OK;
+}
