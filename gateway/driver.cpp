@@ -1,11 +1,25 @@
 #include "gateway/driver.h"
 
+#include "callbacks/progress.h"
 #include "gateway/console.h"
 #include "gateway/frame.h"
+#include "gateway/number.h"
 #include "gateway/request.h"
+#include "gateway/result.h"
 #include "gateway/text.h"
+#include "input/arrays.h"
+#include "input/problem.h"
+#include "output/solution.h"
+#include "params/parameters.h"
+#include "sensitivity/primal_repair.h"
 
 namespace {
+
+KLVrescode_t refuse_input (const char* path)
+{
+    mx_error (KLV_RES_ARGUMENT, path);
+    return KLV_RES_ARGUMENT;
+}
 
 // ---- Set-up
 // -------------------------------------------------------------------------------------------------
@@ -21,7 +35,7 @@ KLVrescode_t create_return_code (Request& request)
 KLVrescode_t read_command (Request& request)
 {
     const mxArray* input = request.input (1);
-    if (input == nullptr || mxIsEmpty (input))
+    if (!is_given (input))
         return KLV_RES_OK;
     if (!mxIsChar (input))
         return KLV_RES_ARGUMENT;
@@ -51,6 +65,18 @@ KLVrescode_t make_task (Request& request)
     return code;
 }
 
+KLVrescode_t bind_progress_function (Request& request)
+{
+    const mxArray* callback = request.input (4);
+    if (!is_given (callback) || !mxIsStruct (callback) || mxGetField (callback, 0, "iter") == nullptr)
+        return KLV_RES_OK;
+    const KLVrescode_t code =
+        makehandle (request.task.get (), callback, request.iteration_handle, CallbackKind::iteration);
+    if (code == KLV_RES_OK)
+        addcbfunc (request.chain, iterlog, &request.iteration_handle);
+    return code;
+}
+
 // The caller's own parameters come later and override these.
 void put_default_parameters (const Request& request)
 {
@@ -62,8 +88,25 @@ void put_default_parameters (const Request& request)
 KLVrescode_t prepare_task (Request& request)
 {
     request.then (link_first_stream);
+    request.then (bind_progress_function);
     put_default_parameters (request);
     return request.code;
+}
+
+KLVrescode_t put_server (Request& request)
+{
+    const mxArray* server = request.input (5);
+    if (!is_given (server))
+        return KLV_RES_OK;
+    if (!mxIsStruct (server))
+        return refuse_input ("optserver");
+    const mxArray* field = mxGetField (server, 0, "host");
+    if (field == nullptr || !mxIsChar (field))
+        return refuse_input ("optserver.host");
+    char* copied = nullptr;
+    const int complete = getstring (field, &copied);
+    const host::Memory<char> host (copied);
+    return complete ? KLV_putoptserverhost (request.task.get (), host.get ()) : KLV_RES_OK;
 }
 
 KLVrescode_t install_callbacks (Request& request)
@@ -72,12 +115,24 @@ KLVrescode_t install_callbacks (Request& request)
     return KLV_RES_OK;
 }
 
+KLVrescode_t put_parameters (Request& request)
+{
+    return setparams (request.options.echo, request.task.get (), request.input (3));
+}
+
 KLVrescode_t start_console (Request& request)
 {
     print_banner (request.options);
     if (request.options.read)
         KLV_putstrparam (request.task.get (), KLV_SPAR_DATA_FILE_NUMBER, request.options.readfile);
     return link_streams (request);
+}
+
+KLVrescode_t hold_result_place (Request& request)
+{
+    if (request.wants_result ())
+        request.plhs[1] = mxCreateDoubleMatrix (0, 0, mxREAL);
+    return KLV_RES_OK;
 }
 
 void set_up (Request& request)
@@ -90,8 +145,11 @@ void set_up (Request& request)
     request.then (install_exit_function);
     request.then (make_task);
     request.then (prepare_task);
+    request.then (put_server);
     request.then (install_callbacks);
+    request.then (put_parameters);
     request.then (start_console);
+    request.then (hold_result_place);
 }
 
 // ---- Work
@@ -106,7 +164,7 @@ KLVrescode_t load_problem (Request& request)
             KLV_readsummary (task, KLV_STREAM_ALL);
         return code;
     }
-    return KLV_RES_OK;
+    return putproblem (task, request.input (2));
 }
 
 KLVrescode_t put_sense (Request& request)
@@ -122,6 +180,11 @@ KLVrescode_t convert_to_conic (Request& request)
     return request.options.toconic ? KLV_toconic (request.task.get ()) : KLV_RES_OK;
 }
 
+KLVrescode_t put_solution (Request& request)
+{
+    return putsolution (request.task.get (), request.input (2));
+}
+
 KLVrescode_t write_problem (Request& request)
 {
     return request.options.write ? KLV_writedata (request.task.get (), request.options.writefile)
@@ -132,6 +195,11 @@ KLVrescode_t analyze_problem (Request& request)
 {
     return request.options.anapro ? KLV_analyzeproblem (request.task.get (), KLV_STREAM_MESSAGES)
                                   : KLV_RES_OK;
+}
+
+KLVrescode_t repair_problem (Request& request)
+{
+    return request.options.primalrepair ? primalrepair (request.task.get (), request.input (2)) : KLV_RES_OK;
 }
 
 KLVrescode_t optimize (Request& request)
@@ -151,8 +219,10 @@ void work (Request& request)
     request.then (load_problem);
     request.then (put_sense);
     request.then (convert_to_conic);
+    request.then (put_solution);
     request.then (write_problem);
     request.then (analyze_problem);
+    request.then (repair_problem);
     request.then (optimize);
 }
 
@@ -202,6 +272,10 @@ void KLV_kalvomx (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[])
     set_up (request);
     if (request.code == KLV_RES_OK) {
         work (request);
+        if (request.wants_result ())
+            make_result (request);
+        delete_cb_handle (&request.iteration_handle);
+        delete_cb_handle (&request.log_handle);
         report_failure (request);
     } else {
         report_set_up_failure (request);

@@ -6,6 +6,7 @@
 #include "callbacks/log.h"
 #include "gateway/console.h"
 #include "host/holders.h"
+#include "input/arrays.h"
 
 namespace {
 
@@ -68,7 +69,19 @@ KLVrescode_t install_exit_function (Request&)
 
 KLVrescode_t link_first_stream (Request& request)
 {
-    return KLV_linkfunctotaskstream (request.task.get (), KLV_STREAM_ALL, nullptr, logprint);
+    const mxArray* callback = request.input (4);
+    if (!is_given (callback))
+        return KLV_linkfunctotaskstream (request.task.get (), KLV_STREAM_ALL, nullptr, logprint);
+    if (!mxIsStruct (callback)) {
+        mx_error (KLV_RES_ARGUMENT, "callback");
+        return KLV_RES_ARGUMENT;
+    }
+    if (mxGetField (callback, 0, "log") == nullptr)
+        return KLV_RES_OK;
+    const KLVrescode_t code = makehandle (nullptr, callback, request.log_handle, CallbackKind::log);
+    if (code != KLV_RES_OK)
+        return code;
+    return KLV_linkfunctotaskstream (request.task.get (), KLV_STREAM_ALL, &request.log_handle, logprint);
 }
 
 KLVrescode_t link_streams (Request& request)

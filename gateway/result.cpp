@@ -1,0 +1,144 @@
+#include "gateway/result.h"
+
+#include <array>
+#include <utility>
+
+#include "gateway/number.h"
+#include "output/problem.h"
+#include "output/records.h"
+#include "output/solution.h"
+#include "params/constants.h"
+#include "params/information.h"
+#include "params/parameters.h"
+
+namespace {
+
+bool has_solution (KLVtask_t task)
+{
+    for (std::int32_t which = 0; which < KLV_SOL_COUNT; ++which) {
+        std::int32_t defined = 0;
+        if (KLV_solutiondef (task, which, &defined) == KLV_RES_OK && defined)
+            return true;
+    }
+    return false;
+}
+
+struct FieldList {
+    std::array<const char*, 9> names;
+    std::size_t count = 0;
+
+    void add (const char* name) { names[count++] = name; }
+    void add_if (bool wanted, const char* name)
+    {
+        if (wanted)
+            add (name);
+    }
+};
+
+bool wants_problem (const cmdoptions& options)
+{
+    return options.read || options.prob;
+}
+
+FieldList list_fields (const Request& request)
+{
+    const cmdoptions& options = request.options;
+    FieldList fields;
+    fields.add_if (request.is_finished () && has_solution (request.task.get ()), "sol");
+    if (request.code != KLV_RES_OUT_OF_MEMORY) {
+        fields.add_if (wants_problem (options), "prob");
+        fields.add_if (options.param, "param");
+        fields.add_if (options.info, "info");
+        fields.add_if (options.version, "version");
+        fields.add_if (options.symbcon, "symbcon");
+    }
+    for (const char* name : {"rcode", "rmsg", "rcodestr"})
+        fields.add (name);
+    return fields;
+}
+
+mxArray* create_result (Request& request)
+{
+    const FieldList fields = list_fields (request);
+    mxArray*& result = request.plhs[1];
+    mxDestroyArray (result);
+    result = nullptr;    // while there may be no memory for the record
+    result = create_record ({fields.names.data (), fields.count}).release ();
+    if (result == nullptr)
+        request.code = KLV_RES_OUT_OF_MEMORY;
+    return result;
+}
+
+// Fills a field with the record that `get` makes; after a failure the field stays empty.
+KLVrescode_t fill (mxArray* result, const char* field, KLVtask_t task,
+                   KLVrescode_t (*get) (KLVtask_t, host::Array&))
+{
+    host::Array record;
+    const KLVrescode_t code = get (task, record);
+    if (code == KLV_RES_OK)
+        set_field (result, field, std::move (record));
+    return code;
+}
+
+KLVrescode_t getversion (KLVtask_t, host::Array& version)
+{
+    constexpr std::pair<const char*, std::int32_t> parts[] = {
+        {"major", KLV_VERSION_MAJOR}, {"minor", KLV_VERSION_MINOR}, {"revision", KLV_VERSION_REVISION}};
+    constexpr const char* names[] = {parts[0].first, parts[1].first, parts[2].first};
+    version = create_record (names);
+    if (!version)
+        return KLV_RES_OUT_OF_MEMORY;
+    for (const auto& [name, number] : parts)
+        if (set_field (version.get (), name, host::Array (make_number (number))) == nullptr)
+            return KLV_RES_OUT_OF_MEMORY;
+    return KLV_RES_OK;
+}
+
+// What the command string asks for beside the solution; the first failure leaves the rest empty.
+KLVrescode_t fill_requested (const Request& request, mxArray* result)
+{
+    const cmdoptions& options = request.options;
+    const KLVtask_t task = request.task.get ();
+    KLVrescode_t code = KLV_RES_OK;
+    if (wants_problem (options))
+        code = getprob (options.statuskeys, task, result);
+    if (code == KLV_RES_OK && options.param)
+        code = fill (result, "param", task, getparams);
+    if (code == KLV_RES_OK && options.info)
+        code = fill (result, "info", task, getinfo);
+    if (code == KLV_RES_OK && options.version)
+        code = fill (result, "version", task, getversion);
+    if (code == KLV_RES_OK && options.symbcon)
+        code = fill (result, "symbcon", task, getsymbcon);
+    return code;
+}
+
+// The library's last message, or the description of the code where it has none.
+void fill_codes (const Request& request, mxArray* result)
+{
+    char name[KLV_MAX_TEXT] = "", message[KLV_MAX_TEXT] = "";
+    KLV_getcodedesc (request.code, name, message);
+    std::int32_t last = 0, length = 0;
+    KLV_getlasterror (request.task.get (), &last, sizeof message, &length, message);
+    set_field (result, "rcode", host::Array (make_number (request.code)));
+    set_field (result, "rmsg", host::Array (mxCreateString (message)));
+    set_field (result, "rcodestr", host::Array (mxCreateString (name)));
+}
+
+}
+
+void make_result (Request& request)
+{
+    mxArray* result = create_result (request);
+    if (result == nullptr)
+        return;
+    if (request.is_finished ()) {
+        const KLVrescode_t code = getsolution (request.task.get (), request.options.statuskeys, result);
+        if (request.code == KLV_RES_OK)
+            request.code = code;
+    }
+    if (request.code != KLV_RES_OUT_OF_MEMORY)
+        if (const KLVrescode_t code = fill_requested (request, result); code != KLV_RES_OK)
+            request.code = code;
+    fill_codes (request, result);
+}

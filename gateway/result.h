@@ -1,0 +1,8 @@
+// The result record: output 2 of a call.
+#pragma once
+
+#include "gateway/request.h"
+
+// Makes the record with the fields that the request needs, and fills it. What fails becomes the request's
+// code.
+void make_result (Request& request);
