@@ -14,10 +14,10 @@ namespace klv {
 // A row that drives no setting is reserved: it accepts its default only.
 template <class Value, class Setting>
 struct Parameter {
-    std::int32_t number;
+    std::int32_t number = 0;
     std::string_view name;
     Value fallback, smallest, largest;
-    Group symbols;                      // the constants that its values are, or none
+    Group symbols = {};                 // the constants that its values are, or none
     Setting drives;
     std::string_view description;
 

@@ -27,8 +27,8 @@ public:
     std::int32_t get (IntSetting setting) const { return integers[parameter_number (setting)]; }
     const std::string& get (TextSetting setting) const { return texts[parameter_number (setting)]; }
 
-    std::array<double, KLV_DOUBLE_PARAMETERS> doubles;
-    std::array<std::int32_t, KLV_INTEGER_PARAMETERS> integers;
+    std::array<double, KLV_DOUBLE_PARAMETERS> doubles{};
+    std::array<std::int32_t, KLV_INTEGER_PARAMETERS> integers{};
     std::array<std::string, KLV_STRING_PARAMETERS> texts;
 };
 
