@@ -24,3 +24,7 @@ add_custom_command (OUTPUT "${notices}"
     DEPENDS ${notices_parts} VERBATIM)
 
 add_custom_target (toolbox ALL DEPENDS ${toolbox_copies} "${notices}")
+add_dependencies (toolbox toolbox_highs)
+if (TARGET kalvoopt)
+    add_dependencies (toolbox kalvoopt)
+endif ()

@@ -1,0 +1,51 @@
+"""The toolbox folder as a user installs it: what is in it, what it exports, and that it works from anywhere."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import unittest
+
+TOOLBOX = pathlib.Path(os.environ["KALVO_TOOLBOX"])
+AFIRO = pathlib.Path(os.environ["KALVO_TEST_DATA"]) / "lp" / "afiro.mps"
+
+
+def solve(toolbox, **environment):
+    code = f"""[r, res] = kalvoopt ('minimize echo(0) read({AFIRO})');
+               assert (r, 0); assert (res.sol.bas.pobjval, -464.753142857, 1e-6);
+               printf ('%s', fileread ('/proc/self/maps'));"""
+    command = ["octave-cli", "--no-history", "--norc", "--path", str(toolbox), "--eval", code]
+    done = subprocess.run(command, env={**os.environ, **environment}, text=True, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, timeout=60)
+    if done.returncode != 0:
+        raise AssertionError(done.stdout)
+    return done.stdout
+
+
+def exports(file):
+    listing = subprocess.check_output(["nm", "-D", "--defined-only", TOOLBOX / file], text=True)
+    return {line.split()[2] for line in listing.splitlines()}
+
+
+class ToolboxFolder(unittest.TestCase):
+    def test_it_holds_what_a_user_needs_and_nothing_else(self):
+        names = {path.name for path in TOOLBOX.iterdir() if path.suffix != ".m"}
+        self.assertEqual(names, {"kalvoopt.mex", "libkalvo64.so", "libhighs.so", "libhighs_extras.so", "examples",
+                                 "NOTICES"})
+
+    def test_only_the_interfaces_are_exported(self):
+        self.assertEqual(exports("kalvoopt.mex"), {"mexFunction", "mexfilerequiredapiversion"})
+        others = {name for name in exports("libkalvo64.so") if not name.startswith("KLV_")}
+        self.assertEqual(others, set())
+
+    def test_a_copy_elsewhere_works_alone(self):
+        copy = pathlib.Path("a copy").resolve()
+        shutil.copytree(TOOLBOX, copy)
+        self.assertNotIn(str(TOOLBOX), solve(copy))
+
+    def test_another_copy_of_the_engine_in_the_process_is_not_ours(self):
+        other = pathlib.Path("libother.so").resolve()
+        shutil.copy(TOOLBOX / "libhighs.so", other)
+        loaded = solve(TOOLBOX, LD_PRELOAD=str(other))
+        self.assertIn(str(other), loaded)
+        self.assertIn(str(TOOLBOX / "libhighs.so"), loaded)
