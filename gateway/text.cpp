@@ -7,7 +7,7 @@ int getstring (const mxArray* array, char** text)
     *text = nullptr;
     if (array == nullptr || !mxIsChar (array))
         return 0;
-    const mwSize size = static_cast<mwSize> (mxGetM (array) * mxGetN (array) + 1);
-    *text = host::allocate<char> (2 * static_cast<std::size_t> (size)).release ();
-    return *text != nullptr && mxGetString (array, *text, size) == 0;
+    const std::size_t size = 3 * mxGetNumberOfElements (array) + 1;    // a 16-bit character takes up to 3 bytes
+    *text = host::allocate<char> (size).release ();
+    return *text != nullptr && mxGetString (array, *text, static_cast<mwSize> (size)) == 0;
 }
