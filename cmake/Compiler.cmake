@@ -19,9 +19,10 @@ if (KALVO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set (CMAKE_CXX_COMPILER_LAUNCHER "${KALVO_CCACHE}")
 endif ()
 
+# -Wrestrict is wrong about std::string in GCC 12.
 add_library (kalvo_warnings INTERFACE)
 target_compile_options (kalvo_warnings INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-qual -Wformat=2 -Wno-format-nonliteral -Wundef
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-qual -Wformat=2 -Wno-format-nonliteral -Wno-restrict -Wundef
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wsuggest-override>
     $<$<BOOL:${KALVO_WERROR}>:-Werror>)
 
