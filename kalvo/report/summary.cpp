@@ -1,0 +1,106 @@
+// What was found, and how: the summaries that follow an optimisation.
+
+#include "kalvo/report/log.h"
+#include "kalvo/tables/constants.h"
+#include "kalvo/task/operations.h"
+#include "kalvo/task/text.h"
+
+#include <algorithm>
+
+namespace klv {
+
+static const char* slot_name (std::size_t slot)
+{
+    static constexpr const char* names[] = { "interior", "basic", "integer" };
+    return names[slot];
+}
+
+static std::string_view status_text (Group group, std::int32_t status)
+{
+    const Constant* constant = find_constant (group, status);
+    return constant != nullptr ? short_name (*constant) : "?";
+}
+
+static bool is_certificate (const Solution& solution)
+{
+    return solution.solution_status == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE ||
+           solution.solution_status == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE;
+}
+
+static std::string residuals (const Solution& solution, std::size_t slot)
+{
+    const Violations& found = solution.violations;
+    if (is_certificate (solution))
+        return formatted ("  the certificate holds within %.1e", std::max (found.primal, found.dual));
+    if (slot == KLV_SOL_INT)
+        return formatted ("  checked: primal violation %.1e, distance from whole numbers %.1e", found.primal, found.integer);
+    return formatted ("  checked: primal violation %.1e, dual violation %.1e, gap %.1e, complementarity %.1e",
+                      found.primal, found.dual, found.gap, found.complementarity);
+}
+
+static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const Solution& solution)
+{
+    const auto say = [&] (std::string_view line) { task.streams.print_on (stream, line); };
+    say (text ("The ", slot_name (slot), " solution: ", status_text (Group::solution_status, solution.solution_status),
+               "; the problem: ", status_text (Group::problem_status, solution.problem_status)));
+    if (solution.problem_status == KLV_PRO_INFEASIBLE_BY_SEARCH)
+        say ("  infeasible by search, not certified");
+    if (solution.solution_status == KLV_SOLSTA_UNKNOWN && slot == KLV_SOL_INT)
+        return;
+    if (is_certificate (solution)) {
+        say (residuals (solution, slot));
+        return;
+    }
+    if (slot == KLV_SOL_INT) {
+        const Information& information = task.information;
+        say (formatted ("  objective %.10e, bound %.10e (the bound is the optimiser's word)", solution.primal_objective,
+                        information.get (RealItem::mip_bound)));
+    } else
+        say (formatted ("  primal objective %.10e, dual objective %.10e", solution.primal_objective,
+                        solution.dual_objective));
+    say (residuals (solution, slot));
+}
+
+KLVrescode_t solution_summary (Task& task, std::int32_t stream)
+{
+    if (task.parameters.get (IntSetting::log_level) < 1)
+        return KLV_RES_OK;
+    bool any = false;
+    for (std::size_t slot = 0; slot < task.solutions.size (); ++slot)
+        if (task.solutions[slot]) {
+            // An interior slot that is a copy of the basic one is told of with it.
+            const bool copied = slot == KLV_SOL_ITR && task.solutions[KLV_SOL_BAS] &&
+                                task.information.get (IntItem::interior_source) ==
+                                    task.information.get (IntItem::basic_source) &&
+                                task.information.get (IntItem::interior_source) != KLV_OPTIMIZER_INTERIOR_POINT + 1;
+            if (!copied)
+                print_slot (task, stream, slot, *task.solutions[slot]);
+            any = true;
+        }
+    if (!any)
+        task.streams.print_on (stream, "There is no solution.");
+    return KLV_RES_OK;
+}
+
+KLVrescode_t optimizer_summary (Task& task, std::int32_t stream)
+{
+    if (task.parameters.get (IntSetting::log_level) < 1)
+        return KLV_RES_OK;
+    const Information& information = task.information;
+    std::string line = formatted ("Time: %.2f s", information.get (RealItem::time_optimize));
+    const auto add = [&] (IntItem item, const char* what) {
+        if (const std::int32_t value = information.get (item))
+            line += text (", ", value, " ", what);
+    };
+    add (IntItem::simplex_iterations, "simplex iterations");
+    add (IntItem::interior_iterations, "interior-point iterations");
+    add (IntItem::finish_iterations, "iterations of the simplex finish");
+    add (IntItem::nodes, "nodes");
+    add (IntItem::improving_solutions, "improving points");
+    task.streams.print_on (stream, line);
+    if (const std::int32_t alive = information.get (IntItem::abandoned_workers))
+        task.streams.print_on (stream, text (alive, " stopped runs have not ended yet."));
+    return KLV_RES_OK;
+}
+
+}
