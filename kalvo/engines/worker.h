@@ -1,0 +1,48 @@
+// Threads that engines run on.
+//
+// Each run has a fresh thread with all signals blocked. A worker that does not stop when it is asked to is abandoned: it
+// ends by itself, on data that it owns together with nobody who waits. At process end abandoned workers are asked to
+// stop and waited for; when one still runs then, the process ends without the destructors that would pull the ground
+// away from under it.
+#pragma once
+
+#include "kalvo/engines/engine.h"
+
+#include <memory>
+#include <thread>
+
+namespace klv {
+
+class Worker {
+public:
+    // Starts the run. Throws std::system_error when there is no thread to be had, std::bad_alloc.
+    Worker (std::shared_ptr<Engine> engine, Job job);
+    Worker (const Worker&) = delete;
+    Worker& operator= (const Worker&) = delete;
+    ~Worker ();                                         // abandons a run that was not joined
+
+    EventChannel& channel () { return shared_->channel; }
+    void stop () { shared_->stop = true; }
+    void join ();                                       // of a run that has finished
+
+    struct Shared {
+        std::shared_ptr<Engine> engine;
+        Job job;
+        StopFlag stop = false;
+        EventChannel channel;
+        bool ended = false;                             // guarded by the list of abandoned workers
+    };
+
+private:
+    std::shared_ptr<Shared> shared_;
+    std::thread thread_;
+};
+
+// Workers that were abandoned and still run.
+int abandoned_workers ();
+constexpr int most_abandoned_workers = 4;
+
+// Sees to the end of the process; called once an engine was loaded, so that it comes before that engine's own end.
+void watch_process_end ();
+
+}
