@@ -1,0 +1,12 @@
+#include "kalvo/engines/engine.h"
+#include "kalvo/engines/highs/highs.h"
+
+namespace klv {
+
+std::vector<std::shared_ptr<Engine>>& engines ()
+{
+    static std::vector<std::shared_ptr<Engine>> list { highs::make_engine () };
+    return list;
+}
+
+}

@@ -1,0 +1,106 @@
+#include "kalvo/engines/highs/api.h"
+
+#include "kalvo/engines/worker.h"
+#include "kalvo/task/text.h"
+
+#include <mutex>
+
+#include <dlfcn.h>
+
+namespace klv::highs {
+
+constexpr const char* wanted_version = "1.15.1";
+constexpr const char* library_file = "libhighs.so";
+constexpr const char* extras_file = "libhighs_extras.so";
+
+// A copy of our own, whatever other copies the process has loaded: by its full path, with symbols that neither see the
+// others nor are seen by them. Sanitizers intercept too much for DEEPBIND.
+#ifdef KALVO_SANITIZED
+constexpr int load_flags = RTLD_NOW | RTLD_LOCAL;
+#else
+constexpr int load_flags = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
+#endif
+
+static Api table;
+
+// The folder of the file that holds this code: the engine's files lie beside it.
+static std::string own_folder ()
+{
+    Dl_info info {};
+    if (dladdr (&table, &info) == 0 || info.dli_fname == nullptr)
+        return ".";
+    const std::string path = info.dli_fname;
+    const std::size_t slash = path.rfind ('/');
+    return slash == std::string::npos ? "." : path.substr (0, slash);
+}
+
+static std::string last_problem ()
+{
+    const char* message = dlerror ();
+    return message != nullptr ? message : "no reason given";
+}
+
+template <class Function>
+static bool find (void* library, const char* name, Function& function)
+{
+    function = reinterpret_cast<Function> (dlsym (library, name));
+    return function != nullptr;
+}
+
+static std::string load_once ()
+{
+    const std::string folder = own_folder ();
+    // The library looks for its extras by name wherever the system does: it is to find this copy, loaded before it. Without
+    // extras it lacks one interior-point method that is not used here.
+    dlopen (text (folder, "/", extras_file).c_str (), load_flags);
+    void* const library = dlopen (text (folder, "/", library_file).c_str (), load_flags);
+    if (library == nullptr)
+        return text ("the engine's file can't be loaded: ", last_problem ());
+
+    Api found;
+    const bool complete =
+        find (library, "Highs_create", found.create) && find (library, "Highs_destroy", found.destroy) &&
+        find (library, "Highs_version", found.version) && find (library, "Highs_passModel", found.passModel) &&
+        find (library, "Highs_run", found.run) &&
+        find (library, "Highs_setBoolOptionValue", found.setBoolOptionValue) &&
+        find (library, "Highs_setIntOptionValue", found.setIntOptionValue) &&
+        find (library, "Highs_setDoubleOptionValue", found.setDoubleOptionValue) &&
+        find (library, "Highs_setStringOptionValue", found.setStringOptionValue) &&
+        find (library, "Highs_setCallback", found.setCallback) &&
+        find (library, "Highs_startCallback", found.startCallback) &&
+        find (library, "Highs_getModelStatus", found.getModelStatus) &&
+        find (library, "Highs_getIntInfoValue", found.getIntInfoValue) &&
+        find (library, "Highs_getInt64InfoValue", found.getInt64InfoValue) &&
+        find (library, "Highs_getDoubleInfoValue", found.getDoubleInfoValue) &&
+        find (library, "Highs_getSolution", found.getSolution) &&
+        find (library, "Highs_setSolution", found.setSolution) && find (library, "Highs_getBasis", found.getBasis) &&
+        find (library, "Highs_getDualRay", found.getDualRay) &&
+        find (library, "Highs_getPrimalRay", found.getPrimalRay);
+    if (!complete)
+        return text ("the engine's file ", folder, "/", library_file, " lacks a function: ", last_problem ());
+    if (found.version () != std::string_view (wanted_version))
+        return text ("the engine's file ", folder, "/", library_file, " has version ", found.version (), ", needed is ",
+                     wanted_version);
+    table = found;
+    watch_process_end ();
+    return {};
+}
+
+std::string load_api ()
+{
+    static std::mutex mutex;
+    static bool loaded = false;
+    const std::lock_guard lock (mutex);
+    if (loaded)
+        return {};
+    std::string problem = load_once ();
+    loaded = problem.empty ();
+    return problem;
+}
+
+const Api& api ()
+{
+    return table;
+}
+
+}

@@ -1,0 +1,40 @@
+// The functions of the HiGHS library, found at run time in a copy of our own.
+#pragma once
+
+#include <interfaces/highs_c_api.h>
+
+#include <string>
+
+namespace klv::highs {
+
+// One pointer for each function that is used, under its name without prefix.
+struct Api {
+    decltype (&Highs_create) create;
+    decltype (&Highs_destroy) destroy;
+    decltype (&Highs_version) version;
+    decltype (&Highs_passModel) passModel;
+    decltype (&Highs_run) run;
+    decltype (&Highs_setBoolOptionValue) setBoolOptionValue;
+    decltype (&Highs_setIntOptionValue) setIntOptionValue;
+    decltype (&Highs_setDoubleOptionValue) setDoubleOptionValue;
+    decltype (&Highs_setStringOptionValue) setStringOptionValue;
+    decltype (&Highs_setCallback) setCallback;
+    decltype (&Highs_startCallback) startCallback;
+    decltype (&Highs_getModelStatus) getModelStatus;
+    decltype (&Highs_getIntInfoValue) getIntInfoValue;
+    decltype (&Highs_getInt64InfoValue) getInt64InfoValue;
+    decltype (&Highs_getDoubleInfoValue) getDoubleInfoValue;
+    decltype (&Highs_getSolution) getSolution;
+    decltype (&Highs_setSolution) setSolution;
+    decltype (&Highs_getBasis) getBasis;
+    decltype (&Highs_getDualRay) getDualRay;
+    decltype (&Highs_getPrimalRay) getPrimalRay;
+};
+
+// Loads the library, once and for good. An empty text, or what is wrong; the next call then tries again.
+std::string load_api ();
+
+// Only after load_api succeeded.
+const Api& api ();
+
+}
