@@ -1,0 +1,40 @@
+// The fields of one line of an MPS file.
+#pragma once
+
+#include <string_view>
+
+namespace klv {
+
+enum class MpsSection { none, name, objsense, objname, rows, columns, rhs, ranges, bounds, endata };
+
+// Fields in the order of fixed form; those that a line does not have are empty. A marker has the items
+// "'MARKER'" and its kind. In free form a line of BOUNDS with three fields has its last two in name and
+// item[0], whichever they are.
+struct MpsFields {
+    std::string_view key{};
+    std::string_view name{};
+    std::string_view item[2]{};
+    std::string_view number[2]{};
+};
+
+// Throws FileFault when a line has control characters other than tabs.
+void check_characters (std::string_view line);
+
+// Throw FileFault when the line does not have the fields of a line of its section.
+MpsFields split_free (MpsSection section, std::string_view line);
+MpsFields split_fixed (MpsSection section, std::string_view line);
+
+// Whether a line fits the columns of fixed form with a blank inside a name, so that free form cannot mean it.
+bool only_fixed (MpsSection section, std::string_view line);
+
+// Whether free and fixed form read such a line differently, both without a fault.
+bool free_and_fixed_differ (MpsSection section, std::string_view line);
+
+inline bool is_blank (char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+std::string_view trim (std::string_view text);
+
+}

@@ -1,0 +1,502 @@
+// Writes MPS files: every number to the last bit, every name as it is, or nothing at all.
+#include "kalvo/files/mps.h"
+#include "kalvo/files/name_table.h"
+#include "kalvo/files/numbers.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace klv {
+
+// No name is longer, so that lines of three names stay below the longest line that is read.
+constexpr std::size_t longest_free_name = std::size_t{1} << 16;
+constexpr std::size_t longest_fixed_name = 8;
+
+static bool same_bits (double a, double b)
+{
+    return std::bit_cast<std::uint64_t> (a) == std::bit_cast<std::uint64_t> (b);
+}
+
+static bool is_plain_zero (double value)
+{
+    return same_bits (value, 0.0);
+}
+
+// ---- Names: as they are, or made for items that have none
+
+// Adds as many "_" to a name as keep it, alone or before a number, apart from all the names that are given.
+class Distinct {
+public:
+    explicit Distinct (std::string wanted) : wanted_ (std::move (wanted)) {}
+
+    void avoid (std::string_view name)
+    {
+        if (!name.starts_with (wanted_))
+            return;
+        const std::size_t tail = std::min (name.find_first_not_of ('_', wanted_.size ()), name.size ());
+        if (name.find_first_not_of ("0123456789", tail) == name.npos)
+            added_ = std::max (added_, tail - wanted_.size () + 1);
+    }
+
+    std::string name () const { return wanted_ + std::string (added_, '_'); }
+
+private:
+    std::string wanted_;
+    std::size_t added_ = 0;
+};
+
+class ItemNames {
+public:
+    ItemNames (const Names& names, std::int32_t count, const char* prefix) : names_ (names), count_ (count)
+    {
+        Distinct distinct (prefix);
+        for (std::int32_t i = 0; i < count && names.any (); ++i)
+            distinct.avoid (names.get (i));
+        prefix_ = distinct.name ();
+    }
+
+    // Valid until the next call for an item without a name.
+    std::string_view operator() (std::int32_t item) const
+    {
+        const std::string_view name =
+            names_.any () ? std::string_view (names_.get (item)) : std::string_view ();
+        if (!name.empty ())
+            return name;
+        made_ = prefix_ + std::to_string (item + 1);
+        return made_;
+    }
+
+    std::int32_t count () const { return count_; }
+
+private:
+    const Names& names_;
+    std::int32_t count_;
+    std::string prefix_;
+    mutable std::string made_;
+};
+
+// A name for the objective or for a set that no row or column has.
+static std::string unused_name (const char* wanted, const ItemNames& others)
+{
+    Distinct distinct (wanted);
+    for (std::int32_t i = 0; i < others.count (); ++i)
+        distinct.avoid (others (i));
+    return distinct.name ();
+}
+
+// ---- What a form cannot hold
+
+static const char* why_not (std::string_view name, MpsForm form)
+{
+    const auto is_control = [] (char c) { return static_cast<unsigned char> (c) < ' '; };
+    for (const char c : name) {
+        if (is_control (c))
+            return "has a control character";
+        if (c == ' ' && form == MpsForm::free)
+            return "has a blank";
+    }
+    if (name.size () > (form == MpsForm::free ? longest_free_name : longest_fixed_name))
+        return "is too long";
+    if (name == "'MARKER'")
+        return "is the word of markers";
+    if (form == MpsForm::fixed && (name.starts_with (' ') || name.ends_with (' ')))
+        return "begins or ends with a blank";
+    if (form == MpsForm::fixed && name.starts_with ('$'))
+        return "begins with the sign of comments";
+    return nullptr;
+}
+
+struct Obstacle {
+    std::string item;
+    const char* reason = nullptr;
+};
+
+static Obstacle find_obstacle (const char* kind, const ItemNames& names, MpsForm form)
+{
+    for (std::int32_t i = 0; i < names.count (); ++i)
+        if (const char* reason = why_not (names (i), form))
+            return {std::string (kind) + " " + std::to_string (i + 1) + " " + quote (names (i)), reason};
+    return {};
+}
+
+static Obstacle find_obstacle (const Problem& problem, MpsForm form)
+{
+    if (const char* reason = why_not (problem.objective_name, form))
+        return {"objective " + quote (problem.objective_name), reason};
+    Obstacle found =
+        find_obstacle ("constraint", {problem.constraint_name, problem.constraints (), "R"}, form);
+    if (!found.reason)
+        found = find_obstacle ("variable", {problem.variable_name, problem.variables (), "C"}, form);
+    return found;
+}
+
+static FileFault cannot_hold (const std::string& text)
+{
+    return {KLV_RES_FILE_CANNOT_HOLD, text};
+}
+
+static void check_unique (const char* kind, const ItemNames& names, std::string_view also)
+{
+    NameTable table;
+    if (!also.empty ())
+        table.insert (also);
+    for (std::int32_t i = 0; i < names.count (); ++i)
+        if (!table.insert (names (i)))
+            throw cannot_hold (std::string ("MPS cannot hold two items of the same name: ") + kind + " " +
+                               std::to_string (i + 1) + " " + quote (names (i)));
+}
+
+static void check_problem_name (std::string_view name)
+{
+    const auto refuse = [&] (const char* reason) {
+        throw cannot_hold ("MPS cannot hold the problem's name " + quote (name) + ", which " + reason);
+    };
+    if (name.size () > longest_free_name)
+        refuse ("is too long");
+    for (const char c : name)
+        if (static_cast<unsigned char> (c) < ' ' && c != '\t')
+            refuse ("has a control character");
+    const auto is_space = [] (char c) { return c == ' ' || c == '\t'; };
+    if (!name.empty () && (is_space (name.front ()) || is_space (name.back ())))
+        refuse ("begins or ends with a blank");
+}
+
+bool mps_holds_names (const Problem& problem, MpsForm form)
+{
+    return find_obstacle (problem, form).reason == nullptr;
+}
+
+void check_mps_holds (const Problem& problem, MpsForm form)
+{
+    check_problem_name (problem.name);
+    check_unique ("constraint", {problem.constraint_name, problem.constraints (), "R"},
+                  problem.objective_name);
+    check_unique ("variable", {problem.variable_name, problem.variables (), "C"}, {});
+    const Obstacle obstacle = find_obstacle (problem, form);
+    if (!obstacle.reason)
+        return;
+    const MpsForm other = form == MpsForm::free ? MpsForm::fixed : MpsForm::free;
+    const std::string advice =
+        find_obstacle (problem, other).reason
+            ? "no format that is known can"
+            : std::string ("the ") + (other == MpsForm::free ? "free" : "fixed") + " form can";
+    throw cannot_hold ((form == MpsForm::free ? "free" : "fixed") + std::string (" MPS cannot hold ") +
+                       obstacle.item + ", whose name " + obstacle.reason + "; " + advice);
+}
+
+// ---- Ranges: one bound as the right-hand side, the other by their difference
+
+struct Ranged {
+    char kind;    // G or L; 0 when no difference gives both bounds back
+    double side;
+    long double range;
+};
+
+static Ranged ranged_row (double lower, double upper)
+{
+    const long double l = lower, u = upper;
+    for (const long double range : {static_cast<long double> (upper - lower), u - l}) {
+        if (!std::isfinite (range) || range < 0)
+            continue;
+        if (same_bits (static_cast<double> (l + range), upper))
+            return {'G', lower, range};
+        if (same_bits (static_cast<double> (u - range), lower))
+            return {'L', upper, range};
+    }
+    return {0, 0, 0};
+}
+
+// ---- The writer
+
+class MpsWriter {
+public:
+    MpsWriter (const Problem& problem, MpsForm form, double huge, OutputFile& file)
+        : problem_ (problem),
+          form_ (form),
+          huge_ (huge),
+          file_ (file),
+          rows_ (problem.constraint_name, problem.constraints (), "R"),
+          columns_ (problem.variable_name, problem.variables (), "C"),
+          objective_ (problem.objective_name.empty () ? unused_name ("OBJ", rows_) : problem.objective_name),
+          bound_set_ (unused_name ("BND", columns_))
+    {}
+
+    void write ();
+
+    std::int64_t long_numbers () const { return long_numbers_; }
+    std::int64_t huge_bounds () const { return huge_bounds_; }
+
+private:
+    void heading ();
+    void rows ();
+    void columns ();
+    void right_hand_sides ();
+    void ranges ();
+    void bounds ();
+
+    void bounds_of (std::int32_t j);
+    char kind_of_row (std::int32_t i) const;
+    double side_of_row (std::int32_t i) const;
+
+    // A line of two or three names and a number, in the form of the file. A number of no text stands for
+    // none.
+    void line (std::string_view key, std::string_view name, std::string_view item, std::string_view number);
+    void line (std::string_view key, std::string_view name, std::string_view item, double value);
+    void bound (std::string_view key, std::int32_t j, double value);
+    void pad_to (std::size_t column);
+    void put (std::string_view text);
+
+    const Problem& problem_;
+    MpsForm form_;
+    double huge_;
+    OutputFile& file_;
+    ItemNames rows_, columns_;
+    std::string objective_, bound_set_;
+    std::int64_t long_numbers_ = 0;
+    std::int64_t huge_bounds_ = 0;
+    std::size_t width_ = 0;    // of the line so far
+};
+
+void MpsWriter::write ()
+{
+    heading ();
+    rows ();
+    columns ();
+    right_hand_sides ();
+    ranges ();
+    bounds ();
+    file_.put ("ENDATA\n");
+}
+
+void MpsWriter::put (std::string_view text)
+{
+    file_.put (text);
+    width_ += text.size ();
+}
+
+void MpsWriter::pad_to (std::size_t column)
+{
+    constexpr std::string_view blanks = "                                        ";
+    put (blanks.substr (0, column > width_ ? column - width_ : 0));
+}
+
+void MpsWriter::line (std::string_view key, std::string_view name, std::string_view item,
+                      std::string_view number)
+{
+    constexpr std::size_t key_column = 1, name_column = 4, item_column = 14, number_column = 24,
+                          number_width = 12;
+    width_ = 0;
+    pad_to (key_column);
+    put (key);
+    pad_to (name_column);
+    put (name);
+    if (form_ == MpsForm::fixed) {
+        pad_to (item_column);
+        put (item);
+        if (!number.empty ())
+            pad_to (number_column + (number.size () < number_width ? number_width - number.size () : 0));
+        long_numbers_ += number.size () > number_width ? 1 : 0;
+    } else {
+        put (" ");
+        put (item);
+        if (!number.empty ())
+            put (" ");
+    }
+    put (number);
+    put ("\n");
+}
+
+void MpsWriter::line (std::string_view key, std::string_view name, std::string_view item, double value)
+{
+    char text[number_room];
+    line (key, name, item, {text, static_cast<std::size_t> (put_number (text, value) - text)});
+}
+
+void MpsWriter::heading ()
+{
+    file_.put (problem_.name.empty () ? "NAME" : "NAME          ");
+    file_.put (problem_.name);
+    file_.put (problem_.sense == KLV_SENSE_MAXIMIZE ? "\nOBJSENSE\n    MAX\n" : "\n");
+}
+
+char MpsWriter::kind_of_row (std::int32_t number) const
+{
+    const std::size_t i = static_cast<std::size_t> (number);
+    const Bounds& bounds = problem_.constraint;
+    switch (bounds.key[i]) {
+    case KLV_BK_LO:
+        return 'G';
+    case KLV_BK_UP:
+        return 'L';
+    case KLV_BK_FX:
+        return 'E';
+    case KLV_BK_FR:
+        return 'N';
+    default:
+        return ranged_row (bounds.lower[i], bounds.upper[i]).kind;
+    }
+}
+
+void MpsWriter::rows ()
+{
+    const auto row = [this] (char kind, std::string_view name) {
+        const char key[] = {' ', kind, ' ', ' '};
+        file_.put ({key, sizeof key});
+        file_.put (name);
+        file_.put ("\n");
+    };
+    file_.put ("ROWS\n");
+    row ('N', objective_);
+    for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
+        const char kind = kind_of_row (i);
+        if (kind == 0)
+            throw cannot_hold ("MPS cannot hold constraint " + std::to_string (i + 1) + " " +
+                               quote (rows_ (i)) +
+                               ", whose bounds are crossed or differ in the sign of zero alone");
+        row (kind, rows_ (i));
+    }
+}
+
+void MpsWriter::columns ()
+{
+    file_.put ("COLUMNS\n");
+    bool integers = false;
+    std::int32_t markers = 0;
+    const auto mark = [&] (const char* kind) {
+        const std::string name = "M" + std::to_string (++markers);
+        file_.put (form_ == MpsForm::free
+                       ? "    " + name + " 'MARKER' " + kind + "\n"
+                       : "    " + name + std::string (10 - std::min<std::size_t> (9, name.size ()), ' ') +
+                             "'MARKER'                 " + kind + "\n");
+    };
+    for (std::int32_t number = 0; number < problem_.variables (); ++number) {
+        const std::size_t j = static_cast<std::size_t> (number);
+        if ((problem_.integer[j] == KLV_VAR_INTEGER) != integers) {
+            integers = !integers;
+            mark (integers ? "'INTORG'" : "'INTEND'");
+        }
+        const std::string_view name = columns_ (number);
+        const Column column = problem_.matrix.column (number);
+        if (!is_plain_zero (problem_.cost[j]) || column.rows.empty ())
+            line ({}, name, objective_, problem_.cost[j]);
+        for (std::size_t k = 0; k < column.rows.size (); ++k)
+            line ({}, name, rows_ (column.rows[k]), column.values[k]);
+    }
+    if (integers)
+        mark ("'INTEND'");
+}
+
+double MpsWriter::side_of_row (std::int32_t number) const
+{
+    const std::size_t i = static_cast<std::size_t> (number);
+    const Bounds& bounds = problem_.constraint;
+    switch (bounds.key[i]) {
+    case KLV_BK_LO:
+    case KLV_BK_FX:
+        return bounds.lower[i];
+    case KLV_BK_UP:
+        return bounds.upper[i];
+    case KLV_BK_RA:
+        return ranged_row (bounds.lower[i], bounds.upper[i]).side;
+    default:
+        return 0;
+    }
+}
+
+void MpsWriter::right_hand_sides ()
+{
+    file_.put ("RHS\n");
+    if (!is_plain_zero (problem_.constant))
+        line ({}, "RHS", objective_, -problem_.constant);
+    for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
+        const double side = side_of_row (i);
+        huge_bounds_ += std::fabs (side) >= huge_ ? 1 : 0;
+        if (!is_plain_zero (side))
+            line ({}, "RHS", rows_ (i), side);
+    }
+}
+
+void MpsWriter::ranges ()
+{
+    bool begun = false;
+    const Bounds& bounds = problem_.constraint;
+    for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
+        const std::size_t at = static_cast<std::size_t> (i);
+        if (bounds.key[at] != KLV_BK_RA)
+            continue;
+        if (!begun)
+            file_.put ("RANGES\n");
+        begun = true;
+        huge_bounds_ +=
+            std::fmax (std::fabs (bounds.lower[at]), std::fabs (bounds.upper[at])) >= huge_ ? 1 : 0;
+        char text[number_room];
+        const char* const end = put_range (text, ranged_row (bounds.lower[at], bounds.upper[at]).range);
+        line ({}, "RNG", rows_ (i), std::string_view (text, static_cast<std::size_t> (end - text)));
+    }
+}
+
+void MpsWriter::bounds ()
+{
+    file_.put ("BOUNDS\n");
+    for (std::int32_t j = 0; j < problem_.variables (); ++j)
+        bounds_of (j);
+}
+
+void MpsWriter::bound (std::string_view key, std::int32_t j, double value)
+{
+    huge_bounds_ += std::fabs (value) >= huge_ ? 1 : 0;
+    line (key, bound_set_, columns_ (j), value);
+}
+
+// The bounds 0 and infinity of a continuous column go without saying; so do a lower bound of 0 beside an
+// upper one that is not negative, and nothing of an integer column, for which programs assume different
+// bounds.
+void MpsWriter::bounds_of (std::int32_t number)
+{
+    const std::size_t j = static_cast<std::size_t> (number);
+    const double lower = problem_.variable.lower[j], upper = problem_.variable.upper[j];
+    const auto without_value = [&] (std::string_view key) {
+        line (key, bound_set_, columns_ (number), std::string_view ());
+    };
+    switch (problem_.variable.key[j]) {
+    case KLV_BK_LO:
+        if (!is_plain_zero (lower))
+            bound ("LO", number, lower);
+        else if (problem_.integer[j] == KLV_VAR_INTEGER)
+            without_value ("PL");
+        break;
+    case KLV_BK_UP:
+        without_value ("MI");
+        bound ("UP", number, upper);
+        break;
+    case KLV_BK_FX:
+        bound ("FX", number, lower);
+        break;
+    case KLV_BK_FR:
+        without_value ("FR");
+        break;
+    default:
+        if (!is_plain_zero (lower) || upper < 0)
+            bound ("LO", number, lower);
+        bound ("UP", number, upper);
+        break;
+    }
+}
+
+void write_mps (Task& task, MpsForm form, OutputFile& file)
+{
+    MpsWriter writer (task.problem (), form, task.parameters.get (RealSetting::bound_infinity), file);
+    writer.write ();
+    if (writer.long_numbers () > 0)
+        task.warn (std::to_string (writer.long_numbers ()) +
+                   " numbers are longer than their 12 columns of fixed MPS; programs that cut there cannot "
+                   "read them");
+    if (writer.huge_bounds () > 0)
+        task.warn (std::to_string (writer.huge_bounds ()) +
+                   " bounds are written as numbers, and are read as no bounds while they are beyond the "
+                   "bound infinity "
+                   "threshold");
+}
+
+}
