@@ -3,7 +3,6 @@
 #include <limits>
 
 #include "input/problem.h"
-#include "output/field_list.h"
 #include "output/records.h"
 #include "output/sparse_columns.h"
 #include "tests/unit/gateway_function.h"
@@ -266,19 +265,6 @@ TEST_F (SparseColumns, StayAsTheyAreWithoutMemory)
     EXPECT_EQ (sort_mat_column (2, rows, values), KLV_RES_OUT_OF_MEMORY);
     EXPECT_EQ (rows[0], 2U);
     EXPECT_EQ (values[0], 20);
-}
-
-TEST_F (SparseColumns, AnOverlongFieldListEndsTheCall)
-{
-    const KLVrescode_t code = run ({}, [] (mxArray**, const mxArray**) {
-        FieldList fields;
-        for (int k = 0; k < 21; ++k)
-            fields.add ({"field"});
-        return KLVrescode_t{0};
-    });
-    EXPECT_EQ (code, -1);
-    EXPECT_EQ (result.error, "Fatal error: Too many probnames");
-    EXPECT_EQ (result.left_blocks, 0U);
 }
 
 }
