@@ -1,0 +1,100 @@
+% Compares kalvoopt, side by side in one run, with the engine's own program and with Octave's glpk.
+%
+%   bench (toolbox, engine program, folder of generated files, data folder)
+%
+% Figures are ratios of the smallest (files) or the median (tiny problem) time of alternating runs.
+function bench (toolbox, engine, files, data)
+    addpath (toolbox);
+    against_engine (engine, files);
+    against_glpk (fullfile (data, 'lp', 'afiro.mps'));
+    progress_calls (fullfile (files, 'network-b.mps'));
+end
+
+function against_engine (engine, folder)
+    repeats = 5;
+    start = min (arrayfun (@(k) seconds_of (@() system ([engine ' --version > /dev/null'])), 1:20));
+    printf ('\nfile to answer, against the engine''s own program less its start (%.1f ms)\n', 1e3 * start);
+    printf ('%-20s %10s %10s %7s\n', 'file', 'engine ms', 'ours ms', 'ratio');
+    param = struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_DUAL_SIMPLEX');
+    ratios = [];
+    for file = {dir(fullfile (folder, '*.mps')).name}
+        path = fullfile (folder, file{1});
+        theirs = ours = inf (1, repeats);
+        for k = 1:repeats
+            theirs(k) = seconds_of (@() system (sprintf ('%s --solver choose ''%s'' > /dev/null', engine, path)));
+            ours(k) = seconds_of (@() solved (['read(' path ') minimize echo(0)'], [], param));
+        end
+        ratio = min (ours) / (min (theirs) - start);
+        printf ('%-20s %10.1f %10.1f %7.2f\n', file{1}, 1e3 * (min (theirs) - start), 1e3 * min (ours), ratio);
+        ratios(end + 1) = ratio;
+    end
+    printf ('%-20s %29.2f\n', 'geometric mean', exp (mean (log (ratios))));
+end
+
+function against_glpk (file)
+    [~, res] = kalvoopt (['read(' file ') echo(0)']);
+    prob = res.prob;
+    rows = size (prob.a, 1);
+    % glpk takes one right-hand side a row.
+    type = repmat ('S', 1, rows);
+    type(isinf (prob.blc)) = 'U';
+    type(isinf (prob.buc)) = 'L';
+    rhs = prob.buc;
+    rhs(type == 'L') = prob.blc(type == 'L');
+    kind = repmat ('C', 1, columns (prob.a));
+    prob = rmfield (prob, {'names', 'objsense'});
+    param = struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_DUAL_SIMPLEX', 'KLV_IPAR_MAX_THREADS', 1);
+    calls = {
+        'glpk', @() glpk(prob.c, prob.a, rhs, prob.blx, prob.bux, type, kind, 1, struct ('msglev', 0))
+        'kalvoopt, all', @() solved('minimize echo(0)', prob)
+        'kalvoopt, one simplex', @() solved('minimize echo(0)', prob, param)
+        'kalvoopt, load only', @() kalvoopt('min echo(0)', prob)
+        'kalvoopt, empty call', @() kalvoopt('echo(0)')
+    };
+    repeats = 400;
+    times = zeros (rows (calls), repeats);
+    for k = 1:repeats
+        for j = 1:rows (calls)
+            times(j, k) = seconds_of (calls{j, 2});
+        end
+    end
+    middle = median (times, 2);
+    printf ('\nafiro from a record\n');
+    for j = 1:rows (calls)
+        printf ('%-24s %8.3f ms %7.2f\n', calls{j, 1}, 1e3 * middle(j), middle(j) / middle(1));
+    end
+end
+
+% The calling thread does nothing during a solve but wait and call: its CPU time, with a progress function less
+% without one, is the cost of the calls.
+function progress_calls (file)
+    param = struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_DUAL_SIMPLEX');
+    command = ['read(' file ') minimize echo(0)'];
+    global progress_count
+    progress_count = 0;
+    before = main_thread_seconds ();
+    solved (command, [], param);
+    without = main_thread_seconds () - before;
+    before = main_thread_seconds ();
+    solved (command, [], param, struct ('iter', 'count_progress', 'iterhandle', 0));
+    with = main_thread_seconds () - before;
+    printf ('\n%d progress calls, %.3f ms each\n', progress_count, 1e3 * (with - without) / progress_count);
+end
+
+function seconds = main_thread_seconds ()
+    process = getpid ();
+    seconds = 1e-9 * sscanf (fileread (sprintf ('/proc/%d/task/%d/schedstat', process, process)), '%f', 1);
+end
+
+function [r, res] = solved (varargin)
+    [r, res] = kalvoopt (varargin{:});
+    if r ~= 0 || ! any (strcmp (struct2cell (res.sol){1}.solsta, {'OPTIMAL', 'INTEGER_OPTIMAL'}))
+        error ('bench: not solved: %d %s', r, res.rmsg);
+    end
+end
+
+function seconds = seconds_of (f)
+    begin = tic;
+    f ();
+    seconds = toc (begin);
+end

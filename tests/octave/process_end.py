@@ -1,0 +1,46 @@
+"""A hundred processes that exit right after a stopped solve: each ends with the status that it was given."""
+
+import concurrent.futures
+import os
+import subprocess
+import unittest
+
+CODE = r"""
+rand ('twister', %(seed)d);
+n = 70;
+prob.a = round (95 * rand (6, n)) + 5;
+prob.c = round (sum (prob.a)' / 6 + 20 * rand (n, 1));
+prob.buc = floor (sum (prob.a, 2) / 3);
+prob.blx = zeros (n, 1);
+prob.bux = ones (n, 1);
+%(integers)s
+param.KLV_DPAR_TIME_LIMIT = 5;
+param.KLV_IPAR_OPTIMIZER = '%(optimizer)s';
+[r, res] = kalvoopt ('maximize echo(0)', prob, param, struct ('iter', 'stop_at_once', 'iterhandle', 0));
+printf ('r=%%d\n', r);
+exit (%(status)d);
+"""
+
+STOP = "function stop = stop_at_once (handle, caller, info)\n  stop = double (info.KLV_DINF_PROGRESS_TIME > %g);\nend\n"
+
+OPTIMIZERS = ["KLV_OPTIMIZER_AUTOMATIC", "KLV_OPTIMIZER_DUAL_SIMPLEX", "KLV_OPTIMIZER_INTERIOR_POINT"]
+
+
+def run(case):
+    status = case % 2 * 3 + case % 5
+    # A script file may not begin with a function definition.
+    code = "1;\n" + STOP % [0, 0.02, 0.1][case % 3] + CODE % {
+        "seed": case, "status": status, "optimizer": OPTIMIZERS[case % 3],
+        "integers": "prob.ints.sub = 1:n;" if case % 4 else ""}
+    done = subprocess.run(["octave-cli", "--no-history", "--norc", "-q", "--path", os.environ["KALVO_TOOLBOX"],
+                           "--eval", code], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
+    return status, done
+
+
+class ProcessEnd(unittest.TestCase):
+    def test_a_hundred_processes_end_with_the_status_that_they_were_given(self):
+        with concurrent.futures.ThreadPoolExecutor(2) as pool:
+            for case, (status, done) in enumerate(pool.map(run, range(100))):
+                with self.subTest(case):
+                    self.assertEqual(done.returncode, status, done.stdout)
+                    self.assertRegex(done.stdout, r"^r=(100007|0)\n$")

@@ -1,0 +1,169 @@
+% KALVOOPT  Solve linear and mixed-integer optimisation problems.
+%
+%   [r, res] = kalvoopt (cmd, prob, param, callback, optserver)
+%
+%   states a problem as data (prob) or reads it from a file, does what the words in cmd ask for, and returns the
+%   response code r (0: done) and a record res with solutions, the problem, parameters and information. All inputs and
+%   outputs may be left off from the end. Ctrl-C stops a run; what was found by then is returned.
+%
+%   THE PROBLEM
+%
+%       minimise or maximise    c'*x + cfix
+%       subject to              blc <= a*x <= buc        m constraints
+%                               blx <=  x  <= bux        n variables
+%                               x(j) a whole number      for j in ints.sub
+%
+%   EXAMPLE
+%
+%       prob.a   = sparse ([1 2; 3 1]);
+%       prob.c   = [1 1];
+%       prob.blc = [4 3];
+%       prob.blx = [0 0];
+%       [r, res] = kalvoopt ('minimize', prob);
+%       res.sol.bas.xx              % the solution: 0.4, 1.8
+%       res.sol.bas.y               % its duals: what a constraint's bound is worth
+%
+%   More in the folder examples beside this file: small_lp, small_integer, problem_file, progress_function,
+%   log_function, parameters, infeasible.
+%
+%   COMMAND (cmd): words separated by blanks, in any order
+%
+%       minimize, maximize   solve in that sense                    min, max       set the sense only
+%       read(file)           read the problem from a file instead of prob; returns res.prob
+%       write(file)          write the problem to a file            prob           return the problem: res.prob
+%       param                return all parameters: res.param       info           return figures of the run: res.info
+%       symbcon              return the names of values: res.symbcon
+%       version              return the version: res.version        anapro         print an analysis of the problem
+%       echo(n)              what is printed: 0 errors of the call only, 1 and the code of a failure, 2 warnings and
+%                            errors, 3 (default) the log, 4 everything, above 5 also each parameter that is set
+%       log(file)            everything that the solver says goes to this file, too
+%       statuskeys(n)        0 (default): statuses and keys as text, 1: as numbers
+%       toconic              conic form before solving (a linear problem already has it)
+%       primalrepair         repair an infeasible problem (not available in this version)
+%       debug(n), nokeepenv, use_matlab_calloc                      for finding faults
+%
+%       Without read, write, minimize or maximize the problem is only checked. File names may hold blanks, but no ")".
+%
+%   PROBLEM RECORD (prob): a structure; every field but a is optional
+%
+%       a         m x n real double matrix, sparse or full. Its size states m and n, also when it has no entries:
+%                 sparse (0, 5) states five variables without constraints.
+%       c         n costs                                           absent or empty: 0
+%       cfix      constant term of the objective                    absent: 0
+%       blc, buc  m bounds of the constraints                       absent or empty: none
+%       blx, bux  n bounds of the variables                         absent or empty: none, so x may be negative!
+%                 Rows or columns; -Inf, Inf and NaN mean no bound. A sparse n x 1 column (costs, too) means its zeros:
+%                 bux = sparse (n, 1) is an upper bound of 0.
+%       ints      structure with sub: the indices (from 1) of the variables that are whole numbers
+%       names     structure with any of name, obj (text), con, var (cells of m and n texts)
+%       primalrepair  structure with weights wlc, wuc (m), wlx, wux (n)
+%       objsense  in res.prob only: the sense comes from cmd or the file
+%
+%       Fields for quadratic, conic and semidefinite terms and for initial solutions (qoval, qcval, f, accs, cones, bardim,
+%       prisen, duasen, sol) are refused unless they are empty. Other fields are ignored.
+%
+%   RESULT (res)
+%
+%       rcode, rcodestr, rmsg   the response code (as r), its name, and the last message of the solver
+%       sol                     a structure with the solutions there are:
+%                                 bas  a basic solution (simplex)
+%                                 itr  an interior solution (interior point; the same as bas where simplex was first)
+%                                 int  the solution of a problem with whole numbers
+%       prob, param, info, version, symbcon    as asked for; prob and param are accepted as inputs as they are
+%
+%       Each solution has
+%       solsta    what it is, by residuals computed on the problem as you stated it:
+%                 OPTIMAL, INTEGER_OPTIMAL (within the gap parameters), FEASIBLE (primal and dual feasible, gap too large),
+%                 PRIMAL_FEASIBLE, DUAL_FEASIBLE, PRIMAL_INFEASIBLE_CERTIFICATE, DUAL_INFEASIBLE_CERTIFICATE, UNKNOWN
+%       prosta    what is known of the problem:
+%                 FEASIBLE (primal and dual), PRIMAL_FEASIBLE, DUAL_FEASIBLE, PRIMAL_INFEASIBLE, DUAL_INFEASIBLE (unbounded,
+%                 if it is feasible), BOTH_INFEASIBLE, INFEASIBLE_BY_SEARCH (an integer search found no point; not
+%                 certified), UNKNOWN
+%       xx, xc    variables (n x 1) and constraint activities a*x (m x 1)
+%       skx, skc  a key for each, two characters a row:
+%                 UN unknown, BA basic, SU superbasic (between its bounds, not basic), LO at its lower bound, UP at its
+%                 upper bound, FI fixed, IN infeasible
+%       pobjval   c'*xx + cfix
+%       and but for int
+%       y         duals of the constraints (m x 1): the change of the optimum for one more unit of the bound
+%       slc, suc, slx, sux   its parts: y = slc - suc, c - a'*y = slx - sux; minimising, all are >= 0; maximising,
+%                 all signs are reversed
+%       dobjval   the bound on the optimum that the duals prove
+%       itr also has skn, snx, barx, bars, doty, which stay empty or 0 for these problems.
+%
+%       Infeasible problem: y, slc, suc, slx, sux hold a certificate: a'*y + slx - sux = 0 and
+%       blc'*slc - buc'*suc + blx'*slx - bux'*sux = 1 over the bounds that exist (-1 when maximising), which no x can
+%       meet. Unbounded problem: xx holds a direction that improves the objective by 1 for ever. Both are answers: r is 0.
+%
+%   RESPONSE CODES (r)
+%
+%       0         done: solved, or proved infeasible or unbounded (see prosta)
+%       20001 to 20006   ended by the limit on time, iterations, nodes, solutions, objective; by numerical trouble
+%       100007    stopped by Ctrl-C or by the progress function
+%       1051      out of memory         1200, 1201   an input is wrong; the message names it
+%       others    failures of the solver; res.rcodestr names them, res.rmsg says more
+%       From 9999 on the run counts as finished: res.sol holds what was found, with the status that it deserves.
+%
+%   PARAMETERS (param): a structure, field names are parameter names
+%
+%       KLV_IPAR_OPTIMIZER               KLV_OPTIMIZER_ followed by AUTOMATIC (default), DUAL_SIMPLEX, PRIMAL_SIMPLEX,
+%                                        INTERIOR_POINT, CONIC or MIXED_INTEGER
+%       KLV_IPAR_INTPNT_BASIS            1 (default): an interior solution is also turned into a basic one
+%       KLV_IPAR_RELAX_INTEGERS          1: whole numbers are ignored; 0 (default)
+%       KLV_DPAR_TIME_LIMIT              seconds; -1 (default): none
+%       KLV_IPAR_SIMPLEX_ITERATION_LIMIT, KLV_IPAR_INTPNT_ITERATION_LIMIT
+%       KLV_IPAR_MIP_NODE_LIMIT, KLV_IPAR_MIP_SOLUTION_LIMIT       -1 (default): none
+%       KLV_DPAR_OBJECTIVE_LIMIT         a run ends when its objective passes it; Inf (default): none
+%       KLV_DPAR_PRIMAL_TOLERANCE, KLV_DPAR_DUAL_TOLERANCE, KLV_DPAR_GAP_TOLERANCE        1e-6: relative violations
+%       KLV_DPAR_INTEGER_TOLERANCE       1e-6: distance from a whole number
+%       KLV_DPAR_MIP_ABSOLUTE_GAP        1e-6, and
+%       KLV_DPAR_MIP_RELATIVE_GAP        1e-4: the search ends when best value and bound are that close
+%       KLV_IPAR_PRESOLVE                KLV_PRESOLVE_AUTOMATIC (default), _ON, _OFF
+%       KLV_IPAR_SCALING                 KLV_SCALING_AUTOMATIC (default), _OFF, _EQUILIBRATION, ...
+%       KLV_IPAR_SIMPLEX_PRICING         KLV_PRICING_AUTOMATIC (default), _DANTZIG, _DEVEX, _STEEPEST_EDGE
+%       KLV_IPAR_MAX_THREADS             0 (default): the library chooses
+%       KLV_IPAR_RANDOM_SEED             0
+%       KLV_IPAR_LOG                     0 nothing, 1 summaries, 2 (default) also progress, 3 also the engine's own lines
+%       KLV_IPAR_LOG_SIMPLEX, KLV_IPAR_LOG_INTPNT, KLV_IPAR_LOG_MIP    1 (default): their progress is printed
+%       KLV_DPAR_BOUND_INFINITY          1e20: bounds from there on are infinite
+%       KLV_DPAR_FIXING_TOLERANCE        1e-10: bounds that differ by at most this are one value
+%       KLV_IPAR_FILE_FORMAT             KLV_FILE_BY_EXTENSION (default), KLV_FILE_FREE_MPS, KLV_FILE_FIXED_MPS
+%       KLV_SPAR_DATA_FILE               the problem file; set by read(file)
+%
+%       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
+%       a value out of range is an error. All others are reserved and accept only their default.
+%
+%   CALLBACKS (callback): a structure with any of
+%
+%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console
+%       iter, iterhandle  name of a function stop = g (iterhandle, caller, info) that is called during a run at least
+%                         every 50 ms, with the point of the computation and the record of res.info at that moment.
+%                         A number other than 0, or an error, stops the run. A logical value does not: double (done).
+%
+%   SERVER (optserver): a structure with host (text). Not available in this version.
+%
+%   PROBLEM FILES: MPS (.mps), fixed or free.
+%
+%   WHAT ODD INPUT DOES
+%
+%       input                                    outcome
+%       a absent                                 1200 "prob.a not specified"
+%       a not a real double matrix               1200, the message names prob.a
+%       NaN or Inf in a or c                     refused by the solver; res.rmsg names the entry
+%       c of another length, sparse row          1200 "prob.c has wrong length"
+%       bounds of another length or class        1201 "prob.blc has invalid dimension"
+%       blc, blx = Inf; buc, bux = -Inf          1400, the item is named
+%       buc, bux finite and above 1e20           no bound (in a full vector), a bound (in a sparse one)
+%       lower bound above upper bound            infeasible, with that pair as certificate; r is 0
+%       cfix empty                               1200 "prob.cfix" (absent is 0)
+%       ints not a structure; index out of range 1200, the item is named
+%       ints.sub sparse or not a vector          ignored
+%       names of another number                  1201 "prob.names.con"; an unknown field of names: 1200
+%       param an array of structures             ignored; not a structure: 1200 "param"
+%       2.7 for an integer parameter             2
+%       progress function that returns true      the run goes on: only numbers stop it
+%       callback that fails                      progress function: the run stops, 100007; log function: ignored
+%       prob together with read                  prob is not looked at (but prob.sol and prob.primalrepair)
+%       unknown word in cmd                      1200, nothing is done, res is not set
+%
+%   See also: glpk
