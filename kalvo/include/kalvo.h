@@ -16,6 +16,10 @@
  * - Infinite bounds: the bound key says whether a bound exists; the value of an absent bound is not looked at.
  * - Threads: a task is used by one thread at a time. All callbacks run on the thread that called the operation.
  *   While an operation runs, a callback may read the task but not change or delete it (KLV_RES_TASK_BUSY).
+ * - An internal failure, a callback that throws among them, gives KLV_RES_INTERNAL and makes the task unusable:
+ *   it can then only be asked for its last error and deleted; everything else gives KLV_RES_TASK_UNUSABLE.
+ * - Changes of data leave the solutions as they were answered, until the next optimisation or until variables or
+ *   constraints are added.
  * - Nothing is thrown across this interface, but for what the caller's own exit function throws.
  */
 #ifndef KALVO_H
@@ -198,7 +202,8 @@ enum {
 enum { KLV_DPAR_BOUND_INFINITY_NUMBER = 10, KLV_DPAR_FIXING_TOLERANCE_NUMBER = 15, KLV_SPAR_DATA_FILE_NUMBER = 1 };
 
 /* Message streams: 0 carries everything; 1 messages (progress, summaries, analysis); 2 errors; 3 warnings and
- * errors. */
+ * errors. A function that is linked with one handle to several streams receives a line that they share once.
+ * What a function causes to be printed while it receives a line reaches files only. */
 enum KLVstreamtype { KLV_STREAM_ALL = 0, KLV_STREAM_MESSAGES = 1, KLV_STREAM_ERRORS = 2, KLV_STREAM_WARNINGS = 3 };
 
 /* Progress points: the caller code that a progress callback receives. Each phase calls once at its begin and
@@ -242,7 +247,7 @@ typedef void (*KLVexitfunc) (void *handle, const char *file, int32_t line, const
 /* The version of the loaded library; compare with the KLV_VERSION_ constants of this header. */
 KLV_API KLVrescode_t KLV_getversion (int32_t *major, int32_t *minor, int32_t *revision);
 
-/* Prints the banner on environment stream 0: one line, with versions of engines below it when longver > 0. */
+/* Prints the banner on environment streams 0 and 1: one line, with a line for each engine below it when longver > 0. */
 KLV_API KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver);
 
 /* Links a function to an environment stream (0 to 3), replacing the linked one; a null func unlinks. */
@@ -278,16 +283,17 @@ KLV_API KLVrescode_t KLV_deletetask (KLVtask_t *task);
 /* Links a function to a task stream (0 to 3), replacing the linked one; a null func unlinks. */
 KLV_API KLVrescode_t KLV_linkfunctotaskstream (KLVtask_t task, int32_t stream, void *handle, KLVstreamfunc func);
 
-/* Links a file to a task stream beside the linked function: append 0 writes it anew, 1 appends. A null filename
- * closes the linked file. A file that can't be opened: KLV_RES_FILE_OPEN; one that can't be written later is closed
- * with a warning on the other streams. */
+/* Links a file to a task stream beside the linked function, replacing the linked one: append 0 writes it anew, 1 appends.
+ * A null filename closes the linked file. A file that can't be opened: KLV_RES_FILE_OPEN, and the linked one stays; one
+ * that can't be written later is closed with one warning. */
 KLV_API KLVrescode_t KLV_linkfiletotaskstream (KLVtask_t task, int32_t stream, const char *filename, int32_t append);
 
 /* Sets the progress callback of a task; a null func removes it. */
 KLV_API KLVrescode_t KLV_putcallbackfunc (KLVtask_t task, KLVcallbackfunc func, void *handle);
 
-/* The last error of a task: its code, the length of its message, and the message cut to capacity - 1 bytes. Without an
- * error *code is 0 and *length and message are left untouched. length may be null. */
+/* The last error of a task, whatever succeeded since: its code, the length of its message, and the message cut to
+ * capacity - 1 bytes. Without an error *code is 0 and *length and message are left untouched. length may be null.
+ * Terminations are no errors, nor is a call that was refused because the task was busy. */
 KLV_API KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t *code, int32_t capacity, int32_t *length, char *message);
 
 /* The server to solve on. This version has none: KLV_RES_NOT_AVAILABLE for a host that is not empty. */
@@ -331,13 +337,17 @@ KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
 /* Makes room for entries of the constraint matrix; a hint that is never needed. */
 KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
+/* Operations of this section that are called very often, as KLV_putacol is, ask the progress callback now and then
+ * (KLV_CALLER_LOAD); when it answers other than 0 they change nothing and return KLV_RES_USER_STOP. */
+
 /* Replaces column j of the constraint matrix: count entries, rows in any order, each row at most once, values
  * finite. Zeros are kept as entries. */
 KLV_API KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_t *rows, const double *values);
 
 /* Bounds of the items first ... last - 1; the arrays hold last - first entries. A bound that its key says exists must not
- * be NaN; an infinite one on its own side means no bound, on the other side KLV_RES_BOUND_BEYOND_INFINITY. Lower
- * values above upper ones are accepted: such a problem is infeasible. */
+ * be NaN; an infinite one on its own side means no bound, and the key becomes that of what is left; on the other side
+ * KLV_RES_BOUND_BEYOND_INFINITY. Lower values above upper ones are accepted: such a problem is infeasible. The two values
+ * of a fixed item (KLV_BK_FX) must be finite and equal, else KLV_RES_ARGUMENT. */
 KLV_API KLVrescode_t KLV_putvarboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t *keys,
                                            const double *lower, const double *upper);
 KLV_API KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t *keys,

@@ -3,14 +3,16 @@
 #include "kalvo/task/entry.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <numeric>
+#include <vector>
 
 namespace klv {
 
-// ---- What is looked at ------------------------------------------------------------------------------------------------
+// ---- What is looked at
+// ------------------------------------------------------------------------------------------------
 
 // Smallest and largest magnitude of the values that are neither 0 nor infinite.
 struct Magnitudes {
@@ -30,7 +32,7 @@ struct Magnitudes {
 };
 
 struct BoundKinds {
-    std::array<std::int32_t, 5> of_key {};
+    std::array<std::int32_t, 5> of_key{};
     std::int32_t crossed = 0;
     std::int32_t first_crossed = -1;
     Magnitudes magnitudes;
@@ -48,6 +50,7 @@ struct Analysis {
 // Beyond these magnitudes an optimiser drops, or can't take, an entry of the matrix.
 constexpr double tiny_entry = 1e-9;
 constexpr double huge_entry = 1e15;
+constexpr double infinite_bound = 1e20;
 constexpr double wide_ratio = 1e9;
 
 static BoundKinds look_at (const Bounds& bounds, double tolerance)
@@ -66,7 +69,8 @@ static BoundKinds look_at (const Bounds& bounds, double tolerance)
 static void look_at (Column column, std::vector<std::int32_t>& row_lengths, Analysis& analysis)
 {
     analysis.empty_columns += column.rows.empty ();
-    analysis.longest_column = std::max (analysis.longest_column, static_cast<std::int32_t> (column.rows.size ()));
+    analysis.longest_column =
+        std::max (analysis.longest_column, static_cast<std::int32_t> (column.rows.size ()));
     for (const std::int32_t row : column.rows)
         ++row_lengths[static_cast<std::size_t> (row)];
     for (const double value : column.values) {
@@ -94,8 +98,8 @@ static std::int32_t look_at (Task& task, Analysis& analysis)
         const Column column = problem.matrix.column (j);
         look_at (column, row_lengths, analysis);
         const auto place = static_cast<std::size_t> (j);
-        analysis.binaries += problem.integer[place] == KLV_VAR_INTEGER && problem.variable.lower[place] == 0 &&
-                             problem.variable.upper[place] == 1;
+        analysis.binaries += problem.integer[place] == KLV_VAR_INTEGER &&
+                             problem.variable.lower[place] == 0 && problem.variable.upper[place] == 1;
         work += column.rows.size () + 1;
         if (work > 1'000'000) {
             work = 0;
@@ -125,7 +129,8 @@ static void note (Information& information, const Analysis& analysis)
     information.set (IntItem::crossed_bounds, analysis.constraint.crossed + analysis.variable.crossed);
 }
 
-// ---- What is printed --------------------------------------------------------------------------------------------------
+// ---- What is printed
+// --------------------------------------------------------------------------------------------------
 
 class Page {
 public:
@@ -158,11 +163,11 @@ static void print_bounds (Page& page, const Analysis& analysis)
     static constexpr struct {
         std::size_t key;
         const char* words;
-    } kinds[] = { { KLV_BK_LO, "lower bound only" },
-                  { KLV_BK_UP, "upper bound only" },
-                  { KLV_BK_RA, "both bounds" },
-                  { KLV_BK_FX, "fixed, or equality" },
-                  { KLV_BK_FR, "no bound" } };
+    } kinds[] = {{KLV_BK_LO, "lower bound only"},
+                 {KLV_BK_UP, "upper bound only"},
+                 {KLV_BK_RA, "both bounds"},
+                 {KLV_BK_FX, "fixed, or equality"},
+                 {KLV_BK_FR, "no bound"}};
     for (const auto& kind : kinds)
         page.line ("    %-19s%12d %12d", kind.words, analysis.constraint.of_key[kind.key],
                    analysis.variable.of_key[kind.key]);
@@ -171,7 +176,8 @@ static void print_bounds (Page& page, const Analysis& analysis)
 static void print_ranges (Page& page, const char* what, const Magnitudes& magnitudes)
 {
     if (magnitudes.any ())
-        page.line ("  %-21s%12.2e %12.2e %12.1e", what, magnitudes.smallest, magnitudes.largest, magnitudes.ratio ());
+        page.line ("  %-21s%12.2e %12.2e %12.1e", what, magnitudes.smallest, magnitudes.largest,
+                   magnitudes.ratio ());
     else
         page.line ("  %-21s%12s %12s %12s", what, "-", "-", "-");
 }
@@ -180,7 +186,8 @@ static void print_warnings (Page& page, const Problem& problem, const Analysis& 
 {
     const auto ratio = [&] (const char* what, const Magnitudes& magnitudes) {
         if (magnitudes.any () && magnitudes.ratio () > wide_ratio)
-            page.line (text ("Warning: ", what, " differ by a factor of more than 1e9; expect numerical trouble."));
+            page.line (
+                text ("Warning: ", what, " differ by a factor of more than 1e9; expect numerical trouble."));
     };
     ratio ("magnitudes in the matrix", analysis.matrix);
     ratio ("magnitudes of costs", analysis.cost);
@@ -190,13 +197,20 @@ static void print_warnings (Page& page, const Problem& problem, const Analysis& 
         page.line (text ("Warning: ", analysis.tiny, " matrix entries of at most 1e-9 may be taken as 0."));
     if (analysis.huge > 0)
         page.line (text ("Warning: ", analysis.huge, " matrix entries of 1e15 and more can't be handled."));
+    if (std::max (analysis.constraint.magnitudes.largest, analysis.variable.magnitudes.largest) >=
+        infinite_bound)
+        page.line ("Warning: bounds of 1e20 and more are taken as infinite by optimisers.");
+    if (analysis.cost.largest >= infinite_bound)
+        page.line ("Warning: costs of 1e20 and more can't be handled.");
     if (analysis.zeros > 0)
         page.line (text ("Note: ", analysis.zeros, " matrix entries are 0."));
     if (analysis.constraint.crossed > 0)
-        page.line (text ("Warning: ", analysis.constraint.crossed, " constraints have crossed bounds, the first is ",
+        page.line (text ("Warning: ", analysis.constraint.crossed,
+                         " constraints have crossed bounds, the first is ",
                          describe_constraint (problem, analysis.constraint.first_crossed), "."));
     if (analysis.variable.crossed > 0)
-        page.line (text ("Warning: ", analysis.variable.crossed, " variables have crossed bounds, the first is ",
+        page.line (text ("Warning: ", analysis.variable.crossed,
+                         " variables have crossed bounds, the first is ",
                          describe_variable (problem, analysis.variable.first_crossed), "."));
 }
 
@@ -231,7 +245,8 @@ KLVrescode_t analyze_problem (Task& task, std::int32_t stream)
     page.line ("  %-21s%12s %12d", "  of them binary", "", analysis.binaries);
     const double places = static_cast<double> (problem.constraints ()) * problem.variables ();
     const double entries = static_cast<double> (problem.matrix.entries ());
-    page.line ("  %-21s%12.0f %11.3g%%", "Matrix entries", entries, places > 0 ? 100 * entries / places : 0.0);
+    page.line ("  %-21s%12.0f", "Matrix entries", entries);
+    page.line ("  %-21s%11.3g%%", "  of all places", places > 0 ? 100 * entries / places : 0.0);
     page.line ("%-23s%12s %12s %12s", "Magnitudes", "smallest", "largest", "ratio");
     print_ranges (page, "Matrix", analysis.matrix);
     print_ranges (page, "Costs", analysis.cost);

@@ -9,15 +9,31 @@
 namespace klv {
 
 enum class Group {
-    none, bound_key, sense, variable_type, solution, problem_status, solution_status, status_key,
-    on_off, optimizer, presolve, scaling, pricing, file_format,
-    parameter_kind, information_kind, stream, caller, response,
+    none,
+    bound_key,
+    sense,
+    variable_type,
+    solution,
+    problem_status,
+    solution_status,
+    status_key,
+    on_off,
+    optimizer,
+    presolve,
+    scaling,
+    pricing,
+    file_format,
+    parameter_kind,
+    information_kind,
+    stream,
+    caller,
+    response,
     count
 };
 
 struct Constant {
     Group group;
-    std::string_view name;          // "KLV_BK_LO"
+    std::string_view name;    // "KLV_BK_LO"
     std::int32_t value;
     std::string_view description;
 };

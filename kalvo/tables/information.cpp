@@ -12,65 +12,68 @@ struct LiveItem {
 };
 
 static constexpr auto live_reals = std::to_array<LiveItem<RealItem>> ({
-    { RealItem::primal_objective, "KLV_DINF_PRIMAL_OBJECTIVE", "Primal objective of the best point so far." },
-    { RealItem::dual_objective, "KLV_DINF_DUAL_OBJECTIVE", "Dual objective, or best bound, so far." },
-    { RealItem::primal_violation, "KLV_DINF_PRIMAL_VIOLATION", "Largest scaled violation of a bound." },
-    { RealItem::dual_violation, "KLV_DINF_DUAL_VIOLATION", "Largest scaled violation of dual feasibility." },
-    { RealItem::relative_gap, "KLV_DINF_RELATIVE_GAP", "Relative difference of primal and dual objective." },
-    { RealItem::primal_violation_absolute, "KLV_DINF_PRIMAL_VIOLATION_ABSOLUTE", "Largest violation of a bound." },
-    { RealItem::dual_violation_absolute, "KLV_DINF_DUAL_VIOLATION_ABSOLUTE",
-      "Largest violation of dual feasibility." },
-    { RealItem::integer_violation, "KLV_DINF_INTEGER_VIOLATION",
-      "Largest distance of an integer variable from a whole number." },
-    { RealItem::complementarity_violation, "KLV_DINF_COMPLEMENTARITY_VIOLATION",
-      "Largest product of a multiplier and the distance from its bound, scaled." },
-    { RealItem::time_optimize, "KLV_DINF_TIME_OPTIMIZE", "Seconds that the last optimisation took." },
-    { RealItem::time_presolve, "KLV_DINF_TIME_PRESOLVE", "Of these, in presolve." },
-    { RealItem::time_simplex, "KLV_DINF_TIME_SIMPLEX", "Of these, in the simplex methods." },
-    { RealItem::time_interior_point, "KLV_DINF_TIME_INTPNT", "Of these, in the interior-point method." },
-    { RealItem::time_mixed_integer, "KLV_DINF_TIME_MIP", "Of these, in the integer search." },
-    { RealItem::time_check, "KLV_DINF_TIME_CHECK", "Of these, in checking the answers." },
-    { RealItem::time_read, "KLV_DINF_TIME_READ", "Seconds that the last reading of a file took." },
-    { RealItem::time_write, "KLV_DINF_TIME_WRITE", "Seconds that the last writing of a file took." },
-    { RealItem::mip_objective, "KLV_DINF_MIP_OBJECTIVE", "Objective of the best integer point." },
-    { RealItem::mip_bound, "KLV_DINF_MIP_BOUND", "Best bound of the integer search." },
-    { RealItem::mip_relative_gap, "KLV_DINF_MIP_RELATIVE_GAP", "Relative gap of the integer search." },
-    { RealItem::mip_absolute_gap, "KLV_DINF_MIP_ABSOLUTE_GAP", "Absolute gap of the integer search." },
-    { RealItem::smallest_matrix_value, "KLV_DINF_SMALLEST_MATRIX_VALUE",
-      "Smallest magnitude in the constraint matrix, zeros apart." },
-    { RealItem::largest_matrix_value, "KLV_DINF_LARGEST_MATRIX_VALUE", "Largest magnitude in the constraint matrix." },
-    { RealItem::smallest_cost, "KLV_DINF_SMALLEST_COST", "Smallest magnitude of a cost, zeros apart." },
-    { RealItem::largest_cost, "KLV_DINF_LARGEST_COST", "Largest magnitude of a cost." },
-    { RealItem::smallest_bound, "KLV_DINF_SMALLEST_BOUND", "Smallest magnitude of a bound, zeros apart." },
-    { RealItem::largest_bound, "KLV_DINF_LARGEST_BOUND", "Largest magnitude of a bound." },
-    { RealItem::progress_time, "KLV_DINF_PROGRESS_TIME", "Seconds since the running operation began." },
+    {RealItem::primal_objective, "KLV_DINF_PRIMAL_OBJECTIVE", "Primal objective of the best point so far."},
+    {RealItem::dual_objective, "KLV_DINF_DUAL_OBJECTIVE", "Dual objective, or best bound, so far."},
+    {RealItem::primal_violation, "KLV_DINF_PRIMAL_VIOLATION", "Largest scaled violation of a bound."},
+    {RealItem::dual_violation, "KLV_DINF_DUAL_VIOLATION", "Largest scaled violation of dual feasibility."},
+    {RealItem::relative_gap, "KLV_DINF_RELATIVE_GAP", "Relative difference of primal and dual objective."},
+    {RealItem::primal_violation_absolute, "KLV_DINF_PRIMAL_VIOLATION_ABSOLUTE",
+     "Largest violation of a bound."},
+    {RealItem::dual_violation_absolute, "KLV_DINF_DUAL_VIOLATION_ABSOLUTE",
+     "Largest violation of dual feasibility."},
+    {RealItem::integer_violation, "KLV_DINF_INTEGER_VIOLATION",
+     "Largest distance of an integer variable from a whole number."},
+    {RealItem::complementarity_violation, "KLV_DINF_COMPLEMENTARITY_VIOLATION",
+     "Largest product of a multiplier and the distance from its bound, scaled."},
+    {RealItem::time_optimize, "KLV_DINF_TIME_OPTIMIZE", "Seconds that the last optimisation took."},
+    {RealItem::time_presolve, "KLV_DINF_TIME_PRESOLVE", "Of these, in presolve."},
+    {RealItem::time_simplex, "KLV_DINF_TIME_SIMPLEX", "Of these, in the simplex methods."},
+    {RealItem::time_interior_point, "KLV_DINF_TIME_INTPNT", "Of these, in the interior-point method."},
+    {RealItem::time_mixed_integer, "KLV_DINF_TIME_MIP", "Of these, in the integer search."},
+    {RealItem::time_check, "KLV_DINF_TIME_CHECK", "Of these, in checking the answers."},
+    {RealItem::time_read, "KLV_DINF_TIME_READ", "Seconds that the last reading of a file took."},
+    {RealItem::time_write, "KLV_DINF_TIME_WRITE", "Seconds that the last writing of a file took."},
+    {RealItem::mip_objective, "KLV_DINF_MIP_OBJECTIVE", "Objective of the best integer point."},
+    {RealItem::mip_bound, "KLV_DINF_MIP_BOUND", "Best bound of the integer search."},
+    {RealItem::mip_relative_gap, "KLV_DINF_MIP_RELATIVE_GAP", "Relative gap of the integer search."},
+    {RealItem::mip_absolute_gap, "KLV_DINF_MIP_ABSOLUTE_GAP", "Absolute gap of the integer search."},
+    {RealItem::smallest_matrix_value, "KLV_DINF_SMALLEST_MATRIX_VALUE",
+     "Smallest magnitude in the constraint matrix, zeros apart."},
+    {RealItem::largest_matrix_value, "KLV_DINF_LARGEST_MATRIX_VALUE",
+     "Largest magnitude in the constraint matrix."},
+    {RealItem::smallest_cost, "KLV_DINF_SMALLEST_COST", "Smallest magnitude of a cost, zeros apart."},
+    {RealItem::largest_cost, "KLV_DINF_LARGEST_COST", "Largest magnitude of a cost."},
+    {RealItem::smallest_bound, "KLV_DINF_SMALLEST_BOUND", "Smallest magnitude of a bound, zeros apart."},
+    {RealItem::largest_bound, "KLV_DINF_LARGEST_BOUND", "Largest magnitude of a bound."},
+    {RealItem::progress_time, "KLV_DINF_PROGRESS_TIME", "Seconds since the running operation began."},
 });
 
 static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
-    { IntItem::variables, "KLV_IINF_VARIABLES", "Variables." },
-    { IntItem::constraints, "KLV_IINF_CONSTRAINTS", "Constraints." },
-    { IntItem::integers, "KLV_IINF_INTEGER_VARIABLES", "Integer variables." },
-    { IntItem::matrix_entries, "KLV_IINF_MATRIX_ENTRIES", "Entries of the constraint matrix." },
-    { IntItem::simplex_iterations, "KLV_IINF_SIMPLEX_ITERATIONS", "Iterations of the simplex methods." },
-    { IntItem::interior_iterations, "KLV_IINF_INTPNT_ITERATIONS", "Iterations of the interior-point method." },
-    { IntItem::finish_iterations, "KLV_IINF_FINISH_ITERATIONS",
-      "Iterations that turned an interior solution into a basic one." },
-    { IntItem::nodes, "KLV_IINF_MIP_NODES", "Nodes of the integer search." },
-    { IntItem::improving_solutions, "KLV_IINF_MIP_SOLUTIONS", "Improving points of the integer search." },
-    { IntItem::engine_optimal_claims_rejected, "KLV_IINF_CLAIMS_REJECTED",
-      "Answers that an optimiser called optimal and the check did not." },
-    { IntItem::interior_source, "KLV_IINF_INTERIOR_SOURCE",
-      "Where the interior solution came from: 0 nowhere, else 1 + the optimiser's number." },
-    { IntItem::basic_source, "KLV_IINF_BASIC_SOURCE",
-      "Where the basic solution came from: 0 nowhere, else 1 + the optimiser's number." },
-    { IntItem::threads_used, "KLV_IINF_THREADS", "Threads that the last optimisation used." },
-    { IntItem::presolve_rerun, "KLV_IINF_SECOND_TRIES", "Runs that were repeated without presolve and scaling." },
-    { IntItem::lowered_infinite_bounds, "KLV_IINF_BOUNDS_TAKEN_AS_INFINITE",
-      "Finite bounds that an optimiser took as infinite." },
-    { IntItem::crossed_bounds, "KLV_IINF_CROSSED_BOUNDS", "Pairs of bounds that contradict each other." },
-    { IntItem::optimizer_used, "KLV_IINF_OPTIMIZER", "Number of the optimiser that gave the answer." },
-    { IntItem::abandoned_workers, "KLV_IINF_ABANDONED_WORKERS",
-      "Stopped runs that had not ended yet when the optimisation returned." },
+    {IntItem::variables, "KLV_IINF_VARIABLES", "Variables."},
+    {IntItem::constraints, "KLV_IINF_CONSTRAINTS", "Constraints."},
+    {IntItem::integers, "KLV_IINF_INTEGER_VARIABLES", "Integer variables."},
+    {IntItem::matrix_entries, "KLV_IINF_MATRIX_ENTRIES", "Entries of the constraint matrix."},
+    {IntItem::simplex_iterations, "KLV_IINF_SIMPLEX_ITERATIONS", "Iterations of the simplex methods."},
+    {IntItem::interior_iterations, "KLV_IINF_INTPNT_ITERATIONS", "Iterations of the interior-point method."},
+    {IntItem::finish_iterations, "KLV_IINF_FINISH_ITERATIONS",
+     "Iterations that turned an interior solution into a basic one."},
+    {IntItem::nodes, "KLV_IINF_MIP_NODES", "Nodes of the integer search."},
+    {IntItem::improving_solutions, "KLV_IINF_MIP_SOLUTIONS", "Improving points of the integer search."},
+    {IntItem::engine_optimal_claims_rejected, "KLV_IINF_CLAIMS_REJECTED",
+     "Answers that an optimiser called optimal and the check did not."},
+    {IntItem::interior_source, "KLV_IINF_INTERIOR_SOURCE",
+     "Where the interior solution came from: 0 nowhere, else 1 + the optimiser's number."},
+    {IntItem::basic_source, "KLV_IINF_BASIC_SOURCE",
+     "Where the basic solution came from: 0 nowhere, else 1 + the optimiser's number."},
+    {IntItem::threads_used, "KLV_IINF_THREADS", "Threads that the last optimisation used."},
+    {IntItem::presolve_rerun, "KLV_IINF_SECOND_TRIES",
+     "Runs that were repeated without presolve and scaling."},
+    {IntItem::lowered_infinite_bounds, "KLV_IINF_BOUNDS_TAKEN_AS_INFINITE",
+     "Finite bounds that an optimiser took as infinite."},
+    {IntItem::crossed_bounds, "KLV_IINF_CROSSED_BOUNDS", "Pairs of bounds that contradict each other."},
+    {IntItem::optimizer_used, "KLV_IINF_OPTIMIZER", "Number of the optimiser that gave the answer."},
+    {IntItem::abandoned_workers, "KLV_IINF_ABANDONED_WORKERS",
+     "Stopped runs that had not ended yet when the optimisation returned."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");
@@ -78,16 +81,17 @@ static constexpr auto int_names = reserved_names<KLV_INTEGER_INFORMATION> ("KLV_
 
 // A live row that does not stand at its item's place, or an item without a row, does not compile.
 template <std::size_t count, class Item, std::size_t live>
-static consteval auto fill (const std::array<LiveItem<Item>, live>& live_rows, const ReservedNames<count>& names)
+static consteval auto fill (const std::array<LiveItem<Item>, live>& live_rows,
+                            const ReservedNames<count>& names)
 {
     static_assert (live == static_cast<std::size_t> (Item::count) && live <= count);
-    std::array<InformationRow, count> rows {};
+    std::array<InformationRow, count> rows{};
     for (std::size_t i = 0; i < count; ++i)
-        rows[i] = { names[i].data (), "Reserved: always 0." };
+        rows[i] = {names[i].data (), "Reserved: always 0."};
     for (std::size_t i = 0; i < live; ++i) {
         if (information_number (live_rows[i].item) != i)
             throw "rows and items differ in order";
-        rows[i] = { live_rows[i].name, live_rows[i].description };
+        rows[i] = {live_rows[i].name, live_rows[i].description};
     }
     order_by_name<count> (rows);
     return rows;

@@ -1,4 +1,5 @@
-// The tables of information items. The live ones stand first, in the order of their enum; the rest is reserved.
+// The tables of information items. The live ones stand first, in the order of their enum; the rest is
+// reserved.
 #pragma once
 
 #include "kalvo/include/kalvo.h"

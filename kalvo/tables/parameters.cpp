@@ -11,69 +11,70 @@ static constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max ();
 static constexpr std::string_view reserved_description = "Reserved: accepts its default only.";
 
 static constexpr auto live_reals = std::to_array<RealParameter> ({
-    { 0, "KLV_DPAR_PRIMAL_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::primal_tolerance,
-      "Largest relative violation of a bound in an optimal or feasible point." },
-    { 1, "KLV_DPAR_DUAL_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::dual_tolerance,
-      "Largest relative violation of dual feasibility in an optimal or dual feasible solution." },
-    { 2, "KLV_DPAR_GAP_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::gap_tolerance,
-      "Largest relative difference of primal and dual objective in an optimal solution." },
-    { 3, "KLV_DPAR_INTEGER_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::integer_tolerance,
-      "Largest distance of an integer variable from a whole number." },
-    { 4, "KLV_DPAR_MIP_ABSOLUTE_GAP", 1e-6, 0, inf, Group::none, RealSetting::integer_absolute_gap,
-      "The integer search ends when incumbent and bound differ by at most this." },
-    { 5, "KLV_DPAR_MIP_RELATIVE_GAP", 1e-4, 0, inf, Group::none, RealSetting::integer_relative_gap,
-      "The integer search ends when incumbent and bound differ by at most this, relative to the incumbent." },
-    { 6, "KLV_DPAR_TIME_LIMIT", -1, -1, inf, Group::none, RealSetting::time_limit,
-      "Seconds that an optimisation may take; -1: no limit." },
-    { 7, "KLV_DPAR_OBJECTIVE_LIMIT", inf, -inf, inf, Group::none, RealSetting::objective_limit,
-      "A dual (simplex) or primal (integer) objective beyond it ends the run; infinite: no limit." },
-    { KLV_DPAR_BOUND_INFINITY_NUMBER, "KLV_DPAR_BOUND_INFINITY", 1e20, 1, inf, Group::none,
-      RealSetting::bound_infinity, "Bounds at or beyond it are infinite." },
-    { KLV_DPAR_FIXING_TOLERANCE_NUMBER, "KLV_DPAR_FIXING_TOLERANCE", 1e-10, 0, 1, Group::none,
-      RealSetting::fixing_tolerance,
-      "Bounds that differ by at most this are one value; bounds crossed by more are a contradiction." },
+    {0, "KLV_DPAR_PRIMAL_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::primal_tolerance,
+     "Largest relative violation of a bound in an optimal or feasible point."},
+    {1, "KLV_DPAR_DUAL_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::dual_tolerance,
+     "Largest relative violation of dual feasibility in an optimal or dual feasible solution."},
+    {2, "KLV_DPAR_GAP_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::gap_tolerance,
+     "Largest relative difference of primal and dual objective in an optimal solution."},
+    {3, "KLV_DPAR_INTEGER_TOLERANCE", 1e-6, 1e-10, 0.1, Group::none, RealSetting::integer_tolerance,
+     "Largest distance of an integer variable from a whole number."},
+    {4, "KLV_DPAR_MIP_ABSOLUTE_GAP", 1e-6, 0, inf, Group::none, RealSetting::integer_absolute_gap,
+     "The integer search ends when incumbent and bound differ by at most this."},
+    {5, "KLV_DPAR_MIP_RELATIVE_GAP", 1e-4, 0, inf, Group::none, RealSetting::integer_relative_gap,
+     "The integer search ends when incumbent and bound differ by at most this, relative to the incumbent."},
+    {6, "KLV_DPAR_TIME_LIMIT", -1, -1, inf, Group::none, RealSetting::time_limit,
+     "Seconds that an optimisation may take; -1: no limit."},
+    {7, "KLV_DPAR_OBJECTIVE_LIMIT", inf, -inf, inf, Group::none, RealSetting::objective_limit,
+     "A dual (simplex) or primal (integer) objective beyond it ends the run; infinite: no limit."},
+    {KLV_DPAR_BOUND_INFINITY_NUMBER, "KLV_DPAR_BOUND_INFINITY", 1e20, 1, inf, Group::none,
+     RealSetting::bound_infinity, "Bounds at or beyond it are infinite."},
+    {KLV_DPAR_FIXING_TOLERANCE_NUMBER, "KLV_DPAR_FIXING_TOLERANCE", 1e-10, 0, 1, Group::none,
+     RealSetting::fixing_tolerance,
+     "Bounds that differ by at most this are one value; bounds crossed by more are a contradiction."},
 });
 
 static constexpr auto live_ints = std::to_array<IntParameter> ({
-    { 0, "KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_AUTOMATIC, KLV_OPTIMIZER_PRIMAL_SIMPLEX, KLV_OPTIMIZER_MIXED_INTEGER,
-      Group::optimizer, IntSetting::optimizer, "The optimiser; problems with integers are solved as such anyway." },
-    { 1, "KLV_IPAR_INTPNT_BASIS", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::interior_point_basis,
-      "Whether an interior solution is also turned into a basic one." },
-    { 2, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_AUTOMATIC, KLV_PRESOLVE_OFF, KLV_PRESOLVE_AUTOMATIC, Group::presolve,
-      IntSetting::presolve, "Whether the problem is made smaller before it is solved." },
-    { 3, "KLV_IPAR_SCALING", KLV_SCALING_AUTOMATIC, KLV_SCALING_OFF, KLV_SCALING_MAXIMUM_VALUE, Group::scaling,
-      IntSetting::scaling, "How the simplex methods scale rows and columns." },
-    { 4, "KLV_IPAR_SIMPLEX_PRICING", KLV_PRICING_AUTOMATIC, KLV_PRICING_AUTOMATIC, KLV_PRICING_STEEPEST_EDGE,
-      Group::pricing, IntSetting::simplex_pricing, "How the simplex methods choose what leaves or enters." },
-    { 5, "KLV_IPAR_SIMPLEX_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::simplex_iteration_limit,
-      "Iterations that a simplex method may take; -1: no limit." },
-    { 6, "KLV_IPAR_INTPNT_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::interior_iteration_limit,
-      "Iterations that the interior-point method may take; -1: no limit." },
-    { 7, "KLV_IPAR_MIP_NODE_LIMIT", -1, -1, most, Group::none, IntSetting::node_limit,
-      "Nodes that the integer search may look at; -1: no limit." },
-    { 8, "KLV_IPAR_MIP_SOLUTION_LIMIT", -1, -1, most, Group::none, IntSetting::solution_limit,
-      "Improving points after which the integer search ends; -1: no limit." },
-    { 9, "KLV_IPAR_RELAX_INTEGERS", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::relax_integers,
-      "Whether integer variables are taken as continuous." },
-    { 10, "KLV_IPAR_MAX_THREADS", 0, 0, 256, Group::none, IntSetting::threads,
-      "Threads that an optimisation may use; 0 lets the library choose." },
-    { 11, "KLV_IPAR_RANDOM_SEED", 0, 0, most, Group::none, IntSetting::random_seed,
-      "Seed of what the optimisers do at random." },
-    { 12, "KLV_IPAR_LOG", 2, 0, 3, Group::none, IntSetting::log_level,
-      "What an optimisation prints: 0 nothing, 1 summaries, 2 also progress, 3 also the engine's own lines." },
-    { 13, "KLV_IPAR_LOG_INTPNT", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_interior_point,
-      "Whether the interior-point method prints its progress." },
-    { 14, "KLV_IPAR_LOG_SIMPLEX", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_simplex,
-      "Whether the simplex methods print their progress." },
-    { 15, "KLV_IPAR_LOG_MIP", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_mixed_integer,
-      "Whether the integer search prints its progress." },
-    { 16, "KLV_IPAR_FILE_FORMAT", KLV_FILE_BY_EXTENSION, KLV_FILE_BY_EXTENSION, KLV_FILE_FIXED_MPS, Group::file_format,
-      IntSetting::file_format, "The format of problem files." },
+    {0, "KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_AUTOMATIC, KLV_OPTIMIZER_PRIMAL_SIMPLEX,
+     KLV_OPTIMIZER_MIXED_INTEGER, Group::optimizer, IntSetting::optimizer,
+     "The optimiser; problems with integers are solved as such anyway."},
+    {1, "KLV_IPAR_INTPNT_BASIS", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::interior_point_basis,
+     "Whether an interior solution is also turned into a basic one."},
+    {2, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_AUTOMATIC, KLV_PRESOLVE_OFF, KLV_PRESOLVE_AUTOMATIC,
+     Group::presolve, IntSetting::presolve, "Whether the problem is made smaller before it is solved."},
+    {3, "KLV_IPAR_SCALING", KLV_SCALING_AUTOMATIC, KLV_SCALING_OFF, KLV_SCALING_MAXIMUM_VALUE, Group::scaling,
+     IntSetting::scaling, "How the simplex methods scale rows and columns."},
+    {4, "KLV_IPAR_SIMPLEX_PRICING", KLV_PRICING_AUTOMATIC, KLV_PRICING_AUTOMATIC, KLV_PRICING_STEEPEST_EDGE,
+     Group::pricing, IntSetting::simplex_pricing, "How the simplex methods choose what leaves or enters."},
+    {5, "KLV_IPAR_SIMPLEX_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::simplex_iteration_limit,
+     "Iterations that a simplex method may take; -1: no limit."},
+    {6, "KLV_IPAR_INTPNT_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::interior_iteration_limit,
+     "Iterations that the interior-point method may take; -1: no limit."},
+    {7, "KLV_IPAR_MIP_NODE_LIMIT", -1, -1, most, Group::none, IntSetting::node_limit,
+     "Nodes that the integer search may look at; -1: no limit."},
+    {8, "KLV_IPAR_MIP_SOLUTION_LIMIT", -1, -1, most, Group::none, IntSetting::solution_limit,
+     "Improving points after which the integer search ends; -1: no limit."},
+    {9, "KLV_IPAR_RELAX_INTEGERS", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::relax_integers,
+     "Whether integer variables are taken as continuous."},
+    {10, "KLV_IPAR_MAX_THREADS", 0, 0, 256, Group::none, IntSetting::threads,
+     "Threads that an optimisation may use; 0 lets the library choose."},
+    {11, "KLV_IPAR_RANDOM_SEED", 0, 0, most, Group::none, IntSetting::random_seed,
+     "Seed of what the optimisers do at random."},
+    {12, "KLV_IPAR_LOG", 2, 0, 3, Group::none, IntSetting::log_level,
+     "What an optimisation prints: 0 nothing, 1 summaries, 2 also progress, 3 also the engine's own lines."},
+    {13, "KLV_IPAR_LOG_INTPNT", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_interior_point,
+     "Whether the interior-point method prints its progress."},
+    {14, "KLV_IPAR_LOG_SIMPLEX", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_simplex,
+     "Whether the simplex methods print their progress."},
+    {15, "KLV_IPAR_LOG_MIP", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_mixed_integer,
+     "Whether the integer search prints its progress."},
+    {16, "KLV_IPAR_FILE_FORMAT", KLV_FILE_BY_EXTENSION, KLV_FILE_BY_EXTENSION, KLV_FILE_FIXED_MPS,
+     Group::file_format, IntSetting::file_format, "The format of problem files."},
 });
 
 static constexpr auto live_texts = std::to_array<TextParameter> ({
-    { KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
-      "The problem file that is read when no other is named." },
+    {KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
+     "The problem file that is read when no other is named."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_PARAMETERS> ("KLV_DPAR_RESERVED_");
@@ -82,7 +83,8 @@ static constexpr auto text_names = reserved_names<KLV_STRING_PARAMETERS> ("KLV_S
 
 // The live rows at their numbers, reserved ones between them. A number that is used twice does not compile.
 template <std::size_t count, class Row, std::size_t live>
-static constexpr std::array<Row, count> fill (std::array<Row, count> rows, const std::array<Row, live>& live_rows)
+static constexpr std::array<Row, count> fill (std::array<Row, count> rows,
+                                              const std::array<Row, live>& live_rows)
 {
     for (const Row& row : live_rows) {
         Row& place = rows[static_cast<std::size_t> (row.number)];
@@ -94,27 +96,30 @@ static constexpr std::array<Row, count> fill (std::array<Row, count> rows, const
 }
 
 constexpr std::array<RealParameter, KLV_DOUBLE_PARAMETERS> real_parameters = [] {
-    std::array<RealParameter, KLV_DOUBLE_PARAMETERS> rows {};
+    std::array<RealParameter, KLV_DOUBLE_PARAMETERS> rows{};
     for (std::size_t i = 0; i < rows.size (); ++i)
-        rows[i] = { static_cast<std::int32_t> (i), real_names[i].data (), 0, 0, 0, Group::none, RealSetting::count,
-                    reserved_description };
+        rows[i] = {
+            static_cast<std::int32_t> (i), real_names[i].data (), 0, 0, 0, Group::none, RealSetting::count,
+            reserved_description};
     return fill (rows, live_reals);
-} ();
+}();
 
 constexpr std::array<IntParameter, KLV_INTEGER_PARAMETERS> int_parameters = [] {
-    std::array<IntParameter, KLV_INTEGER_PARAMETERS> rows {};
+    std::array<IntParameter, KLV_INTEGER_PARAMETERS> rows{};
     for (std::size_t i = 0; i < rows.size (); ++i)
-        rows[i] = { static_cast<std::int32_t> (i), int_names[i].data (), 0, 0, 0, Group::none, IntSetting::count,
-                    reserved_description };
+        rows[i] = {
+            static_cast<std::int32_t> (i), int_names[i].data (), 0, 0, 0, Group::none, IntSetting::count,
+            reserved_description};
     return fill (rows, live_ints);
-} ();
+}();
 
 constexpr std::array<TextParameter, KLV_STRING_PARAMETERS> text_parameters = [] {
-    std::array<TextParameter, KLV_STRING_PARAMETERS> rows {};
+    std::array<TextParameter, KLV_STRING_PARAMETERS> rows{};
     for (std::size_t i = 0; i < rows.size (); ++i)
-        rows[i] = { static_cast<std::int32_t> (i), text_names[i].data (), "", TextSetting::count, reserved_description };
+        rows[i] = {static_cast<std::int32_t> (i), text_names[i].data (), "", TextSetting::count,
+                   reserved_description};
     return fill (rows, live_texts);
-} ();
+}();
 
 static_assert (sizeof (real_parameters) / sizeof (RealParameter) == 62);
 static_assert (sizeof (int_parameters) / sizeof (IntParameter) == 190);
@@ -137,8 +142,8 @@ template <class Setting, class Rows>
 static consteval auto numbers_by_setting (const Rows& rows)
 {
     constexpr std::size_t count = static_cast<std::size_t> (Setting::count);
-    std::array<std::uint8_t, count> numbers {};
-    std::array<int, count> drivers {};
+    std::array<std::uint8_t, count> numbers{};
+    std::array<int, count> drivers{};
     for (std::size_t i = 0; i < rows.size (); ++i)
         if (!rows[i].reserved ()) {
             numbers[static_cast<std::size_t> (rows[i].drives)] = static_cast<std::uint8_t> (i);
@@ -176,11 +181,11 @@ static constexpr auto texts_by_name = order_by_name<text_parameters.size ()> (te
 ParameterPlace find_parameter (std::string_view name)
 {
     if (const auto number = find_by_name (reals_by_name, real_parameters, name))
-        return { KLV_PAR_DOUBLE, *number };
+        return {KLV_PAR_DOUBLE, *number};
     if (const auto number = find_by_name (ints_by_name, int_parameters, name))
-        return { KLV_PAR_INTEGER, *number };
+        return {KLV_PAR_INTEGER, *number};
     if (const auto number = find_by_name (texts_by_name, text_parameters, name))
-        return { KLV_PAR_STRING, *number };
+        return {KLV_PAR_STRING, *number};
     return {};
 }
 

@@ -17,7 +17,7 @@ struct Parameter {
     std::int32_t number = 0;
     std::string_view name;
     Value fallback, smallest, largest;
-    Group symbols = {};                 // the constants that its values are, or none
+    Group symbols = {};    // the constants that its values are, or none
     Setting drives;
     std::string_view description;
 

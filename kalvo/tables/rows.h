@@ -18,7 +18,7 @@ using ReservedNames = std::array<std::array<char, 32>, count>;
 template <std::size_t count>
 consteval ReservedNames<count> reserved_names (std::string_view prefix)
 {
-    ReservedNames<count> names {};
+    ReservedNames<count> names{};
     for (std::size_t number = 0; number < count; ++number) {
         std::size_t end = prefix.size ();
         std::copy (prefix.begin (), prefix.end (), names[number].begin ());
@@ -32,7 +32,7 @@ consteval ReservedNames<count> reserved_names (std::string_view prefix)
 template <std::size_t count, class Rows>
 consteval std::array<std::uint16_t, count> order_by_name (const Rows& rows)
 {
-    std::array<std::uint16_t, count> order {};
+    std::array<std::uint16_t, count> order{};
     for (std::size_t i = 0; i < count; ++i)
         order[i] = static_cast<std::uint16_t> (i);
     std::sort (order.begin (), order.end (), [&] (auto a, auto b) { return rows[a].name < rows[b].name; });
@@ -46,8 +46,9 @@ template <std::size_t count, class Rows>
 std::optional<std::int32_t> find_by_name (const std::array<std::uint16_t, count>& order, const Rows& rows,
                                           std::string_view name)
 {
-    const auto place = std::lower_bound (order.begin (), order.end (), name,
-                                         [&] (auto row, std::string_view wanted) { return rows[row].name < wanted; });
+    const auto place =
+        std::lower_bound (order.begin (), order.end (), name,
+                          [&] (auto row, std::string_view wanted) { return rows[row].name < wanted; });
     if (place == order.end () || rows[*place].name != name)
         return std::nullopt;
     return *place;

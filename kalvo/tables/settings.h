@@ -5,37 +5,37 @@
 namespace klv {
 
 enum class RealSetting {
-    bound_infinity,        // finite upper bounds beyond it are no bounds, lower ones an error
-    fixing_tolerance,      // bounds that differ by at most this are one value; crossed by more, a contradiction
+    bound_infinity,      // finite upper bounds beyond it are no bounds, lower ones an error
+    fixing_tolerance,    // bounds that differ by at most this are one value; crossed by more, a contradiction
     primal_tolerance,
     dual_tolerance,
     gap_tolerance,
     integer_tolerance,
     integer_absolute_gap,
     integer_relative_gap,
-    time_limit,            // seconds; negative: none
-    objective_limit,       // a dual (simplex) or primal (integer) objective beyond it ends the run; infinite: none
+    time_limit,         // seconds; negative: none
+    objective_limit,    // infinite: none
     count
 };
 
 enum class IntSetting {
-    optimizer,             // KLVoptimizer
-    interior_point_basis,  // KLVswitch: simplex finish after interior point
-    presolve,              // KLVpresolve
-    scaling,               // KLVscaling
-    simplex_pricing,       // KLVpricing
-    simplex_iteration_limit,        // negative: none
-    interior_iteration_limit,       // negative: none
-    node_limit,            // negative: none
-    solution_limit,        // improving integer solutions; negative: none
-    relax_integers,        // KLVswitch
-    threads,               // 0: the library chooses
+    optimizer,                   // KLVoptimizer
+    interior_point_basis,        // KLVswitch: simplex finish after interior point
+    presolve,                    // KLVpresolve
+    scaling,                     // KLVscaling
+    simplex_pricing,             // KLVpricing
+    simplex_iteration_limit,     // negative: none
+    interior_iteration_limit,    // negative: none
+    node_limit,                  // negative: none
+    solution_limit,              // improving integer solutions; negative: none
+    relax_integers,              // KLVswitch
+    threads,                     // 0: the library chooses
     random_seed,
     log_level,             // 0 nothing, 1 summary lines, 2 and progress, 3 and the engine's own lines
     log_interior_point,    // KLVswitch: progress lines of one optimiser
     log_simplex,
     log_mixed_integer,
-    file_format,           // KLVfileformat
+    file_format,    // KLVfileformat
     count
 };
 

@@ -35,25 +35,27 @@ void check_index (std::int64_t index, std::int64_t count, const char* item)
         return;
     if (count == 0)
         refuse (KLV_RES_INDEX_RANGE, "There is no ", item, " with index ", index, ": there is none at all.");
-    refuse (KLV_RES_INDEX_RANGE, "There is no ", item, " with index ", index, ": indices are 0 to ", count - 1, ".");
+    refuse (KLV_RES_INDEX_RANGE, "There is no ", item, " with index ", index, ": indices are 0 to ",
+            count - 1, ".");
 }
 
 void check_slice (std::int32_t first, std::int32_t last, std::int32_t count, const char* item)
 {
     if (first < 0 || last < first || last > count)
-        refuse (KLV_RES_INDEX_RANGE, "The slice from ", first, " to ", last, " is not part of the ", count, " ", item,
-                "s.");
+        refuse (KLV_RES_INDEX_RANGE, "The slice from ", first, " to ", last, " is not part of the ", count,
+                " ", item, "s.");
 }
 
 void check_stream (std::int32_t stream)
 {
     if (stream < 0 || stream >= stream_count)
-        refuse (KLV_RES_STREAM_UNKNOWN, "There is no stream ", stream, ": streams are 0 to ", stream_count - 1, ".");
+        refuse (KLV_RES_STREAM_UNKNOWN, "There is no stream ", stream, ": streams are 0 to ",
+                stream_count - 1, ".");
 }
 
 std::string describe (const char* item, std::int32_t index, const std::string& name)
 {
-    const std::string place = text (item, " ", std::int64_t { index } + 1, " (index ", index);
+    const std::string place = text (item, " ", std::int64_t{index} + 1, " (index ", index);
     return name.empty () ? text (place, ")") : text (place, ", '", name, "')");
 }
 

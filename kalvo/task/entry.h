@@ -1,5 +1,5 @@
-// What every operation of the C interface goes through: it checks the handle, catches everything, and turns what was
-// thrown into a response code.
+// What every operation of the C interface goes through: it checks the handle, catches everything, and turns
+// what was thrown into a response code.
 #pragma once
 
 #include "kalvo/include/kalvo.h"
@@ -26,7 +26,7 @@ struct Refusal {
 template <class... Pieces>
 [[noreturn]] void refuse (KLVrescode_t code, const Pieces&... pieces)
 {
-    throw Refusal { code, text (pieces...) };
+    throw Refusal{code, text (pieces...)};
 }
 
 // A callback's answer other than 0 ends an operation.
@@ -46,7 +46,8 @@ KLVrescode_t result_of (const Operation& operation)
 }
 
 template <class Operation>
-KLVrescode_t enter (KLVtask_t task, Access access, const std::source_location& where, const Operation& operation)
+KLVrescode_t enter (KLVtask_t task, Access access, const std::source_location& where,
+                    const Operation& operation)
 {
     if (task == nullptr)
         return KLV_RES_NULL_HANDLE;
@@ -67,7 +68,7 @@ KLVrescode_t enter (KLVtask_t task, Access access, const std::source_location& w
             }
         } catch (const std::bad_alloc&) {
             return task->note_out_of_memory ();
-        } catch (const std::length_error&) {        // more than a vector can ever hold
+        } catch (const std::length_error&) {    // more than a vector can ever hold
             return task->note_out_of_memory ();
         } catch (const std::exception& exception) {
             copy_text (exception.what (), failure, sizeof failure);
@@ -127,7 +128,7 @@ std::span<Value> array (Value* entries, std::int64_t count, const char* name)
 {
     if (count > 0)
         output (entries, name);
-    return { entries, static_cast<std::size_t> (count) };
+    return {entries, static_cast<std::size_t> (count)};
 }
 
 std::string_view given_text (const char* text, const char* name);

@@ -1,5 +1,6 @@
 // The C interface: library, environment, names of constants and codes.
 
+#include "kalvo/engines/engine.h"
 #include "kalvo/tables/constants.h"
 #include "kalvo/tables/parameters.h"
 #include "kalvo/task/entry.h"
@@ -17,12 +18,15 @@ KLVrescode_t KLV_getversion (int32_t* major, int32_t* minor, int32_t* revision)
     return KLV_RES_OK;
 }
 
-KLVrescode_t KLV_echointro (KLVenv_t env, int32_t)
+KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver)
 {
     return enter_environment (env, [&] {
-        constexpr int version[] = { KLV_VERSION_MAJOR, KLV_VERSION_MINOR, KLV_VERSION_REVISION };
+        constexpr int version[] = {KLV_VERSION_MAJOR, KLV_VERSION_MINOR, KLV_VERSION_REVISION};
         environment::print (text ("Kalvo ", version[0], ".", version[1], ".", version[2],
                                   ", solver library for linear and mixed-integer optimisation"));
+        if (longver > 0)
+            for (const std::shared_ptr<Engine>& engine : engines ())
+                environment::print (text ("  engine ", std::string_view (engine->name ())));
     });
 }
 
@@ -36,20 +40,19 @@ KLVrescode_t KLV_linkfunctoenvstream (KLVenv_t env, int32_t stream, void* handle
 
 KLVrescode_t KLV_putexitfunc (KLVenv_t env, KLVexitfunc func, void* handle)
 {
-    return enter_environment (env, [&] { environment::set_exit_function ({ func, handle }); });
+    return enter_environment (env, [&] { environment::set_exit_function ({func, handle}); });
 }
 
 KLVrescode_t KLV_getcodedesc (int32_t code, char* symname, char* description)
 {
-    return enter_environment (nullptr, [&] {
-        const Constant* known = find_constant (Group::response, code);
-        if (symname != nullptr)
-            copy_text (known ? known->name : "UNKNOWN", symname, KLV_MAX_TEXT);
-        if (description != nullptr)
-            copy_text (known ? known->description : text ("The response code ", code, " is not known."), description,
-                       KLV_MAX_TEXT);
-        return known ? KLV_RES_OK : KLV_RES_VALUE_UNKNOWN;
-    });
+    // Called when memory has run out, too: nothing here needs any.
+    const Constant* known = find_constant (Group::response, code);
+    if (symname != nullptr)
+        copy_text (known ? known->name : "UNKNOWN", symname, KLV_MAX_TEXT);
+    if (description != nullptr)
+        copy_text (known ? known->description : "This response code is not known to the library.",
+                   description, KLV_MAX_TEXT);
+    return known ? KLV_RES_OK : KLV_RES_VALUE_UNKNOWN;
 }
 
 KLVrescode_t KLV_getsymbcondim (KLVenv_t env, int32_t* count, size_t* longest)
@@ -94,7 +97,8 @@ KLVrescode_t KLV_iparvaltosymnam (KLVenv_t env, int32_t index, int32_t value, ch
     });
 }
 
-// ---- Texts of statuses and keys -------------------------------------------------------------------------------
+// ---- Texts of statuses and keys
+// -------------------------------------------------------------------------------
 
 static KLVrescode_t give_short_name (KLVtask_t task, Group group, const char* kind, int32_t value, char* name)
 {

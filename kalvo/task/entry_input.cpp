@@ -29,14 +29,16 @@ static std::size_t length (std::int64_t first, std::int64_t last)
     return static_cast<std::size_t> (std::max<std::int64_t> (last - first, 0));
 }
 
-// ---- Sizes --------------------------------------------------------------------------------------------------------
+// ---- Sizes
+// --------------------------------------------------------------------------------------------------------
 
 static void check_append (std::int32_t count, std::int32_t present, const char* item)
 {
     if (count < 0)
         refuse (KLV_RES_INDEX_RANGE, "The number of ", item, "s to append is negative: ", count, ".");
     if (count > std::numeric_limits<std::int32_t>::max () - present)
-        refuse (KLV_RES_TOO_LARGE, present, " ", item, "s and ", count, " more are more than can be counted.");
+        refuse (KLV_RES_TOO_LARGE, present, " ", item, "s and ", count,
+                " more are more than can be counted.");
 }
 
 KLVrescode_t KLV_appendvars (KLVtask_t task, int32_t count)
@@ -63,7 +65,8 @@ KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count)
 {
     return change (task, [&] (Task&) {
         if (count < 0)
-            refuse (KLV_RES_INDEX_RANGE, "The number of affine expressions to append is negative: ", count, ".");
+            refuse (KLV_RES_INDEX_RANGE, "The number of affine expressions to append is negative: ", count,
+                    ".");
         if (count > 0)
             refuse (KLV_RES_NOT_AVAILABLE, "This version can't hold affine expressions.");
     });
@@ -73,17 +76,20 @@ KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz)
 {
     return change (task, [&] (Task& t) {
         if (maxnumanz < 0)
-            refuse (KLV_RES_INDEX_RANGE, "The number of entries to make room for is negative: ", maxnumanz, ".");
+            refuse (KLV_RES_INDEX_RANGE, "The number of entries to make room for is negative: ", maxnumanz,
+                    ".");
         t.edit_problem ().matrix.reserve (maxnumanz);
     });
 }
 
-// ---- Constraint matrix ----------------------------------------------------------------------------------------------
+// ---- Constraint matrix
+// ----------------------------------------------------------------------------------------------
 
 [[noreturn]] static void refuse_row (const Task& task, std::int32_t j, std::size_t entry, std::int32_t row)
 {
-    refuse (KLV_RES_INDEX_RANGE, "Entry ", entry + 1, " of the matrix column of ", describe_variable (task.problem (), j),
-            " has the row index ", row, ", but there are ", task.problem ().constraints (), " constraints.");
+    refuse (KLV_RES_INDEX_RANGE, "Entry ", entry + 1, " of the matrix column of ",
+            describe_variable (task.problem (), j), " has the row index ", row, ", but there are ",
+            task.problem ().constraints (), " constraints.");
 }
 
 static void check_entries (const Task& task, std::int32_t j, std::span<const std::int32_t> rows,
@@ -94,8 +100,9 @@ static void check_entries (const Task& task, std::int32_t j, std::span<const std
         if (static_cast<std::uint32_t> (rows[k]) >= limit)
             refuse_row (task, j, k, rows[k]);
         if (!std::isfinite (values[k]))
-            refuse (KLV_RES_VALUE_NOT_FINITE, "The matrix entry of ", describe_constraint (task.problem (), rows[k]),
-                    " and ", describe_variable (task.problem (), j), " is ", values[k], "; entries must be finite.");
+            refuse (KLV_RES_VALUE_NOT_FINITE, "The matrix entry of ",
+                    describe_constraint (task.problem (), rows[k]), " and ",
+                    describe_variable (task.problem (), j), " is ", values[k], "; entries must be finite.");
     }
 }
 
@@ -109,14 +116,18 @@ KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_
         const auto given_rows = array (rows, count, "rows");
         const auto given_values = array (values, count, "values");
         check_entries (t, j, given_rows, given_values);
-        if (const std::int64_t again = t.repeated_rows.find (given_rows, t.problem ().constraints ()); again >= 0)
-            refuse (KLV_RES_DUPLICATE_ENTRY, "The matrix column of ", describe_variable (t.problem (), j), " names ",
-                    describe_constraint (t.problem (), given_rows[static_cast<std::size_t> (again)]), " twice.");
+        if (const std::int64_t again = t.repeated_rows.find (given_rows, t.problem ().constraints ());
+            again >= 0)
+            refuse (KLV_RES_DUPLICATE_ENTRY, "The matrix column of ", describe_variable (t.problem (), j),
+                    " names ",
+                    describe_constraint (t.problem (), given_rows[static_cast<std::size_t> (again)]),
+                    " twice.");
         t.edit_problem ().matrix.put (j, given_rows, given_values);
     });
 }
 
-// ---- Bounds -------------------------------------------------------------------------------------------------------
+// ---- Bounds
+// -------------------------------------------------------------------------------------------------------
 
 struct Bound {
     std::int32_t key;
@@ -128,12 +139,12 @@ static Bound settle (std::int32_t key, double lower, double upper)
 {
     const bool below = key == KLV_BK_LO || key == KLV_BK_RA || key == KLV_BK_FX;
     const bool above = key == KLV_BK_UP || key == KLV_BK_RA || key == KLV_BK_FX;
-    const Bound bound { key, below ? lower : -infinity, above ? upper : infinity };
+    const Bound bound{key, below ? lower : -infinity, above ? upper : infinity};
     if (key == KLV_BK_FX)
         return bound;
     const bool has_lower = bound.lower > -infinity, has_upper = bound.upper < infinity;
-    return { has_lower ? (has_upper ? KLV_BK_RA : KLV_BK_LO) : (has_upper ? KLV_BK_UP : KLV_BK_FR), bound.lower,
-             bound.upper };
+    return {has_lower ? (has_upper ? KLV_BK_RA : KLV_BK_LO) : (has_upper ? KLV_BK_UP : KLV_BK_FR),
+            bound.lower, bound.upper};
 }
 
 // Why a bound can't be taken; 0 when it can.
@@ -151,8 +162,8 @@ static KLVrescode_t fault (std::int32_t key, double lower, double upper)
     return KLV_RES_OK;
 }
 
-[[noreturn]] static void refuse_bound (KLVrescode_t code, const std::string& item, std::int32_t key, double lower,
-                                       double upper)
+[[noreturn]] static void refuse_bound (KLVrescode_t code, const std::string& item, std::int32_t key,
+                                       double lower, double upper)
 {
     switch (code) {
     case KLV_RES_VALUE_UNKNOWN:
@@ -160,15 +171,18 @@ static KLVrescode_t fault (std::int32_t key, double lower, double upper)
     case KLV_RES_VALUE_NOT_FINITE:
         refuse (code, "A bound of ", item, " is not a number.");
     case KLV_RES_BOUND_BEYOND_INFINITY:
-        refuse (code, "No value lies between the bounds of ", item, ": lower ", lower, ", upper ", upper, ".");
+        refuse (code, "No value lies between the bounds of ", item, ": lower ", lower, ", upper ", upper,
+                ".");
     default:
-        refuse (code, "The bounds of ", item, " are to be one value, but differ: lower ", lower, ", upper ", upper, ".");
+        refuse (code, "The bounds of ", item, " are to be one value, but differ: lower ", lower, ", upper ",
+                upper, ".");
     }
 }
 
-static KLVrescode_t put_bounds (KLVtask_t task, Bounds Problem::* which, const char* item,
-                                std::string (*describe_item) (const Problem&, std::int32_t), std::int32_t first,
-                                std::int32_t last, const std::int32_t* keys, const double* lower, const double* upper,
+static KLVrescode_t put_bounds (KLVtask_t task, Bounds Problem::*which, const char* item,
+                                std::string (*describe_item) (const Problem&, std::int32_t),
+                                std::int32_t first, std::int32_t last, const std::int32_t* keys,
+                                const double* lower, const double* upper,
                                 const std::source_location& where = std::source_location::current ())
 {
     return load (
@@ -199,16 +213,19 @@ static KLVrescode_t put_bounds (KLVtask_t task, Bounds Problem::* which, const c
 KLVrescode_t KLV_putvarboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
                                    const double* lower, const double* upper)
 {
-    return put_bounds (task, &Problem::variable, "variable", describe_variable, first, last, keys, lower, upper);
+    return put_bounds (task, &Problem::variable, "variable", describe_variable, first, last, keys, lower,
+                       upper);
 }
 
 KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
                                    const double* lower, const double* upper)
 {
-    return put_bounds (task, &Problem::constraint, "constraint", describe_constraint, first, last, keys, lower, upper);
+    return put_bounds (task, &Problem::constraint, "constraint", describe_constraint, first, last, keys,
+                       lower, upper);
 }
 
-// ---- Objective and types --------------------------------------------------------------------------------------------
+// ---- Objective and types
+// --------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_putcslice (KLVtask_t task, int32_t first, int32_t last, const double* costs)
 {
@@ -218,8 +235,8 @@ KLVrescode_t KLV_putcslice (KLVtask_t task, int32_t first, int32_t last, const d
         for (std::size_t k = 0; k < given.size (); ++k)
             if (!std::isfinite (given[k]))
                 refuse (KLV_RES_VALUE_NOT_FINITE, "The cost of ",
-                        describe_variable (t.problem (), first + static_cast<std::int32_t> (k)), " is ", given[k],
-                        "; costs must be finite.");
+                        describe_variable (t.problem (), first + static_cast<std::int32_t> (k)), " is ",
+                        given[k], "; costs must be finite.");
         std::ranges::copy (given, t.edit_problem ().cost.begin () + first);
     });
 }
@@ -228,7 +245,8 @@ KLVrescode_t KLV_putcfix (KLVtask_t task, double constant)
 {
     return change (task, [&] (Task& t) {
         if (!std::isfinite (constant))
-            refuse (KLV_RES_VALUE_NOT_FINITE, "The constant of the objective is ", constant, "; it must be finite.");
+            refuse (KLV_RES_VALUE_NOT_FINITE, "The constant of the objective is ", constant,
+                    "; it must be finite.");
         t.edit_problem ().constant = constant;
     });
 }
@@ -256,7 +274,8 @@ KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type)
     });
 }
 
-// ---- Names --------------------------------------------------------------------------------------------------------
+// ---- Names
+// --------------------------------------------------------------------------------------------------------
 
 static std::string checked_name (const char* name)
 {

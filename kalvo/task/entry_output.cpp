@@ -11,11 +11,11 @@ template <class Value, class Getter>
 static KLVrescode_t give (KLVtask_t task, Value* place, const char* name, const Getter& value_of,
                           const std::source_location& where = std::source_location::current ())
 {
-    return read (
-        task, [&] (Task& t) { output (place, name) = value_of (t.problem ()); }, where);
+    return read (task, [&] (Task& t) { output (place, name) = value_of (t.problem ()); }, where);
 }
 
-// ---- Counts ---------------------------------------------------------------------------------------------------------
+// ---- Counts
+// ---------------------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t* count)
 {
@@ -40,7 +40,7 @@ KLVrescode_t KLV_getnumanz (KLVtask_t task, int64_t* count)
 template <class Count>
 static KLVrescode_t give_none (KLVtask_t task, Count* count)
 {
-    return give (task, count, "count", [] (const Problem&) { return Count { 0 }; });
+    return give (task, count, "count", [] (const Problem&) { return Count{0}; });
 }
 
 KLVrescode_t KLV_getnumcone (KLVtask_t task, int32_t* count)
@@ -86,7 +86,8 @@ KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t*)
     return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
 }
 
-// ---- Objective, matrix, bounds, types -----------------------------------------------------------------------------
+// ---- Objective, matrix, bounds, types
+// -----------------------------------------------------------------------------
 
 KLVrescode_t KLV_getc (KLVtask_t task, double* costs)
 {
@@ -139,8 +140,8 @@ KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t, int64_t* count, i
     return KLV_getnumqconknz (task, i, count);
 }
 
-static KLVrescode_t give_bound (KLVtask_t task, const Bounds Problem::* which, const char* item, std::int32_t index,
-                                std::int32_t* key, double* lower, double* upper)
+static KLVrescode_t give_bound (KLVtask_t task, const Bounds Problem::*which, const char* item,
+                                std::int32_t index, std::int32_t* key, double* lower, double* upper)
 {
     return read (task, [&] (Task& t) {
         const Bounds& bounds = t.problem ().*which;
@@ -165,7 +166,8 @@ KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t* key, double* l
     return give_bound (task, &Problem::constraint, "constraint", i, key, lower, upper);
 }
 
-// ---- Names --------------------------------------------------------------------------------------------------------
+// ---- Names
+// --------------------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t* length)
 {
@@ -175,8 +177,9 @@ KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t* length)
 
 KLVrescode_t KLV_getobjnamelen (KLVtask_t task, int32_t* length)
 {
-    return give (task, length, "length",
-                 [] (const Problem& problem) { return static_cast<std::int32_t> (problem.objective_name.size ()); });
+    return give (task, length, "length", [] (const Problem& problem) {
+        return static_cast<std::int32_t> (problem.objective_name.size ());
+    });
 }
 
 KLVrescode_t KLV_getmaxnamelen (KLVtask_t task, int32_t* length)

@@ -9,7 +9,7 @@ using namespace klv;
 
 static std::string_view solution_name (std::int32_t which)
 {
-    static constexpr std::string_view names[] = { "interior", "basic", "integer" };
+    static constexpr std::string_view names[] = {"interior", "basic", "integer"};
     return names[which];
 }
 
@@ -62,14 +62,15 @@ KLVrescode_t KLV_getdualobj (KLVtask_t task, int32_t which, double* value)
     });
 }
 
-// ---- Slices -----------------------------------------------------------------------------------------------------------
+// ---- Slices
+// -----------------------------------------------------------------------------------------------------------
 
 enum class Side { primal, dual };
 
 template <class Value>
-static KLVrescode_t give_slice (KLVtask_t task, std::int32_t which, std::vector<Value> Solution::* member, Side side,
-                                const char* item, std::int32_t first, std::int32_t last, Value* places,
-                                const char* name)
+static KLVrescode_t give_slice (KLVtask_t task, std::int32_t which, std::vector<Value> Solution::*member,
+                                Side side, const char* item, std::int32_t first, std::int32_t last,
+                                Value* places, const char* name)
 {
     return read (task, [&] (Task& t) {
         const Solution& solution = defined (t, which);
@@ -143,7 +144,8 @@ KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t*)
     return read (task, [&] (Task& t) { defined (t, which); });
 }
 
-static KLVrescode_t give_no_matrices (KLVtask_t task, std::int32_t which, std::int32_t first, std::int32_t last)
+static KLVrescode_t give_no_matrices (KLVtask_t task, std::int32_t which, std::int32_t first,
+                                      std::int32_t last)
 {
     return read (task, [&] (Task& t) {
         defined (t, which);

@@ -47,8 +47,8 @@ KLVrescode_t KLV_linkfiletotaskstream (KLVtask_t task, int32_t stream, const cha
             refuse (KLV_RES_FILE_NAME_MISSING, "The file for stream ", stream, " has an empty name.");
         else if (!t.streams.link_file (stream, filename, append != 0)) {
             const int cause = errno;
-            refuse (KLV_RES_FILE_OPEN, "The file '", std::string_view (filename), "' can't be opened for writing: ",
-                    std::strerror (cause), ".");
+            refuse (KLV_RES_FILE_OPEN, "The file '", std::string_view (filename),
+                    "' can't be opened for writing: ", std::strerror (cause), ".");
         }
     });
 }
@@ -58,7 +58,8 @@ KLVrescode_t KLV_putcallbackfunc (KLVtask_t task, KLVcallbackfunc func, void* ha
     return change (task, [&] (Task& t) { t.set_callback (func, handle); });
 }
 
-KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, int32_t* length, char* message)
+KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, int32_t* length,
+                               char* message)
 {
     if (task == nullptr)
         return KLV_RES_NULL_HANDLE;
@@ -69,7 +70,7 @@ KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, 
     if (error.code == KLV_RES_OK)
         return KLV_RES_OK;
     std::string_view words = error.message;
-    if (words.empty ())                             // there was no memory for more
+    if (words.empty ())    // there was no memory for more
         if (const Constant* known = find_constant (Group::response, error.code))
             words = known->description;
     if (length != nullptr)
@@ -87,7 +88,8 @@ KLVrescode_t KLV_putoptserverhost (KLVtask_t task, const char* host)
     });
 }
 
-// ---- Parameters -------------------------------------------------------------------------------------------------
+// ---- Parameters
+// -------------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* kind, int32_t* index)
 {
@@ -124,11 +126,11 @@ template <class Row, class Value>
 static void check_value (const Row& row, Value value)
 {
     if (row.reserved () && value != row.fallback)
-        refuse (KLV_RES_PARAMETER_RESERVED, row.name, " is reserved: it accepts ", row.fallback, " only, not ", value,
-                ".");
+        refuse (KLV_RES_PARAMETER_RESERVED, row.name, " is reserved: it accepts ", row.fallback,
+                " only, not ", value, ".");
     if (!(value >= row.smallest && value <= row.largest))
-        refuse (KLV_RES_PARAMETER_RANGE, row.name, " must be between ", row.smallest, " and ", row.largest, ", not ",
-                value, ".");
+        refuse (KLV_RES_PARAMETER_RANGE, row.name, " must be between ", row.smallest, " and ", row.largest,
+                ", not ", value, ".");
 }
 
 static void put_integer (Task& task, std::int32_t index, std::int32_t value)
@@ -159,7 +161,8 @@ KLVrescode_t KLV_putnaintparam (KLVtask_t task, const char* name, int32_t value)
     return change (task, [&] (Task& t) {
         const ParameterPlace place = find_parameter (given_text (name, "name"));
         if (place.kind != KLV_PAR_INTEGER)
-            refuse (KLV_RES_PARAMETER_UNKNOWN, "There is no integer parameter '", std::string_view (name), "'.");
+            refuse (KLV_RES_PARAMETER_UNKNOWN, "There is no integer parameter '", std::string_view (name),
+                    "'.");
         put_integer (t, place.number, value);
     });
 }
@@ -172,8 +175,8 @@ KLVrescode_t KLV_putstrparam (KLVtask_t task, int32_t index, const char* value)
         std::string words (given_text (value, "value"));
         const TextParameter& row = text_parameters[place];
         if (row.reserved () && words != row.fallback)
-            refuse (KLV_RES_PARAMETER_RESERVED, row.name, " is reserved: it accepts an empty text only, not '", words,
-                    "'.");
+            refuse (KLV_RES_PARAMETER_RESERVED, row.name,
+                    " is reserved: it accepts an empty text only, not '", words, "'.");
         t.parameters.texts[place] = std::move (words);
     });
 }
@@ -206,7 +209,8 @@ KLVrescode_t KLV_getstrparam (KLVtask_t task, int32_t index, int32_t capacity, i
     });
 }
 
-// ---- Information ------------------------------------------------------------------------------------------------
+// ---- Information
+// ------------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_getinfname (KLVtask_t task, int32_t kind, int32_t index, char* name)
 {

@@ -15,7 +15,7 @@ static constinit ExitFunction exit_function_;
 void link_function (std::int32_t stream, void* handle, KLVstreamfunc func)
 {
     const std::scoped_lock lock (mutex);
-    functions[static_cast<std::size_t> (stream)] = { func, func != nullptr ? handle : nullptr };
+    functions[static_cast<std::size_t> (stream)] = {func, func != nullptr ? handle : nullptr};
 }
 
 void print (std::string_view line)

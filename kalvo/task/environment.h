@@ -13,7 +13,7 @@ struct ExitFunction {
 };
 
 void link_function (std::int32_t stream, void* handle, KLVstreamfunc func);
-void print (std::string_view line);                     // a message, without its newline
+void print (std::string_view line);    // a message, without its newline
 
 void set_exit_function (ExitFunction function);
 ExitFunction exit_function ();

@@ -3,6 +3,7 @@
 #include "kalvo/task/room.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace klv {
 
@@ -26,7 +27,8 @@ void ColumnMatrix::put (std::int32_t j, std::span<const std::int32_t> rows, std:
     const auto column = static_cast<std::size_t> (j);
     const auto size = static_cast<std::int32_t> (rows.size ());
     if (size > count_[column]) {
-        // Closing holes costs the arrays' length, which is then mostly what was put since they were last closed.
+        // Closing holes costs the arrays' length, which is then mostly what was put since they were last
+        // closed.
         if (static_cast<std::int64_t> (row_.size ()) > 2 * entries_ + columns ())
             pack ();
         make_room (row_, rows.size ());
@@ -48,7 +50,7 @@ Column ColumnMatrix::column (std::int32_t j) const
     const auto column = static_cast<std::size_t> (j);
     const auto start = static_cast<std::size_t> (start_[column]);
     const auto size = static_cast<std::size_t> (count_[column]);
-    return { rows ().subspan (start, size), values ().subspan (start, size) };
+    return {rows ().subspan (start, size), values ().subspan (start, size)};
 }
 
 void ColumnMatrix::pack ()
@@ -115,8 +117,8 @@ void ColumnMatrix::copy_in_order ()
 
 std::int64_t RepeatedRows::find (std::span<const std::int32_t> rows, std::int32_t constraints)
 {
-    if (std::ranges::adjacent_find (rows, std::greater_equal {}) == rows.end ())
-        return -1;                                  // strictly increasing
+    if (std::ranges::adjacent_find (rows, std::greater_equal{}) == rows.end ())
+        return -1;    // strictly increasing
     if (last_seen_.size () < static_cast<std::size_t> (constraints))
         last_seen_.resize (static_cast<std::size_t> (constraints), 0);
     if (++search_ == 0) {

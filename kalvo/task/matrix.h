@@ -13,9 +13,10 @@ struct Column {
     std::span<const double> values;
 };
 
-// The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one that no longer
-// fits its place moves to the end, and holes are closed when they are half of the arrays, so that the cost stays
-// proportional to what is put. Put in order, the arrays are the compressed columns that engines take.
+// The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one
+// that no longer fits its place moves to the end, and holes are closed when they are half of the arrays, so
+// that the cost stays proportional to what is put. Put in order, the arrays are the compressed columns that
+// engines take.
 //
 // An operation that throws std::bad_alloc leaves the matrix as it was.
 class ColumnMatrix {
@@ -28,8 +29,8 @@ public:
     std::int64_t entries () const { return entries_; }
     Column column (std::int32_t j) const;
 
-    // Closes holes and puts columns in order; rows () and values () are then the compressed columns, and starts () has
-    // columns () + 1 entries. Costs one pass over the columns when they were put in order.
+    // Closes holes and puts columns in order; rows () and values () are then the compressed columns, and
+    // starts () has columns () + 1 entries. Costs one pass over the columns when they were put in order.
     void pack ();
     bool packed () const { return packed_; }
     std::span<const std::int64_t> starts () const { return start_; }
@@ -41,7 +42,7 @@ private:
     void move_together ();
     void copy_in_order ();
 
-    std::vector<std::int64_t> start_ { 0 };
+    std::vector<std::int64_t> start_{0};
     std::vector<std::int32_t> count_;
     std::vector<std::int32_t> row_;
     std::vector<double> value_;

@@ -42,7 +42,7 @@ struct Problem {
     std::vector<double> cost;
     Bounds variable;
     Bounds constraint;
-    std::vector<std::uint8_t> integer;      // one a variable: KLVvartype
+    std::vector<std::uint8_t> integer;    // one a variable: KLVvartype
     std::int32_t integers = 0;
     ColumnMatrix matrix;
 
@@ -53,8 +53,8 @@ struct Problem {
 
     std::int32_t variables () const { return variable.count (); }
     std::int32_t constraints () const { return constraint.count (); }
-    void append_variables (std::int32_t count);     // continuous, free, without cost and entries
-    void append_constraints (std::int32_t count);   // free
+    void append_variables (std::int32_t count);      // continuous, free, without cost and entries
+    void append_constraints (std::int32_t count);    // free
 };
 
 }

@@ -10,11 +10,11 @@ namespace klv {
 
 // How far a point is from what it should be, each the largest over all items.
 struct Violations {
-    double primal = 0, primal_absolute = 0;             // distance outside a bound
-    double dual = 0, dual_absolute = 0;                 // c - A'y - (slx - sux), multipliers of absent bounds
-    double complementarity = 0;                         // multiplier times distance from its bound, relative
-    double gap = 0;                                     // of primal and dual objective, relative
-    double integer = 0;                                 // distance from a whole number
+    double primal = 0, primal_absolute = 0;    // distance outside a bound
+    double dual = 0, dual_absolute = 0;        // c - A'y - (slx - sux), multipliers of absent bounds
+    double complementarity = 0;                // multiplier times distance from its bound, relative
+    double gap = 0;                            // of primal and dual objective, relative
+    double integer = 0;                        // distance from a whole number
 };
 
 struct Solution {
@@ -22,7 +22,7 @@ struct Solution {
     std::int32_t solution_status = KLV_SOLSTA_UNKNOWN;
     std::vector<std::int32_t> skc, skx;
     std::vector<double> xc, xx;
-    std::vector<double> y, slc, suc, slx, sux;      // empty in the integer slot
+    std::vector<double> y, slc, suc, slx, sux;    // empty in the integer slot
     double primal_objective = 0;
     double dual_objective = 0;
     Violations violations;

@@ -11,9 +11,7 @@
 
 namespace klv {
 
-StreamFile::StreamFile (StreamFile&& other) noexcept : descriptor_ (std::exchange (other.descriptor_, -1))
-{
-}
+StreamFile::StreamFile (StreamFile&& other) noexcept : descriptor_ (std::exchange (other.descriptor_, -1)) {}
 
 StreamFile& StreamFile::operator= (StreamFile&& other) noexcept
 {
@@ -71,7 +69,7 @@ static unsigned carriers_of (Kind kind)
 
 void Streams::link_function (std::int32_t stream, void* handle, KLVstreamfunc func)
 {
-    functions_[static_cast<std::size_t> (stream)] = { func, func != nullptr ? handle : nullptr };
+    functions_[static_cast<std::size_t> (stream)] = {func, func != nullptr ? handle : nullptr};
 }
 
 bool Streams::link_file (std::int32_t stream, const char* filename, bool append)
@@ -104,7 +102,8 @@ bool Streams::anyone_listens (Kind kind) const
 {
     for (std::int32_t stream = 0; stream < stream_count; ++stream) {
         const auto place = static_cast<std::size_t> (stream);
-        if ((carriers_of (kind) & bit (stream)) && (functions_[place].func != nullptr || files_[place].is_open ()))
+        if ((carriers_of (kind) & bit (stream)) &&
+            (functions_[place].func != nullptr || files_[place].is_open ()))
             return true;
     }
     return false;
@@ -128,8 +127,8 @@ void Streams::deliver (unsigned carriers, std::string_view line)
         struct Delivery {
             bool& running;
             ~Delivery () { running = false; }
-        } delivery { delivering_ = true };
-        const auto functions = functions_;          // a function may link others
+        } delivery{delivering_ = true};
+        const auto functions = functions_;    // a function may link others
         call_functions (functions, carriers, whole.c_str ());
     }
     for (const std::string& warning : lost)
@@ -137,18 +136,21 @@ void Streams::deliver (unsigned carriers, std::string_view line)
             deliver (carriers_of (Kind::warning), warning);
 }
 
-void call_functions (const std::array<StreamFunction, stream_count>& functions, unsigned carriers, const char* text)
+void call_functions (const std::array<StreamFunction, stream_count>& functions, unsigned carriers,
+                     const char* text)
 {
     for (std::size_t stream = 0; stream < functions.size (); ++stream) {
         const StreamFunction& receiver = functions[stream];
         const auto before = functions.begin () + static_cast<std::ptrdiff_t> (stream);
         const bool has_received = [&] {
             for (auto other = functions.begin (); other != before; ++other)
-                if ((carriers & bit (static_cast<std::int32_t> (other - functions.begin ()))) && *other == receiver)
+                if ((carriers & bit (static_cast<std::int32_t> (other - functions.begin ()))) &&
+                    *other == receiver)
                     return true;
             return false;
-        } ();
-        if ((carriers & bit (static_cast<std::int32_t> (stream))) && receiver.func != nullptr && !has_received)
+        }();
+        if ((carriers & bit (static_cast<std::int32_t> (stream))) && receiver.func != nullptr &&
+            !has_received)
             receiver.func (receiver.handle, text);
     }
 }

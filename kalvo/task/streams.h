@@ -28,26 +28,27 @@ public:
     StreamFile& operator= (StreamFile&& other) noexcept;
     ~StreamFile () { close (); }
 
-    bool open (const char* filename, bool append);      // false: errno says why
+    bool open (const char* filename, bool append);    // false: errno says why
     bool is_open () const { return descriptor_ >= 0; }
-    bool write (std::string_view line) noexcept;        // false: errno says why
+    bool write (std::string_view line) noexcept;    // false: errno says why
     void close () noexcept;
 
 private:
     int descriptor_ = -1;
 };
 
-// Stream 0 carries everything; 1 messages; 2 errors; 3 warnings and errors. A linked function and a linked file live
-// on one stream together. A function that is linked, with one handle, to several streams which carry a line receives
-// it once. What a function prints while it receives a line goes to files only.
+// Stream 0 carries everything; 1 messages; 2 errors; 3 warnings and errors. A linked function and a linked
+// file live on one stream together. A function that is linked, with one handle, to several streams which
+// carry a line receives it once. What a function prints while it receives a line goes to files only.
 class Streams {
 public:
     void link_function (std::int32_t stream, void* handle, KLVstreamfunc func);
     bool link_file (std::int32_t stream, const char* filename, bool append);    // false: errno says why
     void close_file (std::int32_t stream);
 
-    void print (Kind kind, std::string_view line);              // adds the newline
-    void print_on (std::int32_t stream, std::string_view line); // that stream's receivers, and those of stream 0
+    void print (Kind kind, std::string_view line);    // adds the newline
+    void print_on (std::int32_t stream,
+                   std::string_view line);    // that stream's receivers, and those of stream 0
     bool anyone_listens (Kind kind) const;
 
 private:
@@ -60,6 +61,7 @@ private:
 };
 
 // Calls each different function of the streams whose bit is set in `carriers` once.
-void call_functions (const std::array<StreamFunction, stream_count>& functions, unsigned carriers, const char* text);
+void call_functions (const std::array<StreamFunction, stream_count>& functions, unsigned carriers,
+                     const char* text);
 
 }

@@ -18,7 +18,8 @@ Problem& KLV_task::edit_problem ()
         if (problem_.use_count () > 1)
             problem_ = std::make_shared<Problem> (*problem_);
         else
-            std::shared_ptr<Problem> (problem_).reset ();       // what its last reader did happened before what follows
+            std::shared_ptr<Problem> (problem_)
+                .reset ();    // what its last reader did happened before what follows
         lent_ = false;
     }
     return *problem_;
@@ -39,7 +40,7 @@ void KLV_task::drop_solutions ()
 
 KLVrescode_t KLV_task::fail (KLVrescode_t code, std::string message)
 {
-    last_error_ = { code, std::move (message) };
+    last_error_ = {code, std::move (message)};
     if (streams.anyone_listens (Kind::error))
         streams.print (Kind::error, text ("Error ", code, ": ", last_error_.message));
     return code;
@@ -97,7 +98,7 @@ void KLV_task::make_unusable (std::string_view message) noexcept
     last_error_.message.clear ();
     try {
         last_error_.message = message;
-    } catch (...) {             // the code says enough
+    } catch (...) {    // the code says enough
     }
 }
 

@@ -26,12 +26,12 @@ struct LastError {
 }
 
 struct KLV_task {
-    // The problem is shared with runs of engines that may outlive the call, so it is copied before it is changed
-    // while someone else still holds it.
+    // The problem is shared with runs of engines that may outlive the call, so it is copied before it is
+    // changed while someone else still holds it.
     const klv::Problem& problem () const { return *problem_; }
     std::shared_ptr<const klv::Problem> share_problem () const;
-    klv::Problem& edit_problem ();                      // throws std::bad_alloc, then nothing has changed
-    void replace_problem (klv::Problem&& problem);      // names, data and solutions of the old one are gone
+    klv::Problem& edit_problem ();                    // throws std::bad_alloc, then nothing has changed
+    void replace_problem (klv::Problem&& problem);    // names, data and solutions of the old one are gone
     void drop_solutions ();
 
     klv::Parameters parameters;
@@ -40,10 +40,11 @@ struct KLV_task {
     std::array<std::optional<klv::Solution>, KLV_SOL_COUNT> solutions;
     klv::RepeatedRows repeated_rows;
 
-    // Records an error, prints it on the error streams and returns its code: `return task.fail (code, "...")`.
+    // Records an error, prints it on the error streams and returns its code: `return task.fail (code,
+    // "...")`.
     KLVrescode_t fail (KLVrescode_t code, std::string message);
-    void warn (std::string_view message);               // one line on the warning streams
-    void say (std::string_view message);                // one line on the message streams
+    void warn (std::string_view message);    // one line on the warning streams
+    void say (std::string_view message);     // one line on the message streams
     const klv::LastError& last_error () const { return last_error_; }
 
     // Runs the progress callback; its answer. 0 when there is none.
@@ -66,7 +67,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     std::shared_ptr<klv::Problem> problem_ = std::make_shared<klv::Problem> ();
-    mutable bool lent_ = false;                         // a run was given the problem and may still hold it
+    mutable bool lent_ = false;    // a run was given the problem and may still hold it
     klv::LastError last_error_;
     KLVcallbackfunc callback_ = nullptr;
     void* callback_handle_ = nullptr;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <charconv>
+#include <cmath>
 #include <concepts>
 #include <cstddef>
 #include <string>
@@ -14,12 +15,19 @@ inline void append (std::string& whole, std::string_view piece)
     whole += piece;
 }
 
-template <class Number>
-    requires std::integral<Number> || std::floating_point<Number>
-void append (std::string& whole, Number number)
+void append (std::string& whole, std::integral auto number)
 {
     char digits[32];
     whole.append (digits, std::to_chars (digits, digits + sizeof digits, number).ptr);
+}
+
+inline void append (std::string& whole, double number)
+{
+    char digits[32];
+    if (std::isfinite (number))
+        whole.append (digits, std::to_chars (digits, digits + sizeof digits, number).ptr);
+    else
+        whole += std::isnan (number) ? "NaN" : number > 0 ? "Inf" : "-Inf";
 }
 
 template <class... Pieces>
@@ -30,8 +38,8 @@ std::string text (const Pieces&... pieces)
     return whole;
 }
 
-// Copies into a buffer of `capacity` bytes and ends it with a 0. What does not fit is cut between two characters of UTF-8;
-// the answer says whether all of it fitted.
+// Copies into a buffer of `capacity` bytes and ends it with a 0. What does not fit is cut between two
+// characters of UTF-8; the answer says whether all of it fitted.
 inline bool copy_text (std::string_view source, char* buffer, std::size_t capacity) noexcept
 {
     if (capacity == 0)
@@ -39,7 +47,8 @@ inline bool copy_text (std::string_view source, char* buffer, std::size_t capaci
     std::size_t length = source.size ();
     if (length >= capacity) {
         length = capacity - 1;
-        while (length > 0 && (static_cast<unsigned char> (source[length]) & 0xC0) == 0x80)
+        for (int step = 0;
+             step < 3 && length > 0 && (static_cast<unsigned char> (source[length]) & 0xC0) == 0x80; ++step)
             --length;
     }
     source.copy (buffer, length);

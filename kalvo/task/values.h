@@ -13,7 +13,8 @@
 
 namespace klv {
 
-// Starts with every default. Values by number for the C interface (checked by its table row), by setting for everyone else.
+// Starts with every default. Values by number for the C interface (checked by its table row), by setting for
+// everyone else.
 class Parameters {
 public:
     Parameters ()
@@ -47,8 +48,8 @@ public:
     double get (RealItem item) const { return doubles[information_number (item)]; }
     std::int32_t get (IntItem item) const { return integers[information_number (item)]; }
 
-    std::array<double, KLV_DOUBLE_INFORMATION> doubles {};
-    std::array<std::int32_t, KLV_INTEGER_INFORMATION> integers {};
+    std::array<double, KLV_DOUBLE_INFORMATION> doubles{};
+    std::array<std::int32_t, KLV_INTEGER_INFORMATION> integers{};
 };
 
 }
