@@ -1,4 +1,5 @@
-// Names of a file with their numbers: looked up by hash, their texts one after another in one block.
+// Names of a file with their numbers: looked up by hash, their texts one after another in one block. A name
+// has no zero byte.
 #pragma once
 
 #include <cstdint>
@@ -21,12 +22,16 @@ public:
     std::string_view operator[] (std::int32_t number) const;
 
 private:
+    // Names of up to 8 bytes are their own word, so that finding one costs one look into memory; longer ones
+    // have their hash there and are compared when it is the same.
     struct Slot {
-        std::uint32_t hash = 0;
+        std::uint64_t word = 0;
+        std::uint32_t length = 0;
         std::int32_t number = none;
     };
 
-    std::size_t place (std::string_view name, std::uint64_t hash) const;
+    static Slot key_of (std::string_view name);
+    std::size_t place (std::string_view name, const Slot& key) const;
     void grow ();
 
     std::vector<char> text_;
