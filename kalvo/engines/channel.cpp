@@ -1,19 +1,20 @@
 #include "kalvo/engines/channel.h"
 
-#include <chrono>
 #include <utility>
 
 namespace klv {
 
 constexpr std::size_t most_lines = 2000;
 constexpr std::size_t longest_line = 1000;
+constexpr std::size_t most_steps = 1000;
+constexpr std::size_t most_phases = 1000;
 
 void EventChannel::end_line ()
 {
-    if (lines_.size () < most_lines)
-        lines_.push_back (std::move (partial_line_));
+    if (news_.lines.size () < most_lines)
+        news_.lines.push_back (std::move (partial_line_));
     else
-        ++dropped_lines_;
+        ++news_.dropped_lines;
     partial_line_.clear ();
 }
 
@@ -26,20 +27,36 @@ void EventChannel::text (std::string_view piece) noexcept
                 end_line ();
             else if (partial_line_.size () < longest_line)
                 partial_line_ += character;
-        if (!lines_.empty ())
-            changed_.notify_one ();
-    } catch (...) {             // out of memory: the text is lost, the run goes on
+    } catch (...) {    // out of memory: the text is lost, the run goes on
     }
+}
+
+void EventChannel::note (const Progress& now)
+{
+    const bool another_phase = now.caller != news_.progress.caller;
+    news_.progress = now;
+    if (another_phase && news_.phases.size () < most_phases)
+        news_.phases.push_back ({now.caller, Clock::now ()});
 }
 
 void EventChannel::progress (const Progress& now) noexcept
 {
-    const std::lock_guard lock (mutex_);
-    if (now.caller != progress_.caller) {
-        phase_changed_ = true;
-        changed_.notify_one ();
+    try {
+        const std::lock_guard lock (mutex_);
+        note (now);
+    } catch (...) {
     }
-    progress_ = now;
+}
+
+void EventChannel::step (const Progress& now) noexcept
+{
+    try {
+        const std::lock_guard lock (mutex_);
+        note (now);
+        if (news_.steps.size () < most_steps)
+            news_.steps.push_back (now);
+    } catch (...) {
+    }
 }
 
 void EventChannel::incumbent (const double* x, std::size_t count) noexcept
@@ -47,7 +64,8 @@ void EventChannel::incumbent (const double* x, std::size_t count) noexcept
     try {
         const std::lock_guard lock (mutex_);
         incumbent_.assign (x, x + count);
-    } catch (...) {             // the earlier one stays
+        news_.new_incumbent = true;
+    } catch (...) {    // the earlier one is gone, too
     }
 }
 
@@ -55,21 +73,20 @@ void EventChannel::finish (Claims&& claims) noexcept
 {
     const std::lock_guard lock (mutex_);
     claims_ = std::move (claims);
-    finished_ = true;
-    changed_.notify_one ();
+    news_.finished = true;
+    finish_.notify_one ();
 }
 
 EventChannel::News EventChannel::wait (double seconds)
 {
     std::unique_lock lock (mutex_);
-    changed_.wait_for (lock, std::chrono::duration<double> (seconds),
-                       [&] { return finished_ || phase_changed_ || !lines_.empty (); });
-    phase_changed_ = false;
-    News news;
-    news.lines = std::exchange (lines_, {});
-    news.dropped_lines = std::exchange (dropped_lines_, 0);
-    news.progress = progress_;
-    news.finished = finished_;
+    finish_.wait_for (lock, std::chrono::duration<double> (seconds), [&] { return news_.finished; });
+    if (news_.finished && !partial_line_.empty ())
+        end_line ();
+    News news = std::move (news_);
+    news_ = {};
+    news_.progress = news.progress;
+    news_.finished = news.finished;
     return news;
 }
 

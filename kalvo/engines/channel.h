@@ -1,6 +1,7 @@
 // What a worker tells the calling thread.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -11,68 +12,92 @@
 
 namespace klv {
 
+using Clock = std::chrono::steady_clock;
+
+inline double seconds_between (Clock::time_point from, Clock::time_point to)
+{
+    return std::chrono::duration<double> (to - from).count ();
+}
+
 enum class Outcome {
-    unknown, optimal, infeasible, unbounded, infeasible_or_unbounded,
-    time_limit, iteration_limit, node_limit, solution_limit, objective_limit,
-    stopped, failed
+    unknown,
+    optimal,
+    infeasible,
+    unbounded,
+    infeasible_or_unbounded,
+    time_limit,
+    iteration_limit,
+    node_limit,
+    solution_limit,
+    objective_limit,
+    stopped,
+    out_of_memory,
+    failed
 };
 
 // What an engine says of a run. Signs of duals are the library's (see kalvo.h); arrays are empty where nothing is claimed.
 struct Claims {
     Outcome outcome = Outcome::unknown;
-    std::vector<double> x;                               // a primal point: columns
-    std::vector<double> y, reduced_cost;                 // duals: rows, columns; c - A'y
-    std::vector<std::int32_t> column_key, row_key;       // status keys of a basis: KLVstakey
-    std::vector<double> dual_ray;                        // rows: proves that no point is feasible
-    std::vector<double> primal_ray;                      // columns: a direction of unbounded improvement
-    double best_bound = 0;                               // integer problems: bound on the objective
+    std::vector<double> x;                            // a primal point: columns
+    std::vector<double> y, reduced_cost;              // duals: rows, columns; c - A'y
+    std::vector<std::int32_t> column_key, row_key;    // status keys of a basis: KLVstakey
+    std::vector<double> dual_ray;                     // rows: proves that no point is feasible
+    std::vector<double> primal_ray;                   // columns: a direction of unbounded improvement
+    double best_bound = 0;                            // integer problems: bound on the objective
     bool has_best_bound = false;
     std::int64_t simplex_iterations = 0, interior_iterations = 0, nodes = 0, solutions = 0;
-    std::string message;                                 // why it failed, in plain words
+    std::string message;    // why it failed, in plain words
 };
 
 // The newest state of a run, for progress lines and callbacks.
 struct Progress {
-    std::uint32_t caller = 0;                            // KLVcallercode: the phase
+    std::uint32_t caller = 0;    // KLVcallercode: the phase
     std::int64_t iterations = 0, nodes = 0, solutions = 0;
-    double primal_objective = 0, dual_objective = 0;     // or incumbent and bound
+    double primal_objective = 0, dual_objective = 0;    // or incumbent and bound
+    double primal_violation = 0, dual_violation = 0;    // as the method measures them
     bool has_primal = false, has_dual = false;
 };
 
-// Owned by worker and calling thread together, so that either may go first. Text is bounded: when nobody empties it, new
-// lines are dropped and counted. The worker's side never throws: what can't be stored is dropped.
+struct PhaseChange {
+    std::uint32_t caller = 0;
+    Clock::time_point since;
+};
+
+// Owned by worker and calling thread together, so that either may go first. All of it is bounded: when nobody empties it, new lines
+// and steps are dropped, and lines counted. The worker's side never throws: what can't be stored is dropped. Only the end of a
+// run wakes the calling thread, so that short runs are not slowed down; it looks often enough for all else.
 class EventChannel {
 public:
     // Worker side.
-    void text (std::string_view piece) noexcept;         // any piece; handed on as whole lines
-    void progress (const Progress& now) noexcept;
+    void text (std::string_view piece) noexcept;     // any piece; handed on as whole lines
+    void progress (const Progress& now) noexcept;    // another caller is another phase
+    void step (const Progress& now) noexcept;        // the same, and worth a line of the log
     void incumbent (const double* x, std::size_t count) noexcept;
-    void finish (Claims&& claims) noexcept;              // last act of a run
+    void finish (Claims&& claims) noexcept;    // last act of a run
 
     // Calling side.
     struct News {
         std::vector<std::string> lines;
         std::uint64_t dropped_lines = 0;
+        std::vector<PhaseChange> phases;
+        std::vector<Progress> steps;
         Progress progress;
+        bool new_incumbent = false;
         bool finished = false;
     };
-    // Returns early when lines or another phase came, or the run finished.
-    News wait (double seconds);
-    std::vector<double> take_incumbent ();               // the newest; empty: none came
+    News wait (double seconds);               // returns early when the run has finished
+    std::vector<double> take_incumbent ();    // the newest; empty: none came
     Claims take_claims ();
 
 private:
     void end_line ();
+    void note (const Progress& now);
 
     std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<std::string> lines_;
+    std::condition_variable finish_;
+    News news_;
     std::string partial_line_;
-    std::uint64_t dropped_lines_ = 0;
-    Progress progress_;
-    bool phase_changed_ = false;
     std::vector<double> incumbent_;
-    bool finished_ = false;
     Claims claims_;
 };
 

@@ -17,15 +17,16 @@
 
 namespace klv {
 
-// min or max c'x + constant, row bounds on Ax, column bounds on x, some x integer. Costs, matrix (packed) and types are
+// min or max c'x + constant, row bounds on Ax, column bounds on x. Costs, matrix (packed) and types are
 // those of the stated problem; bounds that an engine would take as infinite are infinite here.
 struct LinearProblem {
     std::shared_ptr<const Problem> stated;
     std::vector<double> column_lower, column_upper, row_lower, row_upper;
-    std::vector<std::int32_t> starts;                    // of the packed matrix, columns + 1 entries
-    bool integers = false;                               // whether types are to be regarded
+    std::vector<std::int32_t> starts;    // of the packed matrix, columns + 1 entries
+    double smallest_entry = infinity;    // of the matrix, in magnitude, zeros apart
 };
 
+// All but the last take every variable as continuous.
 enum class Method { primal_simplex, dual_simplex, interior_point, mixed_integer };
 
 // A point to start from: the interior solution that a simplex finish turns into a basic one.
@@ -38,10 +39,10 @@ struct Job {
     std::shared_ptr<const LinearProblem> problem;
     std::shared_ptr<const Parameters> settings;
     Method method = Method::dual_simplex;
-    bool reformulate = true;                             // false: no presolve, no scaling, whatever the settings say
-    double seconds = -1;                                 // what is left of the time limit; negative: no limit
+    bool reformulate = true;      // false: no presolve, no scaling, whatever the settings say
+    double seconds = infinity;    // what is left of the time limit
     int threads = 1;
-    std::shared_ptr<const StartPoint> start;             // for a simplex method, or null
+    std::shared_ptr<const StartPoint> start;    // for a simplex method, or null
 };
 
 using StopFlag = std::atomic<bool>;

@@ -5,7 +5,7 @@ namespace klv {
 
 std::vector<std::shared_ptr<Engine>>& engines ()
 {
-    static std::vector<std::shared_ptr<Engine>> list { highs::make_engine () };
+    static std::vector<std::shared_ptr<Engine>> list{highs::make_engine ()};
     return list;
 }
 

@@ -1,9 +1,11 @@
 #include "kalvo/engines/lower.h"
 
 #include "kalvo/engines/highs/highs.h"
-#include "kalvo/task/text.h"
+#include "kalvo/task/entry.h"
 
+#include <algorithm>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace klv {
@@ -11,58 +13,96 @@ namespace klv {
 static void lower_bounds (const Bounds& bounds, std::vector<double>& lower, std::vector<double>& upper,
                           std::int64_t& taken_as_infinite)
 {
-    lower = bounds.lower;
-    upper = bounds.upper;
+    lower.resize (bounds.key.size ());
+    upper.resize (bounds.key.size ());
     for (std::size_t i = 0; i < lower.size (); ++i) {
-        if (lower[i] > -infinity && lower[i] <= -highs::infinite_bound) {
-            lower[i] = -infinity;
+        Interval here = bounds.interval (i);
+        if (here.lower > -infinity && here.lower <= -highs::infinite_bound) {
+            here.lower = -infinity;
             ++taken_as_infinite;
         }
-        if (upper[i] < infinity && upper[i] >= highs::infinite_bound) {
-            upper[i] = infinity;
+        if (here.upper < infinity && here.upper >= highs::infinite_bound) {
+            here.upper = infinity;
             ++taken_as_infinite;
         }
-        if (lower[i] > upper[i])
-            lower[i] = upper[i] = lower[i] / 2 + upper[i] / 2;
+        lower[i] = here.lower;
+        upper[i] = here.upper;
     }
 }
 
-// What is wrong with the numbers, in words; counts entries that will be left out.
-static std::string refused_numbers (const Problem& problem, std::int64_t& dropped)
+static std::string refused_cost (const Problem& problem)
 {
-    for (std::size_t j = 0; j < problem.cost.size (); ++j)
-        if (std::abs (problem.cost[j]) >= highs::infinite_cost)
-            return text ("the cost of variable ", j + 1, " is ", problem.cost[j], "; it must be below ",
-                         highs::infinite_cost);
-    for (const double value : problem.matrix.values ()) {
-        const double magnitude = std::abs (value);
-        if (magnitude >= highs::largest_entry)
-            return text ("the constraint matrix has an entry ", value, "; it must be below ", highs::largest_entry);
-        dropped += magnitude > 0 && magnitude <= highs::smallest_entry;
-    }
-    const auto beyond = [] (const Bounds& bounds, const char* item) -> std::string {
-        for (std::size_t i = 0; i < bounds.key.size (); ++i)
-            if (bounds.lower[i] >= highs::infinite_bound || bounds.upper[i] <= -highs::infinite_bound)
-                return text (item, " ", i + 1, " must lie beyond ", highs::infinite_bound,
-                             ", where no number can be told from infinity");
-        return {};
-    };
-    std::string refused = beyond (problem.constraint, "constraint");
-    return refused.empty () ? beyond (problem.variable, "variable") : refused;
+    for (std::int32_t j = 0; j < problem.variables (); ++j)
+        if (const double cost = problem.cost[static_cast<std::size_t> (j)];
+            std::abs (cost) >= highs::infinite_cost)
+            return text ("the cost of ", describe_variable (problem, j), " is ", cost, "; it must be below ",
+                         highs::infinite_cost, " in magnitude");
+    return {};
 }
 
-Lowering lower (std::shared_ptr<const Problem> stated, bool integers)
+static std::string refused_entry (const Problem& problem)
+{
+    for (std::int32_t j = 0; j < problem.variables (); ++j) {
+        const Column column = problem.matrix.column (j);
+        for (std::size_t k = 0; k < column.rows.size (); ++k)
+            if (std::abs (column.values[k]) >= highs::largest_entry)
+                return text ("the matrix entry of ", describe_constraint (problem, column.rows[k]), " and ",
+                             describe_variable (problem, j), " is ", column.values[k], "; it must be below ",
+                             highs::largest_entry, " in magnitude");
+    }
+    return {};
+}
+
+static std::string refused_bound (const Problem& problem, const Bounds& bounds,
+                                  std::string (*describe) (const Problem&, std::int32_t))
+{
+    for (std::size_t i = 0; i < bounds.key.size (); ++i)
+        if (bounds.lower[i] >= highs::infinite_bound || bounds.upper[i] <= -highs::infinite_bound)
+            return text (describe (problem, static_cast<std::int32_t> (i)), " must lie beyond ",
+                         highs::infinite_bound, ", where no optimiser can tell a number from infinity");
+    return {};
+}
+
+// Magnitudes of entries: the smallest, the largest, and how many the engine drops.
+struct Entries {
+    double smallest = infinity, largest = 0;
+    std::int64_t dropped = 0;
+};
+
+static Entries look_at (std::span<const double> values)
+{
+    Entries entries;
+    for (const double value : values) {
+        const double magnitude = std::abs (value);
+        entries.largest = std::max (entries.largest, magnitude);
+        entries.dropped += magnitude <= highs::smallest_entry && magnitude > 0;
+        if (magnitude > 0)
+            entries.smallest = std::min (entries.smallest, magnitude);
+    }
+    return entries;
+}
+
+Lowering lower (std::shared_ptr<const Problem> stated)
 {
     Lowering lowering;
-    lowering.refused = refused_numbers (*stated, lowering.dropped_entries);
+    const Entries entries = look_at (stated->matrix.values ());
+    lowering.dropped_entries = entries.dropped;
+    lowering.refused = refused_cost (*stated);
+    if (lowering.refused.empty () && entries.largest >= highs::largest_entry)
+        lowering.refused = refused_entry (*stated);
+    if (lowering.refused.empty ())
+        lowering.refused = refused_bound (*stated, stated->constraint, describe_constraint);
+    if (lowering.refused.empty ())
+        lowering.refused = refused_bound (*stated, stated->variable, describe_variable);
     if (!lowering.refused.empty ())
         return lowering;
+
     auto problem = std::make_shared<LinearProblem> ();
     lower_bounds (stated->variable, problem->column_lower, problem->column_upper, lowering.infinite_bounds);
     lower_bounds (stated->constraint, problem->row_lower, problem->row_upper, lowering.infinite_bounds);
     const auto starts = stated->matrix.starts ();
     problem->starts.assign (starts.begin (), starts.end ());
-    problem->integers = integers;
+    problem->smallest_entry = entries.smallest;
     problem->stated = std::move (stated);
     lowering.problem = std::move (problem);
     return lowering;

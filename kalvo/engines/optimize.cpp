@@ -23,7 +23,7 @@ namespace klv {
 // What one run led to, once it was checked.
 struct Answer {
     Outcome outcome = Outcome::unknown;
-    bool proved = false;                                // optimal, infeasible or unbounded beyond doubt
+    bool proved = false;    // optimal, infeasible or unbounded beyond doubt
     std::optional<Solution> solution;
     std::string message;
 };
@@ -31,7 +31,10 @@ struct Answer {
 class Optimization {
 public:
     explicit Optimization (Task& task)
-        : task_ (task), log_ (task), runner_ (task, log_), settings_ (std::make_shared<Parameters> (task.parameters))
+        : task_ (task),
+          log_ (task),
+          runner_ (task, log_),
+          settings_ (std::make_shared<Parameters> (task.parameters))
     {
         tolerances_.primal = settings_->get (RealSetting::primal_tolerance);
         tolerances_.dual = settings_->get (RealSetting::dual_tolerance);
@@ -51,7 +54,9 @@ private:
     Method first_method () const;
     Answer attempt (Method method, std::shared_ptr<const StartPoint> start);
     Answer run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start);
-    void count (Method method, bool finish, const Claims& claims, double seconds);
+    void count (const Job& job, const Claims& claims);
+    void add (IntItem item);
+    KLVrescode_t solve_by_interior_point ();
 
     Answer check (Claims&& claims);
     Answer check_continuous (Claims&& claims);
@@ -64,7 +69,6 @@ private:
     std::vector<KLVsoltype> slots () const;
     KLVrescode_t store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source);
     KLVrescode_t code_of (const Answer& answer);
-    double seconds_left () const;
     int threads (Method method) const;
     bool answered () const { return runner_.answer () != 0; }
 
@@ -83,18 +87,46 @@ private:
 
 static bool finite (const std::vector<double>& values, std::size_t count)
 {
-    return values.size () == count && std::ranges::all_of (values, [] (double value) { return std::isfinite (value); });
+    return values.size () == count &&
+           std::ranges::all_of (values, [] (double value) { return std::isfinite (value); });
 }
 
-// Keys of a basis: each of them known, and as many basic items as there are rows.
-static bool is_basis (const Claims& claims, std::size_t rows, std::size_t columns)
+// Whether an item that a basis places at a bound is there.
+static bool is_in_place (std::int32_t key, Interval bounds, double value, double tolerance)
 {
-    if (claims.row_key.size () != rows || claims.column_key.size () != columns)
+    const auto at = [&] (double bound) {
+        return std::abs (value - bound) <= tolerance * (1 + std::abs (bound));
+    };
+    switch (key) {
+    case KLV_SK_BASIC:
+    case KLV_SK_SUPERBASIC:
+        return true;
+    case KLV_SK_LOWER:
+        return at (bounds.lower);
+    case KLV_SK_UPPER:
+        return at (bounds.upper);
+    case KLV_SK_FIXED:
+        return at (bounds.lower) && at (bounds.upper);
+    default:
         return false;
-    const auto known = [] (std::int32_t key) { return key >= KLV_SK_BASIC && key <= KLV_SK_FIXED; };
+    }
+}
+
+// Keys of a basis: each of them what the point says, and as many basic items as there are rows.
+static bool is_basis (const Problem& problem, const Claims& claims, const Solution& point, double tolerance)
+{
+    if (claims.row_key.size () != point.xc.size () || claims.column_key.size () != point.xx.size ())
+        return false;
+    const auto in_place = [&] (const auto& keys, const Bounds& bounds, const auto& values) {
+        for (std::size_t i = 0; i < keys.size (); ++i)
+            if (!is_in_place (keys[i], bounds.interval (i), values[i], tolerance))
+                return false;
+        return true;
+    };
     const auto basics = [] (const auto& keys) { return std::ranges::count (keys, KLV_SK_BASIC); };
-    return std::ranges::all_of (claims.row_key, known) && std::ranges::all_of (claims.column_key, known) &&
-           basics (claims.row_key) + basics (claims.column_key) == static_cast<std::ptrdiff_t> (rows);
+    return basics (claims.row_key) + basics (claims.column_key) == std::ssize (point.xc) &&
+           in_place (claims.row_key, problem.constraint, point.xc) &&
+           in_place (claims.column_key, problem.variable, point.xx);
 }
 
 Solution Optimization::unknown_solution () const
@@ -107,9 +139,9 @@ Solution Optimization::unknown_solution () const
     solution.xc.assign (m, 0);
     solution.xx.assign (n, 0);
     if (!integers_) {
-        for (std::vector<double>* values : { &solution.y, &solution.slc, &solution.suc })
+        for (std::vector<double>* values : {&solution.y, &solution.slc, &solution.suc})
             values->assign (m, 0);
-        for (std::vector<double>* values : { &solution.slx, &solution.sux })
+        for (std::vector<double>* values : {&solution.slx, &solution.sux})
             values->assign (n, 0);
     }
     return solution;
@@ -127,7 +159,7 @@ Solution Optimization::point (Claims&& claims, bool& has_primal, bool& has_dual)
         measure_primal (*problem_, std::move (claims.x), solution);
     if (has_dual && !integers_)
         measure_dual (*problem_, std::move (claims.y), std::move (claims.reduced_cost), solution);
-    if (is_basis (claims, m, n)) {
+    if (has_primal && is_basis (*problem_, claims, solution, tolerances_.primal)) {
         solution.skc = std::move (claims.row_key);
         solution.skx = std::move (claims.column_key);
     }
@@ -136,15 +168,14 @@ Solution Optimization::point (Claims&& claims, bool& has_primal, bool& has_dual)
 
 Answer Optimization::check_continuous (Claims&& claims)
 {
-    Answer answer { claims.outcome, false, std::nullopt, std::move (claims.message) };
+    Answer answer{claims.outcome, false, std::nullopt, std::move (claims.message)};
     bool has_primal = false, has_dual = false;
-    const bool had_basis = !claims.column_key.empty () || !claims.row_key.empty ();
     Solution solution = point (std::move (claims), has_primal, has_dual);
     if (!has_primal && !has_dual)
         return answer;
     judge (tolerances_, has_primal, has_dual, solution);
-    answer.proved = answer.outcome == Outcome::optimal && solution.solution_status == KLV_SOLSTA_OPTIMAL;
-    if (answer.proved && !had_basis)
+    answer.proved = solution.solution_status == KLV_SOLSTA_OPTIMAL;
+    if (answer.proved && std::ranges::count (solution.skx, KLV_SK_UNKNOWN) == std::ssize (solution.skx))
         derive_keys (*problem_, tolerances_.primal, solution);
     answer.solution = std::move (solution);
     return answer;
@@ -152,7 +183,7 @@ Answer Optimization::check_continuous (Claims&& claims)
 
 Answer Optimization::check_integer (Claims&& claims)
 {
-    Answer answer { claims.outcome, false, std::nullopt, std::move (claims.message) };
+    Answer answer{claims.outcome, false, std::nullopt, std::move (claims.message)};
     bool has_primal = false, has_dual = false;
     const bool has_bound = claims.has_best_bound && std::isfinite (claims.best_bound);
     const double bound = claims.best_bound;
@@ -174,9 +205,9 @@ Answer Optimization::check_integer (Claims&& claims)
 
     const double distance = has_bound ? std::abs (solution.primal_objective - bound) : infinity;
     const double slack = 1e-9 * (1 + std::abs (solution.primal_objective));
-    const double allowed = std::max (settings_->get (RealSetting::integer_absolute_gap),
-                                     settings_->get (RealSetting::integer_relative_gap) *
-                                         std::abs (solution.primal_objective));
+    const double allowed =
+        std::max (settings_->get (RealSetting::integer_absolute_gap),
+                  settings_->get (RealSetting::integer_relative_gap) * std::abs (solution.primal_objective));
     const bool closed = answer.outcome == Outcome::optimal && distance <= allowed + slack;
     judge_integer (tolerances_, closed, solution);
     derive_keys (*problem_, tolerances_.primal, solution);
@@ -188,7 +219,8 @@ Answer Optimization::check_integer (Claims&& claims)
     if (has_bound) {
         information.set (RealItem::mip_bound, bound);
         information.set (RealItem::mip_absolute_gap, distance);
-        information.set (RealItem::mip_relative_gap, distance / std::max (1e-10, std::abs (solution.primal_objective)));
+        information.set (RealItem::mip_relative_gap,
+                         distance / std::max (1e-10, std::abs (solution.primal_objective)));
     }
     answer.solution = std::move (solution);
     return answer;
@@ -196,7 +228,7 @@ Answer Optimization::check_integer (Claims&& claims)
 
 Answer Optimization::check_infeasible (const Claims& claims)
 {
-    Answer answer { Outcome::infeasible, false, certify_infeasible (*problem_, claims.dual_ray), {} };
+    Answer answer{Outcome::infeasible, false, certify_infeasible (*problem_, claims.dual_ray), {}};
     answer.proved = answer.solution.has_value ();
     if (!integers_)
         return answer;
@@ -211,32 +243,25 @@ Answer Optimization::check_infeasible (const Claims& claims)
 
 Answer Optimization::check_unbounded (const Claims& claims)
 {
-    Answer answer { Outcome::unbounded, false, certify_unbounded (*problem_, claims.primal_ray), {} };
+    Answer answer{Outcome::unbounded, false, certify_unbounded (*problem_, claims.primal_ray), {}};
     answer.proved = answer.solution.has_value ();
     return answer;
 }
 
 Answer Optimization::check (Claims&& claims)
 {
-    const double began = runner_.seconds ();
-    Answer answer;
+    runner_.enter (KLV_CALLER_CHECK);
     switch (claims.outcome) {
-    case Outcome::infeasible: answer = check_infeasible (claims); break;
-    case Outcome::unbounded: answer = check_unbounded (claims); break;
-    default: answer = integers_ ? check_integer (std::move (claims)) : check_continuous (std::move (claims));
+    case Outcome::infeasible:
+        return check_infeasible (claims);
+    case Outcome::unbounded:
+        return check_unbounded (claims);
+    default:
+        return integers_ ? check_integer (std::move (claims)) : check_continuous (std::move (claims));
     }
-    Information& information = task_.information;
-    information.set (RealItem::time_check, information.get (RealItem::time_check) + runner_.seconds () - began);
-    return answer;
 }
 
 // ---- Runs ------------------------------------------------------------------------------------------------------------------
-
-double Optimization::seconds_left () const
-{
-    const double limit = settings_->get (RealSetting::time_limit);
-    return limit < 0 || limit == infinity ? -1 : std::max (limit - runner_.seconds (), 0.0);
-}
 
 // Only the integer search has use for more than one thread. Abandoned workers count as used.
 int Optimization::threads (Method method) const
@@ -250,23 +275,23 @@ int Optimization::threads (Method method) const
     return std::max ((processors + 1) / 2 - abandoned_workers (), 1);
 }
 
-void Optimization::count (Method method, bool finish, const Claims& claims, double seconds)
+void Optimization::add (IntItem item)
+{
+    task_.information.set (item, task_.information.get (item) + 1);
+}
+
+void Optimization::count (const Job& job, const Claims& claims)
 {
     Information& information = task_.information;
-    const auto add = [&] (auto item, auto value) { information.set (item, information.get (item) + value); };
-    switch (method) {
-    case Method::interior_point:
-        add (RealItem::time_interior_point, seconds);
+    information.set (IntItem::threads_used, job.threads);
+    information.set (job.start ? IntItem::finish_iterations : IntItem::simplex_iterations,
+                     claims.simplex_iterations);
+    if (job.method == Method::interior_point)
         information.set (IntItem::interior_iterations, claims.interior_iterations);
-        break;
-    case Method::mixed_integer:
-        add (RealItem::time_mixed_integer, seconds);
+    if (job.method == Method::mixed_integer) {
         information.set (IntItem::nodes, claims.nodes);
         information.set (IntItem::improving_solutions, claims.solutions);
-        break;
-    default: add (RealItem::time_simplex, seconds);
     }
-    information.set (finish ? IntItem::finish_iterations : IntItem::simplex_iterations, claims.simplex_iterations);
 }
 
 Answer Optimization::run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start)
@@ -276,14 +301,16 @@ Answer Optimization::run_once (Method method, bool reformulate, std::shared_ptr<
     job.settings = settings_;
     job.method = method;
     job.reformulate = reformulate;
-    job.seconds = seconds_left ();
     job.threads = threads (method);
     job.start = std::move (start);
-    task_.information.set (IntItem::threads_used, job.threads);
-    const double began = runner_.seconds ();
-    RunResult result = runner_.run (engine_, job);
-    count (method, job.start != nullptr, result.claims, runner_.seconds () - began);
-    return check (std::move (result.claims));
+    Claims claims = runner_.run (engine_, job);
+    count (job, claims);
+    if (claims.outcome == Outcome::stopped && !answered ())
+        claims.outcome = Outcome::unknown;    // nobody asked it to
+    Answer answer = check (std::move (claims));
+    if (answer.outcome == Outcome::optimal && !answer.proved)
+        add (IntItem::engine_optimal_claims_rejected);
+    return answer;
 }
 
 static bool ended_early (Outcome outcome)
@@ -294,49 +321,49 @@ static bool ended_early (Outcome outcome)
 // A run, and one more without presolve and scaling when its answer does not hold.
 Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> start)
 {
+    const auto settled = [&] (const Answer& answer) {
+        return answer.proved || ended_early (answer.outcome) || answer.outcome == Outcome::out_of_memory ||
+               answered ();
+    };
     Answer answer = run_once (method, true, start);
-    if (answer.outcome == Outcome::stopped && !answered ())
-        answer.outcome = Outcome::unknown;      // nobody asked it to
-    if (answer.proved || ended_early (answer.outcome) || answered ())
+    if (settled (answer))
         return answer;
-    Information& information = task_.information;
-    if (answer.outcome == Outcome::optimal)
-        information.set (IntItem::engine_optimal_claims_rejected,
-                         information.get (IntItem::engine_optimal_claims_rejected) + 1);
-    task_.warn (answer.outcome == Outcome::failed
-                    ? text ("The optimiser failed (", answer.message, "); trying again without presolve and scaling.")
-                    : text ("An answer did not pass the check; trying again without presolve and scaling."));
-    information.set (IntItem::presolve_rerun, information.get (IntItem::presolve_rerun) + 1);
+    task_.warn (
+        answer.outcome == Outcome::failed
+            ? text ("The optimiser failed (", answer.message, "); trying again without presolve and scaling.")
+            : text ("An answer did not pass the check; trying again without presolve and scaling."));
+    add (IntItem::presolve_rerun);
     Answer second = run_once (method, false, std::move (start));
-    if (second.outcome == Outcome::stopped && !answered ())
-        second.outcome = Outcome::unknown;
-    if (!second.proved && !ended_early (second.outcome)) {
-        if (second.outcome == Outcome::optimal)
-            information.set (IntItem::engine_optimal_claims_rejected,
-                             information.get (IntItem::engine_optimal_claims_rejected) + 1);
+    if (!settled (second))
         task_.warn ("The answer does not pass the check; it is reported as what it is.");
-    }
-    return second;
+    return second.solution || !answer.solution ? second : answer;
 }
 
 // ---- Slots and codes ---------------------------------------------------------------------------------------------------------
 
 KLVrescode_t Optimization::code_of (const Answer& answer)
 {
+    if (answer.proved)
+        return KLV_RES_OK;
     switch (answer.outcome) {
-    case Outcome::optimal:
-    case Outcome::infeasible:
-    case Outcome::unbounded: return answer.proved || answer.outcome == Outcome::optimal ? KLV_RES_OK : KLV_RES_NUMERICAL_TROUBLE;
-    case Outcome::time_limit: return KLV_RES_TIME_LIMIT;
-    case Outcome::iteration_limit: return KLV_RES_ITERATION_LIMIT;
-    case Outcome::node_limit: return KLV_RES_NODE_LIMIT;
-    case Outcome::solution_limit: return KLV_RES_SOLUTION_LIMIT;
-    case Outcome::objective_limit: return KLV_RES_OBJECTIVE_LIMIT;
-    case Outcome::stopped: return stop_code (runner_.answer ());
+    case Outcome::time_limit:
+        return KLV_RES_TIME_LIMIT;
+    case Outcome::iteration_limit:
+        return KLV_RES_ITERATION_LIMIT;
+    case Outcome::node_limit:
+        return KLV_RES_NODE_LIMIT;
+    case Outcome::solution_limit:
+        return KLV_RES_SOLUTION_LIMIT;
+    case Outcome::objective_limit:
+        return KLV_RES_OBJECTIVE_LIMIT;
+    case Outcome::stopped:
+        return stop_code (runner_.answer ());
     case Outcome::failed:
         return task_.fail (KLV_RES_ENGINE_FAILED, text ("The optimiser failed: ", answer.message, "."));
-    case Outcome::unknown:
-    case Outcome::infeasible_or_unbounded: break;
+    case Outcome::out_of_memory:
+        return task_.fail (KLV_RES_OUT_OF_MEMORY, "There is not enough memory for the optimiser.");
+    default:
+        break;
     }
     return KLV_RES_NUMERICAL_TROUBLE;
 }
@@ -345,13 +372,14 @@ KLVrescode_t Optimization::code_of (const Answer& answer)
 KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source)
 {
     const KLVrescode_t code = code_of (answer);
-    if (!answer.solution && (ended_early (answer.outcome) || answer.outcome == Outcome::failed))
-        return code;            // no point was copied out
+    if (!answer.solution && (ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory))
+        return code;    // no point was copied out
     const Solution solution = answer.solution ? std::move (*answer.solution) : unknown_solution ();
     Information& information = task_.information;
     const Violations& found = solution.violations;
     information.set (RealItem::primal_objective, solution.primal_objective);
-    information.set (RealItem::dual_objective, solution.dual_objective);
+    information.set (RealItem::dual_objective,
+                     integers_ ? information.get (RealItem::mip_bound) : solution.dual_objective);
     information.set (RealItem::primal_violation, found.primal);
     information.set (RealItem::primal_violation_absolute, found.primal_absolute);
     information.set (RealItem::dual_violation, found.dual);
@@ -376,10 +404,13 @@ Method Optimization::first_method () const
     if (integers_)
         return Method::mixed_integer;
     switch (settings_->get (IntSetting::optimizer)) {
-    case KLV_OPTIMIZER_PRIMAL_SIMPLEX: return Method::primal_simplex;
+    case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
+        return Method::primal_simplex;
     case KLV_OPTIMIZER_INTERIOR_POINT:
-    case KLV_OPTIMIZER_CONIC: return Method::interior_point;
-    default: return Method::dual_simplex;
+    case KLV_OPTIMIZER_CONIC:
+        return Method::interior_point;
+    default:
+        return Method::dual_simplex;
     }
 }
 
@@ -388,24 +419,31 @@ Method Optimization::first_method () const
 std::vector<KLVsoltype> Optimization::slots () const
 {
     if (integers_)
-        return { KLV_SOL_INT };
+        return {KLV_SOL_INT};
     const bool basis = settings_->get (IntSetting::interior_point_basis) != 0;
     switch (settings_->get (IntSetting::optimizer)) {
     case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
-    case KLV_OPTIMIZER_DUAL_SIMPLEX: return { KLV_SOL_BAS };
+    case KLV_OPTIMIZER_DUAL_SIMPLEX:
+        return {KLV_SOL_BAS};
     case KLV_OPTIMIZER_INTERIOR_POINT:
-    case KLV_OPTIMIZER_CONIC: return basis ? std::vector { KLV_SOL_ITR, KLV_SOL_BAS } : std::vector { KLV_SOL_ITR };
-    default: return basis ? std::vector { KLV_SOL_ITR, KLV_SOL_BAS } : std::vector { KLV_SOL_BAS };
+    case KLV_OPTIMIZER_CONIC:
+        return basis ? std::vector{KLV_SOL_ITR, KLV_SOL_BAS} : std::vector{KLV_SOL_ITR};
+    default:
+        return basis ? std::vector{KLV_SOL_ITR, KLV_SOL_BAS} : std::vector{KLV_SOL_BAS};
     }
 }
 
 static int optimizer_of (Method method)
 {
     switch (method) {
-    case Method::primal_simplex: return KLV_OPTIMIZER_PRIMAL_SIMPLEX;
-    case Method::dual_simplex: return KLV_OPTIMIZER_DUAL_SIMPLEX;
-    case Method::interior_point: return KLV_OPTIMIZER_INTERIOR_POINT;
-    case Method::mixed_integer: return KLV_OPTIMIZER_MIXED_INTEGER;
+    case Method::primal_simplex:
+        return KLV_OPTIMIZER_PRIMAL_SIMPLEX;
+    case Method::dual_simplex:
+        return KLV_OPTIMIZER_DUAL_SIMPLEX;
+    case Method::interior_point:
+        return KLV_OPTIMIZER_INTERIOR_POINT;
+    case Method::mixed_integer:
+        return KLV_OPTIMIZER_MIXED_INTEGER;
     }
     return KLV_OPTIMIZER_AUTOMATIC;
 }
@@ -426,16 +464,19 @@ KLVrescode_t Optimization::find_engine (Method method)
 
 KLVrescode_t Optimization::lower_problem ()
 {
-    Lowering lowering = lower (problem_, integers_);
+    Lowering lowering = lower (problem_);
     if (!lowering.refused.empty ())
-        return task_.fail (KLV_RES_ENGINE_FAILED, text ("No optimiser can take this problem: ", lowering.refused, "."));
+        return task_.fail (KLV_RES_TOO_LARGE,
+                           text ("No optimiser can take this problem: ", lowering.refused, "."));
     task_.information.set (IntItem::lowered_infinite_bounds, lowering.infinite_bounds);
     if (lowering.infinite_bounds > 0)
-        task_.warn (text (lowering.infinite_bounds, " finite bounds are so large that the optimiser takes them as infinite; "
-                                                    "the answer is checked on them as they are."));
+        task_.warn (text (lowering.infinite_bounds,
+                          " finite bounds are so large that the optimiser takes them as infinite; "
+                          "the answer is checked on them as they are."));
     if (lowering.dropped_entries > 0)
-        task_.warn (text (lowering.dropped_entries, " entries of the constraint matrix are so small that the optimiser "
-                                                    "leaves them out; the answer is checked with them."));
+        task_.warn (text (lowering.dropped_entries,
+                          " entries of the constraint matrix are so small that the optimiser "
+                          "leaves them out; the answer is checked with them."));
     lowered_ = std::move (lowering.problem);
     return KLV_RES_OK;
 }
@@ -448,21 +489,41 @@ KLVrescode_t Optimization::solve_with_engine ()
     if (const KLVrescode_t code = lower_problem ())
         return code;
 
-    Answer answer = attempt (method, nullptr);
-    const bool finish = method == Method::interior_point && slots ().size () > 1;
-    if (!finish || answer.outcome == Outcome::infeasible || answer.outcome == Outcome::unbounded)
-        return store (std::move (answer), slots (), optimizer_of (method));
-    if (answer.outcome != Outcome::optimal || !answer.solution || answered ())
-        return store (std::move (answer), { KLV_SOL_ITR }, KLV_OPTIMIZER_INTERIOR_POINT);
+    if (method == Method::interior_point)
+        return solve_by_interior_point ();
+    return store (attempt (method, nullptr), slots (), optimizer_of (method));
+}
 
-    auto start = std::make_shared<StartPoint> ();
-    start->x = answer.solution->xx;
-    start->activity = answer.solution->xc;
-    start->y = answer.solution->y;
-    start->reduced_cost = reduced_costs (*problem_, start->y);
-    if (const KLVrescode_t code = store (std::move (answer), { KLV_SOL_ITR }, KLV_OPTIMIZER_INTERIOR_POINT))
-        return code;
-    return store (attempt (Method::dual_simplex, std::move (start)), { KLV_SOL_BAS }, KLV_OPTIMIZER_INTERIOR_POINT);
+// The interior solution, and the basic one that a simplex finish makes of it. What is certified holds for both slots.
+KLVrescode_t Optimization::solve_by_interior_point ()
+{
+    const auto certified = [] (const Answer& answer) {
+        return answer.proved && answer.solution->solution_status != KLV_SOLSTA_OPTIMAL;
+    };
+    Answer interior = attempt (Method::interior_point, nullptr);
+    const bool goes_on = slots ().size () > 1 && !answered () && !ended_early (interior.outcome) &&
+                         interior.outcome != Outcome::out_of_memory;
+    if (certified (interior))
+        return store (std::move (interior), slots (), KLV_OPTIMIZER_INTERIOR_POINT);
+    if (!goes_on)
+        return store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);
+
+    std::shared_ptr<StartPoint> start;
+    if (const std::optional<Solution>& point = interior.solution) {
+        start = std::make_shared<StartPoint> ();
+        start->x = point->xx;
+        start->activity = point->xc;
+        start->y = point->y;
+        start->reduced_cost = reduced_costs (*problem_, start->y);
+    }
+    Answer basic = attempt (Method::dual_simplex, std::move (start));
+    if (certified (basic))
+        return store (std::move (basic), slots (), KLV_OPTIMIZER_DUAL_SIMPLEX);
+    const bool proved = interior.proved;
+    if (interior.solution)
+        store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);
+    const KLVrescode_t code = store (std::move (basic), {KLV_SOL_BAS}, KLV_OPTIMIZER_INTERIOR_POINT);
+    return proved && code >= KLV_FIRST_TERMINATION ? KLV_RES_OK : code;
 }
 
 KLVrescode_t Optimization::solve ()
@@ -476,7 +537,7 @@ KLVrescode_t Optimization::solve ()
                                                   : describe_constraint (*problem_, crossed.item);
         task_.warn (text ("The lower bound ", bounds.lower[item], " of ", name, " is above its upper bound ",
                           bounds.upper[item], ": the problem is infeasible."));
-        Answer answer { Outcome::infeasible, true, certify_crossed (*problem_, crossed), {} };
+        Answer answer{Outcome::infeasible, true, certify_crossed (*problem_, crossed), {}};
         if (integers_) {
             answer.solution = unknown_solution ();
             answer.solution->problem_status = KLV_PRO_PRIMAL_INFEASIBLE;
@@ -507,7 +568,8 @@ void Optimization::forget_last_run ()
 KLVrescode_t Optimization::run ()
 {
     forget_last_run ();
-    task_.edit_problem ().matrix.pack ();
+    if (!task_.problem ().matrix.packed ())
+        task_.edit_problem ().matrix.pack ();
     problem_ = task_.share_problem ();
     integers_ = problem_->integers > 0 && settings_->get (IntSetting::relax_integers) == 0;
     Information& information = task_.information;
@@ -517,7 +579,7 @@ KLVrescode_t Optimization::run ()
     information.set (IntItem::matrix_entries, problem_->matrix.entries ());
 
     log_.header ();
-    runner_.ask (KLV_CALLER_BEGIN_OPTIMIZE);
+    runner_.enter (KLV_CALLER_BEGIN_OPTIMIZE);
     if (answered ())
         return stop_code (runner_.answer ());
     KLVrescode_t code = KLV_RES_OK;
@@ -528,10 +590,10 @@ KLVrescode_t Optimization::run ()
     }
     information.set (RealItem::time_optimize, runner_.seconds ());
     information.set (IntItem::abandoned_workers, abandoned_workers ());
-    // The answer of the last progress point ends nothing any more, but it is what the caller asked for.
-    const std::int32_t before = runner_.answer ();
-    runner_.ask (KLV_CALLER_END_OPTIMIZE);
-    return code == KLV_RES_OK && before == 0 && answered () ? stop_code (runner_.answer ()) : code;
+    // An answer at the last progress point ends nothing any more, but it is what the caller asked for.
+    runner_.enter (KLV_CALLER_END_OPTIMIZE);
+    const bool failed = code != KLV_RES_OK && code < KLV_FIRST_TERMINATION;
+    return answered () && !failed ? stop_code (runner_.answer ()) : code;
 }
 
 KLVrescode_t optimize (Task& task)

@@ -2,48 +2,45 @@
 #pragma once
 
 #include "kalvo/engines/engine.h"
+#include "kalvo/engines/worker.h"
 #include "kalvo/report/log.h"
 #include "kalvo/task/task.h"
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace klv {
 
-// What came of a run. When its worker had to be abandoned, what was copied out is all there is: an incumbent, or nothing.
-struct RunResult {
-    Claims claims;
-    bool abandoned = false;
-};
-
 class Runner {
 public:
-    Runner (Task& task, Log& log) : task_ (task), log_ (log) {}
+    Runner (Task& task, Log& log);
 
-    // Outcome::stopped and Outcome::time_limit also when the engine did not stop by itself.
-    RunResult run (const std::shared_ptr<Engine>& engine, const Job& job);
+    // A run that must end and does not is abandoned: what was copied out of it is claimed, an incumbent or nothing. Outcome::stopped
+    // and Outcome::time_limit also then.
+    Claims run (const std::shared_ptr<Engine>& engine, Job job);
 
-    // Asks the callback at a progress point; its first answer other than 0 stays.
-    void ask (std::uint32_t caller);
-    std::int32_t answer () const { return answer_; }
-    double seconds () const;                            // since the begin of the optimisation
+    // Begins a phase: asks the callback, and counts the time from `since` as this phase's.
+    void enter (std::uint32_t phase, Clock::time_point since = Clock::now ());
+
+    std::int32_t answer () const { return answer_; }    // the callback's first other than 0
+    double seconds () const { return seconds_between (began_, Clock::now ()); }    // since the begin
+    double seconds_left () const;                                                  // of the time limit
 
 private:
-    using Clock = std::chrono::steady_clock;
-
-    void show (const EventChannel::News& news);
+    void ask (std::uint32_t caller);
+    void take (const EventChannel::News& news);
     void note (const Progress& now);
-    void ask_in_time (std::uint32_t caller);
-    void wait_for_room ();
+    bool wait_for_room ();
+    Claims stop (Worker& worker, bool integers);
 
     Task& task_;
     Log& log_;
     Clock::time_point began_ = Clock::now ();
-    Clock::time_point asked_ = began_;
-    std::uint32_t asked_phase_ = 0;
+    double time_limit_;
+    std::uint32_t phase_ = KLV_CALLER_BEGIN_OPTIMIZE;
+    Clock::time_point phase_since_ = began_;
     std::int32_t answer_ = 0;
+    bool out_of_time_ = false;
 };
 
 }

@@ -56,9 +56,9 @@ Claims solve_separable (const Problem& problem, bool integers)
             continue;
         }
         claims.column_key[j] = problem.variable.lower[j] == problem.variable.upper[j] ? KLV_SK_FIXED
-                               : x == problem.variable.lower[j]                      ? KLV_SK_LOWER
-                               : x == problem.variable.upper[j]                      ? KLV_SK_UPPER
-                                                                                     : KLV_SK_SUPERBASIC;
+                               : x == problem.variable.lower[j]                       ? KLV_SK_LOWER
+                               : x == problem.variable.upper[j]                       ? KLV_SK_UPPER
+                                                                                      : KLV_SK_SUPERBASIC;
     }
     if (unbounded < n)
         return unbounded_variable (problem, unbounded, sign * problem.cost[unbounded] > 0 ? -1 : 1);

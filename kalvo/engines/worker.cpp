@@ -1,7 +1,6 @@
 #include "kalvo/engines/worker.h"
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -9,52 +8,47 @@
 #include <mutex>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include <pthread.h>
 #include <unistd.h>
 
 namespace klv {
 
-// Abandoned runs. Never destroyed: threads and the end of the process look at it when statics are gone.
-struct Abandoned {
-    struct Run {
-        std::shared_ptr<Worker::Shared> shared;
-        std::thread thread;
-    };
+constexpr std::chrono::seconds patience_at_process_end{10};
 
+// All workers whose threads were not joined. Never destroyed: threads and the end of the process look at it when statics
+// are gone.
+struct Workers {
     std::mutex mutex;
     std::condition_variable ended;
-    std::vector<Run> runs;
+    std::list<std::shared_ptr<Worker::Shared>> list;
+    pid_t process = getpid ();
 
-    bool all_ended () const
-    {
-        return std::ranges::all_of (runs, [] (const Run& run) { return run.shared->ended; });
-    }
-    // Joins those that have ended: what they still do takes no time.
+    // Joins those that have ended and that nobody else will join: what they still do takes no time.
     void reap ()
     {
-        std::erase_if (runs, [] (Run& run) {
-            if (run.shared->ended)
-                run.thread.join ();
-            return run.shared->ended;
+        std::erase_if (list, [] (const std::shared_ptr<Worker::Shared>& worker) {
+            const bool done = worker->abandoned && worker->ended;
+            if (done)
+                worker->thread.join ();
+            return done;
         });
     }
 };
 
-static Abandoned& abandoned ()
+static Workers& workers ()
 {
-    static Abandoned& list = *new Abandoned;
-    return list;
+    static Workers& all = *new Workers;
+    return all;
 }
 
-static Claims failed (const char* why) noexcept
+static Claims failed (Outcome outcome, const char* why) noexcept
 {
     Claims claims;
-    claims.outcome = Outcome::failed;
+    claims.outcome = outcome;
     try {
         claims.message = why;
-    } catch (...) {             // failed without words
+    } catch (...) {    // failed without words
     }
     return claims;
 }
@@ -64,23 +58,23 @@ static Claims run (Worker::Shared& shared) noexcept
     try {
         return shared.engine->run (shared.job, shared.stop, shared.channel);
     } catch (const std::bad_alloc&) {
-        return failed ("out of memory");
+        return failed (Outcome::out_of_memory, "");
     } catch (const std::exception& exception) {
-        return failed (exception.what ());
+        return failed (Outcome::failed, exception.what ());
     } catch (...) {
-        return failed ("an unknown exception");
+        return failed (Outcome::failed, "an unknown exception");
     }
 }
 
-static void work (std::shared_ptr<Worker::Shared> shared) noexcept
+static void work (const std::shared_ptr<Worker::Shared>& shared) noexcept
 {
     Claims claims = run (*shared);
-    shared->job = {};           // problem and settings may be large: gone before anyone goes on
+    shared->job = {};    // problem and settings may be large: gone before anyone goes on
     shared->channel.finish (std::move (claims));
-    Abandoned& list = abandoned ();
-    const std::lock_guard lock (list.mutex);
+    Workers& all = workers ();
+    const std::lock_guard lock (all.mutex);
     shared->ended = true;
-    list.ended.notify_all ();
+    all.ended.notify_all ();
 }
 
 // Signals meet the host's thread, never a worker.
@@ -104,48 +98,62 @@ Worker::Worker (std::shared_ptr<Engine> engine, Job job) : shared_ (std::make_sh
 {
     shared_->engine = std::move (engine);
     shared_->job = std::move (job);
+    std::list<std::shared_ptr<Shared>> one{shared_};
+    place_ = one.begin ();
+    Workers& all = workers ();
+    const std::lock_guard lock (all.mutex);
     {
-        // Room for this worker, so that abandoning it can't fail.
-        Abandoned& list = abandoned ();
-        const std::lock_guard lock (list.mutex);
-        list.runs.reserve (list.runs.size () + 1);
+        const BlockedSignals blocked;
+        shared_->thread = std::thread ([shared = shared_] { work (shared); });
     }
-    const BlockedSignals blocked;
-    thread_ = std::thread (work, shared_);
+    all.list.splice (all.list.end (), one);
 }
 
 void Worker::join ()
 {
-    if (thread_.joinable ())
-        thread_.join ();
+    std::list<std::shared_ptr<Shared>> one;
+    {
+        Workers& all = workers ();
+        const std::lock_guard lock (all.mutex);
+        one.splice (one.end (), all.list, place_);
+    }
+    shared_->thread.join ();
+    joined_ = true;
 }
 
 Worker::~Worker ()
 {
-    if (!thread_.joinable ())
+    if (joined_)
         return;
     stop ();
-    Abandoned& list = abandoned ();
-    const std::lock_guard lock (list.mutex);
-    list.runs.push_back ({ shared_, std::move (thread_) });
+    const std::lock_guard lock (workers ().mutex);
+    shared_->abandoned = true;
 }
 
 int abandoned_workers ()
 {
-    Abandoned& list = abandoned ();
-    const std::lock_guard lock (list.mutex);
-    list.reap ();
-    return static_cast<int> (list.runs.size ());
+    Workers& all = workers ();
+    const std::lock_guard lock (all.mutex);
+    if (all.process != getpid ())
+        return 0;    // a forked child has none of these threads
+    all.reap ();
+    return static_cast<int> (std::ranges::count_if (all.list, &Worker::Shared::abandoned));
 }
 
+// Also when a callback ends the process in the middle of a run.
 static void end_process (int status, void*)
 {
-    Abandoned& list = abandoned ();
-    std::unique_lock lock (list.mutex);
-    for (const Abandoned::Run& run : list.runs)
-        run.shared->stop = true;
-    if (list.ended.wait_for (lock, std::chrono::seconds (10), [&] { return list.all_ended (); })) {
-        list.reap ();
+    Workers& all = workers ();
+    if (all.process != getpid ())
+        return;
+    std::unique_lock lock (all.mutex);
+    for (const std::shared_ptr<Worker::Shared>& worker : all.list) {
+        worker->stop = true;
+        worker->abandoned = true;
+    }
+    const auto all_ended = [&] { return std::ranges::all_of (all.list, &Worker::Shared::ended); };
+    if (all.ended.wait_for (lock, patience_at_process_end, all_ended)) {
+        all.reap ();
         return;
     }
     std::fflush (nullptr);

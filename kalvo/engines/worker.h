@@ -1,13 +1,14 @@
 // Threads that engines run on.
 //
 // Each run has a fresh thread with all signals blocked. A worker that does not stop when it is asked to is abandoned: it
-// ends by itself, on data that it owns together with nobody who waits. At process end abandoned workers are asked to
-// stop and waited for; when one still runs then, the process ends without the destructors that would pull the ground
-// away from under it.
+// ends by itself, on data that it owns together with nobody who waits. At process end all workers are asked to stop and
+// waited for; when one still runs then, the process ends without the destructors that would pull the ground away from
+// under it.
 #pragma once
 
 #include "kalvo/engines/engine.h"
 
+#include <list>
 #include <memory>
 #include <thread>
 
@@ -19,23 +20,26 @@ public:
     Worker (std::shared_ptr<Engine> engine, Job job);
     Worker (const Worker&) = delete;
     Worker& operator= (const Worker&) = delete;
-    ~Worker ();                                         // abandons a run that was not joined
+    ~Worker ();    // abandons a run that was not joined
 
     EventChannel& channel () { return shared_->channel; }
     void stop () { shared_->stop = true; }
-    void join ();                                       // of a run that has finished
+    void join ();    // of a run that has finished
 
     struct Shared {
         std::shared_ptr<Engine> engine;
         Job job;
         StopFlag stop = false;
         EventChannel channel;
-        bool ended = false;                             // guarded by the list of abandoned workers
+        std::thread thread;    // these are guarded by the list of workers
+        bool abandoned = false;
+        bool ended = false;
     };
 
 private:
     std::shared_ptr<Shared> shared_;
-    std::thread thread_;
+    std::list<std::shared_ptr<Shared>>::iterator place_;
+    bool joined_ = false;
 };
 
 // Workers that were abandoned and still run.

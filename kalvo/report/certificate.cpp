@@ -29,9 +29,9 @@ static Solution zero_solution (const Problem& problem)
     zero.skx.assign (n, KLV_SK_UNKNOWN);
     zero.xc.assign (m, 0);
     zero.xx.assign (n, 0);
-    for (std::vector<double>* values : { &zero.y, &zero.slc, &zero.suc })
+    for (std::vector<double>* values : {&zero.y, &zero.slc, &zero.suc})
         values->assign (m, 0);
-    for (std::vector<double>* values : { &zero.slx, &zero.sux })
+    for (std::vector<double>* values : {&zero.slx, &zero.sux})
         values->assign (n, 0);
     return zero;
 }
@@ -126,7 +126,7 @@ std::optional<Solution> certify_infeasible (const Problem& problem, std::span<co
 {
     if (y.size () != static_cast<std::size_t> (problem.constraints ()))
         return std::nullopt;
-    if (std::optional<Solution> found = certify (problem, { y.begin (), y.end () }))
+    if (std::optional<Solution> found = certify (problem, {y.begin (), y.end ()}))
         return found;
     // A ray is one up to its sign, and engines do not agree on it.
     std::vector<double> reversed (y.begin (), y.end ());
@@ -192,7 +192,8 @@ static std::optional<Solution> certify_direction (const Problem& problem, std::v
         terms += std::abs (problem.cost[j] * d[j]);
     }
     const double wanted = problem.sense == KLV_SENSE_MAXIMIZE ? 1 : -1;
-    if (!(violation <= ray_tolerance) || !(wanted * value > value_tolerance * terms) || !std::isfinite (1 / value))
+    if (!(violation <= ray_tolerance) || !(wanted * value > value_tolerance * terms) ||
+        !std::isfinite (1 / value))
         return std::nullopt;
 
     Solution certificate = zero_solution (problem);
@@ -212,7 +213,7 @@ std::optional<Solution> certify_unbounded (const Problem& problem, std::span<con
 {
     if (direction.size () != static_cast<std::size_t> (problem.variables ()))
         return std::nullopt;
-    if (std::optional<Solution> found = certify_direction (problem, { direction.begin (), direction.end () }))
+    if (std::optional<Solution> found = certify_direction (problem, {direction.begin (), direction.end ()}))
         return found;
     std::vector<double> reversed (direction.begin (), direction.end ());
     for (double& entry : reversed)

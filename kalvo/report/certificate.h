@@ -23,7 +23,7 @@ std::optional<Solution> certify_unbounded (const Problem& problem, std::span<con
 struct CrossedBounds {
     bool variable = false;
     std::int32_t item = -1;
-    std::int32_t count = 0;                             // of all crossed pairs
+    std::int32_t count = 0;    // of all crossed pairs
 };
 CrossedBounds find_crossed (const Problem& problem, double tolerance);
 Solution certify_crossed (const Problem& problem, const CrossedBounds& crossed);

@@ -83,10 +83,11 @@ static void measure_against (const Bounds& bounds, std::span<const double> value
         }
     };
     for (std::size_t i = 0; i < values.size (); ++i) {
-        if (bounds.lower[i] > -infinity)
-            note (bounds.lower[i] - values[i], bounds.lower[i]);
-        if (bounds.upper[i] < infinity)
-            note (values[i] - bounds.upper[i], bounds.upper[i]);
+        const Interval here = bounds.interval (i);
+        if (here.lower > -infinity)
+            note (here.lower - values[i], here.lower);
+        if (here.upper < infinity)
+            note (values[i] - here.upper, here.upper);
         if (!std::isfinite (values[i]))
             note (infinity, 0);
     }
@@ -135,8 +136,9 @@ static void measure_multipliers (const Bounds& bounds, std::span<const double> v
             complementarity = std::max (complementarity, std::abs (multiplier * (values[i] - bound)));
     };
     for (std::size_t i = 0; i < lower.size (); ++i) {
-        note (i, lower[i], bounds.lower[i], 1);
-        note (i, upper[i], bounds.upper[i], -1);
+        const Interval here = bounds.interval (i);
+        note (i, lower[i], here.lower, 1);
+        note (i, upper[i], here.upper, -1);
     }
 }
 
@@ -165,8 +167,8 @@ void measure_dual (const Problem& problem, std::vector<double> y, std::vector<do
     double complementarity = 0;
     measure_multipliers (problem.constraint, solution.xc, solution.slc, solution.suc, {}, dual_objective,
                          complementarity, violations);
-    measure_multipliers (problem.variable, solution.xx, solution.slx, solution.sux, problem.cost, dual_objective,
-                         complementarity, violations);
+    measure_multipliers (problem.variable, solution.xx, solution.slx, solution.sux, problem.cost,
+                         dual_objective, complementarity, violations);
     solution.dual_objective = dual_objective.value ();
 
     const double p = solution.primal_objective;
@@ -224,10 +226,11 @@ static std::vector<std::int32_t> keys_of (const Bounds& bounds, std::span<const 
 {
     std::vector<std::int32_t> keys (values.size ());
     for (std::size_t i = 0; i < values.size (); ++i) {
-        const double below = values[i] - bounds.lower[i];
-        const double above = bounds.upper[i] - values[i];
-        const double near_lower = bounds.lower[i] > -infinity ? tolerance * (1 + std::abs (bounds.lower[i])) : 0;
-        const double near_upper = bounds.upper[i] < infinity ? tolerance * (1 + std::abs (bounds.upper[i])) : 0;
+        const Interval here = bounds.interval (i);
+        const double below = values[i] - here.lower;
+        const double above = here.upper - values[i];
+        const double near_lower = here.lower > -infinity ? tolerance * (1 + std::abs (here.lower)) : 0;
+        const double near_upper = here.upper < infinity ? tolerance * (1 + std::abs (here.upper)) : 0;
         if (below < -near_lower || above < -near_upper)
             keys[i] = KLV_SK_INFEASIBLE;
         else if (bounds.lower[i] == bounds.upper[i])

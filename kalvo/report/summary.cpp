@@ -11,7 +11,7 @@ namespace klv {
 
 static const char* slot_name (std::size_t slot)
 {
-    static constexpr const char* names[] = { "interior", "basic", "integer" };
+    static constexpr const char* names[] = {"interior", "basic", "integer"};
     return names[slot];
 }
 
@@ -33,7 +33,8 @@ static std::string residuals (const Solution& solution, std::size_t slot)
     if (is_certificate (solution))
         return formatted ("  the certificate holds within %.1e", std::max (found.primal, found.dual));
     if (slot == KLV_SOL_INT)
-        return formatted ("  checked: primal violation %.1e, distance from whole numbers %.1e", found.primal, found.integer);
+        return formatted ("  checked: primal violation %.1e, distance from whole numbers %.1e", found.primal,
+                          found.integer);
     return formatted ("  checked: primal violation %.1e, dual violation %.1e, gap %.1e, complementarity %.1e",
                       found.primal, found.dual, found.gap, found.complementarity);
 }
@@ -41,7 +42,8 @@ static std::string residuals (const Solution& solution, std::size_t slot)
 static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const Solution& solution)
 {
     const auto say = [&] (std::string_view line) { task.streams.print_on (stream, line); };
-    say (text ("The ", slot_name (slot), " solution: ", status_text (Group::solution_status, solution.solution_status),
+    say (text ("The ", slot_name (slot),
+               " solution: ", status_text (Group::solution_status, solution.solution_status),
                "; the problem: ", status_text (Group::problem_status, solution.problem_status)));
     if (solution.problem_status == KLV_PRO_INFEASIBLE_BY_SEARCH)
         say ("  infeasible by search, not certified");
@@ -53,8 +55,8 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
     }
     if (slot == KLV_SOL_INT) {
         const Information& information = task.information;
-        say (formatted ("  objective %.10e, bound %.10e (the bound is the optimiser's word)", solution.primal_objective,
-                        information.get (RealItem::mip_bound)));
+        say (formatted ("  objective %.10e, bound %.10e (the bound is the optimiser's word)",
+                        solution.primal_objective, information.get (RealItem::mip_bound)));
     } else
         say (formatted ("  primal objective %.10e, dual objective %.10e", solution.primal_objective,
                         solution.dual_objective));
@@ -69,10 +71,11 @@ KLVrescode_t solution_summary (Task& task, std::int32_t stream)
     for (std::size_t slot = 0; slot < task.solutions.size (); ++slot)
         if (task.solutions[slot]) {
             // An interior slot that is a copy of the basic one is told of with it.
-            const bool copied = slot == KLV_SOL_ITR && task.solutions[KLV_SOL_BAS] &&
-                                task.information.get (IntItem::interior_source) ==
-                                    task.information.get (IntItem::basic_source) &&
-                                task.information.get (IntItem::interior_source) != KLV_OPTIMIZER_INTERIOR_POINT + 1;
+            const bool copied =
+                slot == KLV_SOL_ITR && task.solutions[KLV_SOL_BAS] &&
+                task.information.get (IntItem::interior_source) ==
+                    task.information.get (IntItem::basic_source) &&
+                task.information.get (IntItem::interior_source) != KLV_OPTIMIZER_INTERIOR_POINT + 1;
             if (!copied)
                 print_slot (task, stream, slot, *task.solutions[slot]);
             any = true;

@@ -4,6 +4,7 @@
 #include "kalvo/include/kalvo.h"
 #include "kalvo/task/matrix.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -14,6 +15,10 @@ namespace klv {
 
 constexpr double infinity = std::numeric_limits<double>::infinity ();
 
+struct Interval {
+    double lower, upper;
+};
+
 // Bounds of variables or constraints. An absent bound is infinite here, whatever value came with its key.
 struct Bounds {
     std::vector<std::uint8_t> key;
@@ -21,6 +26,12 @@ struct Bounds {
     std::vector<double> upper;
 
     std::int32_t count () const { return static_cast<std::int32_t> (key.size ()); }
+
+    // What an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is taken the other way round.
+    Interval interval (std::size_t item) const
+    {
+        return {std::min (lower[item], upper[item]), std::max (lower[item], upper[item])};
+    }
 };
 
 // Names of one kind of item; takes no room while none has a name.

@@ -3,9 +3,12 @@
 #include "kalvo/engines/worker.h"
 #include "kalvo/task/text.h"
 
+#include <filesystem>
 #include <mutex>
+#include <system_error>
 
 #include <dlfcn.h>
+#include <link.h>
 
 namespace klv::highs {
 
@@ -23,15 +26,17 @@ constexpr int load_flags = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
 
 static Api table;
 
-// The folder of the file that holds this code: the engine's files lie beside it.
+// The folder of the file that holds this code: the engine's files lie beside it. A program's own name says nothing of its
+// place.
 static std::string own_folder ()
 {
-    Dl_info info {};
-    if (dladdr (&table, &info) == 0 || info.dli_fname == nullptr)
-        return ".";
-    const std::string path = info.dli_fname;
-    const std::size_t slash = path.rfind ('/');
-    return slash == std::string::npos ? "." : path.substr (0, slash);
+    Dl_info info{};
+    link_map* file = nullptr;
+    std::error_code ignored;
+    if (dladdr1 (&table, &info, reinterpret_cast<void**> (&file), RTLD_DL_LINKMAP) == 0 || file == nullptr ||
+        file->l_name[0] == '\0')
+        return std::filesystem::read_symlink ("/proc/self/exe", ignored).parent_path ();
+    return std::filesystem::absolute (file->l_name, ignored).parent_path ();
 }
 
 static std::string last_problem ()
@@ -60,8 +65,8 @@ static std::string load_once ()
     Api found;
     const bool complete =
         find (library, "Highs_create", found.create) && find (library, "Highs_destroy", found.destroy) &&
-        find (library, "Highs_version", found.version) && find (library, "Highs_passModel", found.passModel) &&
-        find (library, "Highs_run", found.run) &&
+        find (library, "Highs_version", found.version) &&
+        find (library, "Highs_passModel", found.passModel) && find (library, "Highs_run", found.run) &&
         find (library, "Highs_setBoolOptionValue", found.setBoolOptionValue) &&
         find (library, "Highs_setIntOptionValue", found.setIntOptionValue) &&
         find (library, "Highs_setDoubleOptionValue", found.setDoubleOptionValue) &&
@@ -73,14 +78,15 @@ static std::string load_once ()
         find (library, "Highs_getInt64InfoValue", found.getInt64InfoValue) &&
         find (library, "Highs_getDoubleInfoValue", found.getDoubleInfoValue) &&
         find (library, "Highs_getSolution", found.getSolution) &&
-        find (library, "Highs_setSolution", found.setSolution) && find (library, "Highs_getBasis", found.getBasis) &&
+        find (library, "Highs_setSolution", found.setSolution) &&
+        find (library, "Highs_getBasis", found.getBasis) &&
         find (library, "Highs_getDualRay", found.getDualRay) &&
         find (library, "Highs_getPrimalRay", found.getPrimalRay);
     if (!complete)
         return text ("the engine's file ", folder, "/", library_file, " lacks a function: ", last_problem ());
     if (found.version () != std::string_view (wanted_version))
-        return text ("the engine's file ", folder, "/", library_file, " has version ", found.version (), ", needed is ",
-                     wanted_version);
+        return text ("the engine's file ", folder, "/", library_file, " has version ", found.version (),
+                     ", needed is ", wanted_version);
     table = found;
     watch_process_end ();
     return {};

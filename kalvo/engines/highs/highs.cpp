@@ -1,104 +1,22 @@
 #include "kalvo/engines/highs/highs.h"
 
 #include "kalvo/engines/highs/api.h"
+#include "kalvo/engines/highs/listener.h"
+#include "kalvo/task/text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <string_view>
 
 namespace klv::highs {
 
 static_assert (sizeof (HighsInt) == sizeof (std::int32_t));
-
-// ---- While it runs: callbacks, all on the worker's thread ----------------------------------------------------------------
-
-struct Run {
-    const Job& job;
-    const StopFlag& stop;
-    EventChannel& channel;
-    bool pass_text_on;
-    std::uint32_t phase;
-    std::int64_t solutions = 0;
-};
-
-static std::uint32_t phase_of (const Job& job)
-{
-    switch (job.method) {
-    case Method::primal_simplex: return job.start ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRIMAL_SIMPLEX;
-    case Method::dual_simplex: return job.start ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_DUAL_SIMPLEX;
-    case Method::interior_point: return KLV_CALLER_INTERIOR_POINT;
-    case Method::mixed_integer: return KLV_CALLER_MIXED_INTEGER;
-    }
-    return KLV_CALLER_PRESOLVE;
-}
-
-static Progress progress_of (const Run& run, const HighsCallbackDataOut& out)
-{
-    Progress now;
-    now.caller = run.phase;
-    if (run.job.method == Method::mixed_integer) {
-        now.iterations = out.mip_total_lp_iterations;
-        now.nodes = out.mip_node_count;
-        now.solutions = run.solutions;
-        now.primal_objective = out.mip_primal_bound;
-        now.dual_objective = out.mip_dual_bound;
-        now.has_primal = std::isfinite (out.mip_primal_bound);
-        now.has_dual = std::isfinite (out.mip_dual_bound);
-    } else {
-        now.iterations =
-            run.job.method == Method::interior_point ? out.ipm_iteration_count : out.simplex_iteration_count;
-        now.primal_objective = out.objective_function_value;
-        now.has_primal = run.job.method != Method::interior_point && now.iterations > 0;
-    }
-    return now;
-}
-
-// Objectives of an interior-point run come in its log lines only: iteration, residuals, objectives.
-static void read_log_line (Run& run, const char* line)
-{
-    long iteration = 0;
-    double primal_residual = 0, dual_residual = 0, primal = 0, dual = 0;
-    if (std::sscanf (line, " %ld %lf %lf %lf %lf", &iteration, &primal_residual, &dual_residual, &primal, &dual) != 5)
-        return;
-    Progress now;
-    now.caller = run.phase;
-    now.iterations = iteration;
-    now.primal_objective = primal;
-    now.dual_objective = dual;
-    now.has_primal = now.has_dual = true;
-    run.channel.progress (now);
-}
-
-static void on_event (int type, const char* message, const HighsCallbackDataOut* out, HighsCallbackDataIn* in,
-                      void* context)
-{
-    Run& run = *static_cast<Run*> (context);
-    if (type == kHighsCallbackLogging) {
-        if (run.pass_text_on)
-            run.channel.text (message);
-        if (run.job.method == Method::interior_point)
-            read_log_line (run, message);
-        return;
-    }
-    if (type == kHighsCallbackMipImprovingSolution) {
-        ++run.solutions;
-        if (out->mip_solution != nullptr)
-            run.channel.incumbent (out->mip_solution, static_cast<std::size_t> (out->mip_solution_size));
-    }
-    if (type != kHighsCallbackIpmInterrupt)
-        run.channel.progress (progress_of (run, *out));
-    if (in != nullptr && type != kHighsCallbackMipImprovingSolution)
-        in->user_interrupt = run.stop.load (std::memory_order_relaxed);
-}
 
 // ---- One problem in the engine ---------------------------------------------------------------------------------------------
 
 class Session {
 public:
     Session (const Job& job, const StopFlag& stop, EventChannel& channel)
-        : run_ { job, stop, channel, job.settings->get (IntSetting::log_level) >= 3, phase_of (job) },
-          handle_ (api ().create ())
+        : job_ (job), listener_ (job, stop, channel), handle_ (api ().create ())
     {
         if (handle_ == nullptr)
             throw std::bad_alloc ();
@@ -110,14 +28,22 @@ public:
     Claims solve ();
 
 private:
-    const Job& job () const { return run_.job; }
-    const Problem& problem () const { return *job ().problem->stated; }
-    bool integers () const { return job ().method == Method::mixed_integer; }
+    const Problem& problem () const { return *job_.problem->stated; }
+    bool integers () const { return job_.method == Method::mixed_integer; }
 
     void set (const char* option, bool value) { note (api ().setBoolOptionValue (handle_, option, value)); }
-    void set (const char* option, HighsInt value) { note (api ().setIntOptionValue (handle_, option, value)); }
-    void set (const char* option, double value) { note (api ().setDoubleOptionValue (handle_, option, value)); }
-    void set (const char* option, const char* value) { note (api ().setStringOptionValue (handle_, option, value)); }
+    void set (const char* option, HighsInt value)
+    {
+        note (api ().setIntOptionValue (handle_, option, value));
+    }
+    void set (const char* option, double value)
+    {
+        note (api ().setDoubleOptionValue (handle_, option, value));
+    }
+    void set (const char* option, const char* value)
+    {
+        note (api ().setStringOptionValue (handle_, option, value));
+    }
     void note (HighsInt status) { refused_option_ = refused_option_ || status == kHighsStatusError; }
 
     void set_options ();
@@ -132,7 +58,8 @@ private:
     void look_for_ray (Claims& claims);
     std::int64_t info (const char* name) const;
 
-    Run run_;
+    const Job& job_;
+    Listener listener_;
     void* handle_;
     bool refused_option_ = false;
     bool presolved_ = true;
@@ -140,42 +67,48 @@ private:
 
 void Session::set_options ()
 {
-    const Parameters& settings = *job ().settings;
-    const bool listens = run_.pass_text_on || job ().method == Method::interior_point;
+    const Parameters& settings = *job_.settings;
     set ("log_to_console", false);
-    set ("output_flag", listens);
 
-    switch (job ().method) {
+    switch (job_.method) {
     case Method::primal_simplex:
         set ("solver", "simplex");
-        set ("simplex_strategy", HighsInt { 4 });
+        set ("simplex_strategy", HighsInt{4});
         break;
-    case Method::dual_simplex: set ("solver", "simplex"); break;
+    case Method::dual_simplex:
+        set ("solver", "simplex");
+        break;
     case Method::interior_point:
         set ("solver", "ipx");
         set ("run_crossover", "off");
         break;
-    case Method::mixed_integer: break;
+    case Method::mixed_integer:
+        break;
     }
 
     const std::int32_t presolve = settings.get (IntSetting::presolve);
-    presolved_ = job ().reformulate && presolve != KLV_PRESOLVE_OFF && !job ().start;
+    presolved_ = job_.reformulate && presolve != KLV_PRESOLVE_OFF && !job_.start;
     set ("presolve", !presolved_ ? "off" : presolve == KLV_PRESOLVE_ON ? "on" : "choose");
-    set ("simplex_scale_strategy",
-         job ().reformulate ? HighsInt { settings.get (IntSetting::scaling) } : HighsInt { KLV_SCALING_OFF });
-    const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;        // ours start with "choose"
+    const std::int32_t scaling = settings.get (IntSetting::scaling);
+    if (!job_.reformulate || scaling != KLV_SCALING_AUTOMATIC)
+        set ("simplex_scale_strategy", HighsInt{job_.reformulate ? scaling : KLV_SCALING_OFF});
+    const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;    // ours start with "choose"
     set ("simplex_dual_edge_weight_strategy", pricing);
     set ("simplex_primal_edge_weight_strategy", pricing);
 
-    set ("threads", HighsInt { job ().threads });
-    set ("parallel", job ().threads > 1 && integers () ? "choose" : "off");
-    set ("random_seed", HighsInt { settings.get (IntSetting::random_seed) });
+    set ("threads", HighsInt{job_.threads});
+    set ("random_seed", HighsInt{settings.get (IntSetting::random_seed)});
+    if (job_.problem->smallest_entry <= default_smallest_entry)
+        set ("small_matrix_value", smallest_entry);
 
     // The engine's tolerances are absolute and on the scaled problem: it is asked for more than is checked.
-    const auto finer = [] (double tolerance, double factor) { return std::clamp (factor * tolerance, 1e-10, 1e-2); };
+    const auto finer = [] (double tolerance, double factor) {
+        return std::clamp (factor * tolerance, 1e-10, 1e-2);
+    };
     set ("primal_feasibility_tolerance", finer (settings.get (RealSetting::primal_tolerance), 0.1));
     set ("dual_feasibility_tolerance", finer (settings.get (RealSetting::dual_tolerance), 0.1));
-    set ("ipm_optimality_tolerance", std::clamp (0.01 * settings.get (RealSetting::gap_tolerance), 1e-12, 1e-2));
+    set ("ipm_optimality_tolerance",
+         std::clamp (0.01 * settings.get (RealSetting::gap_tolerance), 1e-12, 1e-2));
     if (integers ()) {
         set ("mip_feasibility_tolerance", settings.get (RealSetting::integer_tolerance));
         set ("mip_rel_gap", settings.get (RealSetting::integer_relative_gap));
@@ -186,19 +119,19 @@ void Session::set_options ()
 
 void Session::set_limits ()
 {
-    const Parameters& settings = *job ().settings;
-    const auto limit = [&] (const char* option, IntSetting setting) {
+    const Parameters& settings = *job_.settings;
+    const auto limit = [&] (const char* option, IntSetting setting, std::int32_t smallest) {
         if (const std::int32_t value = settings.get (setting); value >= 0)
-            set (option, HighsInt { value });
+            set (option, HighsInt{std::max (value, smallest)});
     };
-    if (job ().seconds >= 0)
-        set ("time_limit", job ().seconds);
+    if (job_.seconds < infinity)
+        set ("time_limit", job_.seconds);
     if (integers ()) {
-        limit ("mip_max_nodes", IntSetting::node_limit);
-        limit ("mip_max_improving_sols", IntSetting::solution_limit);
+        limit ("mip_max_nodes", IntSetting::node_limit, 0);
+        limit ("mip_max_improving_sols", IntSetting::solution_limit, 1);
     } else {
-        limit ("simplex_iteration_limit", IntSetting::simplex_iteration_limit);
-        limit ("ipm_iteration_limit", IntSetting::interior_iteration_limit);
+        limit ("simplex_iteration_limit", IntSetting::simplex_iteration_limit, 0);
+        limit ("ipm_iteration_limit", IntSetting::interior_iteration_limit, 0);
     }
     // A worsening dual objective that passes the bound, or an integer point that reaches the target.
     if (const double objective = settings.get (RealSetting::objective_limit); std::isfinite (objective))
@@ -207,7 +140,7 @@ void Session::set_limits ()
 
 bool Session::pass_problem ()
 {
-    const LinearProblem& lowered = *job ().problem;
+    const LinearProblem& lowered = *job_.problem;
     const ColumnMatrix& matrix = problem ().matrix;
     std::vector<HighsInt> types;
     if (integers ())
@@ -216,18 +149,19 @@ bool Session::pass_problem ()
         problem ().sense == KLV_SENSE_MAXIMIZE ? kHighsObjSenseMaximize : kHighsObjSenseMinimize;
     return api ().passModel (handle_, problem ().variables (), problem ().constraints (),
                              static_cast<HighsInt> (matrix.entries ()), 0, kHighsMatrixFormatColwise,
-                             kHighsHessianFormatTriangular, sense, problem ().constant, problem ().cost.data (),
-                             lowered.column_lower.data (), lowered.column_upper.data (),
-                             lowered.row_lower.data (), lowered.row_upper.data (), lowered.starts.data (),
-                             matrix.rows ().data (), matrix.values ().data (), nullptr, nullptr, nullptr,
+                             kHighsHessianFormatTriangular, sense, problem ().constant,
+                             problem ().cost.data (), lowered.column_lower.data (),
+                             lowered.column_upper.data (), lowered.row_lower.data (),
+                             lowered.row_upper.data (), lowered.starts.data (), matrix.rows ().data (),
+                             matrix.values ().data (), nullptr, nullptr, nullptr,
                              types.empty () ? nullptr : types.data ()) != kHighsStatusError;
 }
 
 void Session::pass_start ()
 {
-    if (!job ().start)
+    if (!job_.start)
         return;
-    const StartPoint& start = *job ().start;
+    const StartPoint& start = *job_.start;
     api ().setSolution (handle_, start.x.data (), start.activity.data (), start.reduced_cost.data (),
                         start.y.data ());
 }
@@ -261,8 +195,8 @@ Outcome Session::outcome (HighsInt model_status) const
         return Outcome::iteration_limit;
     if (model_status == kHighsModelStatusSolutionLimit) {
         // One status stands for the limits on nodes and on solutions.
-        const std::int32_t most = job ().settings->get (IntSetting::solution_limit);
-        return most >= 0 && run_.solutions >= most ? Outcome::solution_limit : Outcome::node_limit;
+        const std::int32_t most = job_.settings->get (IntSetting::solution_limit);
+        return most >= 0 && listener_.solutions () >= most ? Outcome::solution_limit : Outcome::node_limit;
     }
     if (model_status == kHighsModelStatusInterrupt)
         return Outcome::stopped;
@@ -271,25 +205,27 @@ Outcome Session::outcome (HighsInt model_status) const
 
 Outcome Session::run ()
 {
-    api ().run (handle_);       // its answer adds nothing to the model status
+    api ().run (handle_);    // its answer adds nothing to the model status
     return outcome (api ().getModelStatus (handle_));
 }
 
+// After a stop the engine knows nothing of its point's quality, and where it has no point it hands out zeros.
 void Session::take_point (Claims& claims) const
 {
-    const std::size_t n = static_cast<std::size_t> (problem ().variables ());
-    const std::size_t m = static_cast<std::size_t> (problem ().constraints ());
-    claims.x.resize (n);
-    if (integers ()) {
-        const bool found = info ("primal_solution_status") == kHighsSolutionStatusFeasible;
-        if (!found || api ().getSolution (handle_, claims.x.data (), nullptr, nullptr, nullptr) != kHighsStatusOk)
-            claims.x.clear ();
+    const HighsInt status = static_cast<HighsInt> (info ("primal_solution_status"));
+    if (integers () && status != kHighsSolutionStatusFeasible)
         return;
+    claims.x.resize (static_cast<std::size_t> (problem ().variables ()));
+    if (!integers ()) {
+        claims.y.resize (static_cast<std::size_t> (problem ().constraints ()));
+        claims.reduced_cost.resize (claims.x.size ());
     }
-    claims.y.resize (m);
-    claims.reduced_cost.resize (n);
-    if (api ().getSolution (handle_, claims.x.data (), claims.reduced_cost.data (), nullptr, claims.y.data ()) !=
-        kHighsStatusOk)
+    const bool found =
+        api ().getSolution (handle_, claims.x.data (),
+                            claims.reduced_cost.empty () ? nullptr : claims.reduced_cost.data (), nullptr,
+                            claims.y.empty () ? nullptr : claims.y.data ()) == kHighsStatusOk;
+    const bool zeros = std::ranges::all_of (claims.x, [] (double value) { return value == 0; });
+    if (!found || (status == kHighsSolutionStatusNone && zeros))
         claims.x = claims.y = claims.reduced_cost = {};
 }
 
@@ -326,20 +262,22 @@ void Session::take_figures (Claims& claims) const
     if (!integers ())
         return;
     claims.nodes = std::max<std::int64_t> (info ("mip_node_count"), 0);
-    claims.solutions = run_.solutions;
+    claims.solutions = listener_.solutions ();
     claims.has_best_bound =
         api ().getDoubleInfoValue (handle_, "mip_dual_bound", &claims.best_bound) == kHighsStatusOk;
 }
 
-// Rays are those of the simplex method on the problem as it was passed, its types left aside.
+// Rays are those of the dual simplex method on the problem as it was passed, its types left aside. The primal one leaves
+// none of infeasibility.
 void Session::look_for_ray (Claims& claims)
 {
-    const bool solved_so = !presolved_ && job ().method != Method::interior_point && !integers () &&
+    const bool solved_so = !presolved_ && job_.method == Method::dual_simplex &&
                            claims.outcome != Outcome::infeasible_or_unbounded;
     Outcome answer = claims.outcome;
     if (!solved_so) {
-        run_.phase = KLV_CALLER_CERTIFICATE;
+        listener_.begin (KLV_CALLER_CERTIFICATE);
         set ("solver", "simplex");
+        set ("simplex_strategy", HighsInt{1});
         set ("presolve", "off");
         if (integers ())
             set ("solve_relaxation", true);
@@ -351,11 +289,13 @@ void Session::look_for_ray (Claims& claims)
     if (answer == Outcome::infeasible) {
         claims.outcome = Outcome::infeasible;
         claims.dual_ray.resize (static_cast<std::size_t> (problem ().constraints ()));
-        if (api ().getDualRay (handle_, &has_ray, claims.dual_ray.data ()) == kHighsStatusError || has_ray == 0)
+        if (api ().getDualRay (handle_, &has_ray, claims.dual_ray.data ()) == kHighsStatusError ||
+            has_ray == 0)
             claims.dual_ray.clear ();
     } else if (answer == Outcome::unbounded) {
         claims.primal_ray.resize (static_cast<std::size_t> (problem ().variables ()));
-        if (api ().getPrimalRay (handle_, &has_ray, claims.primal_ray.data ()) == kHighsStatusError || has_ray == 0)
+        if (api ().getPrimalRay (handle_, &has_ray, claims.primal_ray.data ()) == kHighsStatusError ||
+            has_ray == 0)
             claims.primal_ray.clear ();
         // An unbounded relaxation says nothing of a search that found no point.
         if (!integers () || claims.outcome != Outcome::infeasible)
@@ -373,38 +313,39 @@ void Session::look_for_ray (Claims& claims)
 Claims Session::solve ()
 {
     Claims claims;
+    listener_.begin (KLV_CALLER_PRESOLVE);
     set_options ();
     if (refused_option_) {
         claims.outcome = Outcome::failed;
         claims.message = "the engine refused a setting";
         return claims;
     }
-    api ().setCallback (handle_, on_event, &run_);
-    if (run_.pass_text_on || job ().method == Method::interior_point)
-        api ().startCallback (handle_, kHighsCallbackLogging);
-    for (const HighsInt type : { kHighsCallbackSimplexInterrupt, kHighsCallbackIpmInterrupt,
-                                 kHighsCallbackMipImprovingSolution, kHighsCallbackMipInterrupt })
+    api ().setCallback (handle_, Listener::called, &listener_);
+    for (const HighsInt type :
+         {kHighsCallbackLogging, kHighsCallbackSimplexInterrupt, kHighsCallbackIpmInterrupt,
+          kHighsCallbackMipImprovingSolution, kHighsCallbackMipLogging, kHighsCallbackMipInterrupt})
         api ().startCallback (handle_, type);
     if (!pass_problem ()) {
         claims.outcome = Outcome::failed;
-        claims.message = "the engine refused the problem";
+        claims.message = text ("the engine refused the problem: ", listener_.last_error ());
         return claims;
     }
-    Progress passed;
-    passed.caller = KLV_CALLER_PRESOLVE;
-    run_.channel.progress (passed);
     pass_start ();
-
+    if (listener_.stopped ()) {
+        claims.outcome = Outcome::stopped;
+        return claims;
+    }
     claims.outcome = run ();
     take_figures (claims);
     if (claims.outcome == Outcome::infeasible || claims.outcome == Outcome::unbounded ||
         claims.outcome == Outcome::infeasible_or_unbounded) {
-        look_for_ray (claims);
+        if (!listener_.stopped ())
+            look_for_ray (claims);
     } else if (claims.outcome != Outcome::failed) {
         take_point (claims);
         take_basis (claims);
     } else
-        claims.message = "the engine ended with an error";
+        claims.message = text ("the engine ended with an error: ", listener_.last_error ());
     return claims;
 }
 

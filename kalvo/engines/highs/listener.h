@@ -1,0 +1,43 @@
+// What HiGHS says while it runs. It calls back on the thread that runs it only.
+#pragma once
+
+#include "kalvo/engines/engine.h"
+
+#include <interfaces/highs_c_api.h>
+
+#include <string>
+#include <string_view>
+
+namespace klv::highs {
+
+class Listener {
+public:
+    Listener (const Job& job, const StopFlag& stop, EventChannel& channel);
+
+    static void called (int type, const char* message, const HighsCallbackDataOut* out,
+                        HighsCallbackDataIn* in, void* listener);
+
+    void begin (std::uint32_t phase);
+    bool stopped () const { return stop_.load (std::memory_order_relaxed); }
+    std::int64_t solutions () const { return now_.solutions; }
+    const std::string& last_error () const { return last_error_; }
+
+private:
+    void take_message (const char* message, int type);
+    void take_iterations (std::int64_t iterations);
+    void take_integer_state (const HighsCallbackDataOut& out);
+    bool read_simplex_line (std::string_view line);
+    bool read_interior_line (std::string_view line);
+
+    const StopFlag& stop_;
+    EventChannel& channel_;
+    const Method method_;
+    const std::uint32_t phase_of_method_;
+    const double mirror_;
+    const bool passes_text_on_;
+    Progress now_;
+    Clock::time_point reported_ = Clock::now ();
+    std::string last_error_;
+};
+
+}
