@@ -4,8 +4,8 @@
 
 #include "gateway/console.h"
 #include "output/extracts.h"
-#include "output/field_list.h"
 #include "output/records.h"
+#include "params/record.h"
 
 namespace {
 
@@ -31,19 +31,28 @@ ProblemCounts read_counts (KLVtask_t task)
     return counts;
 }
 
-host::Array create_problem_record (const ProblemCounts& counts)
+KLVrescode_t create_problem_record (const ProblemCounts& counts, host::Array& record)
 {
-    FieldList fields;
+    constexpr std::size_t room = 20;
+    FieldNames names (room);
+    std::size_t count = 0;
+    const auto add = [&] (std::initializer_list<const char*> fields) {
+        count += fields.size ();
+        if (count > room)
+            mexErrMsgTxt ("Fatal error: Too many probnames");
+        for (const char* field : fields)
+            names.add (field);
+    };
     if (counts.quadratic_objective > 0)
-        fields.add ({"qosubi", "qosubj", "qoval"});
-    fields.add ({"c", "cfix", "a"});
+        add ({"qosubi", "qosubj", "qoval"});
+    add ({"c", "cfix", "a"});
     if (counts.quadratic_constraints > 0)
-        fields.add ({"qcsubk", "qcsubi", "qcsubj", "qcval"});
-    fields.add ({"blc", "buc", "blx", "bux"});
+        add ({"qcsubk", "qcsubi", "qcsubj", "qcval"});
+    add ({"blc", "buc", "blx", "bux"});
     if (counts.integers > 0)
-        fields.add ({"ints"});
-    fields.add ({"names"});
-    return fields.create_record ();
+        add ({"ints"});
+    add ({"names"});
+    return names.make_record (record);
 }
 
 // Creates the value of every field, so that what follows can only fail in the library or for names.
@@ -67,11 +76,8 @@ KLVrescode_t create_values (const ProblemCounts& counts, mxArray* record)
         set (field, create_column (counts.variables));
     if (counts.integers > 0)
         set ("ints", create_record ({{"sub"}}));
-    FieldList names;
-    names.add ({"name", "obj", "con", "var", "barvar", "acc"});
-    if (counts.cones > 0)
-        names.add ({"cone"});
-    set ("names", names.create_record ());
+    const char* const names[] = {"name", "obj", "con", "var", "barvar", "acc", "cone"};
+    set ("names", create_record (std::span (names).first (counts.cones > 0 ? 7 : 6)));
     if (complete)
         set ("a", host::Array (mxCreateSparse (static_cast<mwSize> (counts.constraints),
                                                static_cast<mwSize> (counts.variables),
@@ -124,6 +130,8 @@ KLVrescode_t getprob ([[maybe_unused]] int statuskeys, KLVtask_t task, mxArray* 
                   "Problems with disjunctive constraints are not supported by this interface.");
         return KLV_RES_ARGUMENT;
     }
-    mxArray* record = set_field (res, "prob", create_problem_record (counts));
-    return record ? fill (task, counts, record) : KLV_RES_OUT_OF_MEMORY;
+    host::Array created;
+    if (const KLVrescode_t code = create_problem_record (counts, created))
+        return code;
+    return fill (task, counts, set_field (res, "prob", std::move (created)));
 }

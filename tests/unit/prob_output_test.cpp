@@ -3,10 +3,10 @@
 #include <limits>
 
 #include "input/problem.h"
-#include "output/field_list.h"
 #include "output/records.h"
 #include "output/sparse_columns.h"
 #include "tests/unit/gateway_function.h"
+#include "tests/unit/library_fakes.h"
 #include "tests/unit/task_text.h"
 
 using namespace standalone;
@@ -148,6 +148,84 @@ TEST_F (ProblemOutput, IsAValidPartWhereMemoryRanOut)
     EXPECT_EQ (code, 0);
 }
 
+// The task's problem, seen through a library that answers otherwise.
+class FakedOutput : public ProblemOutput {
+protected:
+    FakedOutput ()
+    {
+        fill (task);
+        library_fakes = &fakes;
+    }
+    ~FakedOutput () override { library_fakes = nullptr; }
+
+    LibraryFakes fakes;
+};
+
+TEST_F (FakedOutput, HasQuadraticTermsInTheirFields)
+{
+    fakes.objective = {{2, 1}, {0, 1}, {4.5, -1}};
+    fakes.constraints.resize (10);
+    fakes.constraints[0] = {{1}, {0}, {3}};
+    fakes.constraints[7] = {{5, 2}, {2, 2}, {0.5, 8}};
+    ASSERT_EQ (get (), 0);
+    EXPECT_EQ (
+        prob ().field_names (),
+        (std::vector<std::string>{"qosubi", "qosubj", "qoval", "c", "cfix", "a", "qcsubk", "qcsubi", "qcsubj",
+                                  "qcval", "blc", "buc", "blx", "bux", "ints", "names", "objsense"}));
+    const struct {
+        const char* field;
+        Numbers values;
+    } expected[] = {{"qosubi", {3, 2}},    {"qosubj", {1, 2}},    {"qoval", {4.5, -1}},
+                    {"qcsubk", {1, 8, 8}}, {"qcsubi", {2, 6, 3}}, {"qcsubj", {1, 3, 3}},
+                    {"qcval", {3, 0.5, 8}}};
+    for (const auto& [field, values] : expected) {
+        EXPECT_EQ (prob ()[field].numbers (), values) << field;
+        EXPECT_EQ (prob ()[field].sizes (), (Sizes{values.size (), 1})) << field;
+    }
+}
+
+TEST_F (FakedOutput, EndsTheCallWhenCountedTermsAreMissing)
+{
+    fakes.constraints.resize (10);
+    fakes.constraints[3] = {{1}, {0}, {3}};
+    fakes.missing_terms = 2;
+    get ();
+    EXPECT_EQ (result.error, "qcnz!=cur");
+    EXPECT_EQ (printed (), "0\nqcnz=3  cur=1\n");
+    EXPECT_EQ (result.left_arrays + result.left_blocks, 0U);
+}
+
+TEST_F (FakedOutput, RefusesDisjunctiveConstraints)
+{
+    fakes.disjunctive = 12;
+    EXPECT_EQ (get (), 1200);
+    EXPECT_EQ (
+        printed (),
+        "12\n" +
+            error_line (1200, "Problems with disjunctive constraints are not supported by this interface."));
+    EXPECT_FALSE (prob ());
+}
+
+TEST_F (FakedOutput, KeepsWhatWasObtainedBeforeALibraryFailure)
+{
+    fakes.failing_function = "KLV_getacol";
+    fakes.failing_call = 2;
+    EXPECT_EQ (get (), fakes.failure);
+    EXPECT_EQ (prob ()["c"].numbers ()[2], -2.5);
+    const mwIndex* starts = mxGetJc (prob ()["a"].get ());
+    EXPECT_EQ (std::vector<mwIndex> (starts, starts + 7), (std::vector<mwIndex>{0, 0, 3, 3, 3, 3, 3}));
+    EXPECT_EQ (prob ()["bux"].numbers (), Numbers (6));
+    EXPECT_FALSE (prob ()["names"]["name"]);
+
+    fakes.failing_function = "KLV_getvarname";
+    fakes.failing_call = 4;
+    EXPECT_EQ (get (), fakes.failure);
+    EXPECT_EQ (prob ()["names"]["var"].cell (3).text (), "x3");
+    EXPECT_FALSE (prob ()["names"]["var"].cell (4));
+    EXPECT_FALSE (prob ()["names"]["con"]);
+    EXPECT_FALSE (prob ()["objsense"]);
+}
+
 class SparseColumns : public GatewayFunctionTest {};
 
 TEST_F (SparseColumns, AreSortedWithTheirValues)
@@ -187,19 +265,6 @@ TEST_F (SparseColumns, StayAsTheyAreWithoutMemory)
     EXPECT_EQ (sort_mat_column (2, rows, values), KLV_RES_OUT_OF_MEMORY);
     EXPECT_EQ (rows[0], 2U);
     EXPECT_EQ (values[0], 20);
-}
-
-TEST_F (SparseColumns, AnOverlongFieldListEndsTheCall)
-{
-    const KLVrescode_t code = run ({}, [] (mxArray**, const mxArray**) {
-        FieldList fields;
-        for (int k = 0; k < 21; ++k)
-            fields.add ({"field"});
-        return KLVrescode_t{0};
-    });
-    EXPECT_EQ (code, -1);
-    EXPECT_EQ (result.error, "Fatal error: Too many probnames");
-    EXPECT_EQ (result.left_blocks, 0U);
 }
 
 }
