@@ -14,13 +14,13 @@ constexpr int lo = KLV_BK_LO, up = KLV_BK_UP, fx = KLV_BK_FX, fr = KLV_BK_FR, ra
 
 using Make = std::function<Value ()>;
 
-Make dense (Numbers values)
+Make dense (const Numbers& values)
 {
     return [=] { return row (values); };
 }
 
 // Stored entries only.
-Make stored (std::vector<Entry> entries)
+Make stored (const std::vector<Entry>& entries)
 {
     return [=] { return sparse (3, 1, entries); };
 }
@@ -191,7 +191,8 @@ INSTANTIATE_TEST_SUITE_P (Fixing, Bounds,
                                                      {2, 0, 0},
                                                      {2, 1, 0}}));
 
-BoundCase refused (const char* fault, Make lower, Make upper, KLVrescode_t code, const std::string& text)
+BoundCase refused (const char* fault, const Make& lower, const Make& upper, KLVrescode_t code,
+                   const std::string& text)
 {
     return {.fault = fault, .lower = lower, .upper = upper, .code = code, .printed = error_line (code, text)};
 }
