@@ -51,19 +51,22 @@ std::int32_t iterlog (KLVtask_t task, void* handle, std::uint32_t caller, const 
     return report (task, *iteration, caller);
 }
 
-// The old values are replaced, not written over: the session may still hold a record that it was given
-// before.
+// A changed value is replaced, not written over: the session may still hold a record that it was given before.
 KLVrescode_t updateinfo (KLVtask_t task, const host::Array& info)
 {
     if (!info)
         return KLV_RES_OK;
     for (std::int32_t k = 0; k < information_items; ++k) {
-        mxArray* value = mxCreateDoubleMatrix (1, 1, mxREAL);
-        if (value == nullptr)
+        mxArray* old = mxGetFieldByNumber (info.get (), 0, k);
+        double value = 0;
+        read_information (task, k, value);
+        if (*mxGetPr (old) == value)
+            continue;
+        mxArray* replacement = make_number (value);
+        if (replacement == nullptr)
             return KLV_RES_OUT_OF_MEMORY;
-        mxDestroyArray (mxGetFieldByNumber (info.get (), 0, k));
-        read_information (task, k, *mxGetPr (value));
-        mxSetFieldByNumber (info.get (), 0, k, value);
+        mxDestroyArray (old);
+        mxSetFieldByNumber (info.get (), 0, k, replacement);
     }
     return KLV_RES_OK;
 }
