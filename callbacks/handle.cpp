@@ -1,6 +1,9 @@
 #include "callbacks/handle.h"
 
+#include <utility>
+
 #include "gateway/console.h"
+#include "gateway/text.h"
 #include "params/information.h"
 
 namespace {
@@ -22,11 +25,10 @@ KLVrescode_t refuse (const char* path)
 
 host::Memory<char> copy_name (const mxArray* name)
 {
-    const std::size_t size = mxGetM (name) * mxGetN (name) + 1;
-    host::Memory<char> text = host::allocate<char> (size);
-    if (text && mxGetString (name, text.get (), static_cast<mwSize> (size)) != 0)
-        text.reset ();
-    return text;
+    char* text = nullptr;
+    const int complete = getstring (name, &text);
+    host::Memory<char> copy (text);
+    return complete ? std::move (copy) : nullptr;
 }
 
 KLVrescode_t bind (const mxArray* record, const CallbackFields& fields, CallbackHandle& handle)

@@ -51,7 +51,8 @@ std::int32_t iterlog (KLVtask_t task, void* handle, std::uint32_t caller, const 
     return report (task, *iteration, caller);
 }
 
-// A changed value is replaced, not written over: the session may still hold a record that it was given before.
+// A changed value is replaced, not written over: the session may still hold a record that it was given
+// before.
 KLVrescode_t updateinfo (KLVtask_t task, const host::Array& info)
 {
     if (!info)

@@ -24,7 +24,7 @@ bool has_solution (KLVtask_t task)
 }
 
 struct FieldList {
-    std::array<const char*, 9> names;
+    std::array<const char*, 9> names = {};
     std::size_t count = 0;
 
     void add (const char* name) { names[count++] = name; }

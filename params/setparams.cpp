@@ -13,8 +13,8 @@ namespace {
 // One field of the record. Only for a record of the library's longest names does `name` differ from what is
 // there.
 struct Field {
-    const char* name;
-    const mxArray* value;
+    const char* name = nullptr;
+    const mxArray* value = nullptr;
     std::int32_t index = 0;    // of the parameter within its kind
 };
 
