@@ -10,8 +10,6 @@
 
 namespace {
 
-// One field of the record. Only for a record of the library's longest names does `name` differ from what is
-// there.
 struct Field {
     const char* name = nullptr;
     const mxArray* value = nullptr;
