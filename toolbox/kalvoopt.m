@@ -106,29 +106,38 @@
 %
 %   PARAMETERS (param): a structure, field names are parameter names
 %
-%       KLV_IPAR_OPTIMIZER               KLV_OPTIMIZER_ followed by AUTOMATIC (default), DUAL_SIMPLEX, PRIMAL_SIMPLEX,
-%                                        INTERIOR_POINT, CONIC or MIXED_INTEGER
-%       KLV_IPAR_INTPNT_BASIS            1 (default): an interior solution is also turned into a basic one
-%       KLV_IPAR_RELAX_INTEGERS          1: whole numbers are ignored; 0 (default)
-%       KLV_DPAR_TIME_LIMIT              seconds; -1 (default): none
-%       KLV_IPAR_SIMPLEX_ITERATION_LIMIT, KLV_IPAR_INTPNT_ITERATION_LIMIT
-%       KLV_IPAR_MIP_NODE_LIMIT, KLV_IPAR_MIP_SOLUTION_LIMIT       -1 (default): none
-%       KLV_DPAR_OBJECTIVE_LIMIT         a run ends when its objective passes it; Inf (default): none
-%       KLV_DPAR_PRIMAL_TOLERANCE, KLV_DPAR_DUAL_TOLERANCE, KLV_DPAR_GAP_TOLERANCE        1e-6: relative violations
-%       KLV_DPAR_INTEGER_TOLERANCE       1e-6: distance from a whole number
-%       KLV_DPAR_MIP_ABSOLUTE_GAP        1e-6, and
-%       KLV_DPAR_MIP_RELATIVE_GAP        1e-4: the search ends when best value and bound are that close
-%       KLV_IPAR_PRESOLVE                KLV_PRESOLVE_AUTOMATIC (default), _ON, _OFF
-%       KLV_IPAR_SCALING                 KLV_SCALING_AUTOMATIC (default), _OFF, _EQUILIBRATION, ...
-%       KLV_IPAR_SIMPLEX_PRICING         KLV_PRICING_AUTOMATIC (default), _DANTZIG, _DEVEX, _STEEPEST_EDGE
-%       KLV_IPAR_MAX_THREADS             0 (default): the library chooses
-%       KLV_IPAR_RANDOM_SEED             0
-%       KLV_IPAR_LOG                     0 nothing, 1 summaries, 2 (default) also progress, 3 also the engine's own lines
-%       KLV_IPAR_LOG_SIMPLEX, KLV_IPAR_LOG_INTPNT, KLV_IPAR_LOG_MIP    1 (default): their progress is printed
-%       KLV_DPAR_BOUND_INFINITY          1e20: bounds from there on are infinite
-%       KLV_DPAR_FIXING_TOLERANCE        1e-10: bounds that differ by at most this are one value
-%       KLV_IPAR_FILE_FORMAT             KLV_FILE_BY_EXTENSION (default), KLV_FILE_FREE_MPS, KLV_FILE_FIXED_MPS
-%       KLV_SPAR_DATA_FILE               the problem file; set by read(file)
+%       name                              default                  meaning
+%       KLV_IPAR_OPTIMIZER                KLV_OPTIMIZER_AUTOMATIC  or _DUAL_SIMPLEX, _PRIMAL_SIMPLEX, _INTERIOR_POINT,
+%                                                                  _CONIC, _MIXED_INTEGER
+%       KLV_IPAR_INTPNT_BASIS             KLV_ON                   an interior solution is also turned into a basic one
+%       KLV_IPAR_RELAX_INTEGERS           KLV_OFF                  KLV_ON: variables need not be whole numbers
+%       KLV_DPAR_TIME_LIMIT               -1                       seconds; -1: none
+%       KLV_IPAR_SIMPLEX_ITERATION_LIMIT  -1                       -1: none
+%       KLV_IPAR_INTPNT_ITERATION_LIMIT   -1                       -1: none
+%       KLV_IPAR_MIP_NODE_LIMIT           -1                       -1: none
+%       KLV_IPAR_MIP_SOLUTION_LIMIT       -1                       improving solutions; -1: none
+%       KLV_DPAR_OBJECTIVE_LIMIT          Inf                      a run ends when its objective passes it
+%       KLV_DPAR_PRIMAL_TOLERANCE         1e-06                    relative violation of constraints and bounds
+%       KLV_DPAR_DUAL_TOLERANCE           1e-06                    relative violation by the duals
+%       KLV_DPAR_GAP_TOLERANCE            1e-06                    relative difference of pobjval and dobjval
+%       KLV_DPAR_INTEGER_TOLERANCE        1e-06                    distance from a whole number
+%       KLV_DPAR_MIP_ABSOLUTE_GAP         1e-06                    the integer search ends when best value and bound
+%       KLV_DPAR_MIP_RELATIVE_GAP         0.0001                   are that close
+%       KLV_IPAR_PRESOLVE                 KLV_PRESOLVE_AUTOMATIC   or _ON, _OFF
+%       KLV_IPAR_SCALING                  KLV_SCALING_AUTOMATIC    or _OFF, _EQUILIBRATION, ...: see res.symbcon
+%       KLV_IPAR_SIMPLEX_PRICING          KLV_PRICING_AUTOMATIC    or _DANTZIG, _DEVEX, _STEEPEST_EDGE
+%       KLV_IPAR_MAX_THREADS              0                        0: the library chooses
+%       KLV_IPAR_RANDOM_SEED              0                        of what optimisers do at random
+%       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
+%                                                                  engine's own lines
+%       KLV_IPAR_LOG_SIMPLEX              KLV_ON                   its progress is printed
+%       KLV_IPAR_LOG_INTPNT               KLV_ON                   the same for interior point
+%       KLV_IPAR_LOG_MIP                  KLV_ON                   the same for the integer search
+%       KLV_DPAR_BOUND_INFINITY           1e+20                    bounds from there on are infinite: in files all, in
+%                                                                  prob upper ones in full vectors
+%       KLV_DPAR_FIXING_TOLERANCE         1e-10                    bounds that differ by at most this are one value
+%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS
+%       KLV_SPAR_DATA_FILE                ''                       the problem file; set by read(file)
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
 %       a value out of range is an error. All others are reserved and accept only their default.
@@ -142,7 +151,32 @@
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
-%   PROBLEM FILES: MPS (.mps), fixed or free.
+%   PROBLEM FILES: MPS, extension .mps
+%
+%       Free form has fields separated by blanks, so its names have none. Fixed form has them in the columns 2-3, 5-12,
+%       15-22, 25-36, 40-47 and 50-61: names of up to 8 bytes, blanks inside allowed. read finds out which form a file has;
+%       write takes free form unless only fixed form can hold the names. KLV_IPAR_FILE_FORMAT forces a form, then with
+%       any extension.
+%
+%       Sections: NAME, OBJSENSE, OBJNAME, ROWS, COLUMNS, RHS, RANGES, BOUNDS (types LO, UP, FX, FR, MI, PL, BV, LI, UI) and
+%       ENDATA. Quadratic terms, cones, special ordered sets, indicators and semi-continuous variables are refused.
+%
+%       A file is read as a whole or not at all: res.rmsg names the line and the cause of a fault. It is written with every
+%       number to the last bit and every name as it is, or not at all, and then the file that was there before stays. Items
+%       without a name are written as C1, C2, ..., R1, R2, ... and OBJ.
+%
+%       Programs differ in how they understand some files. kalvoopt warns of such lines (echo(2) and above), and reads:
+%         an integer column between markers without any bound gets the bounds 0 and 1
+%         a negative upper bound without a lower bound takes the lower bound 0 away
+%         MI without an upper bound leaves the upper bound infinite
+%         the right-hand side of the objective is minus its constant
+%         the sign of a range of an L or G row is not looked at
+%         an N row after the objective is kept as a free constraint
+%         a right-hand side or range of a free row has no effect
+%         an INTORG marker that no INTEND follows holds to the end of COLUMNS
+%         only the first set of RHS, RANGES or BOUNDS is used
+%         a bound at or beyond the bound infinity threshold is no bound
+%         without an N row the objective is zero
 %
 %   WHAT ODD INPUT DOES
 %
@@ -164,6 +198,9 @@
 %       progress function that returns true      the run goes on: only numbers stop it
 %       callback that fails                      progress function: the run stops, 100007; log function: ignored
 %       prob together with read                  prob is not looked at (but prob.sol and prob.primalrepair)
+%       file missing, a folder or a pipe         3103, res.rmsg says why; other extension than .mps: 3102
+%       fault in a file; unsupported section     3105, 3106, the line is named
+%       names or bounds that MPS cannot hold     3108, the item is named; disk full: 3107
 %       unknown word in cmd                      1200, nothing is done, res is not set
 %
 %   See also: glpk

@@ -1,11 +1,29 @@
-% The help names what there is: every live parameter, and nothing that does not exist.
+% The help names what there is, with the defaults that it has, and its example does what it says.
 text = evalc ("help kalvoopt");
 [r, res] = kalvoopt ("param info symbcon echo(0)");
+
+% Every live parameter with its default, and no name that does not exist.
 parameters = fieldnames (res.param);
 live = parameters(cellfun (@isempty, strfind (parameters, "RESERVED")));
-missing = live(cellfun (@(name) isempty (strfind (text, name)), live));
-assert (isempty (missing), strjoin (missing, ", "));
+listed = regexp (text, '^ *(KLV_[DIS]PAR_\w+) +(\S+)', "tokens", "lineanchors");
+listed = vertcat (listed{:});
+assert (isempty (setxor (live, listed(:, 1))), strjoin (setxor (live, listed(:, 1)), ", "));
+for i = 1:rows (listed)
+    default = res.param.(listed{i, 1});
+    if ischar (default)
+        assert (strrep (listed{i, 2}, "''", ""), default, listed{i, 1});
+    else
+        assert (str2double (listed{i, 2}), default, listed{i, 1});
+    end
+end
 known = [parameters; fieldnames(res.info); fieldnames(res.symbcon)];
 named = unique (regexp (text, "KLV_[A-Z]+_[A-Z_]+[A-Z]", "match"));
 unknown = setdiff (named, known);
 assert (isempty (unknown), strjoin (unknown, ", "));
+
+% The example, line by line as it stands.
+example = regexp (text, '\n *EXAMPLE\n(.*?)\n *More in the folder', "tokens", "once"){1};
+evalc (example);
+assert (r, 0);
+assert (res.sol.bas.xx, [0.4; 1.8], 1e-12);
+assert (! isempty (strfind (example, "0.4, 1.8")));
