@@ -27,7 +27,7 @@ public:
 
 private:
     KLVrescode_t take_lower (const char* name, std::int32_t item, double value);
-    KLVrescode_t refuse_upper_too_small (const char* name, std::int32_t item, double value) const;
+    KLVrescode_t check_upper (const char* name, std::int32_t item, double value) const;
 
     void limit_above (std::int32_t item, double value)
     {
@@ -79,7 +79,7 @@ KLVrescode_t BoundReader::read_lower (const char* name, const mxArray* field)
     return code;
 }
 
-KLVrescode_t BoundReader::refuse_upper_too_small (const char* name, std::int32_t item, double value) const
+KLVrescode_t BoundReader::check_upper (const char* name, std::int32_t item, double value) const
 {
     if (value <= -threshold_)
         return refuse (KLV_RES_BOUND_BEYOND_INFINITY, "%s[%i] is too small", name, item + 1);
@@ -96,7 +96,7 @@ KLVrescode_t BoundReader::read_upper (const char* name, const mxArray* field)
         for (std::int32_t item = 0; item < n_; ++item)
             limit_above (item, 0.0);
         for_each_entry (field, [&] (std::int32_t item, double value) {
-            code = refuse_upper_too_small (name, item, value);
+            code = check_upper (name, item, value);
             if (std::isfinite (value))
                 upper_[item] = value;
             else
@@ -106,7 +106,7 @@ KLVrescode_t BoundReader::read_upper (const char* name, const mxArray* field)
     } else {
         const double* values = mxGetPr (field);
         for (std::int32_t item = 0; item < n_ && code == KLV_RES_OK; ++item) {
-            code = refuse_upper_too_small (name, item, values[item]);
+            code = check_upper (name, item, values[item]);
             if (std::isfinite (values[item]) && values[item] <= threshold_)
                 limit_above (item, values[item]);
         }
