@@ -108,6 +108,81 @@ std::vector<std::string> seeds ()
 
 // ---- Mutations
 
+const std::vector<std::string> types{"N", "L", "G", "E", "UP", "LO", "FX", "FR", "MI", "PL", "BV"};
+const std::vector<std::string> good_numbers{"0",
+                                            "-0",
+                                            "1e19",
+                                            "-1",
+                                            "5e-324",
+                                            "inf",
+                                            "-1e30",
+                                            "0.1",
+                                            "-0.3333333333333333",
+                                            "123456789.12345678",
+                                            "1d5",
+                                            "+2",
+                                            "3.00000000000000022204",
+                                            "1e300"};
+const std::vector<std::string> odd_names{
+    "5",      "-1e5",     "RHS",  "BND", "*",  "$",   "'INTORG'", "MAX",
+    "ENDATA", "\xC3\xA9", "\xFF", "C1",  "R1", "OBJ", "M1",       "name_of_more_than_eight_bytes"};
+const std::vector<std::string> numbers{"0",
+                                       "-0",
+                                       "1e308",
+                                       "-1e308",
+                                       "1e309",
+                                       "5e-324",
+                                       "1e-330",
+                                       "inf",
+                                       "-Infinity",
+                                       "nan",
+                                       "1e20",
+                                       "-1e30",
+                                       "0.1",
+                                       "1.7976931348623157e308",
+                                       "12345678901234567890",
+                                       "3.00000000000000022204",
+                                       "1d5",
+                                       "+2",
+                                       "+-2",
+                                       "0x10",
+                                       ".",
+                                       "-",
+                                       "1e",
+                                       "1,5",
+                                       "2147483648"};
+const std::vector<std::string> words{
+    "N",        "L",        "G",        "E",        "X",   "UP",      "LO",      "FX",
+    "FR",       "MI",       "PL",       "BV",       "LI",  "UI",      "SC",      "up",
+    "'MARKER'", "'INTORG'", "'INTEND'", "'SOSORG'", "RHS", "ROWS",    "COLUMNS", "RANGES",
+    "BOUNDS",   "ENDATA",   "OBJSENSE", "MAX",      "MIN", "QUADOBJ", "SOS",     "INDICATORS",
+    "BND",      "$",        "*",        "x",        "cost"};
+const std::vector<std::string> endings{"x", "0", "9",        " ", "  x", "\t",
+                                       "$", "'", "\xC3\xA9", "-", "e5",  "longer_than_eight"};
+const std::vector<std::string> extra_lines{"",
+                                           "   ",
+                                           "* comment",
+                                           "ENDATA",
+                                           "ROWS",
+                                           "RHS",
+                                           "RANGES",
+                                           "BOUNDS",
+                                           "OBJSENSE MAX",
+                                           "OBJSENSE",
+                                           "    MAX",
+                                           "    M 'MARKER' 'INTORG'",
+                                           "    M 'MARKER' 'INTEND'",
+                                           " N free",
+                                           " E balance",
+                                           " UP BND x -5",
+                                           " FR BND y",
+                                           "    RHS limit 7",
+                                           "    RNG balance -3",
+                                           "QSECTION",
+                                           "\x1a",
+                                           "    x cost 1",
+                                           " BV b"};
+
 class Mutator {
 public:
     explicit Mutator (std::uint64_t seed) : random_ (seed) {}
@@ -285,80 +360,6 @@ private:
         }
     }
 
-    const std::vector<std::string> types{"N", "L", "G", "E", "UP", "LO", "FX", "FR", "MI", "PL", "BV"};
-    const std::vector<std::string> good_numbers{"0",
-                                                "-0",
-                                                "1e19",
-                                                "-1",
-                                                "5e-324",
-                                                "inf",
-                                                "-1e30",
-                                                "0.1",
-                                                "-0.3333333333333333",
-                                                "123456789.12345678",
-                                                "1d5",
-                                                "+2",
-                                                "3.00000000000000022204",
-                                                "1e300"};
-    const std::vector<std::string> odd_names{
-        "5",      "-1e5",     "RHS",  "BND", "*",  "$",   "'INTORG'", "MAX",
-        "ENDATA", "\xC3\xA9", "\xFF", "C1",  "R1", "OBJ", "M1",       "name_of_more_than_eight_bytes"};
-    const std::vector<std::string> numbers{"0",
-                                           "-0",
-                                           "1e308",
-                                           "-1e308",
-                                           "1e309",
-                                           "5e-324",
-                                           "1e-330",
-                                           "inf",
-                                           "-Infinity",
-                                           "nan",
-                                           "1e20",
-                                           "-1e30",
-                                           "0.1",
-                                           "1.7976931348623157e308",
-                                           "12345678901234567890",
-                                           "3.00000000000000022204",
-                                           "1d5",
-                                           "+2",
-                                           "+-2",
-                                           "0x10",
-                                           ".",
-                                           "-",
-                                           "1e",
-                                           "1,5",
-                                           "2147483648"};
-    const std::vector<std::string> words{
-        "N",        "L",        "G",        "E",        "X",   "UP",      "LO",      "FX",
-        "FR",       "MI",       "PL",       "BV",       "LI",  "UI",      "SC",      "up",
-        "'MARKER'", "'INTORG'", "'INTEND'", "'SOSORG'", "RHS", "ROWS",    "COLUMNS", "RANGES",
-        "BOUNDS",   "ENDATA",   "OBJSENSE", "MAX",      "MIN", "QUADOBJ", "SOS",     "INDICATORS",
-        "BND",      "$",        "*",        "x",        "cost"};
-    const std::vector<std::string> endings{"x", "0", "9",        " ", "  x", "\t",
-                                           "$", "'", "\xC3\xA9", "-", "e5",  "longer_than_eight"};
-    const std::vector<std::string> extra_lines{"",
-                                               "   ",
-                                               "* comment",
-                                               "ENDATA",
-                                               "ROWS",
-                                               "RHS",
-                                               "RANGES",
-                                               "BOUNDS",
-                                               "OBJSENSE MAX",
-                                               "OBJSENSE",
-                                               "    MAX",
-                                               "    M 'MARKER' 'INTORG'",
-                                               "    M 'MARKER' 'INTEND'",
-                                               " N free",
-                                               " E balance",
-                                               " UP BND x -5",
-                                               " FR BND y",
-                                               "    RHS limit 7",
-                                               "    RNG balance -3",
-                                               "QSECTION",
-                                               "\x1a",
-                                               "    x cost 1",
-                                               " BV b"};
     std::mt19937_64 random_;
 };
 
