@@ -40,14 +40,14 @@ extern "C" {
 
 enum { KLV_VERSION_MAJOR = 10, KLV_VERSION_MINOR = 2, KLV_VERSION_REVISION = 18 };
 
-/* Bytes of a text buffer whose length is not passed, the terminating 0 included. */
+// Bytes of a text buffer whose length is not passed, the terminating 0 included.
 enum { KLV_MAX_TEXT = 1024 };
 
-typedef struct KLV_env *KLVenv_t;
-typedef struct KLV_task *KLVtask_t;
+typedef struct KLV_env* KLVenv_t;
+typedef struct KLV_task* KLVtask_t;
 typedef int32_t KLVrescode_t;
 
-/* Response codes. Their names and descriptions: KLV_getcodedesc. */
+// Response codes. Their names and descriptions: KLV_getcodedesc.
 enum KLVrescode {
     KLV_RES_OK = 0,
 
@@ -109,33 +109,33 @@ enum KLVrescode {
 
 enum { KLV_FIRST_TERMINATION = 9999 };
 
-/* Bound keys: which of the two bounds of a constraint or variable exist. */
+// Bound keys: which of the two bounds of a constraint or variable exist.
 enum KLVboundkey { KLV_BK_LO = 0, KLV_BK_UP = 1, KLV_BK_FX = 2, KLV_BK_FR = 3, KLV_BK_RA = 4 };
 
 enum KLVobjsense { KLV_SENSE_MINIMIZE = 0, KLV_SENSE_MAXIMIZE = 1 };
 
 enum KLVvartype { KLV_VAR_CONTINUOUS = 0, KLV_VAR_INTEGER = 1 };
 
-/* Solutions of a task, in the order in which they are always handled. */
+// Solutions of a task, in the order in which they are always handled.
 enum KLVsoltype { KLV_SOL_ITR = 0, KLV_SOL_BAS = 1, KLV_SOL_INT = 2, KLV_SOL_COUNT = 3 };
 
-/* What is known of the problem. */
+// What is known of the problem.
 enum KLVprosta {
     KLV_PRO_UNKNOWN = 0,
-    KLV_PRO_FEASIBLE = 1,                /* primal and dual feasible */
+    KLV_PRO_FEASIBLE = 1,    // primal and dual feasible
     KLV_PRO_PRIMAL_FEASIBLE = 2,
     KLV_PRO_DUAL_FEASIBLE = 3,
     KLV_PRO_PRIMAL_INFEASIBLE = 4,
-    KLV_PRO_DUAL_INFEASIBLE = 5,         /* unbounded, if it is feasible at all */
+    KLV_PRO_DUAL_INFEASIBLE = 5,    // unbounded, if it is feasible at all
     KLV_PRO_BOTH_INFEASIBLE = 6,
-    KLV_PRO_INFEASIBLE_BY_SEARCH = 7     /* an integer search ended without a point; not certified */
+    KLV_PRO_INFEASIBLE_BY_SEARCH = 7    // an integer search ended without a point; not certified
 };
 
-/* What a solution is. Follows from residuals that the library computed itself. */
+// What a solution is. Follows from residuals that the library computed itself.
 enum KLVsolsta {
     KLV_SOLSTA_UNKNOWN = 0,
     KLV_SOLSTA_OPTIMAL = 1,
-    KLV_SOLSTA_FEASIBLE = 2,             /* primal and dual feasible, gap above its tolerance */
+    KLV_SOLSTA_FEASIBLE = 2,    // primal and dual feasible, gap above its tolerance
     KLV_SOLSTA_PRIMAL_FEASIBLE = 3,
     KLV_SOLSTA_DUAL_FEASIBLE = 4,
     KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE = 5,
@@ -143,7 +143,7 @@ enum KLVsolsta {
     KLV_SOLSTA_INTEGER_OPTIMAL = 7
 };
 
-/* Status keys of constraints and variables. */
+// Status keys of constraints and variables.
 enum KLVstakey {
     KLV_SK_UNKNOWN = 0,
     KLV_SK_BASIC = 1,
@@ -163,7 +163,7 @@ enum KLVoptimizer {
     KLV_OPTIMIZER_MIXED_INTEGER = 5
 };
 
-/* Values of integer parameters. */
+// Values of integer parameters.
 enum KLVswitch { KLV_OFF = 0, KLV_ON = 1 };
 
 enum KLVpresolve { KLV_PRESOLVE_OFF = 0, KLV_PRESOLVE_ON = 1, KLV_PRESOLVE_AUTOMATIC = 2 };
@@ -185,11 +185,11 @@ enum KLVpricing {
 
 enum KLVfileformat { KLV_FILE_BY_EXTENSION = 0, KLV_FILE_FREE_MPS = 1, KLV_FILE_FIXED_MPS = 2 };
 
-/* Kinds of parameters and of information items. */
+// Kinds of parameters and of information items.
 enum KLVparamtype { KLV_PAR_NONE = 0, KLV_PAR_DOUBLE = 1, KLV_PAR_INTEGER = 2, KLV_PAR_STRING = 3 };
 enum KLVinftype { KLV_INF_DOUBLE = 0, KLV_INF_INTEGER = 1 };
 
-/* Sizes of the tables of parameters and information items. */
+// Sizes of the tables of parameters and information items.
 enum {
     KLV_DOUBLE_PARAMETERS = 62,
     KLV_INTEGER_PARAMETERS = 190,
@@ -198,13 +198,22 @@ enum {
     KLV_INTEGER_INFORMATION = 117
 };
 
-/* Parameters with a fixed number. */
-enum { KLV_DPAR_BOUND_INFINITY_NUMBER = 10, KLV_DPAR_FIXING_TOLERANCE_NUMBER = 15, KLV_SPAR_DATA_FILE_NUMBER = 1 };
+// Parameters with a fixed number.
+enum {
+    KLV_DPAR_BOUND_INFINITY_NUMBER = 10,
+    KLV_DPAR_FIXING_TOLERANCE_NUMBER = 15,
+    KLV_SPAR_DATA_FILE_NUMBER = 1
+};
 
 /* Message streams: 0 carries everything; 1 messages (progress, summaries, analysis); 2 errors; 3 warnings and
  * errors. A function that is linked with one handle to several streams receives a line that they share once.
  * What a function causes to be printed while it receives a line reaches files only. */
-enum KLVstreamtype { KLV_STREAM_ALL = 0, KLV_STREAM_MESSAGES = 1, KLV_STREAM_ERRORS = 2, KLV_STREAM_WARNINGS = 3 };
+enum KLVstreamtype {
+    KLV_STREAM_ALL = 0,
+    KLV_STREAM_MESSAGES = 1,
+    KLV_STREAM_ERRORS = 2,
+    KLV_STREAM_WARNINGS = 3
+};
 
 /* Progress points: the caller code that a progress callback receives. Each phase calls once at its begin and
  * end, and its own code between them at least once in 50 ms and at most once in 20 ms. */
@@ -233,108 +242,113 @@ enum KLVcallercode {
 /* Progress callback: 0 lets the operation go on, anything else asks it to end. The operation then returns
  * KLV_RES_USER_STOP, or KLV_RES_OUT_OF_MEMORY where the callback answered that. The last three pointers are
  * null in this version. */
-typedef int32_t (*KLVcallbackfunc) (KLVtask_t task, void *handle, uint32_t caller, const double *douinf,
-                                    const int32_t *intinf, const int64_t *lintinf);
+typedef int32_t (*KLVcallbackfunc) (KLVtask_t task, void* handle, uint32_t caller, const double* douinf,
+                                    const int32_t* intinf, const int64_t* lintinf);
 
-/* Receives the text of a stream, one whole line (its newline included) at a time. */
-typedef void (*KLVstreamfunc) (void *handle, const char *text);
+// Receives the text of a stream, one whole line (its newline included) at a time.
+typedef void (*KLVstreamfunc) (void* handle, const char* text);
 
-/* Receives an internal failure after which a task is unusable. It may leave by throwing. */
-typedef void (*KLVexitfunc) (void *handle, const char *file, int32_t line, const char *message);
+// Receives an internal failure after which a task is unusable. It may leave by throwing.
+typedef void (*KLVexitfunc) (void* handle, const char* file, int32_t line, const char* message);
 
-/* ---- Library and environment ---------------------------------------------------------------------------- */
+// ---- Library and environment ----------------------------------------------------------------------------
 
 /* The version of the loaded library; compare with the KLV_VERSION_ constants of this header. */
-KLV_API KLVrescode_t KLV_getversion (int32_t *major, int32_t *minor, int32_t *revision);
+KLV_API KLVrescode_t KLV_getversion (int32_t* major, int32_t* minor, int32_t* revision);
 
-/* Prints the banner on environment streams 0 and 1: one line, with a line for each engine below it when longver > 0. */
+// Prints the banner on environment streams 0 and 1: one line, with a line for each engine below it when longver > 0.
 KLV_API KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver);
 
-/* Links a function to an environment stream (0 to 3), replacing the linked one; a null func unlinks. */
-KLV_API KLVrescode_t KLV_linkfunctoenvstream (KLVenv_t env, int32_t stream, void *handle, KLVstreamfunc func);
+// Links a function to an environment stream (0 to 3), replacing the linked one; a null func unlinks.
+KLV_API KLVrescode_t KLV_linkfunctoenvstream (KLVenv_t env, int32_t stream, void* handle, KLVstreamfunc func);
 
-/* The function to call, on the calling thread and with no lock held, when a task has become unusable. Null: none. */
-KLV_API KLVrescode_t KLV_putexitfunc (KLVenv_t env, KLVexitfunc func, void *handle);
+// The function to call, on the calling thread and with no lock held, when a task has become unusable. Null: none.
+KLV_API KLVrescode_t KLV_putexitfunc (KLVenv_t env, KLVexitfunc func, void* handle);
 
 /* Symbolic name ("KLV_RES_...") and description of a response code; each buffer holds KLV_MAX_TEXT bytes, either
  * may be null. An unknown code gives a text that says so, and KLV_RES_VALUE_UNKNOWN. */
-KLV_API KLVrescode_t KLV_getcodedesc (int32_t code, char *symname, char *description);
+KLV_API KLVrescode_t KLV_getcodedesc (int32_t code, char* symname, char* description);
 
-/* Number of symbolic constants, and the length of the longest name without its terminator. */
-KLV_API KLVrescode_t KLV_getsymbcondim (KLVenv_t env, int32_t *count, size_t *longest);
+// Number of symbolic constants, and the length of the longest name without its terminator.
+KLV_API KLVrescode_t KLV_getsymbcondim (KLVenv_t env, int32_t* count, size_t* longest);
 
-/* Symbolic constant number index (0 ... count - 1); name holds capacity bytes. */
-KLV_API KLVrescode_t KLV_getsymbcon (KLVtask_t task, int32_t index, int32_t capacity, char *name, int32_t *value);
+// Symbolic constant number index (0 ... count - 1); name holds capacity bytes.
+KLV_API KLVrescode_t KLV_getsymbcon (KLVtask_t task, int32_t index, int32_t capacity, char* name,
+                                     int32_t* value);
 
-/* Answers 1 and writes the value as decimal text (KLV_MAX_TEXT bytes) when name is a symbolic constant, else 0. */
-KLV_API int32_t KLV_symnamtovalue (const char *name, char *value);
+// Answers 1 and writes the value as decimal text (KLV_MAX_TEXT bytes) when name is a symbolic constant, else 0.
+KLV_API int32_t KLV_symnamtovalue (const char* name, char* value);
 
-/* The symbolic constant that stands for a value of an integer parameter, or an empty text when it has none. */
-KLV_API KLVrescode_t KLV_iparvaltosymnam (KLVenv_t env, int32_t index, int32_t value, char *name);
+// The symbolic constant that stands for a value of an integer parameter, or an empty text when it has none.
+KLV_API KLVrescode_t KLV_iparvaltosymnam (KLVenv_t env, int32_t index, int32_t value, char* name);
 
-/* ---- Tasks, streams, callbacks -------------------------------------------------------------------------- */
+// ---- Tasks, streams, callbacks --------------------------------------------------------------------------
 
 /* Makes a task that holds an empty problem; the caller deletes it. On failure *task is null. */
-KLV_API KLVrescode_t KLV_makeemptytask (KLVenv_t env, KLVtask_t *task);
+KLV_API KLVrescode_t KLV_makeemptytask (KLVenv_t env, KLVtask_t* task);
 
-/* Deletes a task and sets *task to null. A null *task is no error. */
-KLV_API KLVrescode_t KLV_deletetask (KLVtask_t *task);
+// Deletes a task and sets *task to null. A null *task is no error.
+KLV_API KLVrescode_t KLV_deletetask (KLVtask_t* task);
 
-/* Links a function to a task stream (0 to 3), replacing the linked one; a null func unlinks. */
-KLV_API KLVrescode_t KLV_linkfunctotaskstream (KLVtask_t task, int32_t stream, void *handle, KLVstreamfunc func);
+// Links a function to a task stream (0 to 3), replacing the linked one; a null func unlinks.
+KLV_API KLVrescode_t KLV_linkfunctotaskstream (KLVtask_t task, int32_t stream, void* handle,
+                                               KLVstreamfunc func);
 
 /* Links a file to a task stream beside the linked function, replacing the linked one: append 0 writes it anew, 1 appends.
  * A null filename closes the linked file. A file that can't be opened: KLV_RES_FILE_OPEN, and the linked one stays; one
  * that can't be written later is closed with one warning. */
-KLV_API KLVrescode_t KLV_linkfiletotaskstream (KLVtask_t task, int32_t stream, const char *filename, int32_t append);
+KLV_API KLVrescode_t KLV_linkfiletotaskstream (KLVtask_t task, int32_t stream, const char* filename,
+                                               int32_t append);
 
-/* Sets the progress callback of a task; a null func removes it. */
-KLV_API KLVrescode_t KLV_putcallbackfunc (KLVtask_t task, KLVcallbackfunc func, void *handle);
+// Sets the progress callback of a task; a null func removes it.
+KLV_API KLVrescode_t KLV_putcallbackfunc (KLVtask_t task, KLVcallbackfunc func, void* handle);
 
 /* The last error of a task, whatever succeeded since: its code, the length of its message, and the message cut to
  * capacity - 1 bytes. Without an error *code is 0 and *length and message are left untouched. length may be null.
  * Terminations are no errors, nor is a call that was refused because the task was busy. */
-KLV_API KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t *code, int32_t capacity, int32_t *length, char *message);
+KLV_API KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, int32_t* length,
+                                       char* message);
 
-/* The server to solve on. This version has none: KLV_RES_NOT_AVAILABLE for a host that is not empty. */
-KLV_API KLVrescode_t KLV_putoptserverhost (KLVtask_t task, const char *host);
+// The server to solve on. This version has none: KLV_RES_NOT_AVAILABLE for a host that is not empty.
+KLV_API KLVrescode_t KLV_putoptserverhost (KLVtask_t task, const char* host);
 
-/* ---- Parameters and information ------------------------------------------------------------------------- */
+// ---- Parameters and information -------------------------------------------------------------------------
 
 /* Kind (KLVparamtype) and index of a parameter name; kind KLV_PAR_NONE when there is no such parameter. */
-KLV_API KLVrescode_t KLV_whichparam (KLVtask_t task, const char *name, int32_t *kind, int32_t *index);
+KLV_API KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* kind, int32_t* index);
 
-/* Name of parameter number index of a kind (KLVparamtype). */
-KLV_API KLVrescode_t KLV_getparamname (KLVtask_t task, int32_t kind, int32_t index, char *name);
+// Name of parameter number index of a kind (KLVparamtype).
+KLV_API KLVrescode_t KLV_getparamname (KLVtask_t task, int32_t kind, int32_t index, char* name);
 
 /* Sets a parameter: KLV_RES_PARAMETER_RANGE outside its range (NaN included), KLV_RES_PARAMETER_RESERVED for another value
  * than the default of a reserved one. The message names it. */
 KLV_API KLVrescode_t KLV_putdouparam (KLVtask_t task, int32_t index, double value);
 KLV_API KLVrescode_t KLV_putintparam (KLVtask_t task, int32_t index, int32_t value);
-KLV_API KLVrescode_t KLV_putstrparam (KLVtask_t task, int32_t index, const char *value);
-KLV_API KLVrescode_t KLV_putnaintparam (KLVtask_t task, const char *name, int32_t value);
+KLV_API KLVrescode_t KLV_putstrparam (KLVtask_t task, int32_t index, const char* value);
+KLV_API KLVrescode_t KLV_putnaintparam (KLVtask_t task, const char* name, int32_t value);
 
-KLV_API KLVrescode_t KLV_getdouparam (KLVtask_t task, int32_t index, double *value);
-KLV_API KLVrescode_t KLV_getintparam (KLVtask_t task, int32_t index, int32_t *value);
+KLV_API KLVrescode_t KLV_getdouparam (KLVtask_t task, int32_t index, double* value);
+KLV_API KLVrescode_t KLV_getintparam (KLVtask_t task, int32_t index, int32_t* value);
 
-/* The text of a string parameter cut to capacity - 1 bytes, and its length. With capacity 0 value may be null. */
-KLV_API KLVrescode_t KLV_getstrparam (KLVtask_t task, int32_t index, int32_t capacity, int32_t *length, char *value);
+// The text of a string parameter cut to capacity - 1 bytes, and its length. With capacity 0 value may be null.
+KLV_API KLVrescode_t KLV_getstrparam (KLVtask_t task, int32_t index, int32_t capacity, int32_t* length,
+                                      char* value);
 
-/* Name and value of information item number index; kind is a KLVinftype. */
-KLV_API KLVrescode_t KLV_getinfname (KLVtask_t task, int32_t kind, int32_t index, char *name);
-KLV_API KLVrescode_t KLV_getdouinf (KLVtask_t task, int32_t index, double *value);
-KLV_API KLVrescode_t KLV_getintinf (KLVtask_t task, int32_t index, int32_t *value);
+// Name and value of information item number index; kind is a KLVinftype.
+KLV_API KLVrescode_t KLV_getinfname (KLVtask_t task, int32_t kind, int32_t index, char* name);
+KLV_API KLVrescode_t KLV_getdouinf (KLVtask_t task, int32_t index, double* value);
+KLV_API KLVrescode_t KLV_getintinf (KLVtask_t task, int32_t index, int32_t* value);
 
-/* ---- Problem input ---------------------------------------------------------------------------------------- */
+// ---- Problem input ----------------------------------------------------------------------------------------
 
 /* Appends count items. New variables are continuous, free, without cost and entries; new constraints are free. */
 KLV_API KLVrescode_t KLV_appendvars (KLVtask_t task, int32_t count);
 KLV_API KLVrescode_t KLV_appendcons (KLVtask_t task, int32_t count);
 
-/* Appends affine expressions. This version holds none: KLV_RES_NOT_AVAILABLE for a count above 0. */
+// Appends affine expressions. This version holds none: KLV_RES_NOT_AVAILABLE for a count above 0.
 KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
 
-/* Makes room for entries of the constraint matrix; a hint that is never needed. */
+// Makes room for entries of the constraint matrix; a hint that is never needed.
 KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
 /* Operations of this section that are called very often, as KLV_putacol is, ask the progress callback now and then
@@ -342,159 +356,170 @@ KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
 /* Replaces column j of the constraint matrix: count entries, rows in any order, each row at most once, values
  * finite. Zeros are kept as entries. */
-KLV_API KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_t *rows, const double *values);
+KLV_API KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_t* rows,
+                                  const double* values);
 
 /* Bounds of the items first ... last - 1; the arrays hold last - first entries. A bound that its key says exists must not
  * be NaN; an infinite one on its own side means no bound, and the key becomes that of what is left; on the other side
  * KLV_RES_BOUND_BEYOND_INFINITY. Lower values above upper ones are accepted: such a problem is infeasible. The two values
  * of a fixed item (KLV_BK_FX) must be finite and equal, else KLV_RES_ARGUMENT. */
-KLV_API KLVrescode_t KLV_putvarboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t *keys,
-                                           const double *lower, const double *upper);
-KLV_API KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t *keys,
-                                           const double *lower, const double *upper);
+KLV_API KLVrescode_t KLV_putvarboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
+                                           const double* lower, const double* upper);
+KLV_API KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
+                                           const double* lower, const double* upper);
 
-/* Costs of the variables first ... last - 1, and the constant term of the objective; all finite. */
-KLV_API KLVrescode_t KLV_putcslice (KLVtask_t task, int32_t first, int32_t last, const double *costs);
+// Costs of the variables first ... last - 1, and the constant term of the objective; all finite.
+KLV_API KLVrescode_t KLV_putcslice (KLVtask_t task, int32_t first, int32_t last, const double* costs);
 KLV_API KLVrescode_t KLV_putcfix (KLVtask_t task, double constant);
 
 KLV_API KLVrescode_t KLV_putobjsense (KLVtask_t task, int32_t sense);
 KLV_API KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type);
 
-/* Names. Any text without a 0 byte is kept as it is; an empty name is no name. */
-KLV_API KLVrescode_t KLV_puttaskname (KLVtask_t task, const char *name);
-KLV_API KLVrescode_t KLV_putobjname (KLVtask_t task, const char *name);
-KLV_API KLVrescode_t KLV_putvarname (KLVtask_t task, int32_t j, const char *name);
-KLV_API KLVrescode_t KLV_putconname (KLVtask_t task, int32_t i, const char *name);
-KLV_API KLVrescode_t KLV_putconename (KLVtask_t task, int32_t k, const char *name);
-KLV_API KLVrescode_t KLV_putbarvarname (KLVtask_t task, int32_t j, const char *name);
-KLV_API KLVrescode_t KLV_putaccname (KLVtask_t task, int64_t k, const char *name);
+// Names. Any text without a 0 byte is kept as it is; an empty name is no name.
+KLV_API KLVrescode_t KLV_puttaskname (KLVtask_t task, const char* name);
+KLV_API KLVrescode_t KLV_putobjname (KLVtask_t task, const char* name);
+KLV_API KLVrescode_t KLV_putvarname (KLVtask_t task, int32_t j, const char* name);
+KLV_API KLVrescode_t KLV_putconname (KLVtask_t task, int32_t i, const char* name);
+KLV_API KLVrescode_t KLV_putconename (KLVtask_t task, int32_t k, const char* name);
+KLV_API KLVrescode_t KLV_putbarvarname (KLVtask_t task, int32_t j, const char* name);
+KLV_API KLVrescode_t KLV_putaccname (KLVtask_t task, int64_t k, const char* name);
 
-/* ---- Problem output --------------------------------------------------------------------------------------- */
+// ---- Problem output ---------------------------------------------------------------------------------------
 
 /* Counts. Cones, semidefinite variables, affine and disjunctive conic constraints and quadratic terms are 0 in this
  * version. */
-KLV_API KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t *count);
-KLV_API KLVrescode_t KLV_getnumcon (KLVtask_t task, int32_t *count);
-KLV_API KLVrescode_t KLV_getnumcone (KLVtask_t task, int32_t *count);
-KLV_API KLVrescode_t KLV_getnumbarvar (KLVtask_t task, int32_t *count);
-KLV_API KLVrescode_t KLV_getnumintvar (KLVtask_t task, int32_t *count);
-KLV_API KLVrescode_t KLV_getnumanz (KLVtask_t task, int64_t *count);
-KLV_API KLVrescode_t KLV_getnumqobjnz (KLVtask_t task, int64_t *count);
-KLV_API KLVrescode_t KLV_getnumqconknz (KLVtask_t task, int32_t i, int64_t *count);
-KLV_API KLVrescode_t KLV_getnumacc (KLVtask_t task, int64_t *count);
-KLV_API KLVrescode_t KLV_getaccntot (KLVtask_t task, int64_t *count);
-KLV_API KLVrescode_t KLV_getnumdjc (KLVtask_t task, int64_t *count);
-KLV_API KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t *length);
+KLV_API KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t* count);
+KLV_API KLVrescode_t KLV_getnumcon (KLVtask_t task, int32_t* count);
+KLV_API KLVrescode_t KLV_getnumcone (KLVtask_t task, int32_t* count);
+KLV_API KLVrescode_t KLV_getnumbarvar (KLVtask_t task, int32_t* count);
+KLV_API KLVrescode_t KLV_getnumintvar (KLVtask_t task, int32_t* count);
+KLV_API KLVrescode_t KLV_getnumanz (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getnumqobjnz (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getnumqconknz (KLVtask_t task, int32_t i, int64_t* count);
+KLV_API KLVrescode_t KLV_getnumacc (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getaccntot (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getnumdjc (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t* length);
 
-/* Costs of all variables, in an array of as many entries. */
-KLV_API KLVrescode_t KLV_getc (KLVtask_t task, double *costs);
-KLV_API KLVrescode_t KLV_getcfix (KLVtask_t task, double *constant);
+// Costs of all variables, in an array of as many entries.
+KLV_API KLVrescode_t KLV_getc (KLVtask_t task, double* costs);
+KLV_API KLVrescode_t KLV_getcfix (KLVtask_t task, double* constant);
 
 /* Column j of the constraint matrix, in the order in which it was put. The arrays must hold as many entries as the column has:
  * at most one a constraint. */
-KLV_API KLVrescode_t KLV_getacol (KLVtask_t task, int32_t j, int32_t *count, int32_t *rows, double *values);
+KLV_API KLVrescode_t KLV_getacol (KLVtask_t task, int32_t j, int32_t* count, int32_t* rows, double* values);
 
-/* Quadratic terms of the objective and of constraint i; room is the size of the arrays. */
-KLV_API KLVrescode_t KLV_getqobj (KLVtask_t task, int64_t room, int64_t *count, int32_t *rows, int32_t *columns,
-                                  double *values);
-KLV_API KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t room, int64_t *count, int32_t *rows,
-                                   int32_t *columns, double *values);
+// Quadratic terms of the objective and of constraint i; room is the size of the arrays.
+KLV_API KLVrescode_t KLV_getqobj (KLVtask_t task, int64_t room, int64_t* count, int32_t* rows,
+                                  int32_t* columns, double* values);
+KLV_API KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t room, int64_t* count, int32_t* rows,
+                                   int32_t* columns, double* values);
 
-/* Bound key and values of one item; the value of an absent bound is -1e30 below and 0 above. */
-KLV_API KLVrescode_t KLV_getvarbound (KLVtask_t task, int32_t j, int32_t *key, double *lower, double *upper);
-KLV_API KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t *key, double *lower, double *upper);
+// Bound key and values of one item; the value of an absent bound is -1e30 below and 0 above.
+KLV_API KLVrescode_t KLV_getvarbound (KLVtask_t task, int32_t j, int32_t* key, double* lower, double* upper);
+KLV_API KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t* key, double* lower, double* upper);
 
-KLV_API KLVrescode_t KLV_getvartype (KLVtask_t task, int32_t j, int32_t *type);
-KLV_API KLVrescode_t KLV_getobjsense (KLVtask_t task, int32_t *sense);
+KLV_API KLVrescode_t KLV_getvartype (KLVtask_t task, int32_t j, int32_t* type);
+KLV_API KLVrescode_t KLV_getobjsense (KLVtask_t task, int32_t* sense);
 
-/* Lengths of names without terminator. The longest of all names of variables, constraints and other items. */
-KLV_API KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t *length);
-KLV_API KLVrescode_t KLV_getobjnamelen (KLVtask_t task, int32_t *length);
-KLV_API KLVrescode_t KLV_getmaxnamelen (KLVtask_t task, int32_t *length);
+// Lengths of names without terminator. The longest of all names of variables, constraints and other items.
+KLV_API KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t* length);
+KLV_API KLVrescode_t KLV_getobjnamelen (KLVtask_t task, int32_t* length);
+KLV_API KLVrescode_t KLV_getmaxnamelen (KLVtask_t task, int32_t* length);
 
-/* Names into a buffer of size bytes; KLV_RES_BUFFER_TOO_SMALL, with the buffer cut and terminated, where one does not fit. */
-KLV_API KLVrescode_t KLV_gettaskname (KLVtask_t task, int32_t size, char *name);
-KLV_API KLVrescode_t KLV_getobjname (KLVtask_t task, int32_t size, char *name);
-KLV_API KLVrescode_t KLV_getvarname (KLVtask_t task, int32_t j, int32_t size, char *name);
-KLV_API KLVrescode_t KLV_getconname (KLVtask_t task, int32_t i, int32_t size, char *name);
-KLV_API KLVrescode_t KLV_getconename (KLVtask_t task, int32_t k, int32_t size, char *name);
-KLV_API KLVrescode_t KLV_getbarvarname (KLVtask_t task, int32_t j, int32_t size, char *name);
-KLV_API KLVrescode_t KLV_getaccname (KLVtask_t task, int64_t k, int32_t size, char *name);
+// Names into a buffer of size bytes; KLV_RES_BUFFER_TOO_SMALL, with the buffer cut and terminated, where one does not fit.
+KLV_API KLVrescode_t KLV_gettaskname (KLVtask_t task, int32_t size, char* name);
+KLV_API KLVrescode_t KLV_getobjname (KLVtask_t task, int32_t size, char* name);
+KLV_API KLVrescode_t KLV_getvarname (KLVtask_t task, int32_t j, int32_t size, char* name);
+KLV_API KLVrescode_t KLV_getconname (KLVtask_t task, int32_t i, int32_t size, char* name);
+KLV_API KLVrescode_t KLV_getconename (KLVtask_t task, int32_t k, int32_t size, char* name);
+KLV_API KLVrescode_t KLV_getbarvarname (KLVtask_t task, int32_t j, int32_t size, char* name);
+KLV_API KLVrescode_t KLV_getaccname (KLVtask_t task, int64_t k, int32_t size, char* name);
 
-/* ---- Files and analysis ----------------------------------------------------------------------------------- */
+// ---- Files and analysis -----------------------------------------------------------------------------------
 
 /* Reads a problem file into an empty task: filename, or the string parameter KLV_SPAR_DATA_FILE when it is null.
  * A fault is reported on the error stream with its line; the task then holds an empty problem. */
-KLV_API KLVrescode_t KLV_readdata (KLVtask_t task, const char *filename);
+KLV_API KLVrescode_t KLV_readdata (KLVtask_t task, const char* filename);
 
 /* Writes the problem to a file, in the format that its extension or the file-format parameter names. On any failure the file
  * that was there before is as it was. */
-KLV_API KLVrescode_t KLV_writedata (KLVtask_t task, const char *filename);
+KLV_API KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename);
 
-/* Prints a short summary of the problem, or its analysis (kinds of bounds, density, coefficient ranges), on a stream. */
+// Prints a short summary of the problem, or its analysis (kinds of bounds, density, coefficient ranges), on a stream.
 KLV_API KLVrescode_t KLV_readsummary (KLVtask_t task, int32_t stream);
 KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
 
-/* ---- Optimisation ----------------------------------------------------------------------------------------- */
+// ---- Optimisation -----------------------------------------------------------------------------------------
 
 /* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops give
  * their termination code. The solutions of an earlier run are gone. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
-/* Brings the problem into conic form. A linear problem already is. */
+// Brings the problem into conic form. A linear problem already is.
 KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
 
-/* Repairs an infeasible problem. This version can't: KLV_RES_NOT_AVAILABLE. Weights: one a bound, or null. */
-KLV_API KLVrescode_t KLV_primalrepair (KLVtask_t task, const double *wlc, const double *wuc, const double *wlx,
-                                       const double *wux);
+// Repairs an infeasible problem. This version can't: KLV_RES_NOT_AVAILABLE. Weights: one a bound, or null.
+KLV_API KLVrescode_t KLV_primalrepair (KLVtask_t task, const double* wlc, const double* wuc,
+                                       const double* wlx, const double* wux);
 
-/* Print what was found, and how, on a stream. */
+// Print what was found, and how, on a stream.
 KLV_API KLVrescode_t KLV_solutionsummary (KLVtask_t task, int32_t stream);
 KLV_API KLVrescode_t KLV_optimizersummary (KLVtask_t task, int32_t stream);
 
-/* ---- Solutions -------------------------------------------------------------------------------------------- */
+// ---- Solutions --------------------------------------------------------------------------------------------
 /* which is a KLVsoltype. A solution that is not defined: KLV_RES_SOLUTION_UNDEFINED. Dual signs, minimising:
  * y = slc - suc, c - A'y = slx - sux (+ snx), slc, suc, slx, sux >= 0; maximising, all signs are reversed. */
 
 /* *defined is 1 when the task holds that solution, else 0. */
-KLV_API KLVrescode_t KLV_solutiondef (KLVtask_t task, int32_t which, int32_t *defined);
+KLV_API KLVrescode_t KLV_solutiondef (KLVtask_t task, int32_t which, int32_t* defined);
 
-KLV_API KLVrescode_t KLV_getprosta (KLVtask_t task, int32_t which, int32_t *status);
-KLV_API KLVrescode_t KLV_getsolsta (KLVtask_t task, int32_t which, int32_t *status);
+KLV_API KLVrescode_t KLV_getprosta (KLVtask_t task, int32_t which, int32_t* status);
+KLV_API KLVrescode_t KLV_getsolsta (KLVtask_t task, int32_t which, int32_t* status);
 
-/* c'x plus the constant, and the bound on it that the duals prove. */
-KLV_API KLVrescode_t KLV_getprimalobj (KLVtask_t task, int32_t which, double *value);
-KLV_API KLVrescode_t KLV_getdualobj (KLVtask_t task, int32_t which, double *value);
+// c'x plus the constant, and the bound on it that the duals prove.
+KLV_API KLVrescode_t KLV_getprimalobj (KLVtask_t task, int32_t which, double* value);
+KLV_API KLVrescode_t KLV_getdualobj (KLVtask_t task, int32_t which, double* value);
 
 /* Slices [first, last) over constraints (skc, xc, y, slc, suc) or variables (skx, xx, slx, sux, snx), into arrays of
  * last - first entries. The integer solution has no duals: KLV_RES_SOLUTION_UNDEFINED. */
-KLV_API KLVrescode_t KLV_getskcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int32_t *keys);
-KLV_API KLVrescode_t KLV_getskxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int32_t *keys);
-KLV_API KLVrescode_t KLV_getxcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getxxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getyslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getslcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getsucslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getslxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getsuxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
-KLV_API KLVrescode_t KLV_getsnxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double *values);
+KLV_API KLVrescode_t KLV_getskcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      int32_t* keys);
+KLV_API KLVrescode_t KLV_getskxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      int32_t* keys);
+KLV_API KLVrescode_t KLV_getxcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                     double* values);
+KLV_API KLVrescode_t KLV_getxxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                     double* values);
+KLV_API KLVrescode_t KLV_getyslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                    double* values);
+KLV_API KLVrescode_t KLV_getslcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      double* values);
+KLV_API KLVrescode_t KLV_getsucslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      double* values);
+KLV_API KLVrescode_t KLV_getslxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      double* values);
+KLV_API KLVrescode_t KLV_getsuxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      double* values);
+KLV_API KLVrescode_t KLV_getsnxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                      double* values);
 
 /* Keys of all cones; values of the semidefinite variables first ... last - 1 (length doubles in all); duals of all affine
  * conic constraints. This version has no such items: nothing is written. */
-KLV_API KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t *keys);
-KLV_API KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int64_t length,
-                                       double *values);
-KLV_API KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int64_t length,
-                                       double *values);
-KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double *values);
+KLV_API KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t* keys);
+KLV_API KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                       int64_t length, double* values);
+KLV_API KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
+                                       int64_t length, double* values);
+KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* values);
 
-/* Texts of statuses and keys (KLV_MAX_TEXT bytes); KLV_RES_VALUE_UNKNOWN and an empty text for another number. */
-KLV_API KLVrescode_t KLV_prostatostr (KLVtask_t task, int32_t status, char *text);
-KLV_API KLVrescode_t KLV_solstatostr (KLVtask_t task, int32_t status, char *text);
-KLV_API KLVrescode_t KLV_sktostr (KLVtask_t task, int32_t key, char *text);
+// Texts of statuses and keys (KLV_MAX_TEXT bytes); KLV_RES_VALUE_UNKNOWN and an empty text for another number.
+KLV_API KLVrescode_t KLV_prostatostr (KLVtask_t task, int32_t status, char* text);
+KLV_API KLVrescode_t KLV_solstatostr (KLVtask_t task, int32_t status, char* text);
+KLV_API KLVrescode_t KLV_sktostr (KLVtask_t task, int32_t key, char* text);
 
-/* The key whose text, or the first two characters of whose text, is given; else KLV_RES_STATUS_KEY_UNKNOWN. */
-KLV_API KLVrescode_t KLV_strtosk (KLVtask_t task, const char *text, int32_t *key);
+// The key whose text, or the first two characters of whose text, is given; else KLV_RES_STATUS_KEY_UNKNOWN.
+KLV_API KLVrescode_t KLV_strtosk (KLVtask_t task, const char* text, int32_t* key);
 
 #ifdef __cplusplus
 }
