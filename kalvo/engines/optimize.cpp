@@ -517,7 +517,8 @@ KLVrescode_t Optimization::solve_by_interior_point ()
         start->reduced_cost = reduced_costs (*problem_, start->y);
     }
     Answer basic = attempt (Method::dual_simplex, std::move (start));
-    if (certified (basic))
+    // An interior point that is no proof stands back behind a basic solution that is one.
+    if (certified (basic) || (basic.proved && !interior.proved))
         return store (std::move (basic), slots (), KLV_OPTIMIZER_DUAL_SIMPLEX);
     const bool proved = interior.proved;
     if (interior.solution)
