@@ -1,9 +1,7 @@
 #include "callbacks/handle.h"
 
-#include <utility>
-
-#include "gateway/console.h"
 #include "gateway/text.h"
+#include "input/refuse.h"
 #include "params/information.h"
 
 namespace {
@@ -17,31 +15,18 @@ struct CallbackFields {
 constexpr CallbackFields iteration_fields = {"iter", "callback.iter", "iterhandle", "callback.iterhandle"};
 constexpr CallbackFields log_fields = {"log", "callback.log", "loghandle", "callback.loghandle"};
 
-KLVrescode_t refuse (const char* path)
-{
-    mx_error (KLV_RES_ARGUMENT, path);
-    return KLV_RES_ARGUMENT;
-}
-
-host::Memory<char> copy_name (const mxArray* name)
-{
-    char* text = nullptr;
-    const int complete = getstring (name, &text);
-    host::Memory<char> copy (text);
-    return complete ? std::move (copy) : nullptr;
-}
-
 KLVrescode_t bind (const mxArray* record, const CallbackFields& fields, CallbackHandle& handle)
 {
     const mxArray* function = mxGetField (record, 0, fields.function);
     if (function == nullptr || !mxIsChar (function))
         return KLV_RES_OK;
-    handle.function = copy_name (function);
-    const KLVrescode_t code = handle.function ? KLV_RES_OK : refuse (fields.function_path);
+    handle.function = copy_text (function);
+    const KLVrescode_t code =
+        handle.function ? KLV_RES_OK : refuse (KLV_RES_ARGUMENT, "%s", fields.function_path);
 
     const mxArray* object = mxGetField (record, 0, fields.object);
     if (object == nullptr)
-        return refuse (fields.object_path);
+        return refuse (KLV_RES_ARGUMENT, "%s", fields.object_path);
     handle.object.reset (mxDuplicateArray (object));
     if (code == KLV_RES_OK && !handle.object)
         return KLV_RES_OUT_OF_MEMORY;
@@ -56,7 +41,7 @@ KLVrescode_t makehandle (KLVtask_t task, const mxArray* record, CallbackHandle& 
     if (record == nullptr || mxIsEmpty (record))
         return KLV_RES_OK;
     if (!mxIsStruct (record))
-        return refuse ("callback");
+        return refuse (KLV_RES_ARGUMENT, "callback");
     if (kind == CallbackKind::log)
         return bind (record, log_fields, handle);
     const KLVrescode_t code = getinfo (task, handle.info);

@@ -9,20 +9,14 @@
 #include "gateway/text.h"
 #include "input/arrays.h"
 #include "input/problem.h"
+#include "input/refuse.h"
 #include "output/solution.h"
 #include "params/parameters.h"
 #include "sensitivity/primal_repair.h"
 
 namespace {
 
-KLVrescode_t refuse_input (const char* path)
-{
-    mx_error (KLV_RES_ARGUMENT, path);
-    return KLV_RES_ARGUMENT;
-}
-
-// ---- Set-up
-// -------------------------------------------------------------------------------------------------
+// ---- Set-up ----
 
 KLVrescode_t create_return_code (Request& request)
 {
@@ -39,10 +33,8 @@ KLVrescode_t read_command (Request& request)
         return KLV_RES_OK;
     if (!mxIsChar (input))
         return KLV_RES_ARGUMENT;
-    char* copied = nullptr;
-    const int complete = getstring (input, &copied);
-    const host::Memory<char> command (copied);
-    if (!complete)
+    const host::Memory<char> command = copy_text (input);
+    if (!command)
         return KLV_RES_OUT_OF_MEMORY;
     CommandText argument = "", message = "";
     const KLVrescode_t code = executecmd (command.get (), request.options, argument, message);
@@ -99,14 +91,12 @@ KLVrescode_t put_server (Request& request)
     if (!is_given (server))
         return KLV_RES_OK;
     if (!mxIsStruct (server))
-        return refuse_input ("optserver");
+        return refuse (KLV_RES_ARGUMENT, "optserver");
     const mxArray* field = mxGetField (server, 0, "host");
     if (field == nullptr || !mxIsChar (field))
-        return refuse_input ("optserver.host");
-    char* copied = nullptr;
-    const int complete = getstring (field, &copied);
-    const host::Memory<char> host (copied);
-    return complete ? KLV_putoptserverhost (request.task.get (), host.get ()) : KLV_RES_OK;
+        return refuse (KLV_RES_ARGUMENT, "optserver.host");
+    const host::Memory<char> host = copy_text (field);
+    return host ? KLV_putoptserverhost (request.task.get (), host.get ()) : KLV_RES_OK;
 }
 
 KLVrescode_t install_callbacks (Request& request)
@@ -152,8 +142,7 @@ void set_up (Request& request)
     request.then (hold_result_place);
 }
 
-// ---- Work
-// ---------------------------------------------------------------------------------------------------
+// ---- Work ----
 
 KLVrescode_t load_problem (Request& request)
 {
@@ -226,8 +215,7 @@ void work (Request& request)
     request.then (optimize);
 }
 
-// ---- End
-// ----------------------------------------------------------------------------------------------------
+// ---- End ----
 
 struct CodeTexts {
     explicit CodeTexts (KLVrescode_t code) { KLV_getcodedesc (code, name, description); }

@@ -7,6 +7,7 @@
 #include "gateway/console.h"
 #include "host/holders.h"
 #include "input/arrays.h"
+#include "input/refuse.h"
 
 namespace {
 
@@ -72,10 +73,8 @@ KLVrescode_t link_first_stream (Request& request)
     const mxArray* callback = request.input (4);
     if (!is_given (callback))
         return KLV_linkfunctotaskstream (request.task.get (), KLV_STREAM_ALL, nullptr, logprint);
-    if (!mxIsStruct (callback)) {
-        mx_error (KLV_RES_ARGUMENT, "callback");
-        return KLV_RES_ARGUMENT;
-    }
+    if (!mxIsStruct (callback))
+        return refuse (KLV_RES_ARGUMENT, "callback");
     if (mxGetField (callback, 0, "log") == nullptr)
         return KLV_RES_OK;
     const KLVrescode_t code = makehandle (nullptr, callback, request.log_handle, CallbackKind::log);

@@ -1,7 +1,5 @@
 #include "gateway/text.h"
 
-#include "host/holders.h"
-
 int getstring (const mxArray* array, char** text)
 {
     *text = nullptr;
@@ -11,4 +9,14 @@ int getstring (const mxArray* array, char** text)
         3 * mxGetNumberOfElements (array) + 1;    // a 16-bit character takes up to 3 bytes
     *text = host::allocate<char> (size).release ();
     return *text != nullptr && mxGetString (array, *text, static_cast<mwSize> (size)) == 0;
+}
+
+host::Memory<char> copy_text (const mxArray* array)
+{
+    char* text = nullptr;
+    const int complete = getstring (array, &text);
+    host::Memory<char> copy (text);
+    if (!complete)
+        copy.reset ();
+    return copy;
 }

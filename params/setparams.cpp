@@ -45,10 +45,8 @@ KLVrescode_t put_integer (KLVtask_t task, const Field& field, std::int32_t value
 
 KLVrescode_t set_integer_by_symbol (std::int32_t echo, KLVtask_t task, const Field& field)
 {
-    char* copied = nullptr;
-    const int complete = getstring (field.value, &copied);
-    const host::Memory<char> symbol (copied);
-    if (!complete)
+    const host::Memory<char> symbol = copy_text (field.value);
+    if (!symbol)
         return KLV_RES_OUT_OF_MEMORY;
     char value[KLV_MAX_TEXT] = "";
     if (!KLV_symnamtovalue (symbol.get (), value))

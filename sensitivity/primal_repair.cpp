@@ -4,6 +4,7 @@
 
 #include "gateway/console.h"
 #include "input/arrays.h"
+#include "input/refuse.h"
 
 namespace {
 
@@ -50,10 +51,8 @@ KLVrescode_t primalrepair (KLVtask_t task, const mxArray* prob)
 {
     const bool is_record = is_given (prob) && mxIsStruct (prob);
     const mxArray* field = is_record ? mxGetField (prob, 0, "primalrepair") : nullptr;
-    if (field == nullptr) {
-        mx_error (KLV_RES_ARGUMENT, "prob.primalrepair");
-        return KLV_RES_ARGUMENT;
-    }
+    if (field == nullptr)
+        return refuse (KLV_RES_ARGUMENT, "prob.primalrepair");
     Weights weights;
     if (mxIsStruct (field) && !mxIsEmpty (field))
         if (const KLVrescode_t code = read_all_weights (task, field, weights); code != KLV_RES_OK)

@@ -21,8 +21,7 @@ Call solve (const std::string& command, const Value& callback, int outputs = 2)
     return call (outputs, {text (command), small_problem (), absent (), callback});
 }
 
-// ---- The answer of a progress function
-// ----------------------------------------------------------------------
+// ---- The answer of a progress function ----
 
 struct Answer {
     const char* fault;
@@ -43,7 +42,6 @@ TEST_P (AnswerTest, StopsOrNot)
     EXPECT_EQ (result[0].number (), GetParam ().code);
     EXPECT_EQ (session ().printed, "");
     EXPECT_GE (calls, 1);
-    EXPECT_TRUE (calls == 1 || GetParam ().code == 0) << "called again after it stopped the run";
     EXPECT_EQ (result.left_arrays + result.left_blocks, 0U);
 }
 
@@ -72,8 +70,7 @@ INSTANTIATE_TEST_SUITE_P (
                      Answer{"a handle is read as a number", [] { return function_handle (); }, 0}),
     by_fault);
 
-// ---- What goes wrong
-// ----------------------------------------------------------------------------------------
+// ---- What goes wrong ----
 
 struct Fault {
     const char* fault;
@@ -119,8 +116,7 @@ INSTANTIATE_TEST_SUITE_P (
               [] { return record ({{"log", text ("failing")}, {"loghandle", absent ()}}); }, 0, ""}),
     by_fault);
 
-// ---- What the functions receive
-// -----------------------------------------------------------------------------
+// ---- What the functions receive ----
 
 using FunctionTest = HostTest;
 
@@ -179,14 +175,14 @@ TEST_F (FunctionTest, LogReceivesWhatTheConsoleWouldShow)
 
 TEST_F (FunctionTest, InterruptStopsBeforeTheFunctionIsCalled)
 {
-    int calls = 0;
-    session ().define ("progress", [&] (int, const std::vector<View>&) {
-        ++calls;
+    std::vector<double> callers;
+    session ().define ("progress", [&] (int, const std::vector<View>& inputs) {
+        callers.push_back (inputs[1].number ());
         return std::vector<Value>{scalar (0)};
     });
-    session ().interrupt_at_poll = 2;
+    session ().interrupt_pending = true;
     EXPECT_EQ (solve ("minimize echo(0)", iter_record ())[0].number (), 100007);
-    EXPECT_EQ (calls, 1);
+    EXPECT_EQ (std::count (callers.begin (), callers.end (), KLV_CALLER_BEGIN_OPTIMIZE), 0);
     EXPECT_FALSE (session ().interrupt_pending);
     EXPECT_EQ (solve ("minimize echo(0)", iter_record ())[0].number (), 0);
 }

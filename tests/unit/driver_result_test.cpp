@@ -1,5 +1,9 @@
 // The result record: which fields it has, in which order, and what the codes say.
 
+#include <fstream>
+#include <iterator>
+
+#include "tests/support/problem_file.h"
 #include "tests/unit/gateway_call.h"
 
 namespace {
@@ -107,5 +111,56 @@ INSTANTIATE_TEST_SUITE_P (
                      Outputs{"a missing record", 2, "minimize", true, true},
                      Outputs{"a record after a failed set-up", 2, "bogus", true, false}),
     by_fault);
+
+// ---- Files, senses and servers reach the library ----
+
+TEST_F (ResultTest, SenseIsWhatTheCommandSays)
+{
+    for (const auto& [command, sense] :
+         {std::pair ("prob", "minimize"), std::pair ("prob min", "minimize"),
+          std::pair ("prob max", "maximize"), std::pair ("prob minimize", "minimize")}) {
+        const Call result = call (2, {text (std::string ("echo(0) ") + command), small_problem ()});
+        EXPECT_EQ (result[1]["prob"]["objsense"].text (), sense) << command;
+    }
+}
+
+TEST_F (ResultTest, ProblemThatWasWrittenIsReadBack)
+{
+    const files::Folder folder;
+    const std::string file = "(" + (folder / "small problem.mps") + ")";
+    EXPECT_EQ (call (1, {text ("echo(0) max write" + file), small_problem ()})[0].number (), 0);
+    // What is read counts, not the record; its sense stays unless the command has another.
+    const Call kept = call (2, {text ("echo(0) read" + file), scalar (5)});
+    EXPECT_EQ (kept[0].number (), 0);
+    EXPECT_EQ (kept[1]["prob"]["objsense"].text (), "maximize");
+    const Call solved = call (2, {text ("echo(0) minimize read" + file)});
+    EXPECT_NEAR (solved[1]["sol"]["bas"]["pobjval"].number (), 3, 1e-6);
+}
+
+TEST_F (ResultTest, LogFileReceivesEverythingAtAnyLevel)
+{
+    const files::Folder folder;
+    const std::string path = folder / "kalvo.log";
+    EXPECT_EQ (call (1, {text ("echo(0) minimize log(" + path + ")"), small_problem ()})[0].number (), 0);
+    EXPECT_EQ (session ().printed, "");
+    std::ifstream log (path);
+    const std::string content{std::istreambuf_iterator<char> (log), {}};
+    EXPECT_NE (content.find ("primal objective"), std::string::npos) << content;
+
+    const Call refused = call (2, {text ("echo(0) log(/no/such/folder/kalvo.log)"), small_problem ()});
+    EXPECT_EQ (refused[0].number (), KLV_RES_FILE_OPEN);
+    EXPECT_FALSE (refused[1]);
+    EXPECT_TRUE (session ().printed.ends_with (set_up_line (KLV_RES_FILE_OPEN))) << session ().printed;
+}
+
+TEST_F (ResultTest, ServerIsAskedOfTheLibrary)
+{
+    const auto code = [] (const char* host) {
+        return call (1, {absent (), absent (), absent (), absent (), record ({{"host", text (host)}})})[0]
+            .number ();
+    };
+    EXPECT_EQ (code (""), 0);
+    EXPECT_EQ (code ("solver.example"), KLV_RES_NOT_AVAILABLE);
+}
 
 }
