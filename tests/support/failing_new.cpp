@@ -30,6 +30,8 @@ static void* allocate (std::size_t size, std::size_t alignment)
         state = State::failed;
         throw std::bad_alloc ();
     }
+    if (size > std::size_t{1} << 40)    // a sanitizer ends the program instead
+        throw std::bad_alloc ();
     const std::size_t whole = (size + alignment - 1) / alignment * alignment;
     if (void* memory = std::aligned_alloc (alignment, whole > 0 ? whole : alignment))
         return memory;
