@@ -108,80 +108,45 @@ std::vector<std::string> seeds ()
 
 // ---- Mutations
 
-const std::vector<std::string> types{"N", "L", "G", "E", "UP", "LO", "FX", "FR", "MI", "PL", "BV"};
-const std::vector<std::string> good_numbers{"0",
-                                            "-0",
-                                            "1e19",
-                                            "-1",
-                                            "5e-324",
-                                            "inf",
-                                            "-1e30",
-                                            "0.1",
-                                            "-0.3333333333333333",
-                                            "123456789.12345678",
-                                            "1d5",
-                                            "+2",
-                                            "3.00000000000000022204",
-                                            "1e300"};
-const std::vector<std::string> odd_names{
-    "5",      "-1e5",     "RHS",  "BND", "*",  "$",   "'INTORG'", "MAX",
-    "ENDATA", "\xC3\xA9", "\xFF", "C1",  "R1", "OBJ", "M1",       "name_of_more_than_eight_bytes"};
-const std::vector<std::string> numbers{"0",
-                                       "-0",
-                                       "1e308",
-                                       "-1e308",
-                                       "1e309",
-                                       "5e-324",
-                                       "1e-330",
-                                       "inf",
-                                       "-Infinity",
-                                       "nan",
-                                       "1e20",
-                                       "-1e30",
-                                       "0.1",
-                                       "1.7976931348623157e308",
-                                       "12345678901234567890",
-                                       "3.00000000000000022204",
-                                       "1d5",
-                                       "+2",
-                                       "+-2",
-                                       "0x10",
-                                       ".",
-                                       "-",
-                                       "1e",
-                                       "1,5",
-                                       "2147483648"};
-const std::vector<std::string> words{
-    "N",        "L",        "G",        "E",        "X",   "UP",      "LO",      "FX",
-    "FR",       "MI",       "PL",       "BV",       "LI",  "UI",      "SC",      "up",
-    "'MARKER'", "'INTORG'", "'INTEND'", "'SOSORG'", "RHS", "ROWS",    "COLUMNS", "RANGES",
-    "BOUNDS",   "ENDATA",   "OBJSENSE", "MAX",      "MIN", "QUADOBJ", "SOS",     "INDICATORS",
-    "BND",      "$",        "*",        "x",        "cost"};
+std::vector<std::string> lines_of (const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream (text);
+    for (std::string line; std::getline (stream, line);)
+        lines.push_back (line);
+    return lines;
+}
+
+std::vector<std::string> words_of (const std::string& line)
+{
+    std::vector<std::string> found;
+    std::istringstream stream (line);
+    for (std::string word; stream >> word;)
+        found.push_back (word);
+    return found;
+}
+
+const std::vector<std::string> types = words_of ("N L G E UP LO FX FR MI PL BV");
+const std::vector<std::string> good_numbers =
+    words_of ("0 -0 1e19 -1 5e-324 inf -1e30 0.1 -0.3333333333333333 123456789.12345678 1d5 +2 "
+              "3.00000000000000022204 1e300");
+const std::vector<std::string> odd_names =
+    words_of ("5 -1e5 RHS BND * $ 'INTORG' MAX ENDATA \xC3\xA9 \xFF C1 R1 OBJ M1 "
+              "name_of_more_than_eight_bytes");
+const std::vector<std::string> numbers =
+    words_of ("0 -0 1e308 -1e308 1e309 5e-324 1e-330 inf -Infinity nan 1e20 -1e30 0.1 "
+              "1.7976931348623157e308 12345678901234567890 3.00000000000000022204 1d5 +2 +-2 0x10 . "
+              "- 1e 1,5 2147483648");
+const std::vector<std::string> words =
+    words_of ("N L G E X UP LO FX FR MI PL BV LI UI SC up 'MARKER' 'INTORG' 'INTEND' 'SOSORG' RHS "
+              "ROWS COLUMNS RANGES BOUNDS ENDATA OBJSENSE MAX MIN QUADOBJ SOS INDICATORS BND $ * x "
+              "cost");
 const std::vector<std::string> endings{"x", "0", "9",        " ", "  x", "\t",
                                        "$", "'", "\xC3\xA9", "-", "e5",  "longer_than_eight"};
-const std::vector<std::string> extra_lines{"",
-                                           "   ",
-                                           "* comment",
-                                           "ENDATA",
-                                           "ROWS",
-                                           "RHS",
-                                           "RANGES",
-                                           "BOUNDS",
-                                           "OBJSENSE MAX",
-                                           "OBJSENSE",
-                                           "    MAX",
-                                           "    M 'MARKER' 'INTORG'",
-                                           "    M 'MARKER' 'INTEND'",
-                                           " N free",
-                                           " E balance",
-                                           " UP BND x -5",
-                                           " FR BND y",
-                                           "    RHS limit 7",
-                                           "    RNG balance -3",
-                                           "QSECTION",
-                                           "\x1a",
-                                           "    x cost 1",
-                                           " BV b"};
+const std::vector<std::string> extra_lines = lines_of (
+    "\n   \n* comment\nENDATA\nROWS\nRHS\nRANGES\nBOUNDS\n"
+    "OBJSENSE MAX\nOBJSENSE\n    MAX\n    M 'MARKER' 'INTORG'\n    M 'MARKER' 'INTEND'\n N free\n E balance\n"
+    " UP BND x -5\n FR BND y\n    RHS limit 7\n    RNG balance -3\nQSECTION\n\x1a\n    x cost 1\n BV b");
 
 class Mutator {
 public:
@@ -191,7 +156,7 @@ public:
 
     std::string mutate (const std::string& text)
     {
-        std::vector<std::string> lines = split (text);
+        std::vector<std::string> lines = lines_of (text);
         for (std::size_t times = below (5); times > 0; --times)
             change_meaning (lines);
         for (std::size_t times = below (4) == 0 ? 0 : 1 + below (2); times > 0; --times)
@@ -205,15 +170,6 @@ public:
     }
 
 private:
-    static std::vector<std::string> split (const std::string& text)
-    {
-        std::vector<std::string> lines;
-        std::istringstream stream (text);
-        for (std::string line; std::getline (stream, line);)
-            lines.push_back (line);
-        return lines;
-    }
-
     const std::string& any (const std::vector<std::string>& of) { return of[below (of.size ())]; }
 
     // A change after which most files can still be read: a name everywhere, a number, a type of row or bound.
@@ -328,15 +284,6 @@ private:
         if (word.size () < end - begin)
             word.resize (end - begin, ' ');
         line.replace (begin, end - begin, word);
-    }
-
-    static std::vector<std::string> words_of (const std::string& line)
-    {
-        std::vector<std::string> found;
-        std::istringstream stream (line);
-        for (std::string word; stream >> word;)
-            found.push_back (word);
-        return found;
     }
 
     void mutate_bytes (std::string& text)
