@@ -412,6 +412,8 @@ void MpsReader::column_line (const MpsFields& fields)
         return marker_line (fields.item[1]);
     if (column_ < 0 || column_names_[column_] != fields.name)
         begin_column (fields.name);
+    row_names_.prefetch (fields.item[0]);
+    row_names_.prefetch (fields.item[1]);
     put_entry (fields.item[0], parse_finite (fields.number[0]));
     if (!fields.item[1].empty ())
         put_entry (fields.item[1], parse_finite (fields.number[1]));

@@ -40,11 +40,16 @@ std::string_view NameTable::operator[] (std::int32_t number) const
     return {text_.data () + begin, end_[i] - begin};
 }
 
+std::size_t NameTable::first_place (const Slot& key) const
+{
+    return mix (key.word, second_factor) & (slots_.size () - 1);
+}
+
 // The slot that holds a name, or the free one where it belongs.
 std::size_t NameTable::place (std::string_view name, const Slot& key) const
 {
     const std::size_t mask = slots_.size () - 1;
-    std::size_t at = mix (key.word, second_factor) & mask;
+    std::size_t at = first_place (key);
     for (; slots_[at].number != none; at = (at + 1) & mask)
         if (slots_[at].word == key.word && slots_[at].length == key.length &&
             (key.length <= sizeof key.word || (*this)[slots_[at].number] == name))
@@ -59,7 +64,7 @@ std::int32_t NameTable::find (std::string_view name) const
 
 bool NameTable::insert (std::string_view name)
 {
-    if (2 * (end_.size () + 1) > slots_.size ())
+    if (5 * (end_.size () + 1) > 4 * slots_.size ())
         grow ();
     Slot key = key_of (name);
     Slot& slot = slots_[place (name, key)];
