@@ -61,6 +61,7 @@ private:
     Answer check (Claims&& claims);
     Answer check_continuous (Claims&& claims);
     Answer check_integer (Claims&& claims);
+    void hand_out_whole_numbers (Solution& solution) const;
     Solution point (Claims&& claims, bool& has_primal, bool& has_dual) const;
     Answer check_infeasible (const Claims& claims);
     Answer check_unbounded (const Claims& claims);
@@ -95,7 +96,7 @@ static bool finite (const std::vector<double>& values, std::size_t count)
 static bool is_in_place (std::int32_t key, Interval bounds, double value, double tolerance)
 {
     const auto at = [&] (double bound) {
-        return std::abs (value - bound) <= tolerance * (1 + std::abs (bound));
+        return std::isfinite (bound) && std::abs (value - bound) <= tolerance * (1 + std::abs (bound));
     };
     switch (key) {
     case KLV_SK_BASIC:
@@ -181,6 +182,21 @@ Answer Optimization::check_continuous (Claims&& claims)
     return answer;
 }
 
+// What is whole but for rounding becomes exactly so where that costs no feasibility.
+void Optimization::hand_out_whole_numbers (Solution& solution) const
+{
+    if (solution.violations.integer == 0 || solution.violations.integer > tolerances_.integer)
+        return;
+    Solution whole = solution;
+    for (std::size_t j = 0; j < whole.xx.size (); ++j)
+        if (problem_->integer[j] == KLV_VAR_INTEGER)
+            whole.xx[j] = std::nearbyint (whole.xx[j]) + 0.0;
+    measure_primal (*problem_, std::move (whole.xx), whole);
+    measure_integers (*problem_, whole);
+    if (whole.violations.primal <= std::max (tolerances_.primal, solution.violations.primal))
+        solution = std::move (whole);
+}
+
 Answer Optimization::check_integer (Claims&& claims)
 {
     Answer answer{claims.outcome, false, std::nullopt, std::move (claims.message)};
@@ -192,16 +208,7 @@ Answer Optimization::check_integer (Claims&& claims)
         return answer;
     measure_integers (*problem_, solution);
 
-    // Whole numbers are handed out as such where that costs no feasibility.
-    std::vector<double> rounded = solution.xx;
-    for (std::size_t j = 0; j < rounded.size (); ++j)
-        if (problem_->integer[j] == KLV_VAR_INTEGER)
-            rounded[j] = std::nearbyint (rounded[j]) + 0.0;
-    Solution exact = solution;
-    measure_primal (*problem_, std::move (rounded), exact);
-    measure_integers (*problem_, exact);
-    if (exact.violations.primal <= std::max (tolerances_.primal, solution.violations.primal))
-        solution = std::move (exact);
+    hand_out_whole_numbers (solution);
 
     const double distance = has_bound ? std::abs (solution.primal_objective - bound) : infinity;
     const double slack = 1e-9 * (1 + std::abs (solution.primal_objective));
@@ -520,11 +527,9 @@ KLVrescode_t Optimization::solve_by_interior_point ()
     // An interior point that is no proof stands back behind a basic solution that is one.
     if (certified (basic) || (basic.proved && !interior.proved))
         return store (std::move (basic), slots (), KLV_OPTIMIZER_DUAL_SIMPLEX);
-    const bool proved = interior.proved;
     if (interior.solution)
         store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);
-    const KLVrescode_t code = store (std::move (basic), {KLV_SOL_BAS}, KLV_OPTIMIZER_INTERIOR_POINT);
-    return proved && code >= KLV_FIRST_TERMINATION ? KLV_RES_OK : code;
+    return store (std::move (basic), {KLV_SOL_BAS}, KLV_OPTIMIZER_INTERIOR_POINT);
 }
 
 KLVrescode_t Optimization::solve ()

@@ -135,7 +135,15 @@ void Session::set_limits ()
     }
     // A worsening dual objective that passes the bound, or an integer point that reaches the target.
     if (const double objective = settings.get (RealSetting::objective_limit); std::isfinite (objective))
-        set (integers () ? "objective_target" : "objective_bound", objective);
+        set (integers () ? "objective_target" : "objective_bound",
+             is_mirrored (job_) ? -objective : objective);
+}
+
+static std::vector<double> negated (std::vector<double> values)
+{
+    for (double& value : values)
+        value = -value;
+    return values;
 }
 
 bool Session::pass_problem ()
@@ -145,23 +153,29 @@ bool Session::pass_problem ()
     std::vector<HighsInt> types;
     if (integers ())
         types.assign (problem ().integer.begin (), problem ().integer.end ());
-    const HighsInt sense =
-        problem ().sense == KLV_SENSE_MAXIMIZE ? kHighsObjSenseMaximize : kHighsObjSenseMinimize;
-    return api ().passModel (handle_, problem ().variables (), problem ().constraints (),
-                             static_cast<HighsInt> (matrix.entries ()), 0, kHighsMatrixFormatColwise,
-                             kHighsHessianFormatTriangular, sense, problem ().constant,
-                             problem ().cost.data (), lowered.column_lower.data (),
-                             lowered.column_upper.data (), lowered.row_lower.data (),
-                             lowered.row_upper.data (), lowered.starts.data (), matrix.rows ().data (),
-                             matrix.values ().data (), nullptr, nullptr, nullptr,
-                             types.empty () ? nullptr : types.data ()) != kHighsStatusError;
+    const bool mirrored = is_mirrored (job_);
+    const bool maximized = problem ().sense == KLV_SENSE_MAXIMIZE && !mirrored;
+    const std::vector<double> mirrored_cost = mirrored ? negated (problem ().cost) : std::vector<double> ();
+    return api ().passModel (
+               handle_, problem ().variables (), problem ().constraints (),
+               static_cast<HighsInt> (matrix.entries ()), 0, kHighsMatrixFormatColwise,
+               kHighsHessianFormatTriangular, maximized ? kHighsObjSenseMaximize : kHighsObjSenseMinimize,
+               mirrored ? -problem ().constant : problem ().constant,
+               mirrored ? mirrored_cost.data () : problem ().cost.data (), lowered.column_lower.data (),
+               lowered.column_upper.data (), lowered.row_lower.data (), lowered.row_upper.data (),
+               lowered.starts.data (), matrix.rows ().data (), matrix.values ().data (), nullptr, nullptr,
+               nullptr, types.empty () ? nullptr : types.data ()) != kHighsStatusError;
 }
 
 void Session::pass_start ()
 {
     if (!job_.start)
         return;
-    const StartPoint& start = *job_.start;
+    StartPoint start = *job_.start;
+    if (is_mirrored (job_)) {
+        start.y = negated (std::move (start.y));
+        start.reduced_cost = negated (std::move (start.reduced_cost));
+    }
     api ().setSolution (handle_, start.x.data (), start.activity.data (), start.reduced_cost.data (),
                         start.y.data ());
 }
@@ -227,6 +241,10 @@ void Session::take_point (Claims& claims) const
     const bool zeros = std::ranges::all_of (claims.x, [] (double value) { return value == 0; });
     if (!found || (status == kHighsSolutionStatusNone && zeros))
         claims.x = claims.y = claims.reduced_cost = {};
+    if (is_mirrored (job_)) {
+        claims.y = negated (std::move (claims.y));
+        claims.reduced_cost = negated (std::move (claims.reduced_cost));
+    }
 }
 
 static std::vector<std::int32_t> keys_from (const std::vector<HighsInt>& statuses, const Bounds& bounds)

@@ -24,12 +24,24 @@ static std::uint32_t phase_of (const Job& job)
     return KLV_CALLER_PRESOLVE;
 }
 
+static bool is_maximized (const Job& job)
+{
+    return job.problem->stated->sense == KLV_SENSE_MAXIMIZE;
+}
+
+bool is_mirrored (const Job& job)
+{
+    return is_maximized (job) && job.method != Method::mixed_integer &&
+           std::isfinite (job.settings->get (RealSetting::objective_limit));
+}
+
 Listener::Listener (const Job& job, const StopFlag& stop, EventChannel& channel)
     : stop_ (stop),
       channel_ (channel),
       method_ (job.method),
       phase_of_method_ (phase_of (job)),
-      mirror_ (job.problem->stated->sense == KLV_SENSE_MAXIMIZE ? -1 : 1),
+      simplex_sign_ (is_mirrored (job) ? -1 : 1),
+      interior_sign_ (is_maximized (job) ? -1 : 1),
       passes_text_on_ (job.settings->get (IntSetting::log_level) >= 3)
 {}
 
@@ -153,7 +165,7 @@ bool Listener::read_simplex_line (std::string_view line)
     now_.iterations = iterations;
     now_.has_primal = primal_method && !first_phase;
     now_.has_dual = !primal_method && !first_phase;
-    (primal_method ? now_.primal_objective : now_.dual_objective) = objective;
+    (primal_method ? now_.primal_objective : now_.dual_objective) = simplex_sign_ * objective;
     now_.primal_violation = primal;
     now_.dual_violation = dual;
     return true;
@@ -174,8 +186,8 @@ bool Listener::read_interior_line (std::string_view line)
         return false;
     now_.iterations = iterations;
     now_.has_primal = now_.has_dual = true;
-    now_.primal_objective = mirror_ * primal_objective;
-    now_.dual_objective = mirror_ * dual_objective;
+    now_.primal_objective = interior_sign_ * primal_objective;
+    now_.dual_objective = interior_sign_ * dual_objective;
     now_.primal_violation = primal;
     now_.dual_violation = dual;
     return true;

@@ -10,6 +10,10 @@
 
 namespace klv::highs {
 
+// Whether a maximum is passed as a minimum with its costs negated: only of minima the engine heeds a bound on the dual
+// objective.
+bool is_mirrored (const Job& job);
+
 class Listener {
 public:
     Listener (const Job& job, const StopFlag& stop, EventChannel& channel);
@@ -33,7 +37,7 @@ private:
     EventChannel& channel_;
     const Method method_;
     const std::uint32_t phase_of_method_;
-    const double mirror_;
+    const double simplex_sign_, interior_sign_;    // of the objectives in log lines
     const bool passes_text_on_;
     Progress now_;
     Clock::time_point reported_ = Clock::now ();
