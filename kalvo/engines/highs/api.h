@@ -8,6 +8,7 @@
 namespace klv::highs {
 
 // One pointer for each function that is used, under its name without prefix.
+// NOLINTBEGIN(readability-identifier-naming)
 struct Api {
     decltype (&Highs_create) create;
     decltype (&Highs_destroy) destroy;
@@ -30,6 +31,7 @@ struct Api {
     decltype (&Highs_getDualRay) getDualRay;
     decltype (&Highs_getPrimalRay) getPrimalRay;
 };
+// NOLINTEND(readability-identifier-naming)
 
 // Loads the library, once and for good. An empty text, or what is wrong; the next call then tries again.
 std::string load_api ();
