@@ -30,6 +30,11 @@ struct SmallTask : files::Task {
     }
 };
 
+klv::Problem copy_of (KLVtask_t task)
+{
+    return task->problem ();
+}
+
 // ---- Refusals -------------------------------------------------------------------------------------------------------
 
 struct Refused {
@@ -39,9 +44,9 @@ struct Refused {
     KLVrescode_t (*call) (KLVtask_t task);
 };
 
-void PrintTo (const Refused& c, std::ostream* out)
+std::ostream& operator<< (std::ostream& out, const Refused& c)
 {
-    *out << c.fault;
+    return out << c.fault;
 }
 
 class Refusals : public testing::TestWithParam<Refused> {};
@@ -49,7 +54,7 @@ class Refusals : public testing::TestWithParam<Refused> {};
 TEST_P (Refusals, NameTheFaultAndChangeNothing)
 {
     const SmallTask task;
-    const klv::Problem before = task.problem ();
+    const klv::Problem before = copy_of (task);
     EXPECT_EQ (GetParam ().call (task), GetParam ().code);
     EXPECT_NE (task.last_error ().find (GetParam ().message), std::string::npos) << task.last_error ();
     EXPECT_EQ (task.printed, "Error " + std::to_string (GetParam ().code) + ": " + task.last_error () + "\n");
@@ -328,7 +333,7 @@ TEST (Memory, EachAllocationOfEachOperationMayFail)
     int failures = 0;
     for (const Step& step : steps ())
         for (std::size_t n = 0;; ++n) {
-            const klv::Problem before = task.problem ();
+            const klv::Problem before = copy_of (task);
             const auto texts = parameters.texts;
             KLVrescode_t code = -1;
             bool failed = false;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <numeric>
 #include <random>
+#include <thread>
 
 namespace {
 
@@ -157,6 +158,21 @@ TEST (Problem, IsCopiedWhileSomeoneElseHoldsIt)
     task.share_problem ().reset ();
     task.edit_problem ().append_variables (1);
     EXPECT_EQ (&task.problem (), now) << "copied although nobody held it";
+}
+
+// For the thread sanitizer: a run lets go of the problem while the task changes it.
+TEST (Problem, MayBeLetGoByARunWhileItChanges)
+{
+    klv::Task task;
+    task.edit_problem ().append_variables (1);
+    for (int round = 0; round < 200; ++round) {
+        std::thread run ([held = task.share_problem (), round] () mutable {
+            EXPECT_EQ (held->cost[0], round);
+            held.reset ();
+        });
+        task.edit_problem ().cost[0] = round + 1;
+        run.join ();
+    }
 }
 
 }
