@@ -38,7 +38,16 @@ static void* allocate (std::size_t size, std::size_t alignment)
     throw std::bad_alloc ();
 }
 
-// The other forms of new and delete call these.
+static void* allocate_or_null (std::size_t size, std::size_t alignment) noexcept
+{
+    try {
+        return allocate (size, alignment);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// The forms for arrays call these. A sanitizer has all forms of its own, and none may be mixed with ours.
 
 void* operator new (std::size_t size)
 {
@@ -48,6 +57,16 @@ void* operator new (std::size_t size)
 void* operator new (std::size_t size, std::align_val_t alignment)
 {
     return allocate (size, static_cast<std::size_t> (alignment));
+}
+
+void* operator new (std::size_t size, const std::nothrow_t&) noexcept
+{
+    return allocate_or_null (size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+}
+
+void* operator new (std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
+{
+    return allocate_or_null (size, static_cast<std::size_t> (alignment));
 }
 
 void operator delete (void* memory) noexcept
