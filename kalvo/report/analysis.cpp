@@ -11,8 +11,7 @@
 
 namespace klv {
 
-// ---- What is looked at
-// ------------------------------------------------------------------------------------------------
+// ---- What is looked at -----------------------------------------------------------------------------------
 
 // Smallest and largest magnitude of the values that are neither 0 nor infinite.
 struct Magnitudes {
@@ -129,8 +128,7 @@ static void note (Information& information, const Analysis& analysis)
     information.set (IntItem::crossed_bounds, analysis.constraint.crossed + analysis.variable.crossed);
 }
 
-// ---- What is printed
-// --------------------------------------------------------------------------------------------------
+// ---- What is printed -------------------------------------------------------------------------------------
 
 class Page {
 public:

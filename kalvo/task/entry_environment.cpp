@@ -97,8 +97,7 @@ KLVrescode_t KLV_iparvaltosymnam (KLVenv_t env, int32_t index, int32_t value, ch
     });
 }
 
-// ---- Texts of statuses and keys
-// -------------------------------------------------------------------------------
+// ---- Texts of statuses and keys --------------------------------------------------------------------------
 
 static KLVrescode_t give_short_name (KLVtask_t task, Group group, const char* kind, int32_t value, char* name)
 {

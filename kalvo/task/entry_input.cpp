@@ -29,8 +29,7 @@ static std::size_t length (std::int64_t first, std::int64_t last)
     return static_cast<std::size_t> (std::max<std::int64_t> (last - first, 0));
 }
 
-// ---- Sizes
-// --------------------------------------------------------------------------------------------------------
+// ---- Sizes -----------------------------------------------------------------------------------------------
 
 static void check_append (std::int32_t count, std::int32_t present, const char* item)
 {
@@ -82,8 +81,7 @@ KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz)
     });
 }
 
-// ---- Constraint matrix
-// ----------------------------------------------------------------------------------------------
+// ---- Constraint matrix -----------------------------------------------------------------------------------
 
 [[noreturn]] static void refuse_row (const Task& task, std::int32_t j, std::size_t entry, std::int32_t row)
 {
@@ -126,8 +124,7 @@ KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_
     });
 }
 
-// ---- Bounds
-// -------------------------------------------------------------------------------------------------------
+// ---- Bounds ----------------------------------------------------------------------------------------------
 
 struct Bound {
     std::int32_t key;
@@ -224,8 +221,7 @@ KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, 
                        lower, upper);
 }
 
-// ---- Objective and types
-// --------------------------------------------------------------------------------------------
+// ---- Objective and types ---------------------------------------------------------------------------------
 
 KLVrescode_t KLV_putcslice (KLVtask_t task, int32_t first, int32_t last, const double* costs)
 {
@@ -274,8 +270,7 @@ KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type)
     });
 }
 
-// ---- Names
-// --------------------------------------------------------------------------------------------------------
+// ---- Names -----------------------------------------------------------------------------------------------
 
 static std::string checked_name (const char* name)
 {

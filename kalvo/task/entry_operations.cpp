@@ -59,8 +59,7 @@ KLVrescode_t KLV_primalrepair (KLVtask_t task, const double*, const double*, con
     });
 }
 
-// ---- Reports on a stream
-// ----------------------------------------------------------------------------------------------
+// ---- Reports on a stream ---------------------------------------------------------------------------------
 
 static KLVrescode_t report (KLVtask_t task, std::int32_t stream, KLVrescode_t (*print) (Task&, std::int32_t),
                             const std::source_location& where = std::source_location::current ())

@@ -14,8 +14,7 @@ static KLVrescode_t give (KLVtask_t task, Value* place, const char* name, const 
     return read (task, [&] (Task& t) { output (place, name) = value_of (t.problem ()); }, where);
 }
 
-// ---- Counts
-// ---------------------------------------------------------------------------------------------------------
+// ---- Counts ----------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t* count)
 {
@@ -86,8 +85,7 @@ KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t*)
     return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
 }
 
-// ---- Objective, matrix, bounds, types
-// -----------------------------------------------------------------------------
+// ---- Objective, matrix, bounds, types --------------------------------------------------------------------
 
 KLVrescode_t KLV_getc (KLVtask_t task, double* costs)
 {
@@ -166,8 +164,7 @@ KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t* key, double* l
     return give_bound (task, &Problem::constraint, "constraint", i, key, lower, upper);
 }
 
-// ---- Names
-// --------------------------------------------------------------------------------------------------------
+// ---- Names -----------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t* length)
 {

@@ -88,8 +88,7 @@ KLVrescode_t KLV_putoptserverhost (KLVtask_t task, const char* host)
     });
 }
 
-// ---- Parameters
-// -------------------------------------------------------------------------------------------------
+// ---- Parameters ------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* kind, int32_t* index)
 {
@@ -209,8 +208,7 @@ KLVrescode_t KLV_getstrparam (KLVtask_t task, int32_t index, int32_t capacity, i
     });
 }
 
-// ---- Information
-// ------------------------------------------------------------------------------------------------
+// ---- Information -----------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_getinfname (KLVtask_t task, int32_t kind, int32_t index, char* name)
 {
