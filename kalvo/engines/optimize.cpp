@@ -325,25 +325,30 @@ static bool ended_early (Outcome outcome)
     return outcome >= Outcome::time_limit && outcome <= Outcome::stopped;
 }
 
-// A run, and one more without presolve and scaling when its answer does not hold.
+// A run, and one more without presolve and scaling when its answer does not hold and that is not what it was.
 Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> start)
 {
     const auto settled = [&] (const Answer& answer) {
         return answer.proved || ended_early (answer.outcome) || answer.outcome == Outcome::out_of_memory ||
                answered ();
     };
+    const bool plain =
+        settings_->get (IntSetting::presolve) == KLV_PRESOLVE_OFF &&
+        (settings_->get (IntSetting::scaling) == KLV_SCALING_OFF || method == Method::interior_point);
     Answer answer = run_once (method, true, start);
-    if (settled (answer))
-        return answer;
-    task_.warn (
-        answer.outcome == Outcome::failed
-            ? text ("The optimiser failed (", answer.message, "); trying again without presolve and scaling.")
-            : text ("An answer did not pass the check; trying again without presolve and scaling."));
-    add (IntItem::presolve_rerun);
-    Answer second = run_once (method, false, std::move (start));
-    if (!settled (second))
+    if (!settled (answer) && !plain) {
+        const std::string what = answer.outcome == Outcome::failed
+                                     ? text ("The optimiser failed (", answer.message, ")")
+                                     : text ("An answer did not pass the check");
+        task_.warn (text (what, "; trying again without presolve and scaling."));
+        add (IntItem::presolve_rerun);
+        Answer second = run_once (method, false, std::move (start));
+        if (second.solution || !answer.solution)
+            answer = std::move (second);
+    }
+    if (!settled (answer))
         task_.warn ("The answer does not pass the check; it is reported as what it is.");
-    return second.solution || !answer.solution ? second : answer;
+    return answer;
 }
 
 // ---- Slots and codes ---------------------------------------------------------------------------------------------------------
@@ -525,6 +530,8 @@ KLVrescode_t Optimization::solve_by_interior_point ()
     }
     Answer basic = attempt (Method::dual_simplex, std::move (start));
     // An interior point that is no proof stands back behind a basic solution that is one.
+    if (basic.proved && !interior.proved && !certified (basic))
+        task_.warn ("The interior-point method proved nothing; the interior solution is the basic one.");
     if (certified (basic) || (basic.proved && !interior.proved))
         return store (std::move (basic), slots (), KLV_OPTIMIZER_DUAL_SIMPLEX);
     if (interior.solution)

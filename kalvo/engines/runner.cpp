@@ -142,7 +142,7 @@ Claims Runner::stop (Worker& worker, bool integers)
     worker.stop ();
     const Clock::time_point stopped = Clock::now ();
     for (double left = patience; left > 0; left = patience - seconds_between (stopped, Clock::now ())) {
-        const EventChannel::News news = worker.channel ().wait (left);
+        const EventChannel::News news = worker.channel ().wait (std::min (left, seconds_between_questions));
         take (news);
         if (news.finished) {
             worker.join ();

@@ -215,8 +215,8 @@ enum KLVstreamtype {
     KLV_STREAM_WARNINGS = 3
 };
 
-/* Progress points: the caller code that a progress callback receives. Each phase calls once at its begin and
- * end, and its own code between them at least once in 50 ms and at most once in 20 ms. */
+/* Progress points: the caller code that a progress callback receives. Each phase calls at
+ * its begin, and then at least once in 50 ms and at most once in 20 ms. */
 enum KLVcallercode {
     KLV_CALLER_BEGIN_OPTIMIZE = 1,
     KLV_CALLER_END_OPTIMIZE = 2,

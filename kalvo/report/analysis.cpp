@@ -192,7 +192,8 @@ static void print_warnings (Page& page, const Problem& problem, const Analysis& 
     ratio ("magnitudes of constraint bounds", analysis.constraint.magnitudes);
     ratio ("magnitudes of variable bounds", analysis.variable.magnitudes);
     if (analysis.tiny > 0)
-        page.line (text ("Warning: ", analysis.tiny, " matrix entries of at most 1e-9 may be taken as 0."));
+        page.line (text ("Warning: ", analysis.tiny,
+                         " matrix entries of at most 1e-9; an optimiser may not tell them from 0."));
     if (analysis.huge > 0)
         page.line (text ("Warning: ", analysis.huge, " matrix entries of 1e15 and more can't be handled."));
     if (std::max (analysis.constraint.magnitudes.largest, analysis.variable.magnitudes.largest) >=

@@ -54,10 +54,14 @@ TEST_P (OptimizeMemory, MayRunOutAtEachAllocation)
     EXPECT_GT (failures, 10);
 }
 
-const Model linear = {
-    .cost = {1, 1}, .rows = {{1, 2}, {3, 1}}, .row_bounds = {{4, inf}, {3, inf}}, .bounds = {{0, inf}, {0, inf}}};
-const Model contradiction = {
-    .cost = {1, 1}, .rows = {{1, 1}, {1, 1}}, .row_bounds = {{3, inf}, {-inf, 2}}, .bounds = {{0, 9}, {0, 9}}};
+const Model linear = {.cost = {1, 1},
+                      .rows = {{1, 2}, {3, 1}},
+                      .row_bounds = {{4, inf}, {3, inf}},
+                      .bounds = {{0, inf}, {0, inf}}};
+const Model contradiction = {.cost = {1, 1},
+                             .rows = {{1, 1}, {1, 1}},
+                             .row_bounds = {{3, inf}, {-inf, 2}},
+                             .bounds = {{0, 9}, {0, 9}}};
 const Model whole = {.cost = {1, 1},
                      .rows = {{2, 3}},
                      .row_bounds = {{7, inf}},
