@@ -192,7 +192,7 @@ TEST (Settings, pricing_scaling_and_seed_change_the_way_and_not_the_answer)
             value *= factor;
         badly_scaled.row_bounds[i].upper *= factor;
     }
-    const auto differ = [&] (const char* name, std::vector<int> values) {
+    const auto differ = [&] (const char* name, const std::vector<int>& values) {
         std::vector<int> counts;
         for (const int value : values)
             counts.push_back (simplex_iterations (badly_scaled, name, value));
