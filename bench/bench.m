@@ -34,9 +34,9 @@ end
 function against_glpk (file)
     [~, res] = kalvoopt (['read(' file ') echo(0)']);
     prob = res.prob;
-    rows = size (prob.a, 1);
+    m = rows (prob.a);
     % glpk takes one right-hand side a row.
-    type = repmat ('S', 1, rows);
+    type = repmat ('S', 1, m);
     type(isinf (prob.blc)) = 'U';
     type(isinf (prob.buc)) = 'L';
     rhs = prob.buc;
