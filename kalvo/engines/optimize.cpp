@@ -386,7 +386,7 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     const KLVrescode_t code = code_of (answer);
     if (!answer.solution && (ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory))
         return code;    // no point was copied out
-    const Solution solution = answer.solution ? std::move (*answer.solution) : unknown_solution ();
+    Solution solution = answer.solution ? std::move (*answer.solution) : unknown_solution ();
     Information& information = task_.information;
     const Violations& found = solution.violations;
     information.set (RealItem::primal_objective, solution.primal_objective);
@@ -399,8 +399,11 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     information.set (RealItem::relative_gap, found.gap);
     information.set (RealItem::complementarity_violation, found.complementarity);
     information.set (IntItem::optimizer_used, source);
+    // Only where two slots hold one answer is it copied.
+    for (std::size_t k = 1; k < slots.size (); ++k)
+        task_.solutions[slots[k]] = solution;
+    task_.solutions[slots.front ()] = std::move (solution);
     for (const KLVsoltype slot : slots) {
-        task_.solutions[slot] = solution;
         if (slot == KLV_SOL_ITR)
             information.set (IntItem::interior_source, source + 1);
         if (slot == KLV_SOL_BAS)
