@@ -15,7 +15,7 @@ function large (toolbox)
     prob.c = ones (columns, 1);
     prob.blc = ones (rows, 1);
     prob.blx = zeros (columns, 1);
-    bytes = 16 * nnz (prob.a);
+    bytes = 16 * nnz (prob.a) + 8 * (columns + 1);
     % The peak is counted anew from here.
     fid = fopen ('/proc/self/clear_refs', 'w');
     fputs (fid, '5');

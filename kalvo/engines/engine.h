@@ -17,12 +17,32 @@
 
 namespace klv {
 
+// Bounds as engines take them: ordered, and infinite where an engine would take them so. Mostly those of the stated problem.
+class EngineBounds {
+public:
+    EngineBounds () = default;
+    explicit EngineBounds (const Bounds& stated) : stated_ (&stated) {}
+
+    const double* lower () const
+    {
+        return changed_lower_.empty () ? stated_->lower.data () : changed_lower_.data ();
+    }
+    const double* upper () const
+    {
+        return changed_upper_.empty () ? stated_->upper.data () : changed_upper_.data ();
+    }
+    void change (std::size_t item, Interval interval);
+
+private:
+    const Bounds* stated_ = nullptr;
+    std::vector<double> changed_lower_, changed_upper_;    // all of them, or empty
+};
+
 // min or max c'x + constant, row bounds on Ax, column bounds on x. Costs, matrix (packed) and types are
-// those of the stated problem; bounds that an engine would take as infinite are infinite here.
+// those of the stated problem.
 struct LinearProblem {
     std::shared_ptr<const Problem> stated;
-    std::vector<double> column_lower, column_upper, row_lower, row_upper;
-    std::vector<std::int32_t> starts;    // of the packed matrix, columns + 1 entries
+    EngineBounds columns, rows;
     double smallest_entry = infinity;    // of the matrix, in magnitude, zeros apart
 };
 

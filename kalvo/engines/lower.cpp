@@ -10,13 +10,21 @@
 
 namespace klv {
 
-static void lower_bounds (const Bounds& bounds, std::vector<double>& lower, std::vector<double>& upper,
-                          std::int64_t& taken_as_infinite)
+void EngineBounds::change (std::size_t item, Interval interval)
 {
-    lower.resize (bounds.key.size ());
-    upper.resize (bounds.key.size ());
-    for (std::size_t i = 0; i < lower.size (); ++i) {
-        Interval here = bounds.interval (i);
+    if (changed_lower_.empty ()) {
+        changed_lower_ = stated_->lower;
+        changed_upper_ = stated_->upper;
+    }
+    changed_lower_[item] = interval.lower;
+    changed_upper_[item] = interval.upper;
+}
+
+static EngineBounds lower_bounds (const Bounds& stated, std::int64_t& taken_as_infinite)
+{
+    EngineBounds lowered (stated);
+    for (std::size_t i = 0; i < stated.key.size (); ++i) {
+        Interval here = stated.interval (i);
         if (here.lower > -infinity && here.lower <= -highs::infinite_bound) {
             here.lower = -infinity;
             ++taken_as_infinite;
@@ -25,9 +33,10 @@ static void lower_bounds (const Bounds& bounds, std::vector<double>& lower, std:
             here.upper = infinity;
             ++taken_as_infinite;
         }
-        lower[i] = here.lower;
-        upper[i] = here.upper;
+        if (here.lower != stated.lower[i] || here.upper != stated.upper[i])
+            lowered.change (i, here);
     }
+    return lowered;
 }
 
 static std::string refused_cost (const Problem& problem)
@@ -98,10 +107,8 @@ Lowering lower (std::shared_ptr<const Problem> stated)
         return lowering;
 
     auto problem = std::make_shared<LinearProblem> ();
-    lower_bounds (stated->variable, problem->column_lower, problem->column_upper, lowering.infinite_bounds);
-    lower_bounds (stated->constraint, problem->row_lower, problem->row_upper, lowering.infinite_bounds);
-    const auto starts = stated->matrix.starts ();
-    problem->starts.assign (starts.begin (), starts.end ());
+    problem->columns = lower_bounds (stated->variable, lowering.infinite_bounds);
+    problem->rows = lower_bounds (stated->constraint, lowering.infinite_bounds);
     problem->smallest_entry = entries.smallest;
     problem->stated = std::move (stated);
     lowering.problem = std::move (problem);

@@ -1,5 +1,6 @@
 // One optimisation: from the problem as stated to checked answers in the task's slots.
 
+#include "kalvo/engines/check.h"
 #include "kalvo/engines/engine.h"
 #include "kalvo/engines/lower.h"
 #include "kalvo/engines/runner.h"
@@ -18,34 +19,26 @@
 #include <thread>
 #include <utility>
 
-namespace klv {
+#include <malloc.h>
 
-// What one run led to, once it was checked.
-struct Answer {
-    Outcome outcome = Outcome::unknown;
-    bool proved = false;    // optimal, infeasible or unbounded beyond doubt
-    std::optional<Solution> solution;
-    std::string message;
-};
+namespace klv {
 
 class Optimization {
 public:
+    // The problem's matrix is packed.
     explicit Optimization (Task& task)
         : task_ (task),
           log_ (task),
           runner_ (task, log_),
-          settings_ (std::make_shared<Parameters> (task.parameters))
-    {
-        tolerances_.primal = settings_->get (RealSetting::primal_tolerance);
-        tolerances_.dual = settings_->get (RealSetting::dual_tolerance);
-        tolerances_.gap = settings_->get (RealSetting::gap_tolerance);
-        tolerances_.integer = settings_->get (RealSetting::integer_tolerance);
-    }
+          settings_ (std::make_shared<Parameters> (task.parameters)),
+          problem_ (task.share_problem ()),
+          integers_ (problem_->integers > 0 && settings_->get (IntSetting::relax_integers) == 0),
+          check_ (problem_, *settings_, integers_)
+    {}
 
     KLVrescode_t run ();
 
 private:
-    void forget_last_run ();
     KLVrescode_t solve ();
     KLVrescode_t solve_with_engine ();
     KLVrescode_t lower_problem ();
@@ -59,13 +52,7 @@ private:
     KLVrescode_t solve_by_interior_point ();
 
     Answer check (Claims&& claims);
-    Answer check_continuous (Claims&& claims);
-    Answer check_integer (Claims&& claims);
-    void hand_out_whole_numbers (Solution& solution) const;
-    Solution point (Claims&& claims, bool& has_primal, bool& has_dual) const;
-    Answer check_infeasible (const Claims& claims);
-    Answer check_unbounded (const Claims& claims);
-    Solution unknown_solution () const;
+    std::size_t work () const;
 
     std::vector<KLVsoltype> slots () const;
     KLVrescode_t store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source);
@@ -77,198 +64,27 @@ private:
     Log log_;
     Runner runner_;
     std::shared_ptr<const Parameters> settings_;
-    Tolerances tolerances_;
     std::shared_ptr<const Problem> problem_;
+    bool integers_;
+    Check check_;
     std::shared_ptr<const LinearProblem> lowered_;
     std::shared_ptr<Engine> engine_;
-    bool integers_ = false;
 };
 
-// ---- Whether claims hold ---------------------------------------------------------------------------------------------------
+// ---- Runs ------------------------------------------------------------------------------------------------------------------
 
-static bool finite (const std::vector<double>& values, std::size_t count)
+// What one pass over the problem has to look at.
+std::size_t Optimization::work () const
 {
-    return values.size () == count &&
-           std::ranges::all_of (values, [] (double value) { return std::isfinite (value); });
-}
-
-// Whether an item that a basis places at a bound is there.
-static bool is_in_place (std::int32_t key, Interval bounds, double value, double tolerance)
-{
-    const auto at = [&] (double bound) {
-        return std::isfinite (bound) && std::abs (value - bound) <= tolerance * (1 + std::abs (bound));
-    };
-    switch (key) {
-    case KLV_SK_BASIC:
-    case KLV_SK_SUPERBASIC:
-        return true;
-    case KLV_SK_LOWER:
-        return at (bounds.lower);
-    case KLV_SK_UPPER:
-        return at (bounds.upper);
-    case KLV_SK_FIXED:
-        return at (bounds.lower) && at (bounds.upper);
-    default:
-        return false;
-    }
-}
-
-// Keys of a basis: each of them what the point says, and as many basic items as there are rows.
-static bool is_basis (const Problem& problem, const Claims& claims, const Solution& point, double tolerance)
-{
-    if (claims.row_key.size () != point.xc.size () || claims.column_key.size () != point.xx.size ())
-        return false;
-    const auto in_place = [&] (const auto& keys, const Bounds& bounds, const auto& values) {
-        for (std::size_t i = 0; i < keys.size (); ++i)
-            if (!is_in_place (keys[i], bounds.interval (i), values[i], tolerance))
-                return false;
-        return true;
-    };
-    const auto basics = [] (const auto& keys) { return std::ranges::count (keys, KLV_SK_BASIC); };
-    return basics (claims.row_key) + basics (claims.column_key) == std::ssize (point.xc) &&
-           in_place (claims.row_key, problem.constraint, point.xc) &&
-           in_place (claims.column_key, problem.variable, point.xx);
-}
-
-Solution Optimization::unknown_solution () const
-{
-    const std::size_t m = static_cast<std::size_t> (problem_->constraints ());
-    const std::size_t n = static_cast<std::size_t> (problem_->variables ());
-    Solution solution;
-    solution.skc.assign (m, KLV_SK_UNKNOWN);
-    solution.skx.assign (n, KLV_SK_UNKNOWN);
-    solution.xc.assign (m, 0);
-    solution.xx.assign (n, 0);
-    if (!integers_) {
-        for (std::vector<double>* values : {&solution.y, &solution.slc, &solution.suc})
-            values->assign (m, 0);
-        for (std::vector<double>* values : {&solution.slx, &solution.sux})
-            values->assign (n, 0);
-    }
-    return solution;
-}
-
-// The slot's content as far as the claims can be used: points of the right size without a NaN in them.
-Solution Optimization::point (Claims&& claims, bool& has_primal, bool& has_dual) const
-{
-    const std::size_t m = static_cast<std::size_t> (problem_->constraints ());
-    const std::size_t n = static_cast<std::size_t> (problem_->variables ());
-    has_primal = finite (claims.x, n);
-    has_dual = finite (claims.y, m) && finite (claims.reduced_cost, n);
-    Solution solution = unknown_solution ();
-    if (has_primal)
-        measure_primal (*problem_, std::move (claims.x), solution);
-    if (has_dual && !integers_)
-        measure_dual (*problem_, std::move (claims.y), std::move (claims.reduced_cost), solution);
-    if (has_primal && is_basis (*problem_, claims, solution, tolerances_.primal)) {
-        solution.skc = std::move (claims.row_key);
-        solution.skx = std::move (claims.column_key);
-    }
-    return solution;
-}
-
-Answer Optimization::check_continuous (Claims&& claims)
-{
-    Answer answer{claims.outcome, false, std::nullopt, std::move (claims.message)};
-    bool has_primal = false, has_dual = false;
-    Solution solution = point (std::move (claims), has_primal, has_dual);
-    if (!has_primal && !has_dual)
-        return answer;
-    judge (tolerances_, has_primal, has_dual, solution);
-    answer.proved = solution.solution_status == KLV_SOLSTA_OPTIMAL;
-    if (answer.proved && std::ranges::count (solution.skx, KLV_SK_UNKNOWN) == std::ssize (solution.skx))
-        derive_keys (*problem_, tolerances_.primal, solution);
-    answer.solution = std::move (solution);
-    return answer;
-}
-
-// What is whole but for rounding becomes exactly so where that costs no feasibility.
-void Optimization::hand_out_whole_numbers (Solution& solution) const
-{
-    if (solution.violations.integer == 0 || solution.violations.integer > tolerances_.integer)
-        return;
-    Solution whole = solution;
-    for (std::size_t j = 0; j < whole.xx.size (); ++j)
-        if (problem_->integer[j] == KLV_VAR_INTEGER)
-            whole.xx[j] = std::nearbyint (whole.xx[j]) + 0.0;
-    measure_primal (*problem_, std::move (whole.xx), whole);
-    measure_integers (*problem_, whole);
-    if (whole.violations.primal <= std::max (tolerances_.primal, solution.violations.primal))
-        solution = std::move (whole);
-}
-
-Answer Optimization::check_integer (Claims&& claims)
-{
-    Answer answer{claims.outcome, false, std::nullopt, std::move (claims.message)};
-    bool has_primal = false, has_dual = false;
-    const bool has_bound = claims.has_best_bound && std::isfinite (claims.best_bound);
-    const double bound = claims.best_bound;
-    Solution solution = point (std::move (claims), has_primal, has_dual);
-    if (!has_primal)
-        return answer;
-    measure_integers (*problem_, solution);
-
-    hand_out_whole_numbers (solution);
-
-    const double distance = has_bound ? std::abs (solution.primal_objective - bound) : infinity;
-    const double slack = 1e-9 * (1 + std::abs (solution.primal_objective));
-    const double allowed =
-        std::max (settings_->get (RealSetting::integer_absolute_gap),
-                  settings_->get (RealSetting::integer_relative_gap) * std::abs (solution.primal_objective));
-    const bool closed = answer.outcome == Outcome::optimal && distance <= allowed + slack;
-    judge_integer (tolerances_, closed, solution);
-    derive_keys (*problem_, tolerances_.primal, solution);
-    answer.proved = solution.solution_status == KLV_SOLSTA_INTEGER_OPTIMAL;
-
-    Information& information = task_.information;
-    information.set (RealItem::mip_objective, solution.primal_objective);
-    information.set (RealItem::integer_violation, solution.violations.integer);
-    if (has_bound) {
-        information.set (RealItem::mip_bound, bound);
-        information.set (RealItem::mip_absolute_gap, distance);
-        information.set (RealItem::mip_relative_gap,
-                         distance / std::max (1e-10, std::abs (solution.primal_objective)));
-    }
-    answer.solution = std::move (solution);
-    return answer;
-}
-
-Answer Optimization::check_infeasible (const Claims& claims)
-{
-    Answer answer{Outcome::infeasible, false, certify_infeasible (*problem_, claims.dual_ray), {}};
-    answer.proved = answer.solution.has_value ();
-    if (!integers_)
-        return answer;
-    // A ray of the relaxation proves it, but the integer slot has no room for it; a search that found nothing is all
-    // there is otherwise.
-    Solution solution = unknown_solution ();
-    solution.problem_status = answer.proved ? KLV_PRO_PRIMAL_INFEASIBLE : KLV_PRO_INFEASIBLE_BY_SEARCH;
-    answer.solution = std::move (solution);
-    answer.proved = true;
-    return answer;
-}
-
-Answer Optimization::check_unbounded (const Claims& claims)
-{
-    Answer answer{Outcome::unbounded, false, certify_unbounded (*problem_, claims.primal_ray), {}};
-    answer.proved = answer.solution.has_value ();
-    return answer;
+    return static_cast<std::size_t> (problem_->matrix.entries () + problem_->variables () +
+                                     problem_->constraints ());
 }
 
 Answer Optimization::check (Claims&& claims)
 {
     runner_.enter (KLV_CALLER_CHECK);
-    switch (claims.outcome) {
-    case Outcome::infeasible:
-        return check_infeasible (claims);
-    case Outcome::unbounded:
-        return check_unbounded (claims);
-    default:
-        return integers_ ? check_integer (std::move (claims)) : check_continuous (std::move (claims));
-    }
+    return runner_.compute (work (), [&] { return check_ (std::move (claims)); });
 }
-
-// ---- Runs ------------------------------------------------------------------------------------------------------------------
 
 // Only the integer search has use for more than one thread. Abandoned workers count as used.
 int Optimization::threads (Method method) const
@@ -386,10 +202,19 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     const KLVrescode_t code = code_of (answer);
     if (!answer.solution && (ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory))
         return code;    // no point was copied out
-    Solution solution = answer.solution ? std::move (*answer.solution) : unknown_solution ();
+    Solution solution = answer.solution ? std::move (*answer.solution) : check_.unknown_solution ();
     Information& information = task_.information;
     const Violations& found = solution.violations;
     information.set (RealItem::primal_objective, solution.primal_objective);
+    if (integers_) {
+        information.set (RealItem::mip_objective, solution.primal_objective);
+        information.set (RealItem::integer_violation, found.integer);
+    }
+    if (const std::optional<IntegerGap>& gap = answer.integer_gap) {
+        information.set (RealItem::mip_bound, gap->bound);
+        information.set (RealItem::mip_absolute_gap, gap->absolute);
+        information.set (RealItem::mip_relative_gap, gap->relative);
+    }
     information.set (RealItem::dual_objective,
                      integers_ ? information.get (RealItem::mip_bound) : solution.dual_objective);
     information.set (RealItem::primal_violation, found.primal);
@@ -479,7 +304,7 @@ KLVrescode_t Optimization::find_engine (Method method)
 
 KLVrescode_t Optimization::lower_problem ()
 {
-    Lowering lowering = lower (problem_);
+    Lowering lowering = runner_.compute (work (), [&] { return lower (problem_); });
     if (!lowering.refused.empty ())
         return task_.fail (KLV_RES_TOO_LARGE,
                            text ("No optimiser can take this problem: ", lowering.refused, "."));
@@ -493,6 +318,9 @@ KLVrescode_t Optimization::lower_problem ()
                           " entries of the constraint matrix are so small that the optimiser "
                           "leaves them out; the answer is checked with them."));
     lowered_ = std::move (lowering.problem);
+    // What was freed after loading lies in holes that an engine's thread does not use.
+    if (work () >= large_work)
+        malloc_trim (0);
     return KLV_RES_OK;
 }
 
@@ -553,9 +381,10 @@ KLVrescode_t Optimization::solve ()
                                                   : describe_constraint (*problem_, crossed.item);
         task_.warn (text ("The lower bound ", bounds.lower[item], " of ", name, " is above its upper bound ",
                           bounds.upper[item], ": the problem is infeasible."));
-        Answer answer{Outcome::infeasible, true, certify_crossed (*problem_, crossed), {}};
+        Answer answer{
+            .outcome = Outcome::infeasible, .proved = true, .solution = certify_crossed (*problem_, crossed)};
         if (integers_) {
-            answer.solution = unknown_solution ();
+            answer.solution = check_.unknown_solution ();
             answer.solution->problem_status = KLV_PRO_PRIMAL_INFEASIBLE;
         }
         return store (std::move (answer), slots (), optimizer_of (first_method ()));
@@ -571,23 +400,8 @@ KLVrescode_t Optimization::solve ()
     return solve_with_engine ();
 }
 
-// Every item but those of reading and writing belongs to one run.
-void Optimization::forget_last_run ()
-{
-    const double read = task_.information.get (RealItem::time_read);
-    const double written = task_.information.get (RealItem::time_write);
-    task_.information = {};
-    task_.information.set (RealItem::time_read, read);
-    task_.information.set (RealItem::time_write, written);
-}
-
 KLVrescode_t Optimization::run ()
 {
-    forget_last_run ();
-    if (!task_.problem ().matrix.packed ())
-        task_.edit_problem ().matrix.pack ();
-    problem_ = task_.share_problem ();
-    integers_ = problem_->integers > 0 && settings_->get (IntSetting::relax_integers) == 0;
     Information& information = task_.information;
     information.set (IntItem::variables, problem_->variables ());
     information.set (IntItem::constraints, problem_->constraints ());
@@ -612,8 +426,21 @@ KLVrescode_t Optimization::run ()
     return answered () && !failed ? stop_code (runner_.answer ()) : code;
 }
 
+// Every item but those of reading and writing belongs to one run.
+static void forget_last_run (Information& information)
+{
+    const double read = information.get (RealItem::time_read);
+    const double written = information.get (RealItem::time_write);
+    information = {};
+    information.set (RealItem::time_read, read);
+    information.set (RealItem::time_write, written);
+}
+
 KLVrescode_t optimize (Task& task)
 {
+    forget_last_run (task.information);
+    if (!task.problem ().matrix.packed ())
+        task.edit_problem ().matrix.pack ();
     return Optimization (task).run ();
 }
 

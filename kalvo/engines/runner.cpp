@@ -8,8 +8,6 @@
 
 namespace klv {
 
-// Between two questions to the callback lie at least 20 and at most 50 ms, changes of phase aside.
-constexpr double seconds_between_questions = 0.025;
 // How long a run that was asked to stop may take to answer, and one whose time is over to see it by itself.
 constexpr double patience = 0.5;
 constexpr double patience_with_clock = 0.1;
@@ -54,6 +52,12 @@ void Runner::ask (std::uint32_t caller)
     task_.information.set (RealItem::time_optimize, seconds ());
     if (const std::int32_t answer = task_.ask_callback (caller); answer_ == 0)
         answer_ = answer;
+}
+
+void Runner::ask_once_more ()
+{
+    if (answer_ == 0)
+        ask (phase_);
 }
 
 void Runner::enter (std::uint32_t phase, Clock::time_point since)
@@ -129,7 +133,7 @@ void Runner::take (const EventChannel::News& news)
 bool Runner::wait_for_room ()
 {
     while (answer_ == 0 && abandoned_workers () >= most_abandoned_workers && seconds_left () > 0) {
-        std::this_thread::sleep_for (std::chrono::duration<double> (seconds_between_questions));
+        std::this_thread::sleep_for (between_questions);
         ask (phase_);
     }
     out_of_time_ = abandoned_workers () >= most_abandoned_workers && answer_ == 0;
@@ -142,7 +146,7 @@ Claims Runner::stop (Worker& worker, bool integers)
     worker.stop ();
     const Clock::time_point stopped = Clock::now ();
     for (double left = patience; left > 0; left = patience - seconds_between (stopped, Clock::now ())) {
-        const EventChannel::News news = worker.channel ().wait (std::min (left, seconds_between_questions));
+        const EventChannel::News news = worker.channel ().wait (std::min (left, between_questions.count ()));
         take (news);
         if (news.finished) {
             worker.join ();
@@ -167,7 +171,7 @@ Claims Runner::run (const std::shared_ptr<Engine>& engine, Job job)
         log_.begin_run (job, engine->name ());
         Worker worker (engine, std::move (job));
         for (bool running = true; running;) {
-            const EventChannel::News news = worker.channel ().wait (seconds_between_questions);
+            const EventChannel::News news = worker.channel ().wait (between_questions.count ());
             take (news);
             running = !news.finished;
             if (news.finished) {

@@ -77,22 +77,17 @@ static void work (const std::shared_ptr<Worker::Shared>& shared) noexcept
     all.ended.notify_all ();
 }
 
-// Signals meet the host's thread, never a worker.
-class BlockedSignals {
-public:
-    BlockedSignals ()
-    {
-        sigset_t all;
-        sigfillset (&all);
-        pthread_sigmask (SIG_SETMASK, &all, &before_);
-    }
-    BlockedSignals (const BlockedSignals&) = delete;
-    BlockedSignals& operator= (const BlockedSignals&) = delete;
-    ~BlockedSignals () { pthread_sigmask (SIG_SETMASK, &before_, nullptr); }
+BlockedSignals::BlockedSignals ()
+{
+    sigset_t all;
+    sigfillset (&all);
+    pthread_sigmask (SIG_SETMASK, &all, &before_);
+}
 
-private:
-    sigset_t before_;
-};
+BlockedSignals::~BlockedSignals ()
+{
+    pthread_sigmask (SIG_SETMASK, &before_, nullptr);
+}
 
 Worker::Worker (std::shared_ptr<Engine> engine, Job job) : shared_ (std::make_shared<Shared> ())
 {

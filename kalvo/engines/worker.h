@@ -8,11 +8,24 @@
 
 #include "kalvo/engines/engine.h"
 
+#include <csignal>
 #include <list>
 #include <memory>
 #include <thread>
 
 namespace klv {
+
+// While it lives, threads start with all signals blocked: signals are to meet the host's thread.
+class BlockedSignals {
+public:
+    BlockedSignals ();
+    BlockedSignals (const BlockedSignals&) = delete;
+    BlockedSignals& operator= (const BlockedSignals&) = delete;
+    ~BlockedSignals ();
+
+private:
+    sigset_t before_;
+};
 
 class Worker {
 public:

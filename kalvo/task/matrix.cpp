@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 
 namespace klv {
 
@@ -12,7 +13,7 @@ void ColumnMatrix::append_columns (std::int32_t count)
     const auto more = static_cast<std::size_t> (count);
     make_room (start_, more);
     make_room (count_, more);
-    start_.resize (start_.size () + more, entries_);
+    start_.resize (start_.size () + more, static_cast<std::int32_t> (entries_));
     count_.resize (count_.size () + more, 0);
 }
 
@@ -22,6 +23,13 @@ void ColumnMatrix::reserve (std::int64_t entries)
     value_.reserve (static_cast<std::size_t> (entries));
 }
 
+constexpr std::int64_t most_entries = std::numeric_limits<std::int32_t>::max ();
+
+bool ColumnMatrix::has_room_for (std::size_t entries) const
+{
+    return entries_ + static_cast<std::int64_t> (entries) <= most_entries;
+}
+
 void ColumnMatrix::put (std::int32_t j, std::span<const std::int32_t> rows, std::span<const double> values)
 {
     const auto column = static_cast<std::size_t> (j);
@@ -29,11 +37,12 @@ void ColumnMatrix::put (std::int32_t j, std::span<const std::int32_t> rows, std:
     if (size > count_[column]) {
         // Closing holes costs the arrays' length, which is then mostly what was put since they were last
         // closed.
-        if (static_cast<std::int64_t> (row_.size ()) > 2 * entries_ + columns ())
+        const auto length = static_cast<std::int64_t> (row_.size ());
+        if (length > 2 * entries_ + columns () || length + size > most_entries)
             pack ();
         make_room (row_, rows.size ());
         make_room (value_, rows.size ());
-        start_[column] = static_cast<std::int64_t> (row_.size ());
+        start_[column] = static_cast<std::int32_t> (row_.size ());
         row_.insert (row_.end (), rows.begin (), rows.end ());
         value_.insert (value_.end (), values.begin (), values.end ());
     } else {
@@ -61,7 +70,7 @@ void ColumnMatrix::pack ()
         move_together ();
     else
         copy_in_order ();
-    std::int64_t start = 0;
+    std::int32_t start = 0;
     for (std::size_t j = 0; j < count_.size (); ++j) {
         start_[j] = start;
         start += count_[j];
@@ -73,7 +82,7 @@ void ColumnMatrix::pack ()
 // Whether the columns stand one behind the other, holes aside; empty ones stand nowhere.
 bool ColumnMatrix::in_order () const
 {
-    std::int64_t end = 0;
+    std::int32_t end = 0;
     for (std::size_t j = 0; j < count_.size (); ++j) {
         if (count_[j] == 0)
             continue;
@@ -88,7 +97,7 @@ void ColumnMatrix::move_together ()
 {
     if (static_cast<std::int64_t> (row_.size ()) == entries_)
         return;
-    std::int64_t end = 0;
+    std::int32_t end = 0;
     for (std::size_t j = 0; j < count_.size (); ++j) {
         if (count_[j] > 0 && start_[j] != end) {
             std::copy_n (row_.begin () + start_[j], count_[j], row_.begin () + end);

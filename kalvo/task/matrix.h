@@ -16,13 +16,15 @@ struct Column {
 // The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one
 // that no longer fits its place moves to the end, and holes are closed when they are half of the arrays, so
 // that the cost stays proportional to what is put. Put in order, the arrays are the compressed columns that
-// engines take.
+// engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until it has
+// moved.
 //
 // An operation that throws std::bad_alloc leaves the matrix as it was.
 class ColumnMatrix {
 public:
     void append_columns (std::int32_t count);
     void reserve (std::int64_t entries);
+    bool has_room_for (std::size_t entries) const;    // of one more column, or of another place for one
     void put (std::int32_t j, std::span<const std::int32_t> rows, std::span<const double> values);
 
     std::int32_t columns () const { return static_cast<std::int32_t> (count_.size ()); }
@@ -33,7 +35,7 @@ public:
     // starts () has columns () + 1 entries. Costs one pass over the columns when they were put in order.
     void pack ();
     bool packed () const { return packed_; }
-    std::span<const std::int64_t> starts () const { return start_; }
+    std::span<const std::int32_t> starts () const { return start_; }
     std::span<const std::int32_t> rows () const { return row_; }
     std::span<const double> values () const { return value_; }
 
@@ -42,7 +44,7 @@ private:
     void move_together ();
     void copy_in_order ();
 
-    std::vector<std::int64_t> start_{0};
+    std::vector<std::int32_t> start_{0};
     std::vector<std::int32_t> count_;
     std::vector<std::int32_t> row_;
     std::vector<double> value_;

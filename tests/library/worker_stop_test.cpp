@@ -296,7 +296,7 @@ TEST (WorkerAbandoned, its_data_is_its_own)
         [&, gate, looked] (const klv::Job& job, const klv::StopFlag&, klv::EventChannel& channel) {
             channel.progress (in_phase (KLV_CALLER_DUAL_SIMPLEX));
             gate.wait ();
-            seen = job.problem->stated->cost[0] + job.problem->row_lower[0] +
+            seen = job.problem->stated->cost[0] + job.problem->rows.lower ()[0] +
                    job.settings->get (klv::RealSetting::primal_tolerance);
             looked.open ();
             return claims (Outcome::stopped);

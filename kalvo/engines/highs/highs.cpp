@@ -161,9 +161,9 @@ bool Session::pass_problem ()
                static_cast<HighsInt> (matrix.entries ()), 0, kHighsMatrixFormatColwise,
                kHighsHessianFormatTriangular, maximized ? kHighsObjSenseMaximize : kHighsObjSenseMinimize,
                mirrored ? -problem ().constant : problem ().constant,
-               mirrored ? mirrored_cost.data () : problem ().cost.data (), lowered.column_lower.data (),
-               lowered.column_upper.data (), lowered.row_lower.data (), lowered.row_upper.data (),
-               lowered.starts.data (), matrix.rows ().data (), matrix.values ().data (), nullptr, nullptr,
+               mirrored ? mirrored_cost.data () : problem ().cost.data (), lowered.columns.lower (),
+               lowered.columns.upper (), lowered.rows.lower (), lowered.rows.upper (),
+               matrix.starts ().data (), matrix.rows ().data (), matrix.values ().data (), nullptr, nullptr,
                nullptr, types.empty () ? nullptr : types.data ()) != kHighsStatusError;
 }
 
