@@ -7,7 +7,7 @@ function bench (toolbox, engine, files, data)
     addpath (toolbox);
     against_engine (engine, files);
     against_glpk (fullfile (data, 'lp', 'afiro.mps'));
-    progress_calls (fullfile (files, 'network-b.mps'));
+    progress_calls ();
 end
 
 function against_engine (engine, folder)
@@ -67,25 +67,22 @@ function against_glpk (file)
     end
 end
 
-% The calling thread does nothing during a solve but wait and call: its CPU time, with a progress function less
-% without one, is the cost of the calls.
-function progress_calls (file)
-    param = struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_DUAL_SIMPLEX');
-    command = ['read(' file ') minimize echo(0)'];
-    global progress_count
-    progress_count = 0;
-    before = main_thread_seconds ();
-    solved (command, [], param);
-    without = main_thread_seconds () - before;
-    before = main_thread_seconds ();
-    solved (command, [], param, struct ('iter', 'count_progress', 'iterhandle', 0));
-    with = main_thread_seconds () - before;
-    printf ('\n%d progress calls, %.3f ms each\n', progress_count, 1e3 * (with - without) / progress_count);
-end
-
-function seconds = main_thread_seconds ()
-    process = getpid ();
-    seconds = 1e-9 * sscanf (fileread (sprintf ('/proc/%d/task/%d/schedstat', process, process)), '%f', 1);
+% The calling thread does nothing during a search but wait and call: its CPU time between two calls is the cost of the calls
+% between them.
+function progress_calls ()
+    rows = 20;
+    columns = 200;
+    prob.a = sparse (1 + mod (reshape (1:rows * columns, rows, columns) * 7919, 97));
+    prob.c = 20 + mod ((1:columns)' * 31, 43);
+    prob.buc = sum (prob.a, 2) / 3;
+    prob.blx = zeros (columns, 1);
+    prob.bux = ones (columns, 1);
+    prob.ints.sub = 1:columns;
+    global progress_times
+    progress_times = [];
+    calls = 200;
+    kalvoopt ('maximize echo(0)', prob, [], struct ('iter', 'time_progress', 'iterhandle', calls));
+    printf ('\n%d progress calls, %.3f ms each\n', calls, 1e3 * diff (progress_times) / calls);
 end
 
 function [r, res] = solved (varargin)

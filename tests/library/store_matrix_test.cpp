@@ -41,7 +41,7 @@ void expect_compressed (const klv::ColumnMatrix& matrix)
     ASSERT_EQ (matrix.starts ().size (), static_cast<std::size_t> (matrix.columns ()) + 1);
     ASSERT_EQ (matrix.rows ().size (), static_cast<std::size_t> (matrix.entries ()));
     ASSERT_EQ (matrix.values ().size (), matrix.rows ().size ());
-    std::int32_t start = 0;
+    std::int64_t start = 0;
     for (std::int32_t j = 0; j < matrix.columns (); ++j) {
         ASSERT_EQ (matrix.starts ()[static_cast<std::size_t> (j)], start);
         start += static_cast<std::int64_t> (matrix.column (j).rows.size ());
