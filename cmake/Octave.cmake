@@ -18,7 +18,3 @@ target_link_directories (host_octave INTERFACE "${OCTLIBDIR}")
 target_link_libraries (host_octave INTERFACE octinterp octave)
 
 add_toolbox_module (octave mex)
-if (KALVO_TESTS)
-    add_mex_module (host_probe octave mex "${CMAKE_SOURCE_DIR}/tests/octave/host_probe.cpp")
-    set_target_properties (host_probe PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/probe")
-endif ()

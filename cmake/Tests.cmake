@@ -20,9 +20,5 @@ function (add_test_program name folder)
 endfunction ()
 
 add_test_program (library_tests library GTest::gtest_main $<TARGET_NAME_IF_EXISTS:kalvo_core>)
-add_test_program (unit_tests unit GTest::gtest_main gateway_standalone
-    $<TARGET_NAME_IF_EXISTS:kalvo_core>)
-set (replaced "${CMAKE_SOURCE_DIR}/tests/unit/replaced.txt")        # library functions that tests can answer for
-set_property (TARGET unit_tests APPEND PROPERTY LINK_DEPENDS "${replaced}")
-target_link_options (unit_tests PRIVATE "-Wl,@${replaced}")
+add_test_program (unit_tests unit GTest::gtest_main gateway_standalone $<TARGET_NAME_IF_EXISTS:kalvo_core>)
 add_test_program (fuzz_files fuzz $<TARGET_NAME_IF_EXISTS:kalvo_core>)

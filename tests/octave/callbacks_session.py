@@ -8,28 +8,38 @@ import unittest
 
 import terminal
 
-TINY = "struct ('c', [-1; -2], 'a', sparse ([1 1; 1 3]), 'blc', [], 'buc', [4; 6], 'blx', [0; 0], 'bux', [])"
+# A small problem, and one whose search takes minutes.
+PROBLEMS = {
+    "tiny": "p = struct ('c', [-1; -2], 'a', sparse ([1 1; 1 3]), 'buc', [4; 6], 'blx', [0; 0]);",
+    "long": "rand ('twister', 3); a = round (95 * rand (8, 80)) + 5; p = struct ('a', a, 'c', -sum (a), 'buc', "
+            "floor (sum (a, 2) / 3), 'blx', zeros (80, 1), 'bux', ones (80, 1), 'ints', struct ('sub', 1:80));",
+}
 
-# Bodies of the functions; `tiny` is the small problem.
+# Bodies of the functions.
 FUNCTIONS = {
-    "quiet": "",
+    "quiet": "stop = 0;",
     "failing": "error ('on purpose')",
+    "unassigned": "",
     "stopping": "stop = 1;",
     "endless": "while true, end",
-    "again": "[r, res] = kalvoopt ('minimize echo(0)', tiny ()); assert (r, 0); assert (res.sol.bas.pobjval, -5, 1e-9);",
+    "catching": "stop = 0; try, error ('x'); catch, end; pause (0.02);",
+    "again": "stop = 0; [r, res] = kalvoopt ('minimize echo(0)', tiny ()); assert (res.sol.bas.pobjval, -5, 1e-9);",
+    "inside": "stop = 0; r = kalvoopt ('minimize echo(0)', long ()); assert (r, 100007);",
     "clearing": "clear all; stop = 0;",
     "unlocking": "clear -all; clear functions; clear mex; stop = 0;",
     "leaving": "exit (5)",
+    "leaving_inside": "stop = 0; kalvoopt ('minimize echo(0)', tiny (), [], struct ('iter', 'leaving', 'iterhandle', 1));",
 }
 
-SOLVE = "[r, res] = kalvoopt ('minimize echo({echo})', tiny (), [], struct ('{kind}', '{name}', '{kind}handle', 1));"
+STOPPED, STOPPING = 100007, ("failing", "unassigned", "stopping", "no_such_function")
 
 
 class CallbacksSession(unittest.TestCase):
     def setUp(self):
-        pathlib.Path("tiny.m").write_text(f"function prob = tiny ()\nprob = {TINY};\nend\n")
+        for name, body in PROBLEMS.items():
+            pathlib.Path(name + ".m").write_text(f"function p = {name} ()\n{body}\nend\n")
         for name, body in FUNCTIONS.items():
-            pathlib.Path(name + ".m").write_text(f"function stop = {name} (varargin)\nstop = 0;\n{body}\nend\n")
+            pathlib.Path(name + ".m").write_text(f"function stop = {name} (varargin)\n{body}\nend\n")
             pathlib.Path(name + "_log.m").write_text(f"function {name}_log (varargin)\n{body}\nend\n")
         self.octave = self.session()
 
@@ -38,8 +48,9 @@ class CallbacksSession(unittest.TestCase):
         self.addCleanup(octave.close)
         return octave
 
-    def solve(self, kind, name):
-        return SOLVE.format(echo=3, kind=kind, name=name + ("_log" if kind == "log" else ""))
+    def solve(self, kind, name, problem="tiny"):
+        return (f"[r, res] = kalvoopt ('minimize', {problem} (), [], "
+                f"struct ('{kind}', '{name}{'_log' * (kind == 'log')}', '{kind}handle', 1));")
 
     def check(self, expression):
         self.assertEqual(self.octave.type(f"disp ({expression})"), "1\n", expression)
@@ -49,20 +60,18 @@ class CallbacksSession(unittest.TestCase):
         self.check("r2 == 0 && abs (res2.sol.bas.pobjval + 5) < 1e-9")
 
     def test_the_answer_of_each_function(self):
-        for kind, name, code in (("log", "quiet", 0), ("log", "failing", 0), ("log", "again", 0), ("log", "clearing", 0),
-                                 ("log", "unlocking", 0), ("iter", "quiet", 0), ("iter", "again", 0),
-                                 ("iter", "clearing", 0), ("iter", "unlocking", 0), ("iter", "failing", 100007),
-                                 ("iter", "stopping", 100007), ("iter", "no_such_function", 100007),
-                                 ("log", "no_such_function", 0)):
-            with self.subTest(kind=kind, name=name):
-                self.octave.type(self.solve(kind, name))
-                self.check(f"r == {code} && res.rcode == {code}")
-                self.check_next_call_works()
+        for name in ("quiet", "failing", "unassigned", "stopping", "again", "clearing", "unlocking", "no_such_function"):
+            for kind in ("log", "iter"):
+                with self.subTest(kind=kind, name=name):
+                    self.octave.type(self.solve(kind, name))
+                    self.check(f"r == {STOPPED * (kind == 'iter' and name in STOPPING)} && res.rcode == r")
+                    self.check_next_call_works()
 
-    def test_ctrl_c_ends_a_function_and_keeps_the_result(self):
-        for kind in ("log", "iter"):
-            with self.subTest(kind):
-                self.octave.start(self.solve(kind, "endless"))
+    def test_ctrl_c_ends_a_function_or_the_run_and_keeps_the_result(self):
+        for kind, name, problem in (("log", "endless", "tiny"), ("iter", "endless", "tiny"), ("iter", "catching", "long"),
+                                    ("iter", "inside", "tiny")):
+            with self.subTest(kind=kind, name=name):
+                self.octave.start(self.solve(kind, name, problem))
                 deadline = time.monotonic() + 20
                 while True:    # a log function is called for each line: each needs its press
                     time.sleep(0.3)
@@ -77,8 +86,8 @@ class CallbacksSession(unittest.TestCase):
                 self.check_next_call_works()
 
     def test_exit_ends_the_session_with_its_status(self):
-        for kind in ("log", "iter"):
-            with self.subTest(kind):
+        for kind, name in (("log", "leaving"), ("iter", "leaving"), ("iter", "leaving_inside")):
+            with self.subTest(kind=kind, name=name):
                 octave = self.session()
-                octave.start(self.solve(kind, "leaving"))
+                octave.start(self.solve(kind, name))
                 self.assertEqual(octave.wait_status(), 5)

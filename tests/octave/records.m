@@ -1,6 +1,11 @@
 ## What a solve returns as data, and that it can be given back.
 
-%!shared prob, res
+%!function [res, text] = solved (varargin)
+%!  text = evalc ("[r, res] = kalvoopt (varargin{:});");
+%!  assert (r, 0);
+%!endfunction
+
+%!shared prob, res, data
 %! prob.a = sparse ([1 1 0 1; 0 1 1 0; 1 0 0 -1]);
 %! prob.c = [1 2 -1 0];
 %! prob.cfix = 10;
@@ -10,34 +15,19 @@
 %! prob.bux = [5 Inf 3 7];
 %! prob.ints.sub = [3 1];
 %! prob.names = struct ("name", "zwölf €", "con", {{"eins", "", "drei"}}, "var", {{"x1", "x2", "é", "x4"}});
-%! [r, res] = kalvoopt ("minimize prob echo(0)", prob);
-%! assert (r, 0);
+%! res = solved ("minimize prob echo(0)", prob);
+%! data = getenv ("KALVO_TEST_DATA");
 
 ## Every kind of bound, the matrix, names and integers come back as they were stated.
 %!test
-%! assert (fieldnames (res.prob).', {"c","cfix","a","blc","buc","blx","bux","ints","names","objsense"});
-%! assert (issparse (res.prob.a));
-%! assert (res.prob.a, prob.a);
-%! assert (res.prob.c, prob.c.');
-%! assert (res.prob.cfix, 10);
-%! for field = {"blc", "buc", "blx", "bux"}
+%! for field = {"c", "cfix", "blc", "buc", "blx", "bux"}
 %!   assert (res.prob.(field{1}), prob.(field{1})(:));
 %! endfor
+%! assert (issparse (res.prob.a) && isequal (res.prob.a, prob.a));
 %! assert (res.prob.ints.sub, [1; 3]);
-%! assert (fieldnames (res.prob.names).', {"name","obj","con","var","barvar","acc"});
-%! assert (res.prob.names.name, prob.names.name);
-%! assert (res.prob.names.obj, "");
-%! assert (res.prob.names.con, prob.names.con.');
-%! assert (res.prob.names.var, prob.names.var.');
-%! assert (res.prob.names.barvar, []);
+%! assert (res.prob.names, struct ("name", "zwölf €", "obj", "", "con", {prob.names.con.'}, ...
+%!                                 "var", {prob.names.var.'}, "barvar", [], "acc", []));
 %! assert (res.prob.objsense, "minimize");
-
-## Given back, it is the same problem, also when it is read from the record a second time.
-%!test
-%! [r, again] = kalvoopt ("minimize prob echo(0)", res.prob);
-%! assert (r, 0);
-%! assert (isequal (again.prob, res.prob));
-%! assert (again.sol.int.pobjval, res.sol.int.pobjval, 1e-9);
 
 ## Dense, sparse, row, column, logical: one meaning.
 %!test
@@ -46,33 +36,48 @@
 %! for form = forms.'
 %!   p = prob;
 %!   [p.a, p.c, p.blx] = form{:};
-%!   [r, same] = kalvoopt ("prob echo(0)", p);
-%!   assert (r, 0);
-%!   assert (isequal (same.prob, res.prob));
+%!   assert (solved ("prob echo(0)", p).prob, res.prob);
 %! endfor
 %! p = struct ("a", ones (1, 3), "c", sparse ([true; false; true]), "bux", sparse ([false; true; true]));
-%! [r, logical_form] = kalvoopt ("prob echo(0)", p);
-%! assert (r, 0);
-%! assert (logical_form.prob.c, [1; 0; 1]);
-%! assert (logical_form.prob.bux, [0; 1; 1]);
+%! logical_form = solved ("prob echo(0)", p).prob;
+%! assert ([logical_form.c, logical_form.bux], [1 0; 0 1; 1 1]);
 
-## Statuses and keys as texts and as numbers.
+## Statuses and keys as texts and as numbers, which tell the same items apart.
 %!test
-%! p = rmfield (prob, "ints");
-%! [r, text_form] = kalvoopt ("minimize echo(0)", p);
-%! [r, number_form] = kalvoopt ("minimize statuskeys(1) echo(0)", p);
-%! bas = text_form.sol.bas;
-%! assert (ischar (bas.skc) && isequal (size (bas.skc), [3 2]));
-%! assert (ischar (bas.skx) && isequal (size (bas.skx), [4 2]));
-%! assert (ischar (bas.prosta) && isrow (bas.prosta) && ischar (bas.solsta));
-%! numbers = number_form.sol.bas;
-%! assert (isa (numbers.skx, "double") && isequal (size (numbers.skx), [4 1]));
-%! assert (isscalar (numbers.prosta) && isscalar (numbers.solsta));
-%! for i = 1:4
-%!   for j = 1:4        # the two forms tell the same items apart
-%!     assert (isequal (bas.skx(i,:), bas.skx(j,:)), numbers.skx(i) == numbers.skx(j));
-%!   endfor
-%! endfor
+%! text_form = solved ("minimize echo(0)", rmfield (prob, "ints")).sol;
+%! numbers = solved ("minimize statuskeys(1) echo(0)", rmfield (prob, "ints")).sol.bas;
+%! bas = text_form.bas;
+%! assert (ischar (bas.skx) && ischar (bas.prosta) && isrow (bas.prosta) && isscalar (numbers.solsta));
+%! assert ({size(bas.skc), size(numbers.skx), size(text_form.itr.skn), size(text_form.itr.doty)}, ...
+%!         {[3 2], [4 1], [0 2], [0 1]});
+%! [~, ~, group] = unique (bas.skx, "rows");
+%! assert (group(:) == group(:).', numbers.skx == numbers.skx.');
 %! assert (sum (numbers.skx == 1) + sum (numbers.skc == 1), 3);        # a basis: as many as constraints
-%! assert (size (text_form.sol.itr.skn), [0 2]);
-%! assert (size (text_form.sol.itr.doty), [0 1]);
+
+## What is returned is accepted as it is and gives the same answer.
+%!test
+%! first = solved (["read(" fullfile(data, "lp", "israel.mps") ") minimize param echo(0)"]);
+%! again = solved ("minimize param prob echo(0)", first.prob, first.param);
+%! assert (again.sol, first.sol);
+%! assert (again.param, setfield (first.param, "KLV_SPAR_DATA_FILE", again.param.KLV_SPAR_DATA_FILE));
+%! assert (again.prob, first.prob);
+%! assert (solved ("prob echo(0)", res.prob).prob, res.prob);
+
+## An infeasible problem that comes as data: its certificate, by definition.
+%!test
+%! p = load (fullfile (data, "lp_infeasible", "lpi_itest2.mat")).Problem;
+%! bas = solved ("minimize echo(0)", struct ("a", p.A, "c", p.c, "blc", p.b, "buc", p.b, "blx", p.lo, "bux", p.hi)).sol.bas;
+%! assert (bas.prosta, "PRIMAL_INFEASIBLE");
+%! assert (p.A' * bas.y + bas.slx - bas.sux, zeros (size (p.lo)), 1e-8 * norm ([bas.y; bas.slx; bas.sux], Inf));
+%! lower = isfinite (p.lo);
+%! upper = isfinite (p.hi);
+%! assert (all (bas.slx(! lower) <= 1e-8) && all (bas.sux(! upper) <= 1e-8));
+%! assert (p.b' * bas.y + p.lo(lower)' * bas.slx(lower) - p.hi(upper)' * bas.sux(upper), 1, 1e-6);
+
+## Two threads, one, two again in one session.
+%!test
+%! for threads = [2 1 2]
+%!   file = fullfile (data, "milp", "p0033.mps");
+%!   of = solved (["read(" file ") minimize info echo(0)"], [], struct ("KLV_IPAR_MAX_THREADS", threads));
+%!   assert ([of.sol.int.pobjval, of.info.KLV_IINF_THREADS], [3089 threads], 1e-6);
+%! endfor

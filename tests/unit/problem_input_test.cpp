@@ -1,0 +1,215 @@
+// The problem record: what each field means, how faults are named, and that what comes back is what was stated.
+
+#include "tests/unit/gateway_test.h"
+
+namespace {
+
+using ProblemInput = GatewayTest;
+
+// Two constraints and three variables, and these fields.
+std::string with (const std::string& fields)
+{
+    return "(a=[1 0 5; 0 0 6], " + fields + ")";
+}
+
+TEST_F (ProblemInput, ComesBackAsItWasStated)
+{
+    const std::string rest =
+        ", cfix=7, blc=[-inf 1], buc=[4 1], ints=(sub=[3 1 3]), names=(con={'r1', 'r2'}, "
+        "name='tiny', var={'x', '', 'zé'}, obj='cost'), objsense='maximize', unknown=@)";
+    const std::string back =
+        "(c=[1;-2;0], cfix=7, a=sparse 2x3 (1,1)=1 (1,3)=5 (2,3)=6, blc=[-inf;1], buc=[4;1], "
+        "blx=[0;2;0], bux=[inf;inf;inf], ints=(sub=[1;3]), names=(name='tiny', obj='cost', "
+        "con=['r1';'r2'], var=['x';'';'zé'], barvar=-, acc=-), objsense='minimize')";
+    for (const char* form : {"(a=[1 0 5; 0 0 6], c=[1 -2 0], blx=[0;2;0]",
+                             "(a=sparse [1 0 5; 0 0 6], c=sparse [1;-2;0], blx=sparse [0;2;0]"}) {
+        const Call first = ask ("prob echo(0)", {form + rest});
+        EXPECT_EQ (show (first[1]["prob"]), back);
+        EXPECT_EQ (printed (), "0\n");
+        const Value again (mxDuplicateArray (first[1]["prob"].get ()));
+        EXPECT_EQ (show (call (2, {text ("prob echo(0)"), again})[1]["prob"]), back);
+    }
+}
+
+TEST_F (ProblemInput, IsAsLargeAsItsMatrix)
+{
+    const struct {
+        const char *prob, *shown;
+    } cases[] = {
+        {"(a=0x2, c=[1 2])", "c=[1;2], a=sparse 0x2, blc=0x1, blx=[-inf;-inf], ints=-"},
+        {"(a=sparse 1x0)", "c=0x1, a=sparse 1x0, blc=-inf, blx=0x1, ints=-"},
+        {"[]", "c=0x1, a=sparse 0x0, blc=0x1, blx=0x1, ints=-"},
+        {"record 0x0 a", "c=0x1, a=sparse 0x0, blc=0x1, blx=0x1, ints=-"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ (show (ask ("prob echo(0)", {c.prob})[1]["prob"], "c a blc blx ints"), c.shown) << c.prob;
+}
+
+TEST_F (ProblemInput, BoundsBecomeWhatTheyMean)
+{
+    const std::string none = "[-inf;-inf;-inf]", all = "[inf;inf;inf]", zeros = "[0;0;0]";
+    const struct {
+        const char *what, *fields;
+        std::string lower, upper;
+        const char* param = "[]";
+    } cases[] = {
+        {"absent", "blx=[], bux={}", none, all},
+        {"a lower one alone", "blx=[1;2;3]", "[1;2;3]", all},
+        {"-Inf and NaN are none, a finite one counts", "blx=[-inf nan -1e40]", "[-inf;-inf;-1e+40]", all},
+        {"not stored is 0, stored -Inf and NaN are none", "blx=sparse [-inf;0;nan]", "[-inf;0;-inf]", all},
+        {"truth values", "blx=sparse logical [0;1;0]", "[0;1;0]", all},
+        {"an upper one alone", "bux=[1 inf 3]", none, "[1;inf;3]"},
+        {"above the threshold none, at it one", "blx=[0 0 0], bux=[nan 1.001e20 1e20]", zeros,
+         "[inf;inf;1e+20]"},
+        {"each side by itself", "blx=[-inf 0 nan], bux=[5 5 inf]", "[-inf;0;-inf]", "[5;5;inf]"},
+        {"not stored is 0 above too", "bux=sparse [0;0;0]", none, zeros},
+        {"stored above the threshold", "blx=[-1 -1 -inf], bux=sparse [1e25;0;7]", "[-1;-1;-inf]",
+         "[1e+25;0;7]"},
+        {"stored Inf and NaN", "blx=[-1 -inf -1], bux=sparse [inf;nan;0]", "[-1;-inf;-1]", "[inf;inf;0]"},
+        {"crossed is the library's affair", "blx=[2 2 2], bux=[1 2.5 3]", "[2;2;2]", "[1;2.5;3]"},
+        {"nearly equal is fixed", "blx=[0 1 -1], bux=[1e-12 1 -0.999999999]", "[0;1;-1]",
+         "[0;1;-0.999999999]"},
+        {"nearly crossed too", "blx=[0 0 0], bux=[-1e-11 1 1]", zeros, "[0;1;1]"},
+        {"the tolerance of the parameters", "blx=[0 0 0], bux=[0.5 0.25 0]", zeros, "[0.5;0;0]",
+         "(KLV_DPAR_FIXING_TOLERANCE=0.25)"},
+        {"the threshold of the parameters", "blx=[0 0 0], bux=[100 101 0]", zeros, "[100;inf;0]",
+         "(KLV_DPAR_BOUND_INFINITY=100)"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE (c.what);
+        const Call result = ask ("prob echo(0)", {with (c.fields), c.param});
+        EXPECT_EQ (show (result[1]["prob"], "blx bux"), "blx=" + c.lower + ", bux=" + c.upper);
+    }
+}
+
+TEST_F (ProblemInput, IntegersAndNamesAreTaken)
+{
+    const struct {
+        const char *field, *stated, *shown;
+    } cases[] = {
+        {"ints", "(sub=[2 2 3])", "(sub=[2;3])"},
+        {"ints", "(sub=[1.9; 3])", "(sub=[1;3])"},
+        {"ints", "(sub)", "-"},
+        {"ints", "(sum=1)", "-"},
+        {"ints", "(sub=sparse 1)", "-"},
+        {"ints", "(sub=[1 2; 2 1])", "-"},
+        {"ints", "(sub=int32 1)", "-"},
+        {"names", "(obj='€€€', con={'a', ''})",
+         "(name='', obj='€€€', con=['a';''], var=['';'';''], barvar=-, acc=-)"},
+        {"names", "(name=['ab'; 'cd'], cone=1, acc='x', barvar=[])",
+         "(name='acbd', obj='', con=['';''], var=['';'';''], barvar=-, acc=-)"},
+    };
+    for (const auto& c : cases) {
+        const Call result = ask ("prob echo(0)", {with (c.field + ('=' + std::string (c.stated)))});
+        EXPECT_EQ (show (result[1]["prob"][c.field]), c.shown) << c.stated;
+    }
+}
+
+// Every fault is named, in this order; what comes after a fault that ends the reading is not looked at.
+TEST_F (ProblemInput, FaultsAreNamed)
+{
+    const struct {
+        const char *fields, *lines;
+        KLVrescode_t code = 1200;
+    } cases[] = {
+        {"f=2x4, g=1, qcval=[], cones=[], accs=[], cfix='x'",
+         "1200 prob.f must be a sparse matrix; "
+         "1200 prob.f cannot be specified together with prob.qoval or prob.qcval; "
+         "1200 prob.f has wrong number of columns, should have size(prob.f,2) == size(prob.a,2); "
+         "1200 prob.g must be a dense vector with length(prob.g) == size(prob.f,1); "
+         "1200 prob.cones and prob.accs cannot be simultaneously specified; 1200 prob.f is not supported "
+         "yet; "},
+        {"f=sparse 0x3", "1200 prob.f specified but neither prob.accs nor prob.cones found; "},
+        {"g=[]", "1200 prob.g cannot be specified without prob.f; "},
+        {"f=sparse [1 2 3], accs=[0 1]",
+         "1200 prob.f is not supported yet; 1200 prob.accs is not supported yet; "},
+        {"qoval=1, duasen=1, sol=1",
+         "1200 prob.qoval is not supported yet; 1200 prob.duasen is not supported yet; "},
+        {"sol=(bas=[])", "1200 prob.sol is not supported yet; "},
+        {"c=1, cfix=[1 2]", "1200 prob.cfix; "},
+        {"cfix=[]", "1200 prob.cfix; "},
+        {"cfix=complex 1", "1200 prob.cfix is complex; "},
+        {"c=1, qosubi=1", "1200 prob.c has wrong length; "},
+        {"c=sparse [1 2 3]", "1200 prob.c has wrong length; "},
+        {"c=complex [1 2 3]", "1200 prob.c is complex; "},
+        {"qosubi=1, qosubj=1, qcsubk='k', qcsubi=1, qcsubj=1, blc=1",
+         "1200 prob.qosubj; 1200 prob.qosubi; 1200 prob.qcsubk; 1200 prob.qcsubi; 1200 prob.qcsubj; ", 1201},
+        {"blx=1, buc=1", "1201 prob.buc has invalid dimension; ", 1201},
+        {"blx=[inf 0 0], bux=[1 2]", "1201 prob.bux has invalid dimension; ", 1201},
+        {"blx=sparse [1 2 3]", "1201 prob.blx has invalid dimension; ", 1201},
+        {"blx=complex [1 2 3]", "1200 prob.blx is complex; "},
+        {"bux=sparse single [1;2;3]", "1200 prob.bux is neither double nor logical; "},
+        {"blx=[0 inf 1e20]", "1400 blx[2] is too large; ", 1400},
+        {"blx=sparse [inf;0;1e20]", "1400 blx[1] is too large; 1400 blx[3] is too large; ", 1400},
+        {"blx=[inf 0 0], bux=[-inf 0 0]", "1400 blx[1] is too large; ", 1400},
+        {"bux=[-inf -1e20 0]", "1400 bux[1] is too small; ", 1400},
+        {"bux=sparse [0;-1e20;-inf]", "1400 bux[2] is too small; ", 1400},
+        {"names=(x='x'), ints=1", "1200 prob.ints; "},
+        {"ints=record 1x2 sub", "1200 prob.ints must be a 1-by-1 structure; "},
+        {"ints=(sub=[1 4])", "1200 prob.ints.sub(2); "},
+        {"ints=(sub=0.9)", "1200 prob.ints.sub(1); "},
+        {"ints=(sub=4294967297)", "1200 prob.ints.sub(1); "},
+        {"ints=(sub=[3 nan])", "1200 prob.ints.sub(2); "},
+        {"ints=(sub=complex 1)", "1200 prob.ints.sub is complex; "},
+        {"names=record 1x2 name", "1200 prob.names must be a 1-by-1 structure; "},
+        {"names=(vars='x', obj=1)", "1200 prob.names.vars; "},
+        {"names=(obj)", "1200 prob.names.obj; "},
+        {"names=(name=char [97 0 98])", "1200 prob.names.name; "},
+        {"names=(con={'a'})", "1201 prob.names.con; ", 1201},
+        {"names=(var)", "1201 prob.names.var; ", 1201},
+        {"names=(con={'a', 2})", "1200 prob.names.con{2}; "},
+        {"names=(con=cell 2x1)", "1200 prob.names.con{1}; "},
+        {"names=(con='ab')", "1200 prob.names.con{1}; "},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ (code_of (ask ("echo(0)", {with (c.fields)})), c.code) << c.fields;
+        EXPECT_EQ (printed (), c.lines) << c.fields;
+    }
+}
+
+TEST_F (ProblemInput, NothingIsReadWithoutAGoodMatrix)
+{
+    const struct {
+        const char *prob, *line;
+    } cases[] = {
+        {"'lp.mps'", "1200 prob; "},
+        {"record 1x2 a", "1200 prob; "},
+        {"(A=1, f=1)", "1200 prob.a not specified; "},
+        {"(a, c='x')", "1200 prob.a not specified; "},
+        {"(a=single 1, c='x')", "1200 prob.a is not a double matrix; "},
+        {"(a=sparse logical [0;1])", "1200 prob.a is not a double matrix; "},
+        {"(a=complex 1)", "1200 prob.a is complex; "},
+        {"(a=2x3x2)", "1200 prob.a has more than two dimensions; "},
+        {"(a=0x2147483648)", "1200 prob.a has more than 2147483647 rows or columns; "},
+        {"(a=4294967296x0)", "1200 prob.a has more than 2147483647 rows or columns; "},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ (code_of (ask ("echo(0)", {c.prob})), 1200) << c.prob;
+        EXPECT_EQ (printed (), c.line) << c.prob;
+    }
+}
+
+// The weights are checked in full, although the library can't repair.
+TEST_F (ProblemInput, RepairNeedsGoodWeights)
+{
+    const struct {
+        const char *fields, *line = "";
+        KLVrescode_t code = KLV_RES_NOT_AVAILABLE;
+    } cases[] = {
+        {"c=[]", "1200 prob.primalrepair; ", 1200},
+        {"primalrepair=[]"},
+        {"primalrepair='all'"},
+        {"primalrepair=(wlc=[1 1], wuc=[1;1], wlx=[1 1 1], wux=[1;1;1])"},
+        {"primalrepair=(wlc=[1 1 1])", "1200 prob.primalrepair.wlc; ", 1201},
+        {"primalrepair=(wlx=[1 1], wuc=1)", "1200 prob.primalrepair.wuc; ", 1201},
+        {"primalrepair=(wux=sparse [1;1;1])", "1200 prob.primalrepair.wux; ", 1201},
+        {"primalrepair=(wlx=[])", "1200 prob.primalrepair.wlx; ", 1201},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ (code_of (ask ("primalrepair echo(0)", {with (c.fields)})), c.code) << c.fields;
+        EXPECT_EQ (printed (), c.line) << c.fields;
+    }
+    EXPECT_EQ (code_of (ask ("primalrepair echo(0)")), 1200);
+}
+
+}
