@@ -51,9 +51,9 @@ static Problem read_format (Task& task, const std::string& path, Pacer& pacer)
 {
     switch (format_of (task, path)) {
     case FileFormat::free_mps:
-        return read_mps (task, path, MpsForm::free, pacer);
+        return read_mps (task, path, FileForm::free_mps, pacer);
     case FileFormat::fixed_mps:
-        return read_mps (task, path, MpsForm::fixed, pacer);
+        return read_mps (task, path, FileForm::fixed_mps, pacer);
     default:
         return read_mps_of_any_form (task, path, pacer);
     }
@@ -76,14 +76,14 @@ KLVrescode_t read_problem (Task& task, const char* path)
 }
 
 // By extension, MPS is written in free form unless only fixed form can hold the names.
-static MpsForm form_to_write (const Task& task, const std::string& path)
+static FileForm form_to_write (const Task& task, const std::string& path)
 {
     const Problem& problem = task.problem ();
     const FileFormat format = format_of (task, path);
-    if (format == FileFormat::mps && !mps_holds_names (problem, MpsForm::free) &&
-        mps_holds_names (problem, MpsForm::fixed))
-        return MpsForm::fixed;
-    return format == FileFormat::fixed_mps ? MpsForm::fixed : MpsForm::free;
+    if (format == FileFormat::mps && !holds_names (FileForm::free_mps, problem) &&
+        holds_names (FileForm::fixed_mps, problem))
+        return FileForm::fixed_mps;
+    return format == FileFormat::fixed_mps ? FileForm::fixed_mps : FileForm::free_mps;
 }
 
 KLVrescode_t write_problem (Task& task, const char* path)
@@ -91,7 +91,7 @@ KLVrescode_t write_problem (Task& task, const char* path)
     try {
         Pacer pacer (task, KLV_CALLER_WRITE);
         pacer.ask (KLV_CALLER_BEGIN_WRITE);
-        const MpsForm form = form_to_write (task, path);
+        const FileForm form = form_to_write (task, path);
         check_mps_holds (task.problem (), form);
         OutputFile file (path, pacer);
         write_mps (task, form, file);

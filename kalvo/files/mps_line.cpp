@@ -1,35 +1,13 @@
 #include "kalvo/files/mps_line.h"
 
 #include "kalvo/files/fault.h"
+#include "kalvo/files/words.h"
 
 #include <array>
 
 namespace klv {
 
 constexpr std::string_view marker = "'MARKER'";
-
-std::string_view trim (std::string_view text)
-{
-    while (!text.empty () && is_blank (text.front ()))
-        text.remove_prefix (1);
-    while (!text.empty () && is_blank (text.back ()))
-        text.remove_suffix (1);
-    return text;
-}
-
-static FileFault control_character (char c)
-{
-    if (c == '\0')
-        return syntax ("a zero byte: this is no text file");
-    return syntax ("a control character, of code " + std::to_string (static_cast<int> (c)));
-}
-
-void check_characters (std::string_view line)
-{
-    for (const char c : line)
-        if (static_cast<unsigned char> (c) < ' ' && c != '\t')
-            throw control_character (c);
-}
 
 // ---- Free form
 

@@ -17,9 +17,6 @@ struct MpsFields {
     std::string_view number[2]{};
 };
 
-// Throws FileFault when a line has control characters other than tabs.
-void check_characters (std::string_view line);
-
 // Throw FileFault when the line does not have the fields of a line of its section.
 MpsFields split_free (MpsSection section, std::string_view line);
 MpsFields split_fixed (MpsSection section, std::string_view line);
@@ -29,12 +26,5 @@ bool only_fixed (MpsSection section, std::string_view line);
 
 // Whether free and fixed form read such a line differently, both without a fault.
 bool free_and_fixed_differ (MpsSection section, std::string_view line);
-
-inline bool is_blank (char c)
-{
-    return c == ' ' || c == '\t';
-}
-
-std::string_view trim (std::string_view text);
 
 }

@@ -1,7 +1,8 @@
 // Writes MPS files: every number to the last bit, every name as it is, or nothing at all.
+#include "kalvo/files/item_names.h"
 #include "kalvo/files/mps.h"
-#include "kalvo/files/name_table.h"
 #include "kalvo/files/numbers.h"
+#include "kalvo/files/words.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,180 +10,27 @@
 
 namespace klv {
 
-// No name is longer, so that lines of three names stay below the longest line that is read.
-constexpr std::size_t longest_free_name = std::size_t{1} << 16;
-constexpr std::size_t longest_fixed_name = 8;
-
-static bool same_bits (double a, double b)
-{
-    return std::bit_cast<std::uint64_t> (a) == std::bit_cast<std::uint64_t> (b);
-}
-
-static bool is_plain_zero (double value)
-{
-    return same_bits (value, 0.0);
-}
-
-// ---- Names: as they are, or made for items that have none
-
-// Adds as many "_" to a name as keep it, alone or before a number, apart from all the names that are given.
-class Distinct {
-public:
-    explicit Distinct (std::string wanted) : wanted_ (std::move (wanted)) {}
-
-    void avoid (std::string_view name)
-    {
-        if (!name.starts_with (wanted_))
-            return;
-        const std::size_t tail = std::min (name.find_first_not_of ('_', wanted_.size ()), name.size ());
-        if (name.find_first_not_of ("0123456789", tail) == name.npos)
-            added_ = std::max (added_, tail - wanted_.size () + 1);
-    }
-
-    std::string name () const { return wanted_ + std::string (added_, '_'); }
-
-private:
-    std::string wanted_;
-    std::size_t added_ = 0;
-};
-
-class ItemNames {
-public:
-    ItemNames (const Names& names, std::int32_t count, const char* prefix) : names_ (names), count_ (count)
-    {
-        Distinct distinct (prefix);
-        for (std::int32_t i = 0; i < count && names.any (); ++i)
-            distinct.avoid (names.get (i));
-        prefix_ = distinct.name ();
-    }
-
-    // Valid until the next call for an item without a name.
-    std::string_view operator() (std::int32_t item) const
-    {
-        const std::string_view name =
-            names_.any () ? std::string_view (names_.get (item)) : std::string_view ();
-        if (!name.empty ())
-            return name;
-        made_ = prefix_ + std::to_string (item + 1);
-        return made_;
-    }
-
-    std::int32_t count () const { return count_; }
-
-private:
-    const Names& names_;
-    std::int32_t count_;
-    std::string prefix_;
-    mutable std::string made_;
-};
-
-// A name for the objective or for a set that no row or column has.
-static std::string unused_name (const char* wanted, const ItemNames& others)
-{
-    Distinct distinct (wanted);
-    for (std::int32_t i = 0; i < others.count (); ++i)
-        distinct.avoid (others (i));
-    return distinct.name ();
-}
-
-// ---- What a form cannot hold
-
-static const char* why_not (std::string_view name, MpsForm form)
-{
-    const auto is_control = [] (char c) { return static_cast<unsigned char> (c) < ' '; };
-    for (const char c : name) {
-        if (is_control (c))
-            return "has a control character";
-        if (c == ' ' && form == MpsForm::free)
-            return "has a blank";
-    }
-    if (name.size () > (form == MpsForm::free ? longest_free_name : longest_fixed_name))
-        return "is too long";
-    if (name == "'MARKER'")
-        return "is the word of markers";
-    if (form == MpsForm::fixed && (name.starts_with (' ') || name.ends_with (' ')))
-        return "begins or ends with a blank";
-    if (form == MpsForm::fixed && name.starts_with ('$'))
-        return "begins with the sign of comments";
-    return nullptr;
-}
-
-struct Obstacle {
-    std::string item;
-    const char* reason = nullptr;
-};
-
-static Obstacle find_obstacle (const char* kind, const ItemNames& names, MpsForm form)
-{
-    for (std::int32_t i = 0; i < names.count (); ++i)
-        if (const char* reason = why_not (names (i), form))
-            return {std::string (kind) + " " + std::to_string (i + 1) + " " + quote (names (i)), reason};
-    return {};
-}
-
-static Obstacle find_obstacle (const Problem& problem, MpsForm form)
-{
-    if (const char* reason = why_not (problem.objective_name, form))
-        return {"objective " + quote (problem.objective_name), reason};
-    Obstacle found =
-        find_obstacle ("constraint", {problem.constraint_name, problem.constraints (), "R"}, form);
-    if (!found.reason)
-        found = find_obstacle ("variable", {problem.variable_name, problem.variables (), "C"}, form);
-    return found;
-}
-
-static FileFault cannot_hold (const std::string& text)
-{
-    return {KLV_RES_FILE_CANNOT_HOLD, text};
-}
-
-static void check_unique (const char* kind, const ItemNames& names, std::string_view also)
-{
-    NameTable table;
-    if (!also.empty ())
-        table.insert (also);
-    for (std::int32_t i = 0; i < names.count (); ++i)
-        if (!table.insert (names (i)))
-            throw cannot_hold (std::string ("MPS cannot hold two items of the same name: ") + kind + " " +
-                               std::to_string (i + 1) + " " + quote (names (i)));
-}
+// ---- What MPS cannot hold
 
 static void check_problem_name (std::string_view name)
 {
+    constexpr std::size_t longest = std::size_t{1} << 16;
     const auto refuse = [&] (const char* reason) {
         throw cannot_hold ("MPS cannot hold the problem's name " + quote (name) + ", which " + reason);
     };
-    if (name.size () > longest_free_name)
+    if (name.size () > longest)
         refuse ("is too long");
     for (const char c : name)
         if (static_cast<unsigned char> (c) < ' ' && c != '\t')
             refuse ("has a control character");
-    const auto is_space = [] (char c) { return c == ' ' || c == '\t'; };
-    if (!name.empty () && (is_space (name.front ()) || is_space (name.back ())))
+    if (trim (name) != name)
         refuse ("begins or ends with a blank");
 }
 
-bool mps_holds_names (const Problem& problem, MpsForm form)
-{
-    return find_obstacle (problem, form).reason == nullptr;
-}
-
-void check_mps_holds (const Problem& problem, MpsForm form)
+void check_mps_holds (const Problem& problem, FileForm form)
 {
     check_problem_name (problem.name);
-    check_unique ("constraint", {problem.constraint_name, problem.constraints (), "R"},
-                  problem.objective_name);
-    check_unique ("variable", {problem.variable_name, problem.variables (), "C"}, {});
-    const Obstacle obstacle = find_obstacle (problem, form);
-    if (!obstacle.reason)
-        return;
-    const MpsForm other = form == MpsForm::free ? MpsForm::fixed : MpsForm::free;
-    const std::string advice =
-        find_obstacle (problem, other).reason
-            ? "no format that is known can"
-            : std::string ("the ") + (other == MpsForm::free ? "free" : "fixed") + " form can";
-    throw cannot_hold ((form == MpsForm::free ? "free" : "fixed") + std::string (" MPS cannot hold ") +
-                       obstacle.item + ", whose name " + obstacle.reason + "; " + advice);
+    check_names (form, problem);
 }
 
 // ---- Ranges: one bound as the right-hand side, the other by their difference
@@ -211,13 +59,13 @@ static Ranged ranged_row (double lower, double upper)
 
 class MpsWriter {
 public:
-    MpsWriter (const Problem& problem, MpsForm form, double huge, OutputFile& file)
+    MpsWriter (const Problem& problem, FileForm form, double huge, OutputFile& file)
         : problem_ (problem),
           form_ (form),
           huge_ (huge),
           file_ (file),
-          rows_ (problem.constraint_name, problem.constraints (), "R"),
-          columns_ (problem.variable_name, problem.variables (), "C"),
+          rows_ (constraint_names (problem)),
+          columns_ (variable_names (problem)),
           objective_ (problem.objective_name.empty () ? unused_name ("OBJ", rows_) : problem.objective_name),
           bound_set_ (unused_name ("BND", columns_))
     {}
@@ -248,7 +96,7 @@ private:
     void put (std::string_view text);
 
     const Problem& problem_;
-    MpsForm form_;
+    FileForm form_;
     double huge_;
     OutputFile& file_;
     ItemNames rows_, columns_;
@@ -291,7 +139,7 @@ void MpsWriter::line (std::string_view key, std::string_view name, std::string_v
     put (key);
     pad_to (name_column);
     put (name);
-    if (form_ == MpsForm::fixed) {
+    if (form_ == FileForm::fixed_mps) {
         pad_to (item_column);
         put (item);
         if (!number.empty ())
@@ -365,7 +213,7 @@ void MpsWriter::columns ()
     std::int32_t markers = 0;
     const auto mark = [&] (const char* kind) {
         const std::string name = "M" + std::to_string (++markers);
-        file_.put (form_ == MpsForm::free
+        file_.put (form_ == FileForm::free_mps
                        ? "    " + name + " 'MARKER' " + kind + "\n"
                        : "    " + name + std::string (10 - std::min<std::size_t> (9, name.size ()), ' ') +
                              "'MARKER'                 " + kind + "\n");
@@ -484,7 +332,7 @@ void MpsWriter::bounds_of (std::int32_t number)
     }
 }
 
-void write_mps (Task& task, MpsForm form, OutputFile& file)
+void write_mps (Task& task, FileForm form, OutputFile& file)
 {
     MpsWriter writer (task.problem (), form, task.parameters.get (RealSetting::bound_infinity), file);
     writer.write ();

@@ -3,9 +3,22 @@
 // same number.
 #pragma once
 
+#include <bit>
+#include <cstdint>
 #include <string_view>
 
 namespace klv {
+
+// Zeros of both signs are equal numbers and different texts.
+inline bool same_bits (double a, double b)
+{
+    return std::bit_cast<std::uint64_t> (a) == std::bit_cast<std::uint64_t> (b);
+}
+
+inline bool is_plain_zero (double value)
+{
+    return same_bits (value, 0.0);
+}
 
 // Any number but NaN; "inf" and "infinity" with a sign or without are numbers. Throws FileFault.
 double parse_number (std::string_view text);

@@ -1,0 +1,25 @@
+// Characters and words of text problem files.
+#pragma once
+
+#include <string_view>
+
+namespace klv {
+
+struct FileFault;
+
+inline bool is_blank (char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+std::string_view trim (std::string_view text);
+
+// Whether a text is a word that is given in capitals, whatever the case of the text.
+bool same_word (std::string_view text, std::string_view word);
+
+FileFault control_character (char c);
+
+// Throws FileFault when a line has control characters other than tabs.
+void check_characters (std::string_view line);
+
+}
