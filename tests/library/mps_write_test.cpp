@@ -1,86 +1,70 @@
-// Writing MPS files: what they look like, what is refused, and that a failure changes no file.
+// Writing MPS files: what they look like, and that what is written is read back to the last bit and name.
 #include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <functional>
-#include <sys/resource.h>
-#include <sys/stat.h>
+#include <array>
+#include <cfloat>
+#include <cmath>
+#include <random>
+#include <sstream>
 
-using files::Folder;
+using files::describe;
 using testing::IsSubstring;
 
 namespace {
 
-// min x + 2 y + 5: 1 <= row one <= 3, ...; the names are given by each case.
-klv::Problem small_problem ()
-{
-    klv::Problem p;
-    p.name = "small";
-    p.objective_name = "cost";
-    p.constant = 5;
-    p.append_variables (3);
-    p.append_constraints (4);
-    p.cost = {1, 0.1, 0};
-    const std::int32_t rows[] = {0, 2};
-    const double values[] = {-1.5, 1e-7};
-    p.matrix.put (0, rows, values);
-    p.variable.key = {KLV_BK_LO, KLV_BK_RA, KLV_BK_UP};
-    p.variable.lower = {0, 0, -klv::infinity};
-    p.variable.upper = {klv::infinity, 4, 7};
-    p.integer = {0, 1, 0};
-    p.integers = 1;
-    p.constraint.key = {KLV_BK_RA, KLV_BK_FR, KLV_BK_FX, KLV_BK_UP};
-    p.constraint.lower = {1, -klv::infinity, 2, -klv::infinity};
-    p.constraint.upper = {3, klv::infinity, 2, 6};
-    return p;
-}
+constexpr std::array forms{KLV_FILE_FREE_MPS, KLV_FILE_FIXED_MPS};
 
 struct Writing {
-    Folder folder;
+    files::Folder folder;
     std::string path = folder / "f.mps";
     files::Task task;
 
-    explicit Writing (klv::Problem problem = small_problem ())
+    explicit Writing (const klv::Problem& problem, std::int32_t format = KLV_FILE_BY_EXTENSION)
     {
-        static_cast<KLVtask_t> (task)->replace_problem (std::move (problem));
+        KLV_putdouparam (task, KLV_DPAR_BOUND_INFINITY_NUMBER, DBL_MAX);
+        static_cast<KLVtask_t> (task)->replace_problem (klv::Problem (problem));
+        task.set_format (format);
     }
 
     KLVrescode_t write () { return KLV_writedata (task, path.c_str ()); }
 };
 
+void expect_same_after_writing (const klv::Problem& problem, std::int32_t format)
+{
+    Writing writing (problem, format);
+    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
+    writing.task.set_format (KLV_FILE_BY_EXTENSION);
+    ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
+    EXPECT_EQ (files::difference (problem, writing.task.problem ()), std::nullopt);
+}
+
+const std::string small = files::lines (
+    "NAME          small|ROWS| N  cost| G  R1| N  R2| E  R3| L  R4|COLUMNS|    C1 cost 1|    C1 R1 -1.5|    "
+    "C1 R3 1e-07|"
+    "    M1 'MARKER' 'INTORG'|    C2 cost 0.1|    M2 'MARKER' 'INTEND'|    C3 cost 0|RHS|    RHS cost -5|    "
+    "RHS R1 1|"
+    "    RHS R3 2|    RHS R4 6|RANGES|    RNG R1 2|BOUNDS| UP BND C2 4| MI BND C3| UP BND C3 7|ENDATA|");
+
+// The problem of that text, but without names of its items.
+klv::Problem small_problem ()
+{
+    const files::Folder folder;
+    const files::Task task;
+    files::save (folder / "f.mps", small);
+    EXPECT_EQ (KLV_readdata (task, (folder / "f.mps").c_str ()), KLV_RES_OK) << task.last_error ();
+    klv::Problem problem = task.problem ();
+    problem.variable_name = {};
+    problem.constraint_name = {};
+    return problem;
+}
+
 TEST (MpsWrite, FreeForm)
 {
-    Writing writing;
+    Writing writing (small_problem ());
     ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    EXPECT_EQ (files::load (writing.path), "NAME          small\n"
-                                           "ROWS\n"
-                                           " N  cost\n"
-                                           " G  R1\n"
-                                           " N  R2\n"
-                                           " E  R3\n"
-                                           " L  R4\n"
-                                           "COLUMNS\n"
-                                           "    C1 cost 1\n"
-                                           "    C1 R1 -1.5\n"
-                                           "    C1 R3 1e-07\n"
-                                           "    M1 'MARKER' 'INTORG'\n"
-                                           "    C2 cost 0.1\n"
-                                           "    M2 'MARKER' 'INTEND'\n"
-                                           "    C3 cost 0\n"
-                                           "RHS\n"
-                                           "    RHS cost -5\n"
-                                           "    RHS R1 1\n"
-                                           "    RHS R3 2\n"
-                                           "    RHS R4 6\n"
-                                           "RANGES\n"
-                                           "    RNG R1 2\n"
-                                           "BOUNDS\n"
-                                           " UP BND C2 4\n"
-                                           " MI BND C3\n"
-                                           " UP BND C3 7\n"
-                                           "ENDATA\n");
+    EXPECT_EQ (files::load (writing.path), small);
     EXPECT_EQ (writing.task.printed, "");
 }
 
@@ -90,206 +74,185 @@ TEST (MpsWrite, FixedFormIsTakenForNamesWithBlanks)
     problem.sense = KLV_SENSE_MAXIMIZE;
     problem.cost[1] = -1.0 / 3;
     problem.variable_name.put (1, 3, "the y");
-    Writing writing (std::move (problem));
-    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    EXPECT_EQ (files::load (writing.path), "NAME          small\n"
-                                           "OBJSENSE\n"
-                                           "    MAX\n"
-                                           "ROWS\n"
-                                           " N  cost\n"
-                                           " G  R1\n"
-                                           " N  R2\n"
-                                           " E  R3\n"
-                                           " L  R4\n"
-                                           "COLUMNS\n"
-                                           "    C1        cost                 1\n"
-                                           "    C1        R1                -1.5\n"
-                                           "    C1        R3               1e-07\n"
-                                           "    M1        'MARKER'                 'INTORG'\n"
-                                           "    the y     cost      -0.3333333333333333\n"
-                                           "    M2        'MARKER'                 'INTEND'\n"
-                                           "    C3        cost                 0\n"
-                                           "RHS\n"
-                                           "    RHS       cost                -5\n"
-                                           "    RHS       R1                   1\n"
-                                           "    RHS       R3                   2\n"
-                                           "    RHS       R4                   6\n"
-                                           "RANGES\n"
-                                           "    RNG       R1                   2\n"
-                                           "BOUNDS\n"
-                                           " UP BND       the y                4\n"
-                                           " MI BND       C3\n"
-                                           " UP BND       C3                   7\n"
-                                           "ENDATA\n");
-    EXPECT_PRED_FORMAT2 (IsSubstring, "1 numbers are longer than their 12 columns", writing.task.printed);
-}
-
-TEST (MpsWrite, BoundsBeyondTheThresholdAreNumbers)
-{
-    klv::Problem problem = small_problem ();
     problem.variable.upper[1] = 1e25;
-    Writing writing (std::move (problem));
-    ASSERT_EQ (writing.write (), KLV_RES_OK);
-    EXPECT_PRED_FORMAT2 (IsSubstring, " UP BND C2 1e+25\n", files::load (writing.path));
+    Writing writing (problem);
+    KLV_putdouparam (writing.task, KLV_DPAR_BOUND_INFINITY_NUMBER, 1e20);
+    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
+    const std::string text = files::load (writing.path);
+    for (const char* lines : {"NAME          small\nOBJSENSE\n    MAX\nROWS\n N  cost\n",
+                              "\n    C1        R1                -1.5\n",
+                              "\n    M1        'MARKER'                 'INTORG'\n"
+                              "    the y     cost      -0.3333333333333333\n",
+                              "\n UP BND       the y            1e+25\n MI BND       C3\n"})
+        EXPECT_PRED_FORMAT2 (IsSubstring, lines, text);
+    EXPECT_PRED_FORMAT2 (IsSubstring, "1 numbers are longer than their 12 columns", writing.task.printed);
     EXPECT_PRED_FORMAT2 (IsSubstring, "1 bounds are written as numbers", writing.task.printed);
 }
 
-// ---- What MPS cannot hold
-
-struct Refusal {
-    const char* what;
-    std::function<void (klv::Problem&)> change;
-    const char* cause;
-    std::int32_t format = KLV_FILE_BY_EXTENSION;
-};
-
-std::ostream& operator<< (std::ostream& stream, const Refusal& refusal)
+TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
 {
-    return stream << refusal.what;
-}
-
-class MpsWriteRefusal : public testing::TestWithParam<Refusal> {};
-
-TEST_P (MpsWriteRefusal, NamesTheItem)
-{
-    klv::Problem problem = small_problem ();
-    GetParam ().change (problem);
-    Writing writing (std::move (problem));
-    writing.task.set_format (GetParam ().format);
-    files::save (writing.path, "old");
-    EXPECT_EQ (writing.write (), KLV_RES_FILE_CANNOT_HOLD);
-    EXPECT_PRED_FORMAT2 (IsSubstring, std::string (GetParam ().cause), writing.task.last_error ());
-    EXPECT_EQ (files::load (writing.path), "old");
-    EXPECT_EQ (writing.folder.count (), 1U);
-}
-
-Refusal row (const char* what, const std::string& name, const char* cause,
-             std::int32_t format = KLV_FILE_BY_EXTENSION)
-{
-    return {what, [name] (klv::Problem& p) { p.constraint_name.put (2, 4, name); }, cause, format};
-}
-
-INSTANTIATE_TEST_SUITE_P (
-    Items, MpsWriteRefusal,
-    testing::Values (
-        row ("tab", "a\tb",
-             "constraint 3 \"a?b\", whose name has a control character; no format that is known can"),
-        row ("newline", "a\nb", "control character"),
-        row ("blank in a long name", "a long name",
-             "constraint 3 \"a long name\", whose name has a blank; no format"),
-        row ("blank in free form", "a b", "has a blank; the fixed form can", KLV_FILE_FREE_MPS),
-        row ("blank before", " ab", "has a blank; no format"),
-        row ("blank behind", "ab ", "begins or ends with a blank; no format", KLV_FILE_FIXED_MPS),
-        row ("too long for fixed form", "ninechars", "is too long; the free form can", KLV_FILE_FIXED_MPS),
-        row ("too long for a line", std::string (65537, 'x'), "is too long; no format"),
-        row ("comment sign in fixed form", "$a", "begins with the sign of comments; the free form can",
-             KLV_FILE_FIXED_MPS),
-        row ("marker", "'MARKER'", "is the word of markers"),
-        row ("like the objective", "cost", "two items of the same name: constraint 3 \"cost\""),
-        Refusal{"two variables",
-                [] (klv::Problem& p) {
-                    p.variable_name.put (0, 3, "x");
-                    p.variable_name.put (2, 3, "x");
-                },
-                "two items of the same name: variable 3 \"x\""},
-        Refusal{"blank in the objective", [] (klv::Problem& p) { p.objective_name = "the whole cost"; },
-                "objective \"the whole cost\""},
-        Refusal{"newline in the problem's name", [] (klv::Problem& p) { p.name = "a\nb"; },
-                "the problem's name \"a?b\""},
-        Refusal{"blank before the problem's name", [] (klv::Problem& p) { p.name = " a"; },
-                "begins or ends with a blank"},
-        Refusal{"crossed constraint", [] (klv::Problem& p) { p.constraint.lower[0] = 4; },
-                "constraint 1 \"R1\", whose bounds are crossed"}));
-
-// ---- Failures leave the folder as it was
-
-TEST (MpsWriteFile, ThatCannotBeMadeSaysWhy)
-{
-    Writing writing;
-    ::symlink ((writing.folder / "loop.mps").c_str (), (writing.folder / "loop.mps").c_str ());
-    std::filesystem::create_directory (writing.folder / "folder.mps");
-    ::symlink ("/dev/full", (writing.folder / "full.mps").c_str ());
-    const struct {
-        std::string path;
-        KLVrescode_t code;
+    constexpr std::int32_t any = KLV_FILE_BY_EXTENSION, free = KLV_FILE_FREE_MPS, fixed = KLV_FILE_FIXED_MPS;
+    static const struct {
+        char item;    // the third row or variable (the first is an "x"), the objective, the problem
+        std::string name;
         const char* cause;
+        std::int32_t format = any;
     } cases[] = {
-        {writing.folder / "none/f.mps", KLV_RES_FILE_OPEN,
-         "none/f.mps: cannot be written: No such file or directory"},
-        {writing.folder / "folder.mps", KLV_RES_FILE_OPEN, "it is a directory"},
-        {writing.folder / "full.mps", KLV_RES_FILE_OPEN, "it is not a regular file"},
-        {"/proc/none.mps", KLV_RES_FILE_OPEN, "cannot be written"},
-        {writing.folder / "f.txt", KLV_RES_FILE_FORMAT_UNKNOWN, "the extension .mps is known"},
-        {"", KLV_RES_FILE_NAME_MISSING, ""},
+        {'r', "a\tb",
+         "constraint 3 \"a?b\", whose name has a control character; no format that is known can"},
+        {'r', "a long name", "constraint 3 \"a long name\", whose name has a blank; no format"},
+        {'r', "a b", "free MPS cannot hold constraint 3 \"a b\", whose name has a blank; fixed MPS can",
+         free},
+        {'r', "ab ", "begins or ends with a blank; no format", fixed},
+        {'r', "ninechars", "is too long; free MPS can", fixed},
+        {'r', std::string (65'537, 'x'), "is too long; no format"},
+        {'r', "$a", "begins with the sign of comments; free MPS can", fixed},
+        {'r', "'MARKER'", "is the word of markers"},
+        {'r', "cost", "two items of the same name: constraint 3 \"cost\""},
+        {'v', "x", "two items of the same name: variable 3 \"x\""},
+        {'o', "the whole cost", "objective \"the whole cost\""},
+        {'p', "a\nb", "the problem's name \"a?b\", which has a control character"},
+        {'p', " a", "begins or ends with a blank"},
+        {'b', "", "constraint 1 \"R1\", whose bounds are crossed"},
     };
-    for (const auto& [path, code, cause] : cases) {
-        EXPECT_EQ (KLV_writedata (writing.task, path.c_str ()), code) << path;
+    for (const auto& [item, name, cause, format] : cases) {
+        SCOPED_TRACE (cause);
+        klv::Problem problem = small_problem ();
+        problem.variable_name.put (0, 3, "x");
+        if (item == 'r')
+            problem.constraint_name.put (2, 4, name);
+        if (item == 'v')
+            problem.variable_name.put (2, 3, name);
+        if (item == 'o' || item == 'p')
+            (item == 'o' ? problem.objective_name : problem.name) = name;
+        if (item == 'b')
+            problem.constraint.lower[0] = 4;
+        Writing writing (problem, format);
+        EXPECT_EQ (writing.write (), KLV_RES_FILE_CANNOT_HOLD);
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
+        EXPECT_EQ (writing.folder.count (), 0U);
     }
-    EXPECT_EQ (writing.folder.count (), 3U);
 }
 
-TEST (MpsWriteFile, FullDiskLeavesTheOldFile)
+// ---- Read back
+
+const double numbers[] = {
+    0.0, -0.0, 1.0, -1.0, 1.0 / 3, 1e19, -1.5e300, 5e-324, -2.2250738585072014e-308, 123456789.0625};
+
+// Every kind of bounds, and pairs whose difference no double holds, so that neither bound follows from the other
+// and the difference. Rows have neither crossed bounds nor the range from 0 to -0, which no text says.
+klv::Bounds bounds_of_every_kind (bool of_rows)
+{
+    klv::Bounds bounds{{KLV_BK_FR}, {-klv::infinity}, {klv::infinity}};
+    const auto append = [&] (std::uint8_t key, double lower, double upper) {
+        const bool crossed = lower > upper || (lower == upper && std::signbit (lower) < std::signbit (upper));
+        if (of_rows && crossed)
+            return;
+        bounds.key.push_back (key);
+        bounds.lower.push_back (lower);
+        bounds.upper.push_back (upper);
+    };
+    for (const double lower : numbers) {
+        append (KLV_BK_LO, lower, klv::infinity);
+        append (KLV_BK_UP, -klv::infinity, lower);
+        append (KLV_BK_FX, lower, lower);
+        for (const double upper : numbers)
+            append (KLV_BK_RA, lower, upper);
+    }
+    std::mt19937_64 random (7);
+    std::normal_distribution<double> mantissa, exponent (0, 3);
+    for (int i = 0; i < 20'000; ++i)
+        append (KLV_BK_RA, mantissa (random) * std::pow (10, exponent (random) * (i % 50 == 0 ? 30 : 1)),
+                mantissa (random) * std::pow (10, exponent (random)));
+    return bounds;
+}
+
+TEST (MpsRound, EveryBound)
+{
+    for (const std::uint8_t type : {KLV_VAR_CONTINUOUS, KLV_VAR_INTEGER}) {
+        klv::Problem problem;
+        problem.constraint = bounds_of_every_kind (true);
+        klv::Bounds bounds = bounds_of_every_kind (false);
+        problem.append_variables (bounds.count ());
+        problem.variable = std::move (bounds);
+        problem.integers = type * problem.variables ();
+        problem.integer.assign (problem.integer.size (), type);
+        for (const std::int32_t form : forms)
+            expect_same_after_writing (problem, form);
+    }
+}
+
+TEST (MpsRound, EveryNumberAndNamesThatLookLikeSomethingElse)
+{
+    const char* const names[] = {"RHS",    "BND",      "5",      "1e5",      "*",
+                                 "MARKER", "'INTORG'", "ENDATA", "\xC3\xBC", "\xFF\xFE"};
+    for (const double constant : {0.0, -0.0, 1.0 / 3, -DBL_MAX}) {
+        klv::Problem problem;
+        problem.sense = std::signbit (constant) ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE;
+        problem.constant = constant;
+        problem.name = "a name\twith blanks";
+        problem.objective_name = "ROWS";
+        problem.append_constraints (std::size (names));
+        problem.append_variables (std::size (numbers));
+        const auto rename = [&] (std::int32_t item, const std::string& name) {
+            problem.variable_name.put (item, problem.variables (), name);
+            problem.constraint_name.put (item, problem.constraints (), name);
+        };
+        for (std::int32_t j = 0; j < problem.variables (); ++j) {
+            const double number = problem.cost[static_cast<std::size_t> (j)] = numbers[j];
+            const std::int32_t rows[] = {4, 0, 2};
+            const double values[] = {number, 0.0, -DBL_MAX};
+            problem.matrix.put (j, rows, values);
+            rename (j, names[j]);
+        }
+        for (const std::int32_t form : forms)
+            expect_same_after_writing (problem, form);
+        rename (0, "$" + std::string (65'000, 'x'));
+        expect_same_after_writing (problem, KLV_FILE_FREE_MPS);
+        rename (0, "x RHS  7");
+        expect_same_after_writing (problem, KLV_FILE_BY_EXTENSION);
+    }
+}
+
+TEST (MpsRound, MissingNamesAreMadeWithoutAClash)
 {
     klv::Problem problem = small_problem ();
-    problem.append_variables (100'000);
-    Writing writing (std::move (problem));
-    files::save (writing.path, "old");
-
-    struct sigaction ignore {
-    }, before{};
-    ignore.sa_handler = SIG_IGN;
-    rlimit limit{};
-    ::sigaction (SIGXFSZ, &ignore, &before);
-    ::getrlimit (RLIMIT_FSIZE, &limit);
-    rlimit small = limit;
-    small.rlim_cur = 300'000;
-    ::setrlimit (RLIMIT_FSIZE, &small);
-    const KLVrescode_t code = writing.write ();
-    ::setrlimit (RLIMIT_FSIZE, &limit);
-    ::sigaction (SIGXFSZ, &before, nullptr);
-
-    EXPECT_EQ (code, KLV_RES_FILE_WRITE);
-    EXPECT_PRED_FORMAT2 (IsSubstring, "f.mps: cannot be written: File too large", writing.task.last_error ());
-    EXPECT_EQ (files::load (writing.path), "old");
-    EXPECT_EQ (writing.folder.count (), 1U);
+    problem.objective_name.clear ();
+    problem.variable_name.put (0, 3, "C3");
+    problem.variable_name.put (1, 3, "C_");
+    problem.constraint_name.put (1, 4, "OBJ");
+    Writing writing (problem);
+    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
+    ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
+    EXPECT_EQ (writing.task.problem ().objective_name, "OBJ_");
+    EXPECT_EQ (describe (writing.task.problem ()),
+               "min 5: C3 LO 0, 1, R1 -1.5, R3 1e-07; C_ int RA 0 4, 0.1; C__3 UP 7, 0; "
+               "R1 RA 1 3; OBJ FR; R3 FX 2; R4 UP 6;");
 }
 
-TEST (MpsWriteFile, StopLeavesTheOldFile)
+TEST (MpsRound, PublishedInstancesOfKnownSizes)
 {
-    struct Stop {
-        std::uint32_t at;
-        static std::int32_t answer (KLVtask_t, void* handle, std::uint32_t caller, const double*,
-                                    const std::int32_t*, const std::int64_t*)
-        {
-            return static_cast<Stop*> (handle)->at == caller ? 1 : 0;
-        }
-    };
-    for (const std::uint32_t at : {KLV_CALLER_BEGIN_WRITE, KLV_CALLER_END_WRITE}) {
-        Writing writing;
-        files::save (writing.path, "old");
-        Stop stop{at};
-        KLV_putcallbackfunc (writing.task, Stop::answer, &stop);
-        EXPECT_EQ (writing.write (), KLV_RES_USER_STOP);
-        EXPECT_EQ (files::load (writing.path), "old");
-        EXPECT_EQ (writing.folder.count (), 1U);
-        EXPECT_EQ (writing.task.printed, "") << "a stop is no error";
+    std::istringstream index (files::load (KALVO_TEST_DATA "/INDEX.tsv"));
+    int read = 0;
+    for (std::string line, field[5]; std::getline (index, line);) {
+        std::istringstream fields (line);
+        for (std::string& text : field)
+            std::getline (fields, text, '\t');
+        if (!field[2].ends_with (".mps"))
+            continue;
+        files::Task task;
+        ASSERT_EQ (KLV_readdata (task, (KALVO_TEST_DATA "/" + field[2]).c_str ()), KLV_RES_OK)
+            << task.last_error ();
+        const klv::Problem& p = task.problem ();
+        std::string sizes = std::to_string (p.constraints ()) + "x" + std::to_string (p.variables ()) +
+                            " nnz " + std::to_string (p.matrix.entries ());
+        sizes += p.integers > 0 ? " int " + std::to_string (p.integers) : "";
+        EXPECT_EQ (sizes, field[4].substr (0, sizes.size ())) << line;
+        for (const std::int32_t form : forms)
+            expect_same_after_writing (p, form);
+        ++read;
     }
-}
-
-TEST (MpsWriteFile, KeepsLinkAndPermissions)
-{
-    Writing writing;
-    const std::string target = writing.folder / "target.txt";
-    files::save (target, "old");
-    ::chmod (target.c_str (), 0640);
-    ASSERT_EQ (::symlink ("target.txt", writing.path.c_str ()), 0);
-    ASSERT_EQ (writing.write (), KLV_RES_OK);
-    EXPECT_TRUE (std::filesystem::is_symlink (writing.path));
-    EXPECT_TRUE (files::load (target).ends_with ("ENDATA\n"));
-    struct stat status {};
-    ::stat (target.c_str (), &status);
-    EXPECT_EQ (status.st_mode & 07777, 0640U);
+    EXPECT_GE (read, 10);
 }
 
 }

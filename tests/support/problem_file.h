@@ -3,12 +3,13 @@
 
 #include "kalvo/task/task.h"
 
-#include <bit>
+#include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <unistd.h>
 
@@ -37,6 +38,13 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+// A text of several lines, written in one: "|" ends a line.
+inline std::string lines (std::string text)
+{
+    std::replace (text.begin (), text.end (), '|', '\n');
+    return text;
+}
 
 inline void save (const std::string& path, std::string_view text)
 {
@@ -83,79 +91,63 @@ private:
     std::unique_ptr<KLV_task, Delete> task_;
 };
 
-// Bounds as a text: the key and the values that it says exist.
+// Problems as texts: "min 5: x int LO 0, 2, r1 3; r1 UP 7;" has every variable with its bounds, its cost and its
+// entries by row, and every constraint with its bounds. Numbers are the shortest texts that read back to the
+// same bits. Items without a name are called as writers call them.
+inline std::string describe (double value)
+{
+    char text[32];
+    return {text, std::to_chars (text, std::end (text), value).ptr};
+}
+
 inline std::string describe (const klv::Bounds& bounds, std::size_t i)
 {
     static constexpr const char* keys[] = {"LO", "UP", "FX", "FR", "RA"};
-    std::ostringstream text;
-    text << keys[bounds.key[i]];
-    if (bounds.key[i] != KLV_BK_UP && bounds.key[i] != KLV_BK_FR)
-        text << ' ' << bounds.lower[i];
-    if (bounds.key[i] == KLV_BK_UP || bounds.key[i] == KLV_BK_RA)
-        text << ' ' << bounds.upper[i];
-    return text.str ();
+    std::string text = keys[bounds.key[i]];
+    if (bounds.lower[i] != -klv::infinity)
+        text += ' ' + describe (bounds.lower[i]);
+    if (bounds.upper[i] != klv::infinity &&
+        (bounds.key[i] != KLV_BK_FX || bounds.upper[i] != bounds.lower[i]))
+        text += ' ' + describe (bounds.upper[i]);
+    return text;
 }
 
-// "min 5: x LO 0, 2 x, r1 3 x; ...": every variable with bounds, cost and entries, every constraint with
-// bounds.
 inline std::string describe (const klv::Problem& p)
 {
-    std::ostringstream text;
-    text << (p.sense == KLV_SENSE_MAXIMIZE ? "max " : "min ") << p.constant << ":";
+    const auto name = [] (const klv::Names& names, std::int32_t i, const char* otherwise) {
+        return names.get (i).empty () ? otherwise + std::to_string (i + 1) : names.get (i);
+    };
+    std::string text = (p.sense == KLV_SENSE_MAXIMIZE ? "max " : "min ") + describe (p.constant) + ":";
     for (std::int32_t j = 0; j < p.variables (); ++j) {
         const auto at = static_cast<std::size_t> (j);
-        text << ' ' << p.variable_name.get (j) << (p.integer[at] == KLV_VAR_INTEGER ? " int " : " ")
-             << describe (p.variable, at) << ", " << p.cost[at];
+        text += ' ' + name (p.variable_name, j, "C") + (p.integer[at] == KLV_VAR_INTEGER ? " int " : " ") +
+                describe (p.variable, at) + ", " + describe (p.cost[at]);
         const klv::Column column = p.matrix.column (j);
+        std::map<std::int32_t, double> entries;
         for (std::size_t k = 0; k < column.rows.size (); ++k)
-            text << ", " << p.constraint_name.get (column.rows[k]) << ' ' << column.values[k];
-        text << ';';
+            entries[column.rows[k]] = column.values[k];
+        for (const auto& [row, value] : entries)
+            text += ", " + name (p.constraint_name, row, "R") + ' ' + describe (value);
+        text += ';';
     }
     for (std::int32_t i = 0; i < p.constraints (); ++i)
-        text << ' ' << p.constraint_name.get (i) << ' '
-             << describe (p.constraint, static_cast<std::size_t> (i)) << ';';
-    return text.str ();
+        text += ' ' + name (p.constraint_name, i, "R") + ' ' +
+                describe (p.constraint, static_cast<std::size_t> (i)) + ';';
+    return text;
 }
 
-inline bool same_bits (double a, double b)
-{
-    return std::bit_cast<std::uint64_t> (a) == std::bit_cast<std::uint64_t> (b);
-}
-
-// What differs between two problems, to the last bit and name; nothing when they are the same.
+// Where two problems begin to differ, to the last bit and name; nothing when they are the same.
 inline std::optional<std::string> difference (const klv::Problem& a, const klv::Problem& b)
 {
-    if (a.variables () != b.variables () || a.constraints () != b.constraints ())
-        return "sizes";
-    if (a.name != b.name || a.sense != b.sense || !same_bits (a.constant, b.constant))
-        return "name, sense or constant";
-    if (!a.objective_name.empty () && a.objective_name != b.objective_name)
-        return "name of the objective";
-    const auto same_bounds = [] (const klv::Bounds& x, const klv::Bounds& y, std::size_t i) {
-        return x.key[i] == y.key[i] && same_bits (x.lower[i], y.lower[i]) &&
-               same_bits (x.upper[i], y.upper[i]);
+    const auto all = [] (const klv::Problem& p) {
+        return p.name + " / " + (p.objective_name.empty () ? "OBJ" : p.objective_name) + " / " + describe (p);
     };
-    for (std::int32_t i = 0; i < a.constraints (); ++i) {
-        if (!same_bounds (a.constraint, b.constraint, static_cast<std::size_t> (i)))
-            return "bounds of constraint " + std::to_string (i);
-        if (a.constraint_name.any () && a.constraint_name.get (i) != b.constraint_name.get (i))
-            return "name of constraint " + std::to_string (i);
-    }
-    for (std::int32_t j = 0; j < a.variables (); ++j) {
-        const auto at = static_cast<std::size_t> (j);
-        const std::string item = " of variable " + std::to_string (j);
-        if (!same_bounds (a.variable, b.variable, at))
-            return "bounds" + item;
-        if (!same_bits (a.cost[at], b.cost[at]) || a.integer[at] != b.integer[at])
-            return "cost or type" + item;
-        if (a.variable_name.any () && a.variable_name.get (j) != b.variable_name.get (j))
-            return "name" + item;
-        const klv::Column x = a.matrix.column (j), y = b.matrix.column (j);
-        if (!std::equal (x.rows.begin (), x.rows.end (), y.rows.begin (), y.rows.end ()) ||
-            !std::equal (x.values.begin (), x.values.end (), y.values.begin (), y.values.end (), same_bits))
-            return "entries" + item;
-    }
-    return {};
+    const std::string x = all (a), y = all (b);
+    if (x == y)
+        return {};
+    const auto at = std::mismatch (x.begin (), x.end (), y.begin (), y.end ()).first - x.begin ();
+    const std::size_t from = at < 40 ? 0 : static_cast<std::size_t> (at) - 40;
+    return x.substr (from, 100) + "\nand not\n" + y.substr (from, 100);
 }
 
 }

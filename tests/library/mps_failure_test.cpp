@@ -1,0 +1,198 @@
+// Reading and writing that fail for reasons outside of the problem: no half problem and no half file is left.
+#include "tests/support/failing_new.h"
+#include "tests/support/problem_file.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using testing::IsSubstring;
+
+namespace {
+
+// Names that need memory of their own, every section, and warnings.
+const std::string small = files::lines (
+    "NAME a problem of some length|ROWS| N the_cost_of_everything| L the_first_of_the_limits| E "
+    "the_only_equation|"
+    " N another_free_row|COLUMNS| M1 'MARKER' 'INTORG'| the_first_of_the_columns the_cost_of_everything 1|"
+    " M2 'MARKER' 'INTEND'| the_second_of_the_columns the_first_of_the_limits 3|RHS| R "
+    "the_cost_of_everything 5|"
+    " R the_first_of_the_limits 7|RANGES| R the_first_of_the_limits -2|BOUNDS| UP B "
+    "the_second_of_the_columns -1|"
+    "ENDATA|");
+
+std::string large ()
+{
+    std::string text = "ROWS\n N c\nCOLUMNS\n";
+    for (int i = 0; i < 50'000; ++i)
+        text += " x" + std::to_string (i) + " c 1.25\n";
+    return text + "ENDATA\n";
+}
+
+// A file in a folder of its own, and a task that has read it.
+struct Failure {
+    files::Folder folder;
+    std::string path = folder / "f.mps";
+    files::Task task;
+
+    explicit Failure (const std::string& text = small)
+    {
+        files::save (path, text);
+        EXPECT_EQ (KLV_readdata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
+        task.printed.clear ();
+    }
+
+    // After writing that failed: the folder has the file that was there and no other.
+    void expect_old_file (const std::string& text = small) const
+    {
+        EXPECT_EQ (files::load (path), text);
+        EXPECT_EQ (folder.count (), 1U);
+    }
+};
+
+TEST (MpsFailure, OpeningSaysWhy)
+{
+    const Failure failure;
+    const files::Folder& folder = failure.folder;
+    ASSERT_EQ (::mkfifo ((folder / "pipe.mps").c_str (), 0600), 0);
+    ASSERT_EQ (::symlink ("/dev/full", (folder / "full.mps").c_str ()), 0);
+    std::filesystem::create_directory (folder / "folder.mps");
+    constexpr const char* extension = "the extension .mps is known";
+    const struct {
+        decltype (&KLV_readdata) operation;
+        std::string path;
+        KLVrescode_t code;
+        const char* cause;
+    } cases[] = {
+        {KLV_readdata, folder / "none.mps", KLV_RES_FILE_OPEN, "none.mps: cannot be opened: No such file"},
+        {KLV_readdata, folder / "pipe.mps", KLV_RES_FILE_OPEN, "not a regular file"},
+        {KLV_readdata, folder / "folder.mps", KLV_RES_FILE_OPEN, "it is a directory"},
+        {KLV_readdata, folder / "f.txt", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
+        {KLV_readdata, "", KLV_RES_FILE_NAME_MISSING, ""},
+        {KLV_writedata, folder / "none/f.mps", KLV_RES_FILE_OPEN,
+         "none/f.mps: cannot be written: No such file"},
+        {KLV_writedata, folder / "folder.mps", KLV_RES_FILE_OPEN, "it is a directory"},
+        {KLV_writedata, folder / "full.mps", KLV_RES_FILE_OPEN, "it is not a regular file"},
+        {KLV_writedata, folder / "f.txt", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
+        {KLV_writedata, "", KLV_RES_FILE_NAME_MISSING, ""},
+    };
+    for (const auto& [operation, path, code, cause] : cases) {
+        const files::Task task;
+        EXPECT_EQ (operation (task, path.c_str ()), code) << path;
+        EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), task.last_error ());
+    }
+    EXPECT_EQ (folder.count (), 4U);
+    files::Task task;
+    task.set_format (KLV_FILE_FREE_MPS);
+    files::save (folder / "f.txt", small);
+    EXPECT_EQ (KLV_readdata (task, (folder / "f.txt").c_str ()), KLV_RES_OK)
+        << "a named format holds for any file";
+    EXPECT_EQ (KLV_readdata (task, (folder / "none").c_str ()), KLV_RES_FILE_OPEN);
+    EXPECT_EQ (task.problem ().variables (), 0) << "of the file that was read before";
+}
+
+TEST (MpsFailure, FullDiskLeavesTheOldFile)
+{
+    const std::string text = large ();
+    Failure failure (text);
+    struct sigaction ignore {
+    }, before{};
+    ignore.sa_handler = SIG_IGN;
+    rlimit limit{};
+    ::sigaction (SIGXFSZ, &ignore, &before);
+    ::getrlimit (RLIMIT_FSIZE, &limit);
+    const rlimit less{300'000, limit.rlim_max};
+    ::setrlimit (RLIMIT_FSIZE, &less);
+    const KLVrescode_t code = KLV_writedata (failure.task, failure.path.c_str ());
+    ::setrlimit (RLIMIT_FSIZE, &limit);
+    ::sigaction (SIGXFSZ, &before, nullptr);
+    EXPECT_EQ (code, KLV_RES_FILE_WRITE);
+    EXPECT_PRED_FORMAT2 (IsSubstring, "f.mps: cannot be written: File too large", failure.task.last_error ());
+    failure.expect_old_file (text);
+}
+
+TEST (MpsFailure, LinkAndPermissionsOfATargetAreKept)
+{
+    const Failure failure;
+    const std::string link = failure.folder / "link.mps";
+    ::chmod (failure.path.c_str (), 0640);
+    ASSERT_EQ (::symlink ("f.mps", link.c_str ()), 0);
+    ASSERT_EQ (KLV_writedata (failure.task, link.c_str ()), KLV_RES_OK);
+    EXPECT_TRUE (std::filesystem::is_symlink (link));
+    EXPECT_TRUE (files::load (failure.path).starts_with ("NAME          a problem of some length\n"));
+    struct stat status {};
+    ::stat (failure.path.c_str (), &status);
+    EXPECT_EQ (status.st_mode & 07777, 0640U);
+}
+
+// Answers of the progress callback.
+struct Answers {
+    std::uint32_t stop_at;
+    std::int32_t answer = 1;
+    std::vector<std::uint32_t> callers = {};
+
+    static std::int32_t give (KLVtask_t, void* handle, std::uint32_t caller, const double*,
+                              const std::int32_t*, const std::int64_t*)
+    {
+        Answers& answers = *static_cast<Answers*> (handle);
+        answers.callers.push_back (caller);
+        return caller == answers.stop_at ? answers.answer : 0;
+    }
+};
+
+TEST (MpsFailure, CallbackIsAskedAndStops)
+{
+    static const struct {
+        decltype (&KLV_readdata) operation;
+        std::uint32_t begin, end;
+    } cases[] = {{KLV_readdata, KLV_CALLER_BEGIN_READ, KLV_CALLER_END_READ},
+                 {KLV_writedata, KLV_CALLER_BEGIN_WRITE, KLV_CALLER_END_WRITE}};
+    for (const auto& [operation, begin, end] : cases) {
+        for (Answers answers :
+             {Answers{begin}, Answers{end}, Answers{end, KLV_RES_OUT_OF_MEMORY}, Answers{0}}) {
+            Failure failure;
+            KLV_putcallbackfunc (failure.task, Answers::give, &answers);
+            const KLVrescode_t code = operation (failure.task, failure.path.c_str ());
+            EXPECT_EQ (answers.callers.front (), begin);
+            EXPECT_EQ (answers.callers.back (), answers.stop_at == begin ? begin : end);
+            if (answers.stop_at == 0)
+                continue;
+            EXPECT_EQ (code, answers.answer == 1 ? KLV_RES_USER_STOP : KLV_RES_OUT_OF_MEMORY);
+            EXPECT_EQ (failure.task.problem ().variables (), operation == KLV_readdata ? 0 : 2);
+            EXPECT_EQ (failure.task.printed.find ("rror"), std::string::npos) << "a stop is no error";
+            failure.expect_old_file ();
+        }
+    }
+}
+
+TEST (MpsFailure, EveryAllocationFailsOnce)
+{
+    for (const std::string more : {"", "more", "write"}) {
+        const bool writes = more == "write";
+        bool failed = true;
+        for (std::size_t n = 0; failed; ++n) {
+            SCOPED_TRACE (more + std::to_string (n));
+            const Failure failure;
+            const files::Task empty;
+            const KLVtask_t task = writes ? failure.task : empty;
+            if (!writes)
+                files::save (failure.path, small + more);
+            KLVrescode_t code = KLV_RES_OK;
+            {
+                const FailingNew fault (n);
+                code = (writes ? KLV_writedata : KLV_readdata) (task, failure.path.c_str ());
+                failed = fault.has_failed ();
+            }
+            ASSERT_EQ (code, failed           ? KLV_RES_OUT_OF_MEMORY
+                             : more == "more" ? KLV_RES_FILE_SYNTAX
+                                              : KLV_RES_OK);
+            ASSERT_EQ (task->problem ().variables (), code == KLV_RES_OK || writes ? 2 : 0);
+            ASSERT_EQ (failure.folder.count (), 1U);
+            ASSERT_EQ (writes && files::load (failure.path) == small, writes && failed);
+        }
+    }
+}
+
+}
