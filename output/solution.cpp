@@ -7,40 +7,13 @@
 #include <variant>
 
 #include "output/records.h"
+#include "output/sizes.h"
 
 namespace {
 
-struct Sizes {
-    std::int64_t one = 1;
-    std::int64_t constraints = 0, variables = 0, cones = 0, semidefinite = 0;
-    std::int64_t affine_entries = 0;    // of all affine conic constraints
-    std::int64_t packed_entries = 0;    // of all semidefinite variables
-};
-
-Sizes read_sizes (KLVtask_t task)
-{
-    std::int32_t constraints = 0, variables = 0, cones = 0, semidefinite = 0;
-    Sizes sizes;
-    KLV_getnumcon (task, &constraints);
-    KLV_getnumvar (task, &variables);
-    KLV_getnumcone (task, &cones);
-    KLV_getnumbarvar (task, &semidefinite);
-    KLV_getaccntot (task, &sizes.affine_entries);
-    for (std::int32_t j = 0; j < semidefinite; ++j) {
-        std::int64_t length = 0;
-        KLV_getlenbarvarj (task, j, &length);
-        sizes.packed_entries += length;
-    }
-    sizes.constraints = constraints;
-    sizes.variables = variables;
-    sizes.cones = cones;
-    sizes.semidefinite = semidefinite;
-    return sizes;
-}
-
 // Where a field's value comes from.
 template <class Value>
-using Fetch = KLVrescode_t (*) (KLVtask_t, std::int32_t which, const Sizes&, Value*);
+using Fetch = KLVrescode_t (*) (KLVtask_t, std::int32_t which, const SolutionSizes&, Value*);
 
 struct Status {
     KLVrescode_t (*get) (KLVtask_t, std::int32_t which, std::int32_t*);
@@ -57,19 +30,19 @@ struct Objective {
 };
 
 template <auto get, auto count, class Value>
-KLVrescode_t slice (KLVtask_t task, std::int32_t which, const Sizes& sizes, Value* values)
+KLVrescode_t slice (KLVtask_t task, std::int32_t which, const SolutionSizes& sizes, Value* values)
 {
     return get (task, which, 0, static_cast<std::int32_t> (sizes.*count), values);
 }
 
 template <auto get>
-KLVrescode_t packed_slice (KLVtask_t task, std::int32_t which, const Sizes& sizes, double* values)
+KLVrescode_t packed_slice (KLVtask_t task, std::int32_t which, const SolutionSizes& sizes, double* values)
 {
     return get (task, which, 0, static_cast<std::int32_t> (sizes.semidefinite), sizes.packed_entries, values);
 }
 
 template <auto get, class Value>
-KLVrescode_t whole (KLVtask_t task, std::int32_t which, const Sizes&, Value* values)
+KLVrescode_t whole (KLVtask_t task, std::int32_t which, const SolutionSizes&, Value* values)
 {
     return get (task, which, values);
 }
@@ -83,34 +56,34 @@ enum : unsigned {
 struct Field {
     const char* name;
     unsigned solutions;    // that have it
-    std::int64_t Sizes::*count;
+    std::int64_t SolutionSizes::*count;
     std::variant<Status, Keys, Values, Objective> source;
     int round = 0;    // the library is asked in rounds, each in the order of the table
 };
 
 constexpr int last_round = 2;
-constexpr auto m = &Sizes::constraints, n = &Sizes::variables, k = &Sizes::cones;
+constexpr auto m = &SolutionSizes::constraints, n = &SolutionSizes::variables, k = &SolutionSizes::cones;
 
 // In the order of the record.
 constexpr Field fields[] = {
-    {"prosta", all, &Sizes::one, Status{KLV_getprosta, KLV_prostatostr}},
-    {"solsta", all, &Sizes::one, Status{KLV_getsolsta, KLV_solstatostr}},
+    {"prosta", all, &SolutionSizes::one, Status{KLV_getprosta, KLV_prostatostr}},
+    {"solsta", all, &SolutionSizes::one, Status{KLV_getsolsta, KLV_solstatostr}},
     {"skc", all, m, Keys{slice<KLV_getskcslice, m>}},
     {"skx", all, n, Keys{slice<KLV_getskxslice, n>}},
     {"skn", itr, k, Keys{whole<KLV_getskn>}, 1},
     {"xc", all, m, Values{slice<KLV_getxcslice, m>}},
     {"xx", all, n, Values{slice<KLV_getxxslice, n>}},
-    {"barx", itr, &Sizes::packed_entries, Values{packed_slice<KLV_getbarxslice>}, 2},
+    {"barx", itr, &SolutionSizes::packed_entries, Values{packed_slice<KLV_getbarxslice>}, 2},
     {"y", itr | bas, m, Values{slice<KLV_getyslice, m>}},
     {"slc", itr | bas, m, Values{slice<KLV_getslcslice, m>}},
     {"suc", itr | bas, m, Values{slice<KLV_getsucslice, m>}},
     {"slx", itr | bas, n, Values{slice<KLV_getslxslice, n>}},
     {"sux", itr | bas, n, Values{slice<KLV_getsuxslice, n>}},
     {"snx", itr, n, Values{slice<KLV_getsnxslice, n>}, 1},
-    {"bars", itr, &Sizes::packed_entries, Values{packed_slice<KLV_getbarsslice>}, 2},
-    {"doty", itr, &Sizes::affine_entries, Values{whole<KLV_getaccdotys>}, 2},
-    {"pobjval", all, &Sizes::one, Objective{KLV_getprimalobj}},
-    {"dobjval", itr | bas, &Sizes::one, Objective{KLV_getdualobj}},
+    {"bars", itr, &SolutionSizes::packed_entries, Values{packed_slice<KLV_getbarsslice>}, 2},
+    {"doty", itr, &SolutionSizes::affine_entries, Values{whole<KLV_getaccdotys>}, 2},
+    {"pobjval", all, &SolutionSizes::one, Objective{KLV_getprimalobj}},
+    {"dobjval", itr | bas, &SolutionSizes::one, Objective{KLV_getdualobj}},
 };
 
 // The first two characters of the library's text of a key. Keys are few and items many: each is asked for
@@ -148,7 +121,7 @@ private:
 struct Request {
     KLVtask_t task;
     bool as_text;
-    Sizes sizes;
+    SolutionSizes sizes;
     host::Memory<std::int32_t> keys;    // room for those of all constraints, variables and cones
     KeyTexts texts;
 };
@@ -293,7 +266,7 @@ KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
     if (!solutions)
         return KLV_RES_OUT_OF_MEMORY;
 
-    Request request{task, statuskeys == 0, read_sizes (task), nullptr, KeyTexts (task)};
+    Request request{task, statuskeys == 0, read_solution_sizes (task), nullptr, KeyTexts (task)};
     request.keys = host::allocate<std::int32_t> (
         static_cast<std::size_t> (request.sizes.constraints + request.sizes.variables + request.sizes.cones));
     if (!request.keys)

@@ -82,18 +82,18 @@ Solution Check::unknown_solution () const
 }
 
 // The slot's content as far as the claims can be used: points of the right size without a NaN in them.
-Solution Check::point (Claims&& claims, bool& has_primal, bool& has_dual) const
+Solution Check::point (Claims&& claims) const
 {
     const std::size_t m = static_cast<std::size_t> (problem_->constraints ());
     const std::size_t n = static_cast<std::size_t> (problem_->variables ());
-    has_primal = finite (claims.x, n);
-    has_dual = finite (claims.y, m) && finite (claims.reduced_cost, n);
     Solution solution = unknown_solution ();
-    if (has_primal)
+    solution.has_primal = finite (claims.x, n);
+    solution.has_dual = !integers_ && finite (claims.y, m) && finite (claims.reduced_cost, n);
+    if (solution.has_primal)
         measure_primal (*problem_, std::move (claims.x), solution);
-    if (has_dual && !integers_)
+    if (solution.has_dual)
         measure_dual (*problem_, std::move (claims.y), std::move (claims.reduced_cost), solution);
-    if (has_primal && is_basis (*problem_, claims, solution, tolerances_.primal)) {
+    if (solution.has_primal && is_basis (*problem_, claims, solution, tolerances_.primal)) {
         solution.skc = std::move (claims.row_key);
         solution.skx = std::move (claims.column_key);
     }
@@ -103,11 +103,10 @@ Solution Check::point (Claims&& claims, bool& has_primal, bool& has_dual) const
 Answer Check::check_continuous (Claims&& claims) const
 {
     Answer answer{.outcome = claims.outcome, .message = std::move (claims.message)};
-    bool has_primal = false, has_dual = false;
-    Solution solution = point (std::move (claims), has_primal, has_dual);
-    if (!has_primal && !has_dual)
+    Solution solution = point (std::move (claims));
+    if (!solution.has_primal && !solution.has_dual)
         return answer;
-    judge (tolerances_, has_primal, has_dual, solution);
+    judge (tolerances_, solution);
     answer.proved = solution.solution_status == KLV_SOLSTA_OPTIMAL;
     if (answer.proved && std::ranges::count (solution.skx, KLV_SK_UNKNOWN) == std::ssize (solution.skx))
         derive_keys (*problem_, tolerances_.primal, solution);
@@ -133,11 +132,10 @@ void Check::hand_out_whole_numbers (Solution& solution) const
 Answer Check::check_integer (Claims&& claims) const
 {
     Answer answer{.outcome = claims.outcome, .message = std::move (claims.message)};
-    bool has_primal = false, has_dual = false;
     const bool has_bound = claims.has_best_bound && std::isfinite (claims.best_bound);
     const double bound = claims.best_bound;
-    Solution solution = point (std::move (claims), has_primal, has_dual);
-    if (!has_primal)
+    Solution solution = point (std::move (claims));
+    if (!solution.has_primal)
         return answer;
     measure_integers (*problem_, solution);
     hand_out_whole_numbers (solution);

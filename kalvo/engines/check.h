@@ -35,7 +35,7 @@ public:
     Solution unknown_solution () const;    // zeros of which nothing is known
 
 private:
-    Solution point (Claims&& claims, bool& has_primal, bool& has_dual) const;
+    Solution point (Claims&& claims) const;
     Answer check_continuous (Claims&& claims) const;
     Answer check_integer (Claims&& claims) const;
     Answer check_infeasible (const Claims& claims) const;

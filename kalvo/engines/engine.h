@@ -49,9 +49,12 @@ struct LinearProblem {
 // All but the last take every variable as continuous.
 enum class Method { primal_simplex, dual_simplex, interior_point, mixed_integer };
 
-// A point to start from: the interior solution that a simplex finish turns into a basic one.
+// Where a run starts. Arrays are empty where nothing is known.
 struct StartPoint {
-    std::vector<double> x, activity, y, reduced_cost;
+    std::vector<std::int32_t> row_key, column_key;    // a basis, of which nothing else is known: KLVstakey
+    std::vector<double> x;    // for an integer search some entries may be NaN: unknown
+    std::vector<double> activity, y, reduced_cost;    // of x, and its duals
+    bool finishes = false;                            // a basic solution is to be made of it
 };
 
 // What one run is asked for.
@@ -62,7 +65,9 @@ struct Job {
     bool reformulate = true;      // false: no presolve, no scaling, whatever the settings say
     double seconds = infinity;    // what is left of the time limit
     int threads = 1;
-    std::shared_ptr<const StartPoint> start;    // for a simplex method, or null
+    std::shared_ptr<const StartPoint> start;    // not for an interior-point method; or null
+
+    bool finishes () const { return start && start->finishes; }    // an interior solution
 };
 
 using StopFlag = std::atomic<bool>;

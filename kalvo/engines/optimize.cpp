@@ -5,6 +5,7 @@
 #include "kalvo/engines/lower.h"
 #include "kalvo/engines/runner.h"
 #include "kalvo/engines/separable.h"
+#include "kalvo/engines/start.h"
 #include "kalvo/engines/worker.h"
 #include "kalvo/report/certificate.h"
 #include "kalvo/report/log.h"
@@ -34,7 +35,12 @@ public:
           problem_ (task.share_problem ()),
           integers_ (problem_->integers > 0 && settings_->get (IntSetting::relax_integers) == 0),
           check_ (problem_, *settings_, integers_)
-    {}
+    {
+        earlier_.swap (task.solutions);
+        if (settings_->get (IntSetting::warm_start) == KLV_OFF)
+            earlier_ = {};
+        start_ = find_start (earlier_, integers_);
+    }
 
     KLVrescode_t run ();
 
@@ -45,7 +51,11 @@ private:
     KLVrescode_t find_engine (Method method);
 
     Method first_method () const;
+    Method method_from_start (Method method);
+    bool settles (const Answer& answer) const;
     Answer attempt (Method method, std::shared_ptr<const StartPoint> start);
+    Answer attempt_from_start (Method method);
+    std::optional<Answer> earlier_answer (KLVsoltype which);
     Answer run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start);
     void count (const Job& job, const Claims& claims);
     void add (IntItem item);
@@ -67,6 +77,8 @@ private:
     std::shared_ptr<const Problem> problem_;
     bool integers_;
     Check check_;
+    Solutions earlier_;    // that the task held
+    std::shared_ptr<const StartPoint> start_;
     std::shared_ptr<const LinearProblem> lowered_;
     std::shared_ptr<Engine> engine_;
 };
@@ -107,7 +119,7 @@ void Optimization::count (const Job& job, const Claims& claims)
 {
     Information& information = task_.information;
     information.set (IntItem::threads_used, job.threads);
-    information.set (job.start ? IntItem::finish_iterations : IntItem::simplex_iterations,
+    information.set (job.finishes () ? IntItem::finish_iterations : IntItem::simplex_iterations,
                      claims.simplex_iterations);
     if (job.method == Method::interior_point)
         information.set (IntItem::interior_iterations, claims.interior_iterations);
@@ -141,18 +153,21 @@ static bool ended_early (Outcome outcome)
     return outcome >= Outcome::time_limit && outcome <= Outcome::stopped;
 }
 
+// Whether there is nothing to be won by another run.
+bool Optimization::settles (const Answer& answer) const
+{
+    return answer.proved || ended_early (answer.outcome) || answer.outcome == Outcome::out_of_memory ||
+           answered ();
+}
+
 // A run, and one more without presolve and scaling when its answer does not hold and that is not what it was.
 Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> start)
 {
-    const auto settled = [&] (const Answer& answer) {
-        return answer.proved || ended_early (answer.outcome) || answer.outcome == Outcome::out_of_memory ||
-               answered ();
-    };
     const bool plain =
         settings_->get (IntSetting::presolve) == KLV_PRESOLVE_OFF &&
         (settings_->get (IntSetting::scaling) == KLV_SCALING_OFF || method == Method::interior_point);
     Answer answer = run_once (method, true, start);
-    if (!settled (answer) && !plain) {
+    if (!settles (answer) && !plain) {
         const std::string what = answer.outcome == Outcome::failed
                                      ? text ("The optimiser failed (", answer.message, ")")
                                      : text ("An answer did not pass the check");
@@ -162,9 +177,30 @@ Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> s
         if (second.solution || !answer.solution)
             answer = std::move (second);
     }
-    if (!settled (answer))
+    if (!settles (answer))
         task_.warn ("The answer does not pass the check; it is reported as what it is.");
     return answer;
+}
+
+// What a start does to an optimiser is not known: an answer that it leads to counts only when it is proved.
+Answer Optimization::attempt_from_start (Method method)
+{
+    task_.information.set (IntItem::start, integers_ ? 3 : start_->column_key.empty () ? 2 : 1);
+    Answer answer = run_once (method, true, start_);
+    if (settles (answer))
+        return answer;
+    task_.warn (
+        "From the solution that was given no answer was found that passes the check; trying without it.");
+    task_.information.set (IntItem::start, 0);
+    return attempt (method, nullptr);
+}
+
+// What a solution that the task held is worth for the problem as it is now.
+std::optional<Answer> Optimization::earlier_answer (KLVsoltype which)
+{
+    std::optional<Claims> claims =
+        runner_.compute (work (), [&] { return claim_again (*problem_, earlier_[which]); });
+    return claims ? std::optional (check (std::move (*claims))) : std::nullopt;
 }
 
 // ---- Slots and codes ---------------------------------------------------------------------------------------------------------
@@ -254,6 +290,18 @@ Method Optimization::first_method () const
     }
 }
 
+// From a basis that is feasible, but not optimal any more, the primal method has less to do.
+Method Optimization::method_from_start (Method method)
+{
+    if (method != Method::dual_simplex ||
+        settings_->get (IntSetting::optimizer) == KLV_OPTIMIZER_DUAL_SIMPLEX || start_->column_key.empty ())
+        return method;
+    const std::optional<Answer> earlier = earlier_answer (KLV_SOL_BAS);
+    const bool feasible =
+        earlier && earlier->solution && earlier->solution->solution_status == KLV_SOLSTA_PRIMAL_FEASIBLE;
+    return feasible ? Method::primal_simplex : method;
+}
+
 // The slots that an optimum fills. Asked to choose, the library leaves an interior solution too, where an interior-point
 // run would have left a basic one.
 std::vector<KLVsoltype> Optimization::slots () const
@@ -326,7 +374,7 @@ KLVrescode_t Optimization::lower_problem ()
 
 KLVrescode_t Optimization::solve_with_engine ()
 {
-    const Method method = first_method ();
+    Method method = first_method ();
     if (const KLVrescode_t code = find_engine (method))
         return code;
     if (const KLVrescode_t code = lower_problem ())
@@ -334,6 +382,10 @@ KLVrescode_t Optimization::solve_with_engine ()
 
     if (method == Method::interior_point)
         return solve_by_interior_point ();
+    if (start_) {
+        method = method_from_start (method);
+        return store (attempt_from_start (method), slots (), optimizer_of (method));
+    }
     return store (attempt (method, nullptr), slots (), optimizer_of (method));
 }
 
@@ -343,7 +395,12 @@ KLVrescode_t Optimization::solve_by_interior_point ()
     const auto certified = [] (const Answer& answer) {
         return answer.proved && answer.solution->solution_status != KLV_SOLSTA_OPTIMAL;
     };
-    Answer interior = attempt (Method::interior_point, nullptr);
+    // The method can't start from a point: one that is an answer already is all that it can use.
+    std::optional<Answer> earlier = earlier_answer (KLV_SOL_ITR);
+    const bool known = earlier && earlier->proved;
+    if (known)
+        task_.information.set (IntItem::start, 2);
+    Answer interior = known ? std::move (*earlier) : attempt (Method::interior_point, nullptr);
     const bool goes_on = slots ().size () > 1 && !answered () && !ended_early (interior.outcome) &&
                          interior.outcome != Outcome::out_of_memory;
     if (certified (interior))
@@ -358,6 +415,7 @@ KLVrescode_t Optimization::solve_by_interior_point ()
         start->activity = point->xc;
         start->y = point->y;
         start->reduced_cost = reduced_costs (*problem_, start->y);
+        start->finishes = true;
     }
     Answer basic = attempt (Method::dual_simplex, std::move (start));
     // An interior point that is no proof stands back behind a basic solution that is one.

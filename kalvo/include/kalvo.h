@@ -399,6 +399,7 @@ KLV_API KLVrescode_t KLV_getnumqconknz (KLVtask_t task, int32_t i, int64_t* coun
 KLV_API KLVrescode_t KLV_getnumacc (KLVtask_t task, int64_t* count);
 KLV_API KLVrescode_t KLV_getaccntot (KLVtask_t task, int64_t* count);
 KLV_API KLVrescode_t KLV_getnumdjc (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getdimbarvarj (KLVtask_t task, int32_t j, int32_t* dimension);
 KLV_API KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t* length);
 
 // Costs of all variables, in an array of as many entries.
@@ -453,7 +454,9 @@ KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
 // ---- Optimisation -----------------------------------------------------------------------------------------
 
 /* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops give
- * their termination code. The solutions of an earlier run are gone. */
+ * their termination code. It starts from the solutions that the task holds (KLV_IPAR_WARM_START): a basis, else
+ * a point for the simplex methods, known values of the integer solution for the integer search. A bad start costs time, never
+ * the answer. Afterwards the task holds the new solutions only. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
 // Brings the problem into conic form. A linear problem already is.
@@ -512,6 +515,22 @@ KLV_API KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t fi
 KLV_API KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
                                        int64_t length, double* values);
 KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* values);
+
+/* Puts a solution into its place, for the next optimisation to start from (KLV_IPAR_WARM_START), and to keep until then. Every
+ * array may be null: nothing is given. skc, xc, y, slc, suc: one entry a constraint; skx, xx, slx, sux: one a variable.
+ * A NaN among values is an unknown one, infinite values are refused (KLV_RES_VALUE_NOT_FINITE), as are numbers that
+ * are no key. The task keeps the keys as given, xx, y and slx - sux (of y, where they are missing), y from slc - suc
+ * where it is missing; all else, and the statuses, follows from these and the problem, so xc is not looked at. The
+ * integer solution has no duals, and of conic values (skn, snx, doty) this version has none: they are not looked at. */
+KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
+                                         const int32_t* skx, const int32_t* skn, const double* xc,
+                                         const double* xx, const double* y, const double* slc,
+                                         const double* suc, const double* slx, const double* sux,
+                                         const double* snx, const double* doty);
+
+/* Values of semidefinite variable j in a solution that was put. This version has no such variables: no index is valid. */
+KLV_API KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double* values);
+KLV_API KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 
 // Texts of statuses and keys (KLV_MAX_TEXT bytes); KLV_RES_VALUE_UNKNOWN and an empty text for another number.
 KLV_API KLVrescode_t KLV_prostatostr (KLVtask_t task, int32_t status, char* text);

@@ -59,8 +59,8 @@ void Log::begin_run (const Job& job, const char* engine)
     shows_progress_ = level_ >= 2 && task_.parameters.get (switched) != 0;
     titled_ = false;
     if (shows_progress_)
-        task_.say (text ("Running ", method_name (method_, job.start != nullptr), " (", engine, "), ",
-                         job.threads, job.threads == 1 ? " thread" : " threads",
+        task_.say (text ("Running ", method_name (method_, job.finishes ()), " (", engine, "), ", job.threads,
+                         job.threads == 1 ? " thread" : " threads",
                          job.reformulate ? "" : ", without presolve and scaling"));
 }
 

@@ -189,11 +189,11 @@ void measure_integers (const Problem& problem, Solution& solution)
     solution.violations.integer = worst;
 }
 
-void judge (const Tolerances& tolerances, bool has_primal, bool has_dual, Solution& solution)
+void judge (const Tolerances& tolerances, Solution& solution)
 {
     const Violations& found = solution.violations;
-    const bool primal = has_primal && found.primal <= tolerances.primal;
-    const bool dual = has_dual && found.dual <= tolerances.dual;
+    const bool primal = solution.has_primal && found.primal <= tolerances.primal;
+    const bool dual = solution.has_dual && found.dual <= tolerances.dual;
     const bool closed = found.gap <= tolerances.gap && found.complementarity <= tolerances.gap;
     if (primal && dual) {
         solution.problem_status = KLV_PRO_FEASIBLE;

@@ -36,7 +36,7 @@ void measure_dual (const Problem& problem, std::vector<double> y, std::vector<do
 void measure_integers (const Problem& problem, Solution& solution);
 
 // The statuses that a measured point of a continuous problem deserves.
-void judge (const Tolerances& tolerances, bool has_primal, bool has_dual, Solution& solution);
+void judge (const Tolerances& tolerances, Solution& solution);
 
 // The same for a point of an integer problem; `closed`: the search ended with a gap within its parameters.
 void judge_integer (const Tolerances& tolerances, bool closed, Solution& solution);

@@ -74,6 +74,8 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
     {IntItem::optimizer_used, "KLV_IINF_OPTIMIZER", "Number of the optimiser that gave the answer."},
     {IntItem::abandoned_workers, "KLV_IINF_ABANDONED_WORKERS",
      "Stopped runs that had not ended yet when the optimisation returned."},
+    {IntItem::start, "KLV_IINF_START",
+     "What the answer was found from: 0 nothing, 1 a basis, 2 a point, 3 values of integer variables."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");

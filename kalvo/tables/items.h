@@ -55,6 +55,7 @@ enum class IntItem {
     crossed_bounds,
     optimizer_used,
     abandoned_workers,
+    start,
     count
 };
 

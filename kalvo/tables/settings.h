@@ -36,6 +36,7 @@ enum class IntSetting {
     log_simplex,
     log_mixed_integer,
     file_format,    // KLVfileformat
+    warm_start,     // KLVswitch: an optimisation starts from the solutions that the task holds
     count
 };
 

@@ -41,10 +41,7 @@ KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename)
 
 KLVrescode_t KLV_optimize (KLVtask_t task)
 {
-    return run (task, [&] (Task& t) {
-        t.drop_solutions ();
-        return optimize (t);
-    });
+    return run (task, [&] (Task& t) { return optimize (t); });
 }
 
 KLVrescode_t KLV_toconic (KLVtask_t task)

@@ -80,6 +80,11 @@ KLVrescode_t KLV_getnumqconknz (KLVtask_t task, int32_t i, int64_t* count)
     });
 }
 
+KLVrescode_t KLV_getdimbarvarj (KLVtask_t task, int32_t j, int32_t*)
+{
+    return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
+}
+
 KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t*)
 {
     return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });

@@ -79,7 +79,9 @@ static std::string load_once ()
         find (library, "Highs_getDoubleInfoValue", found.getDoubleInfoValue) &&
         find (library, "Highs_getSolution", found.getSolution) &&
         find (library, "Highs_setSolution", found.setSolution) &&
+        find (library, "Highs_setSparseSolution", found.setSparseSolution) &&
         find (library, "Highs_getBasis", found.getBasis) &&
+        find (library, "Highs_setBasis", found.setBasis) &&
         find (library, "Highs_getDualRay", found.getDualRay) &&
         find (library, "Highs_getPrimalRay", found.getPrimalRay);
     if (!complete)

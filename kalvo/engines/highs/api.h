@@ -27,7 +27,9 @@ struct Api {
     decltype (&Highs_getDoubleInfoValue) getDoubleInfoValue;
     decltype (&Highs_getSolution) getSolution;
     decltype (&Highs_setSolution) setSolution;
+    decltype (&Highs_setSparseSolution) setSparseSolution;
     decltype (&Highs_getBasis) getBasis;
+    decltype (&Highs_setBasis) setBasis;
     decltype (&Highs_getDualRay) getDualRay;
     decltype (&Highs_getPrimalRay) getPrimalRay;
 };

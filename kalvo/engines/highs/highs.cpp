@@ -50,6 +50,7 @@ private:
     void set_limits ();
     bool pass_problem ();
     void pass_start ();
+    void pass_known_values (const std::vector<double>& x);
     Outcome run ();
     Outcome outcome (HighsInt model_status) const;
     void take_point (Claims& claims) const;
@@ -87,7 +88,7 @@ void Session::set_options ()
     }
 
     const std::int32_t presolve = settings.get (IntSetting::presolve);
-    presolved_ = job_.reformulate && presolve != KLV_PRESOLVE_OFF && !job_.start;
+    presolved_ = job_.reformulate && presolve != KLV_PRESOLVE_OFF && (!job_.start || integers ());
     set ("presolve", !presolved_ ? "off" : presolve == KLV_PRESOLVE_ON ? "on" : "choose");
     const std::int32_t scaling = settings.get (IntSetting::scaling);
     if (!job_.reformulate || scaling != KLV_SCALING_AUTOMATIC)
@@ -167,6 +168,33 @@ bool Session::pass_problem ()
                nullptr, types.empty () ? nullptr : types.data ()) != kHighsStatusError;
 }
 
+// Nonbasic items find their place by themselves where the key does not say it.
+static std::vector<HighsInt> statuses_from (const std::vector<std::int32_t>& keys)
+{
+    std::vector<HighsInt> statuses (keys.size ());
+    std::ranges::transform (keys, statuses.begin (), [] (std::int32_t key) {
+        return key == KLV_SK_BASIC   ? kHighsBasisStatusBasic
+               : key == KLV_SK_LOWER ? kHighsBasisStatusLower
+               : key == KLV_SK_UPPER ? kHighsBasisStatusUpper
+                                     : kHighsBasisStatusNonbasic;
+    });
+    return statuses;
+}
+
+// The known values only: the engine would take a NaN for a value.
+void Session::pass_known_values (const std::vector<double>& x)
+{
+    std::vector<HighsInt> index;
+    std::vector<double> value;
+    for (std::size_t j = 0; j < x.size (); ++j)
+        if (!std::isnan (x[j])) {
+            index.push_back (static_cast<HighsInt> (j));
+            value.push_back (x[j]);
+        }
+    api ().setSparseSolution (handle_, static_cast<HighsInt> (index.size ()), index.data (), value.data ());
+}
+
+// What the engine makes of a start, or that it refuses it, is its own affair: the answer is checked.
 void Session::pass_start ()
 {
     if (!job_.start)
@@ -176,8 +204,17 @@ void Session::pass_start ()
         start.y = negated (std::move (start.y));
         start.reduced_cost = negated (std::move (start.reduced_cost));
     }
-    api ().setSolution (handle_, start.x.data (), start.activity.data (), start.reduced_cost.data (),
-                        start.y.data ());
+    const auto data = [] (const std::vector<double>& values) {
+        return values.empty () ? nullptr : values.data ();
+    };
+    if (integers ())
+        pass_known_values (start.x);
+    else if (!start.column_key.empty ())
+        api ().setBasis (handle_, statuses_from (start.column_key).data (),
+                         statuses_from (start.row_key).data ());
+    else
+        api ().setSolution (handle_, data (start.x), data (start.activity), data (start.reduced_cost),
+                            data (start.y));
 }
 
 std::int64_t Session::info (const char* name) const

@@ -13,9 +13,9 @@ static std::uint32_t phase_of (const Job& job)
 {
     switch (job.method) {
     case Method::primal_simplex:
-        return job.start ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRIMAL_SIMPLEX;
+        return job.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRIMAL_SIMPLEX;
     case Method::dual_simplex:
-        return job.start ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_DUAL_SIMPLEX;
+        return job.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_DUAL_SIMPLEX;
     case Method::interior_point:
         return KLV_CALLER_INTERIOR_POINT;
     case Method::mixed_integer:

@@ -1,0 +1,31 @@
+// Starting an optimisation from solutions that a task holds.
+#pragma once
+
+#include "kalvo/engines/engine.h"
+#include "kalvo/task/task.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+
+namespace klv {
+
+using Solutions = std::array<std::optional<Solution>, KLV_SOL_COUNT>;
+
+// What to start from, or null where nothing can be started from: of a problem whose integer variables are to be whole the known
+// values of the integer solution; else a basis, else a point, of the basic solution or of the interior one.
+std::shared_ptr<const StartPoint> find_start (const Solutions& solutions, bool integers);
+
+// The interior or basic solution as a claim, to be checked on the problem as it is now; or nothing.
+std::optional<Claims> claim_again (const Problem& problem, const std::optional<Solution>& solution);
+
+// Values as a user gives them; empty where they are not given, NaN where one is unknown.
+struct GivenSolution {
+    std::vector<std::int32_t> skc, skx;
+    std::vector<double> xx, y, slc, suc, slx, sux;
+};
+
+// The solution that a task holds then: completed, its statuses those that it deserves.
+Solution complete (GivenSolution&& given, const Task& task, KLVsoltype which);
+
+}
