@@ -23,8 +23,8 @@
 %       res.sol.bas.xx              % the solution: 0.4, 1.8
 %       res.sol.bas.y               % its duals: what a constraint's bound is worth
 %
-%   More in the folder examples beside this file: small_lp, small_integer, problem_file, progress_function,
-%   log_function, parameters, infeasible.
+%   More in the folder examples beside this file: small_lp, small_integer, problem_file, second_solve,
+%   progress_function, log_function, parameters, infeasible.
 %
 %   COMMAND (cmd): words separated by blanks, in any order
 %
@@ -59,8 +59,12 @@
 %       primalrepair  structure with weights wlc, wuc (m), wlx, wux (n)
 %       objsense  in res.prob only: the sense comes from cmd or the file
 %
-%       Fields for quadratic, conic and semidefinite terms and for initial solutions (qoval, qcval, f, accs, cones, bardim,
-%       prisen, duasen, sol) are refused unless they are empty. Other fields are ignored.
+%       sol     solutions to start from: res.sol of another call as it is, or any part of it. bas.skc and bas.skx (a basis),
+%               else xx (and y) of bas or itr, for the simplex methods; int.xx, NaN where a value is not known, for whole
+%               numbers. A bad start costs time, never the answer. Without "minimize" res.sol shows what was understood.
+%
+%       Fields for quadratic, conic and semidefinite terms (qoval, qcval, f, accs, cones, bardim, prisen, duasen) are refused
+%       unless they are empty. Other fields are ignored.
 %
 %   RESULT (res)
 %
@@ -126,6 +130,7 @@
 %       KLV_IPAR_PRESOLVE                 KLV_PRESOLVE_AUTOMATIC   or _ON, _OFF
 %       KLV_IPAR_SCALING                  KLV_SCALING_AUTOMATIC    or _OFF, _EQUILIBRATION, ...: see res.symbcon
 %       KLV_IPAR_SIMPLEX_PRICING          KLV_PRICING_AUTOMATIC    or _DANTZIG, _DEVEX, _STEEPEST_EDGE
+%       KLV_IPAR_WARM_START               KLV_ON                   prob.sol is where a run starts
 %       KLV_IPAR_MAX_THREADS              0                        0: the library chooses
 %       KLV_IPAR_RANDOM_SEED              0                        of what optimisers do at random
 %       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
@@ -193,6 +198,8 @@
 %       ints not a structure; index out of range 1200, the item is named
 %       ints.sub sparse or not a vector          ignored
 %       names of another number                  1201 "prob.names.con"; an unknown field of names: 1200
+%       sol not a structure                      1200 "prob.sol"; its fields of another length: named likewise
+%       NaN in sol; Inf in sol                   not known; refused by the solver
 %       param an array of structures             ignored; not a structure: 1200 "param"
 %       2.7 for an integer parameter             2
 %       progress function that returns true      the run goes on: only numbers stop it

@@ -63,6 +63,8 @@
 %!      code = 1200;
 %!    case {"barc", "bara", "barf", "primalrepair", "objsense", "unknown", "names.cone", "names.acc", "names.barvar"}
 %!      code = 0;
+%!    case "sol"
+%!      code *= ! isstruct (v);
 %!    case "ints"
 %!      code *= ! (isstruct (v) && numel (v) == 1 && (! isfield (v, "sub") || isstruct (v.sub)));
 %!    case "ints.sub"
@@ -134,6 +136,17 @@
 %! for field = {"names", "names.name", "names.obj", "names.var", "names.con", "names.cone", "names.acc", ...
 %!              "names.barvar", "names.unknown"}
 %!   check_field (field{1});
+%! endfor
+
+%!test
+%! for field = {"skc", "skx", "xc", "xx", "y", "slx"}
+%!   for value = odd_values ().'
+%!     prob = good_problem ();
+%!     prob.sol.bas.(field{1}) = value{2};
+%!     [r, text] = checked_call ([field{1} " = " value{1}], "minimize echo(0)", prob);
+%!     named = strncmp (text, ["*** Error(1200): prob.sol.bas." field{1}], 30 + numel (field{1}));
+%!     expect (named + 2 * isempty (text), 1 + (r != 1200), [field{1} " = " value{1}]);
+%!   endfor
 %! endfor
 
 ## The inputs themselves: empty means absent, and a value of a wrong class is refused by name.

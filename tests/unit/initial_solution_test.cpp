@@ -1,0 +1,82 @@
+// prob.sol: what of it is taken, how faults are named, and that a solution is a start for the next call.
+
+#include "tests/unit/gateway_test.h"
+
+namespace {
+
+using InitialSolution = GatewayTest;
+
+// The smallest value is 3, at (1, 1).
+std::string with_solution (const std::string& sol)
+{
+    return "(a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0], sol=" + sol + ")";
+}
+
+// A call that does not optimise shows what the task holds.
+TEST_F (InitialSolution, IsTakenAsFarAsItIsGiven)
+{
+    const struct {
+        const char *sol, *kind, *fields, *shown;
+    } cases[] = {
+        {"(itr=(xx=[1 1]))", "itr", "solsta skc xc xx y", "solsta=3, skc=[0;0], xc=[3;3], xx=[1;1], y=[0;0]"},
+        {"(bas=(xx=[1;1], y=[1 0], xc=[7 7]))", "bas", "solsta xc slc slx pobjval dobjval",
+         "solsta=1, xc=[3;3], slc=[1;0], slx=[0;0], pobjval=3, dobjval=3"},
+        {"(bas=(slc=[2 0], suc=[1 0]))", "bas", "solsta y slx", "solsta=4, y=[1;0], slx=[0;0]"},
+        {"(bas=(y=[1 0], slx=[3 0], sux=[1 0]))", "bas", "slx sux", "slx=[2;0], sux=[0;0]"},
+        {"(bas=(skc=['LO'; 'UN'], skx=[1 1], snx='x', doty=@, barx={}))", "bas", "solsta skc skx",
+         "solsta=0, skc=[3;0], skx=[1;1]"},
+        {"(bas=[])", "bas", "solsta skx xx", "solsta=0, skx=[0;0], xx=[0;0]"},
+        {"(bas='text')", "bas", "solsta skx", "solsta=0, skx=[0;0]"},
+        {"(int=(xx=[2 nan], y='x', slx={}))", "int", "solsta xx", "solsta=0, xx=[2;nan]"},
+        {"(int=(xx=[2 nan]))", "bas", "xx", "-"},
+        {"(itr=(snx=[0 0], skn='x', barx=[], doty))", "itr", "solsta", "solsta=0"},
+    };
+    for (const auto& c : cases) {
+        const Call result = ask ("statuskeys(1) echo(0)", {with_solution (c.sol)});
+        EXPECT_EQ (code_of (result), 0) << c.sol;
+        const View kept = result[1]["sol"][c.kind];
+        EXPECT_EQ (kept ? show (kept, c.fields) : "-", c.shown) << c.sol;
+        EXPECT_EQ (printed (), "");
+    }
+    for (const char* nothing : {"[]", "cell 0x0", "record 0x0 bas", "(x=1)"})
+        EXPECT_FALSE (ask ("echo(0)", {with_solution (nothing)})[1]["sol"]) << nothing;
+}
+
+TEST_F (InitialSolution, FaultsAreNamed)
+{
+    const struct {
+        const char *sol, *lines;
+        KLVrescode_t code = 1200;
+    } cases[] = {
+        {"1", "1200 prob.sol; "},
+        {"@", "1200 prob.sol; "},
+        {"(itr=(xx=[1 2 3], y=1, xc=[1 1]), bas=1)", "1200 prob.sol.itr.xx; 1200 prob.sol.itr.y; "},
+        {"(itr=(xc='ab', slc={1, 2}, suc=sparse [1;1], slx=2x2, sux=int8 [1 1]))",
+         "1200 prob.sol.itr.xc; 1200 prob.sol.itr.slc; 1200 prob.sol.itr.suc; 1200 prob.sol.itr.slx; "
+         "1200 prob.sol.itr.sux; "},
+        {"(itr=(snx=1, barx=1, bars=1, doty=1))",
+         "1200 prob.sol.itr.snx; 1200 prob.sol.itr.barx; 1200 prob.sol.itr.bars; 1200 prob.sol.itr.doty; "},
+        {"(bas=(xx=complex [1 1]))", "1200 prob.sol.bas.xx; "},
+        {"(bas=(skx=[1 99], xx=1))", "1200 prob.sol.bas.skx(2); "},
+        {"(bas=(skc=['LO'; '!!']))", "1200 prob.sol.bas.skc(2); "},
+        {"(int=(skx='BA'))", "1200 prob.sol.int.skx; "},
+        {"(int=(xx=[inf 0]))", "", KLV_RES_VALUE_NOT_FINITE},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ (code_of (ask ("minimize echo(0)", {with_solution (c.sol)})), c.code) << c.sol;
+        EXPECT_EQ (printed (), c.lines) << c.sol;
+    }
+}
+
+TEST_F (InitialSolution, OfOneCallIsTheStartOfTheNext)
+{
+    const Call first = ask ("minimize statuskeys(1)", {small_problem});
+    const std::string basic = show (first[1]["sol"]["bas"], "skc skx xx y slx sux");
+    const Call second =
+        ask ("minimize info statuskeys(1) echo(0)", {with_solution ("(bas=(" + basic + "))")});
+    EXPECT_EQ (second[1]["info"]["KLV_IINF_START"].number (), 1);
+    EXPECT_EQ (second[1]["info"]["KLV_IINF_SIMPLEX_ITERATIONS"].number (), 0);
+    EXPECT_EQ (show (second[1]["sol"]["bas"]), show (first[1]["sol"]["bas"]));
+}
+
+}
