@@ -18,7 +18,6 @@
 
 extern "C" {
 void* __real_mxCalloc (std::size_t count, std::size_t size);
-void* __real_mxMalloc (std::size_t size);
 mxArray* __real_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity complexity);
 mxArray* __real_mxCreateDoubleScalar (double value);
 mxArray* __real_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxComplexity complexity);
@@ -91,11 +90,6 @@ void* __wrap_mxCalloc (std::size_t count, std::size_t size)
     if (size > 0 && count > std::numeric_limits<std::size_t>::max () / size)
         return nullptr;
     return null_without_memory ([=] { return __real_mxCalloc (count, size); });
-}
-
-void* __wrap_mxMalloc (std::size_t size)
-{
-    return null_without_memory ([=] { return __real_mxMalloc (size); });
 }
 
 mxArray* __wrap_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity complexity)

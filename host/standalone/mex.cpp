@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 #include "host/standalone/array.h"
 
@@ -29,11 +28,7 @@ int mexEvalString (const char* command)
 {
     book ().check_thread ("mexEvalString");
     session ().evaluated.emplace_back (command);
-    try {
-        return session ().on_evaluate ? session ().on_evaluate (command) : 0;
-    } catch (const MatlabError&) {
-        return 1;
-    }
+    return 0;
 }
 
 void mexErrMsgTxt (const char* message)
@@ -81,8 +76,6 @@ bool utSetInterruptEnabled (bool enabled)
 bool utIsInterruptPending ()
 {
     book ().check_thread ("utIsInterruptPending");
-    if (++session ().interrupt_polls == session ().interrupt_at_poll)
-        session ().interrupt_pending = true;
     return session ().interrupt_pending;
 }
 

@@ -42,7 +42,6 @@ enum mxClassID {
 void mexFunction (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]);
 
 // Memory
-void* mxMalloc (std::size_t size);
 void* mxCalloc (std::size_t count, std::size_t size);
 void mxFree (void* memory);
 
@@ -90,7 +89,6 @@ int mxAddField (mxArray* array, const char* name);
 
 // Numbers
 double mxGetInf ();
-bool mxIsFinite (double value);
 
 // The session
 int mexPrintf (const char* format, ...) __attribute__ ((format (printf, 1, 2)));

@@ -1,6 +1,5 @@
 // libmx: arrays and memory.
 
-#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -16,14 +15,6 @@ void* mxCalloc (std::size_t count, std::size_t size)
     void* const block = std::calloc (count > 0 ? count : 1, size > 0 ? size : 1);
     if (block != nullptr)
         book ().blocks.emplace (block, book ().depth);
-    return block;
-}
-
-void* mxMalloc (std::size_t size)
-{
-    void* const block = mxCalloc (1, size);
-    if (block != nullptr)
-        std::memset (block, 0xa5, size);
     return block;
 }
 
@@ -314,9 +305,4 @@ int mxAddField (mxArray* array, const char* name)
 double mxGetInf ()
 {
     return std::numeric_limits<double>::infinity ();
-}
-
-bool mxIsFinite (double value)
-{
-    return std::isfinite (value);
 }

@@ -71,8 +71,6 @@ struct Entry {
 };
 
 Value scalar (double value);
-Value row (const Numbers& values);
-Value column (const Numbers& values);
 Value matrix (std::size_t rows, std::size_t columns, const Numbers& values = {});    // zeros by default
 Value array (mxClassID class_id, const Sizes& sizes,
              const Numbers& values = {});    // any numeric class, logical
@@ -120,15 +118,12 @@ struct Session {
     std::string printed;
     std::vector<std::string> evaluated;
     std::vector<std::pair<std::string, Function>> functions;
-    std::function<int (const std::string& command)> on_evaluate;    // what mexEvalString runs; null: nothing
 
     long allocations = 0;           // blocks and arrays that were asked for
     long failing_allocation = 0;    // the number of the one that fails; 0: none
 
     bool interrupt_enabled = true;
     bool interrupt_pending = false;
-    long interrupt_polls = 0;
-    long interrupt_at_poll = 0;    // the poll that raises the flag; 0: none
 
     int lock_count = 0;
     std::vector<std::string> faults;

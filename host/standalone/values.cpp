@@ -137,16 +137,6 @@ Value scalar (double value)
     return matrix (1, 1, {value});
 }
 
-Value row (const Numbers& values)
-{
-    return matrix (1, values.size (), values);
-}
-
-Value column (const Numbers& values)
-{
-    return matrix (values.size (), 1, values);
-}
-
 Value matrix (std::size_t rows, std::size_t columns, const Numbers& values)
 {
     return array (mxDOUBLE_CLASS, {rows, columns}, values);
