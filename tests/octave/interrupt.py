@@ -55,19 +55,19 @@ bag = knapsack (8, 80);
 small = struct ('a', [1 1], 'c', [1 2], 'blc', 1, 'blx', [0 0]);
 """
 
+LP = "kalvoopt ('minimize echo(0)', lp, struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_{}'))"
+BAG = "kalvoopt ('maximize echo({})', bag, [], {})"
+
 # What runs, the command, and the seconds until the key is pressed.
 CASES = [
-    ("dual simplex", "kalvoopt ('minimize echo(0)', lp, struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_DUAL_SIMPLEX'))", 1.5),
-    ("primal simplex",
-     "kalvoopt ('minimize echo(0)', lp, struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_PRIMAL_SIMPLEX'))", 1.5),
-    ("interior point",
-     "kalvoopt ('minimize echo(0)', lp, struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_INTERIOR_POINT'))", 1.5),
+    ("dual simplex", LP.format("DUAL_SIMPLEX"), 1.5),
+    ("primal simplex", LP.format("PRIMAL_SIMPLEX"), 1.5),
+    ("interior point", LP.format("INTERIOR_POINT"), 1.5),
     ("presolve", "kalvoopt ('minimize echo(0)', block)", 0.2),
-    ("integer search", "kalvoopt ('maximize echo(0)', bag)", 2.0),
-    ("integer search with its log", "kalvoopt ('maximize', bag)", 1.0),
-    ("a progress function that pauses",
-     "kalvoopt ('maximize echo(0)', bag, [], struct ('iter', 'pausing', 'iterhandle', 1))", 1.0),
-    ("a log function", "kalvoopt ('maximize', bag, [], struct ('log', 'shouting', 'loghandle', 1))", 1.0),
+    ("integer search", BAG.format(0, "[]"), 2.0),
+    ("integer search with its log", BAG.format(3, "[]"), 1.0),
+    ("a progress function that pauses", BAG.format(0, "struct ('iter', 'pausing', 'iterhandle', 1)"), 1.0),
+    ("a log function", BAG.format(3, "struct ('log', 'shouting', 'loghandle', 1)"), 1.0),
 ]
 
 

@@ -28,6 +28,7 @@
 %! assert (res.prob.names, struct ("name", "zwölf €", "obj", "", "con", {prob.names.con.'}, ...
 %!                                 "var", {prob.names.var.'}, "barvar", [], "acc", []));
 %! assert (res.prob.objsense, "minimize");
+%! assert (mislocked ("kalvoopt"));        # no `clear` ends what may still run
 
 ## Dense, sparse, row, column, logical: one meaning.
 %!test
@@ -62,6 +63,8 @@
 %! assert (again.param, setfield (first.param, "KLV_SPAR_DATA_FILE", again.param.KLV_SPAR_DATA_FILE));
 %! assert (again.prob, first.prob);
 %! assert (solved ("prob echo(0)", res.prob).prob, res.prob);
+%! long = struct ("KLV_SPAR_DATA_FILE", repmat ("x", 1, 3000));        # cut to what fits
+%! assert (solved ("param echo(0)", [], long).param.KLV_SPAR_DATA_FILE, repmat ("x", 1, 1023));
 
 ## An infeasible problem that comes as data: its certificate, by definition.
 %!test

@@ -61,9 +61,3 @@ class Octave:
             os.kill(self.process, 9)
             os.waitpid(self.process, 0)
         os.close(self.terminal)
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.close()

@@ -82,6 +82,18 @@ TEST_F (Console, AndTheLogFunctionShowWhatTheLevelLetsThrough)
     }
 }
 
+TEST_F (Console, ShowsWhatWordsAskFor)
+{
+    const std::string file = KALVO_TEST_DATA "/lp/afiro.mps";
+    const std::pair<std::string, const char*> cases[] = {{"anapro", "Analysis of the problem"},
+                                                         {"minimize", "simplex iterations"},
+                                                         {"echo(4) read(" + file + ")", "Problem 'AFIRO'"}};
+    for (const auto& [command, words] : cases) {
+        EXPECT_EQ (code_of (ask (command, {small_problem})), 0) << command;
+        EXPECT_NE (printed ().find (words), std::string::npos) << command << printed ();
+    }
+}
+
 // Environment text reaches the console only while the link stands, and nothing unlocks the module.
 TEST_F (Console, StaysLinkedUnlessToldOtherwise)
 {

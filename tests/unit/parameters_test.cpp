@@ -33,7 +33,6 @@ TEST_F (Parameters, AreSetOrRefused)
         {real, "[]", wrong, 1200},
         {real, "'1'", wrong, 1200},
         {real, "single 1", wrong, 1200},
-        {integer, "logical 1", wrong, 1200},
         {integer, "{1}", wrong, 1200},
         {integer, "nan", wrong, 1200},
         {integer, "4294967297", wrong, 1200},

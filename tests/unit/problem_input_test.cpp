@@ -93,7 +93,6 @@ TEST_F (ProblemInput, IntegersAndNamesAreTaken)
         {"ints", "(sum=1)", "-"},
         {"ints", "(sub=sparse 1)", "-"},
         {"ints", "(sub=[1 2; 2 1])", "-"},
-        {"ints", "(sub=int32 1)", "-"},
         {"names", "(obj='€€€', con={'a', ''})",
          "(name='', obj='€€€', con=['a';''], var=['';'';''], barvar=-, acc=-)"},
         {"names", "(name=['ab'; 'cd'], cone=1, acc='x', barvar=[])",

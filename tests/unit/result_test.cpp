@@ -114,10 +114,8 @@ TEST_F (Result, ListsEveryInformationItem)
 
 TEST_F (Result, FollowsTheSenseOfTheCommand)
 {
-    const std::pair<const char*, const char*> cases[] = {{"prob", "minimize"},
-                                                         {"prob min", "minimize"},
-                                                         {"prob max", "maximize"},
-                                                         {"prob minimize", "minimize"}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"prob", "minimize"}, {"prob max", "maximize"}, {"prob minimize", "minimize"}};
     for (const auto& [command, sense] : cases)
         EXPECT_EQ (ask (std::string ("echo(0) ") + command, {small_problem})[1]["prob"]["objsense"].text (),
                    sense)
