@@ -13,8 +13,10 @@
 #include <exception>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "host/holders.h"
+#include "host/octave/record_value.h"
 
 // The build names the gateway's mexFunction gateway_function, and mex.h has declared that; what Octave calls
 // is here.
@@ -189,8 +191,13 @@ mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, m
     if (Frame::current ().exit_request ())
         return error_object ({"the session ends", "Octave:exit"});
     try {
+        std::vector<mxArray*> inputs (prhs, prhs + nrhs);
+        std::vector<host::Array> values;
+        for (mxArray*& input : inputs)
+            if (host::Array value (make_record_value (input)); value)
+                input = values.emplace_back (std::move (value)).get ();
         const UserCode running;
-        mexCallMATLAB (nlhs, plhs, nrhs, prhs, function_name);
+        mexCallMATLAB (nlhs, plhs, nrhs, inputs.data (), function_name);
     } catch (...) {
         return error_object (Frame::current ().contain_exception (true));
     }

@@ -1,0 +1,31 @@
+#include "host/octave/record_value.h"
+
+#include <octave/mxarray.h>
+#include <octave/oct-map.h>
+#include <octave/ov.h>
+
+namespace {
+
+bool is_number (const mxArray* array)
+{
+    return array != nullptr && array->is_double () && !array->is_complex () && !array->is_sparse () &&
+           array->get_number_of_elements () == 1;
+}
+
+}
+
+void* make_record_value (const void* record)
+{
+    const mxArray& fields = *static_cast<const mxArray*> (record);
+    // What is a value of Octave's already is handed over as it is.
+    if (fields.is_octave_value () || !fields.is_struct () || fields.get_number_of_elements () != 1)
+        return nullptr;
+    octave_scalar_map map;
+    for (int k = 0; k < fields.get_number_of_fields (); ++k) {
+        const mxArray* const field = fields.get_field_by_number (0, k);
+        if (!is_number (field))
+            return nullptr;
+        map.setfield (fields.get_field_name_by_number (k), field->get_scalar ());
+    }
+    return new mxArray (false, octave_value (map));
+}
