@@ -132,11 +132,11 @@ KLVrescode_t put_dense_columns (KLVtask_t task, const mxArray* a)
     const auto numvar = static_cast<std::int32_t> (mxGetN (a));
     const auto rows = host::allocate<std::int32_t> (numcon);
     const auto values = host::allocate<double> (numcon);
-    if (!rows || !values)
+    const double* column = mxGetPr (a);
+    if (!rows || !values || !column)
         return KLV_RES_OUT_OF_MEMORY;
 
     KLVrescode_t code = KLV_RES_OK;
-    const double* column = mxGetPr (a);
     for (std::int32_t j = 0; j < numvar && code == KLV_RES_OK; ++j, column += numcon) {
         std::int32_t count = 0;
         for (std::size_t i = 0; i < numcon; ++i)

@@ -22,5 +22,6 @@ KLVrescode_t check_real_values (const char* name, const mxArray* array)
         return refuse (KLV_RES_ARGUMENT, "prob.%s is complex", name);
     if (!mxIsDouble (array) && mxGetClassID (array) != mxLOGICAL_CLASS)
         return refuse (KLV_RES_ARGUMENT, "prob.%s is neither double nor logical", name);
-    return KLV_RES_OK;
+    const bool is_readable = mxIsSparse (array) || mxGetData (array) != nullptr;
+    return is_readable ? KLV_RES_OK : KLV_RES_OUT_OF_MEMORY;
 }

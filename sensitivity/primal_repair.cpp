@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "gateway/console.h"
 #include "input/arrays.h"
 #include "input/refuse.h"
 
@@ -23,10 +22,14 @@ KLVrescode_t read_weights (const mxArray* record, const char* name, const char* 
     if (field == nullptr)
         return KLV_RES_OK;
     if (!isvector (field, static_cast<std::uint64_t> (length), 0)) {
-        mx_error (KLV_RES_ARGUMENT, path);
+        refuse (KLV_RES_ARGUMENT, "prob.%s", path);
         return KLV_RES_ARGUMENT_LENGTH;
     }
-    weights = length > 0 ? mxGetPr (field) : nullptr;
+    if (length == 0)
+        return KLV_RES_OK;
+    if (const KLVrescode_t code = check_real_values (path, field))
+        return code;
+    weights = mxGetPr (field);
     return KLV_RES_OK;
 }
 
@@ -35,13 +38,13 @@ KLVrescode_t read_all_weights (KLVtask_t task, const mxArray* record, Weights& w
     std::int32_t numcon = 0, numvar = 0;
     KLV_getnumcon (task, &numcon);
     KLV_getnumvar (task, &numvar);
-    KLVrescode_t code = read_weights (record, "wuc", "prob.primalrepair.wuc", numcon, weights.wuc);
+    KLVrescode_t code = read_weights (record, "wuc", "primalrepair.wuc", numcon, weights.wuc);
     if (code == KLV_RES_OK)
-        code = read_weights (record, "wlc", "prob.primalrepair.wlc", numcon, weights.wlc);
+        code = read_weights (record, "wlc", "primalrepair.wlc", numcon, weights.wlc);
     if (code == KLV_RES_OK)
-        code = read_weights (record, "wux", "prob.primalrepair.wux", numvar, weights.wux);
+        code = read_weights (record, "wux", "primalrepair.wux", numvar, weights.wux);
     if (code == KLV_RES_OK)
-        code = read_weights (record, "wlx", "prob.primalrepair.wlx", numvar, weights.wlx);
+        code = read_weights (record, "wlx", "primalrepair.wlx", numvar, weights.wlx);
     return code;
 }
 
