@@ -86,9 +86,9 @@ std::int32_t KLV_task::ask_callback_while_loading (std::size_t work)
 
 KLVrescode_t KLV_task::refuses (Access access) const
 {
-    if (unusable_)
-        return KLV_RES_TASK_UNUSABLE;
-    return access == Access::change && running_ > 0 ? KLV_RES_TASK_BUSY : KLV_RES_OK;
+    if (access == Access::change && running_ > 0)
+        return KLV_RES_TASK_BUSY;
+    return unusable_ ? KLV_RES_TASK_UNUSABLE : KLV_RES_OK;
 }
 
 void KLV_task::make_unusable (std::string_view message) noexcept
