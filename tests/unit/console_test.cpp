@@ -92,6 +92,8 @@ TEST_F (Console, ShowsWhatWordsAskFor)
         EXPECT_EQ (code_of (ask (command, {small_problem})), 0) << command;
         EXPECT_NE (printed ().find (words), std::string::npos) << command << printed ();
     }
+    ask ("read(" + file + ")");
+    EXPECT_EQ (printed (), banner () + "0\n");    // the summary of what was read is not for level 3
 }
 
 // Environment text reaches the console only while the link stands, and nothing unlocks the module.
