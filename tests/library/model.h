@@ -5,13 +5,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <limits>
+#include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace model {
+
+using Values = std::vector<double>;
 
 constexpr double inf = std::numeric_limits<double>::infinity ();
 
@@ -19,42 +23,101 @@ struct Range {
     double lower = -inf, upper = inf;
 };
 
-// A dense description: rows of a matrix, zeros left out.
+// Zeros of the rows are no entries.
 struct Model {
-    std::vector<double> cost = {};
-    std::vector<std::vector<double>> rows = {};
+    Values cost = {};
+    std::vector<Values> rows = {};
     std::vector<Range> row_bounds = {};
     std::vector<Range> bounds = {};    // of the variables
     std::vector<bool> integer = {};
     bool maximize = false;
     double constant = 0;
 
-    std::size_t variables () const { return cost.size (); }
-    std::size_t constraints () const { return row_bounds.size (); }
+    double sign () const { return maximize ? -1 : 1; }
 };
 
-inline int key_of (Range range)
+// "max 3 2 +1; 0.. 0..9i; 1 1 in 1..4; 0 1 in ..3": costs and constant; bounds of the variables, i: integer; rows.
+inline Model parse (const std::string& text)
 {
-    if (range.lower == range.upper)
-        return KLV_BK_FX;
-    if (range.lower > -inf)
-        return range.upper < inf ? KLV_BK_RA : KLV_BK_LO;
-    return range.upper < inf ? KLV_BK_UP : KLV_BK_FR;
+    Model model;
+    std::istringstream parts (text);
+    std::string part, word;
+    for (int place = 0; std::getline (parts, part, ';'); ++place) {
+        std::istringstream words (part);
+        if (place > 1)
+            model.rows.emplace_back ();
+        Values& numbers = place > 1 ? model.rows.back () : model.cost;
+        while (words >> word) {
+            if (const auto dots = word.find (".."); dots != word.npos) {
+                const std::string upper = word.substr (dots + 2);
+                const bool bounded = !upper.empty () && upper != "i";
+                (place > 1 ? model.row_bounds : model.bounds)
+                    .push_back ({dots > 0 ? std::stod (word) : -inf, bounded ? std::stod (upper) : inf});
+                if (place == 1)
+                    model.integer.push_back (word.back () == 'i');
+            } else if (word == "min" || word == "max")
+                model.maximize = word == "max";
+            else if (word.front () == '+')
+                model.constant = std::stod (word.substr (1));
+            else if (word != "in")
+                numbers.push_back (std::stod (word));
+        }
+    }
+    return model;
+}
+
+// A dense problem of some hundred simplex iterations, maximised.
+inline Model dense (std::size_t m, std::size_t n)
+{
+    std::mt19937 random (7);
+    std::uniform_real_distribution<double> uniform (0.1, 1);
+    const auto some = [&] {
+        Values values (n);
+        std::ranges::generate (values, [&] { return uniform (random); });
+        return values;
+    };
+    Model made{.cost = some (), .bounds = {n, {0, inf}}, .maximize = true};
+    for (std::size_t i = 0; i < m; ++i) {
+        made.rows.push_back (some ());
+        made.row_bounds.push_back ({-inf, 10 * uniform (random)});
+    }
+    return made;
+}
+
+// A knapsack with several rows: an integer search of many nodes.
+inline Model knapsack (std::size_t m, std::size_t n)
+{
+    Model made = dense (m, n);
+    made.integer.assign (n, true);
+    made.bounds.assign (n, {0, 1});
+    for (double& value : made.cost)
+        value = std::round (100 * value);
+    for (std::size_t i = 0; i < m; ++i) {
+        double sum = 0;
+        for (double& weight : made.rows[i])
+            sum += weight = std::round (100 * weight);
+        made.row_bounds[i].upper = std::floor (sum / 2);
+    }
+    return made;
 }
 
 class Task {
 public:
     Task () { EXPECT_EQ (KLV_makeemptytask (nullptr, &task_), 0); }
-    explicit Task (const Model& model) : Task () { put (model); }
+    explicit Task (const Model& model, const std::string& settings = "") : Task ()
+    {
+        put (model);
+        set (settings);
+    }
+    explicit Task (const char* model, const std::string& settings = "") : Task (parse (model), settings) {}
     Task (const Task&) = delete;
     Task& operator= (const Task&) = delete;
     ~Task () { KLV_deletetask (&task_); }
     operator KLVtask_t () const { return task_; }
 
     void put (const Model& model);
-    void set (const char* name, double value);    // a parameter of either kind
-    int information (const char* name) const;
-    double real_information (const char* name) const;
+    void set (const std::string& settings);         // "OPTIMIZER 1 TIME_LIMIT 0.5": names without prefix
+    double information (const char* item) const;    // "MIP_NODES": its name without prefix
     std::string last_error () const;
 
 private:
@@ -63,79 +126,64 @@ private:
 
 inline void Task::put (const Model& model)
 {
-    const auto n = static_cast<std::int32_t> (model.variables ());
-    const auto m = static_cast<std::int32_t> (model.constraints ());
+    const auto n = static_cast<std::int32_t> (model.cost.size ());
+    const auto m = static_cast<std::int32_t> (model.row_bounds.size ());
     EXPECT_EQ (KLV_appendvars (task_, n), 0);
     EXPECT_EQ (KLV_appendcons (task_, m), 0);
-    const auto put_bounds = [&] (const std::vector<Range>& ranges, auto put_slice) {
-        std::vector<std::int32_t> keys;
-        std::vector<double> lower, upper;
-        for (const Range& range : ranges) {
-            keys.push_back (key_of (range));
-            lower.push_back (range.lower);
-            upper.push_back (range.upper);
-        }
-        EXPECT_EQ (put_slice (task_, 0, static_cast<std::int32_t> (ranges.size ()), keys.data (),
-                              lower.data (), upper.data ()),
-                   0);
+    const auto put_bound = [&] (auto put_slice, std::int32_t item, Range range) {
+        const std::int32_t key = range.lower == range.upper ? KLV_BK_FX : KLV_BK_RA;
+        EXPECT_EQ (put_slice (task_, item, item + 1, &key, &range.lower, &range.upper), 0);
     };
-    put_bounds (model.bounds, KLV_putvarboundslice);
-    put_bounds (model.row_bounds, KLV_putconboundslice);
-    EXPECT_EQ (KLV_putcslice (task_, 0, n, model.cost.data ()), 0);
+    for (std::int32_t i = 0; i < m; ++i)
+        put_bound (KLV_putconboundslice, i, model.row_bounds[static_cast<std::size_t> (i)]);
     for (std::int32_t j = 0; j < n; ++j) {
+        const auto column = static_cast<std::size_t> (j);
+        put_bound (KLV_putvarboundslice, j, model.bounds[column]);
         std::vector<std::int32_t> rows;
-        std::vector<double> values;
+        Values values;
         for (std::int32_t i = 0; i < m; ++i)
-            if (const double value = model.rows[static_cast<std::size_t> (i)][static_cast<std::size_t> (j)];
-                value != 0) {
+            if (const double value = model.rows[static_cast<std::size_t> (i)][column]; value != 0) {
                 rows.push_back (i);
                 values.push_back (value);
             }
-        EXPECT_EQ (
-            KLV_putacol (task_, j, static_cast<std::int32_t> (rows.size ()), rows.data (), values.data ()),
-            0);
-        if (!model.integer.empty () && model.integer[static_cast<std::size_t> (j)]) {
-            EXPECT_EQ (KLV_putvartype (task_, j, KLV_VAR_INTEGER), 0);
-        }
+        const auto count = static_cast<std::int32_t> (rows.size ());
+        EXPECT_EQ (KLV_putacol (task_, j, count, rows.data (), values.data ()), 0);
+        const bool integer = !model.integer.empty () && model.integer[column];
+        EXPECT_EQ (KLV_putvartype (task_, j, integer), 0);
     }
-    EXPECT_EQ (KLV_putobjsense (task_, model.maximize ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE), 0);
+    EXPECT_EQ (KLV_putcslice (task_, 0, n, model.cost.data ()), 0);
+    EXPECT_EQ (KLV_putobjsense (task_, model.maximize), 0);
     EXPECT_EQ (KLV_putcfix (task_, model.constant), 0);
 }
 
-inline void Task::set (const char* name, double value)
+inline void Task::set (const std::string& settings)
 {
-    std::int32_t kind = 0, index = 0;
-    EXPECT_EQ (KLV_whichparam (task_, name, &kind, &index), 0);
-    ASSERT_NE (kind, KLV_PAR_NONE) << name;
-    if (kind == KLV_PAR_DOUBLE)
-        EXPECT_EQ (KLV_putdouparam (task_, index, value), 0) << name;
-    else
-        EXPECT_EQ (KLV_putintparam (task_, index, static_cast<std::int32_t> (value)), 0) << name;
+    std::istringstream words (settings);
+    for (std::string name, value; words >> name >> value;) {
+        std::int32_t kind = 0, number = 0;
+        if (KLV_whichparam (task_, ("KLV_IPAR_" + name).c_str (), &kind, &number); kind == KLV_PAR_INTEGER)
+            EXPECT_EQ (KLV_putintparam (task_, number, std::stoi (value)), 0) << name;
+        else {
+            KLV_whichparam (task_, ("KLV_DPAR_" + name).c_str (), &kind, &number);
+            ASSERT_EQ (kind, KLV_PAR_DOUBLE) << name;
+            EXPECT_EQ (KLV_putdouparam (task_, number, std::stod (value)), 0) << name;
+        }
+    }
 }
 
-inline int find_information (KLVtask_t task, int kind, const std::string& name)
+inline double Task::information (const char* item) const
 {
-    char found[KLV_MAX_TEXT];
-    const int count = kind == KLV_INF_DOUBLE ? KLV_DOUBLE_INFORMATION : KLV_INTEGER_INFORMATION;
-    for (int i = 0; i < count; ++i)
-        if (KLV_getinfname (task, kind, i, found) == 0 && name == found)
-            return i;
-    ADD_FAILURE () << "no information item " << name;
+    char name[KLV_MAX_TEXT];
+    std::int32_t integer = 0;
+    double real = 0;
+    for (int i = 0; KLV_getinfname (task_, KLV_INF_INTEGER, i, name) == 0; ++i)
+        if (name == std::string ("KLV_IINF_") + item && KLV_getintinf (task_, i, &integer) == 0)
+            return integer;
+    for (int i = 0; KLV_getinfname (task_, KLV_INF_DOUBLE, i, name) == 0; ++i)
+        if (name == std::string ("KLV_DINF_") + item && KLV_getdouinf (task_, i, &real) == 0)
+            return real;
+    ADD_FAILURE () << "no information item " << item;
     return 0;
-}
-
-inline int Task::information (const char* name) const
-{
-    std::int32_t value = 0;
-    EXPECT_EQ (KLV_getintinf (task_, find_information (task_, KLV_INF_INTEGER, name), &value), 0);
-    return value;
-}
-
-inline double Task::real_information (const char* name) const
-{
-    double value = 0;
-    EXPECT_EQ (KLV_getdouinf (task_, find_information (task_, KLV_INF_DOUBLE, name), &value), 0);
-    return value;
 }
 
 inline std::string Task::last_error () const
@@ -147,64 +195,50 @@ inline std::string Task::last_error () const
 }
 
 // The problem as a task holds it, for checks that know nothing of the library's own.
-struct Stated {
-    std::int32_t n = 0, m = 0;
-    double sign = 1;    // -1 when maximising
-    double constant = 0;
-    std::vector<double> cost;
-    std::vector<std::vector<std::int32_t>> rows;    // of each column
-    std::vector<std::vector<double>> values;
-    std::vector<Range> bounds, row_bounds;
-    std::vector<bool> integer;
-};
-
-inline Stated stated (KLVtask_t task)
+inline Model stated (KLVtask_t task)
 {
-    Stated s;
-    KLV_getnumvar (task, &s.n);
-    KLV_getnumcon (task, &s.m);
-    KLV_getcfix (task, &s.constant);
-    std::int32_t sense = 0;
+    Model model;
+    std::int32_t n = 0, m = 0, sense = 0, count = 0, type = 0;
+    KLV_getnumvar (task, &n);
+    KLV_getnumcon (task, &m);
+    KLV_getcfix (task, &model.constant);
     KLV_getobjsense (task, &sense);
-    s.sign = sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
-    s.cost.resize (static_cast<std::size_t> (s.n));
-    KLV_getc (task, s.cost.data ());
+    model.maximize = sense == KLV_SENSE_MAXIMIZE;
+    model.cost.resize (static_cast<std::size_t> (n));
+    KLV_getc (task, model.cost.data ());
     const auto range = [&] (auto get, std::int32_t item) {
         std::int32_t key = 0;
-        double lower = 0, upper = 0;
-        get (task, item, &key, &lower, &upper);
-        const bool has_lower = key == KLV_BK_LO || key == KLV_BK_FX || key == KLV_BK_RA;
-        const bool has_upper = key == KLV_BK_UP || key == KLV_BK_FX || key == KLV_BK_RA;
-        return Range{has_lower ? lower : -inf, has_upper ? upper : inf};
+        Range values;
+        get (task, item, &key, &values.lower, &values.upper);
+        const bool above = key == KLV_BK_UP || key == KLV_BK_FR, below = key == KLV_BK_LO || key == KLV_BK_FR;
+        return Range{above ? -inf : values.lower, below ? inf : values.upper};
     };
-    for (std::int32_t i = 0; i < s.m; ++i)
-        s.row_bounds.push_back (range (KLV_getconbound, i));
-    for (std::int32_t j = 0; j < s.n; ++j) {
-        s.bounds.push_back (range (KLV_getvarbound, j));
-        std::int32_t type = 0, count = 0;
+    for (std::int32_t i = 0; i < m; ++i)
+        model.row_bounds.push_back (range (KLV_getconbound, i));
+    model.rows.assign (static_cast<std::size_t> (m), Values (static_cast<std::size_t> (n)));
+    std::vector<std::int32_t> rows (static_cast<std::size_t> (m));
+    Values values (static_cast<std::size_t> (m));
+    for (std::int32_t j = 0; j < n; ++j) {
+        model.bounds.push_back (range (KLV_getvarbound, j));
         KLV_getvartype (task, j, &type);
-        s.integer.push_back (type == KLV_VAR_INTEGER);
-        std::vector<std::int32_t> rows (static_cast<std::size_t> (s.m));
-        std::vector<double> values (static_cast<std::size_t> (s.m));
+        model.integer.push_back (type == KLV_VAR_INTEGER);
         KLV_getacol (task, j, &count, rows.data (), values.data ());
-        rows.resize (static_cast<std::size_t> (count));
-        values.resize (static_cast<std::size_t> (count));
-        s.rows.push_back (rows);
-        s.values.push_back (values);
+        for (std::size_t k = 0; k < static_cast<std::size_t> (count); ++k)
+            model.rows[static_cast<std::size_t> (rows[k])][static_cast<std::size_t> (j)] = values[k];
     }
-    return s;
+    return model;
 }
 
 // A solution slot, read out.
 struct Slot {
     bool defined = false;
-    int problem = -1, solution = -1;
+    std::int32_t problem = -1, solution = -1;
     std::vector<std::int32_t> skc, skx;
-    std::vector<double> xc, xx, y, slc, suc, slx, sux;
+    Values xc, xx, y, slc, suc, slx, sux;
     double primal = 0, dual = 0;
 };
 
-inline Slot slot (KLVtask_t task, int which)
+inline Slot slot (KLVtask_t task, std::int32_t which)
 {
     Slot s;
     std::int32_t defined = 0, n = 0, m = 0;
@@ -236,137 +270,128 @@ inline Slot slot (KLVtask_t task, int which)
     return s;
 }
 
-// Largest |c - A'y - (slx - sux)|, or |A'y + (slx - sux)| for a ray.
-inline double balance (const Stated& s, const Slot& found, bool ray)
+inline double product (const Values& a, const Values& b)
+{
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size (); ++i)
+        sum += a[i] * b[i];
+    return sum;
+}
+
+// Largest |c - A'y - (slx - sux)|, without c for a ray.
+inline double balance (const Model& model, const Slot& found, bool ray)
 {
     double worst = 0;
-    for (std::size_t j = 0; j < s.cost.size (); ++j) {
-        double sum = ray ? 0 : s.cost[j];
-        for (std::size_t k = 0; k < s.rows[j].size (); ++k)
-            sum -= s.values[j][k] * found.y[static_cast<std::size_t> (s.rows[j][k])];
-        worst = std::max (worst, std::abs (sum - (found.slx[j] - found.sux[j])) / (1 + std::abs (s.cost[j])));
+    for (std::size_t j = 0; j < model.cost.size (); ++j) {
+        double sum = (ray ? 0 : model.cost[j]) - (found.slx[j] - found.sux[j]);
+        for (std::size_t i = 0; i < model.rows.size (); ++i)
+            sum -= model.rows[i][j] * found.y[i];
+        worst = std::max (worst, std::abs (sum) / (1 + std::abs (model.cost[j])));
     }
     return worst;
 }
 
-inline std::vector<double> activity (const Stated& s, const std::vector<double>& x)
-{
-    std::vector<double> sums (static_cast<std::size_t> (s.m), 0.0);
-    for (std::size_t j = 0; j < x.size (); ++j)
-        for (std::size_t k = 0; k < s.rows[j].size (); ++k)
-            sums[static_cast<std::size_t> (s.rows[j][k])] += s.values[j][k] * x[j];
-    return sums;
-}
-
 // Lower bounds times lower multipliers less upper bounds times upper ones; signs and absent bounds are checked on the way.
-inline double bound_value (const std::vector<Range>& ranges, const std::vector<double>& lower,
-                           const std::vector<double>& upper, double sign, double tolerance)
+inline double bound_value (const Model& model, const Slot& found, double tolerance)
 {
     double sum = 0;
-    for (std::size_t i = 0; i < ranges.size (); ++i) {
-        EXPECT_GE (sign * lower[i], 0) << "multiplier " << i << " has the wrong sign";
-        EXPECT_GE (sign * upper[i], 0) << "multiplier " << i << " has the wrong sign";
-        if (ranges[i].lower == -inf)
-            EXPECT_NEAR (lower[i], 0, tolerance) << "multiplier " << i << " of a bound that does not exist";
+    const auto add = [&] (double bound, double multiplier, double side) {
+        EXPECT_GE (model.sign () * multiplier, 0) << "a multiplier of the wrong sign";
+        if (std::isinf (bound))
+            EXPECT_NEAR (multiplier, 0, tolerance) << "the multiplier of a bound that does not exist";
         else
-            sum += ranges[i].lower * lower[i];
-        if (ranges[i].upper == inf)
-            EXPECT_NEAR (upper[i], 0, tolerance) << "multiplier " << i << " of a bound that does not exist";
-        else
-            sum -= ranges[i].upper * upper[i];
+            sum += side * bound * multiplier;
+    };
+    for (std::size_t i = 0; i < model.row_bounds.size (); ++i) {
+        add (model.row_bounds[i].lower, found.slc[i], 1);
+        add (model.row_bounds[i].upper, found.suc[i], -1);
+        EXPECT_NEAR (found.y[i], found.slc[i] - found.suc[i], 1e-12 * (1 + std::abs (found.y[i])));
+    }
+    for (std::size_t j = 0; j < model.bounds.size (); ++j) {
+        add (model.bounds[j].lower, found.slx[j], 1);
+        add (model.bounds[j].upper, found.sux[j], -1);
     }
     return sum;
 }
 
-inline void expect_feasible (const Stated& s, const Slot& found, double tolerance)
+inline void expect_feasible (const Model& model, const Slot& found, double tolerance = 1e-6)
 {
-    const auto inside = [&] (const std::vector<Range>& ranges, const std::vector<double>& values,
-                             const char* what) {
+    const auto inside = [&] (const std::vector<Range>& ranges, const Values& values, const char* what) {
         for (std::size_t i = 0; i < ranges.size (); ++i) {
-            EXPECT_GE (values[i], ranges[i].lower - tolerance * (1 + std::abs (ranges[i].lower)))
-                << what << " " << i;
-            EXPECT_LE (values[i], ranges[i].upper + tolerance * (1 + std::abs (ranges[i].upper)))
-                << what << " " << i;
+            const auto [lower, upper] = ranges[i];
+            EXPECT_GE (values[i], lower - tolerance * (1 + std::abs (lower))) << what << i;
+            EXPECT_LE (values[i], upper + tolerance * (1 + std::abs (upper))) << what << i;
         }
     };
-    inside (s.bounds, found.xx, "variable");
-    inside (s.row_bounds, found.xc, "constraint");
-    const std::vector<double> activities = activity (s, found.xx);
-    double objective = s.constant;
-    for (std::size_t i = 0; i < activities.size (); ++i)
-        EXPECT_NEAR (activities[i], found.xc[i], 1e-8 * (1 + std::abs (found.xc[i])))
-            << "xc is not A x in row " << i;
-    for (std::size_t j = 0; j < found.xx.size (); ++j)
-        objective += s.cost[j] * found.xx[j];
+    inside (model.bounds, found.xx, "variable ");
+    inside (model.row_bounds, found.xc, "constraint ");
+    for (std::size_t i = 0; i < model.rows.size (); ++i)
+        EXPECT_NEAR (product (model.rows[i], found.xx), found.xc[i], 1e-8 * (1 + std::abs (found.xc[i])));
+    for (std::size_t j = 0; j < model.integer.size (); ++j)
+        if (model.integer[j] && found.slx.empty ()) {
+            EXPECT_EQ (found.xx[j], std::nearbyint (found.xx[j])) << "integer variable " << j;
+        }
+    const double objective = model.constant + product (model.cost, found.xx);
     EXPECT_NEAR (found.primal, objective, 1e-9 * (1 + std::abs (objective)));
 }
 
 // Everything that makes a continuous solution optimal, recomputed from the problem that the task holds.
-inline void expect_optimal (KLVtask_t task, int which, double tolerance = 1e-6)
+inline void expect_optimal (KLVtask_t task, std::int32_t which, double tolerance = 1e-6)
 {
     const Slot found = slot (task, which);
     ASSERT_TRUE (found.defined);
     EXPECT_EQ (found.problem, KLV_PRO_FEASIBLE);
     EXPECT_EQ (found.solution, KLV_SOLSTA_OPTIMAL);
-    const Stated s = stated (task);
-    expect_feasible (s, found, tolerance);
-    EXPECT_LE (balance (s, found, false), tolerance);
-    for (std::size_t i = 0; i < found.y.size (); ++i)
-        EXPECT_NEAR (found.y[i], found.slc[i] - found.suc[i], 1e-12 * (1 + std::abs (found.y[i])));
-    const double value = s.constant + bound_value (s.row_bounds, found.slc, found.suc, s.sign, tolerance) +
-                         bound_value (s.bounds, found.slx, found.sux, s.sign, tolerance);
+    const Model model = stated (task);
+    expect_feasible (model, found, tolerance);
+    EXPECT_LE (balance (model, found, false), tolerance);
+    const double value = model.constant + bound_value (model, found, tolerance);
     const double scale = 1 + std::abs (found.primal) + std::abs (value);
     EXPECT_NEAR (found.dual, value, 1e-9 * scale);
     EXPECT_NEAR (found.primal, value, tolerance * scale);
 }
 
 // A proof of infeasibility, by its definition.
-inline void expect_infeasible (KLVtask_t task, int which)
+inline void expect_infeasible (KLVtask_t task, std::int32_t which)
 {
     const Slot found = slot (task, which);
     ASSERT_TRUE (found.defined);
     EXPECT_EQ (found.solution, KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE);
     EXPECT_TRUE (found.problem == KLV_PRO_PRIMAL_INFEASIBLE || found.problem == KLV_PRO_BOTH_INFEASIBLE);
-    const Stated s = stated (task);
+    const Model model = stated (task);
     double largest = 0;
-    for (const auto* values : {&found.slc, &found.suc, &found.slx, &found.sux})
+    for (const Values* values : {&found.slc, &found.suc, &found.slx, &found.sux})
         for (const double value : *values)
             largest = std::max (largest, std::abs (value));
-    EXPECT_LE (balance (s, found, true), 2e-8 * largest);
-    const double value = bound_value (s.row_bounds, found.slc, found.suc, s.sign, 2e-8 * largest) +
-                         bound_value (s.bounds, found.slx, found.sux, s.sign, 2e-8 * largest);
-    EXPECT_NEAR (value, s.sign, 1e-6);
-    EXPECT_EQ (found.dual, s.sign);
+    EXPECT_LE (balance (model, found, true), 2e-8 * largest);
+    EXPECT_NEAR (bound_value (model, found, 2e-8 * largest), model.sign (), 1e-6);
+    EXPECT_EQ (found.dual, model.sign ());
     EXPECT_EQ (found.primal, 0);
-    for (const double x : found.xx)
-        EXPECT_EQ (x, 0);
+    EXPECT_EQ (found.xx, Values (found.xx.size ()));
     for (const auto* keys : {&found.skc, &found.skx})
-        for (const std::int32_t key : *keys)
-            EXPECT_EQ (key, KLV_SK_UNKNOWN);
+        EXPECT_EQ (*keys, std::vector<std::int32_t> (keys->size (), KLV_SK_UNKNOWN));
 }
 
 // A direction of unbounded improvement, by its definition.
-inline void expect_unbounded (KLVtask_t task, int which)
+inline void expect_unbounded (KLVtask_t task, std::int32_t which)
 {
     const Slot found = slot (task, which);
     ASSERT_TRUE (found.defined);
     EXPECT_EQ (found.solution, KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE);
     EXPECT_EQ (found.problem, KLV_PRO_DUAL_INFEASIBLE);
-    const Stated s = stated (task);
-    double largest = 0, value = 0;
-    for (std::size_t j = 0; j < found.xx.size (); ++j) {
-        largest = std::max (largest, std::abs (found.xx[j]));
-        value += s.cost[j] * found.xx[j];
-    }
-    EXPECT_NEAR (value, -s.sign, 1e-9);
-    const auto stays = [&] (const std::vector<Range>& ranges, const std::vector<double>& moves) {
-        for (std::size_t i = 0; i < ranges.size (); ++i) {
-            EXPECT_GE (moves[i], ranges[i].lower > -inf ? -2e-8 * largest : -inf) << i;
-            EXPECT_LE (moves[i], ranges[i].upper < inf ? 2e-8 * largest : inf) << i;
-        }
+    const Model model = stated (task);
+    double largest = 0;
+    for (const double x : found.xx)
+        largest = std::max (largest, std::abs (x));
+    const auto expect_kept = [&] (Range range, double move) {
+        EXPECT_GE (move, range.lower > -inf ? -2e-8 * largest : -inf);
+        EXPECT_LE (move, range.upper < inf ? 2e-8 * largest : inf);
     };
-    stays (s.bounds, found.xx);
-    stays (s.row_bounds, activity (s, found.xx));
+    for (std::size_t j = 0; j < found.xx.size (); ++j)
+        expect_kept (model.bounds[j], found.xx[j]);
+    for (std::size_t i = 0; i < model.rows.size (); ++i)
+        expect_kept (model.row_bounds[i], product (model.rows[i], found.xx));
+    EXPECT_NEAR (product (model.cost, found.xx), -model.sign (), 1e-9);
     EXPECT_EQ (found.dual, 0);
 }
 

@@ -1,417 +1,245 @@
 // Engines that are wrong: what is reported follows from the check alone.
-
 #include "tests/library/model.h"
 #include "tests/library/scripted_engine.h"
 
 #include <new>
-#include <ostream>
 #include <stdexcept>
 
 namespace {
 
-using klv::Claims;
-using klv::Outcome;
-using model::inf;
+using model::Values;
 using scripted::claims;
+using scripted::right;
+using scripted::small;
 
-// min x + 2y, x + y >= 2, both in [0, 10]: the optimum is 2 at (2, 0), with multiplier 1.
-const model::Model small{
-    .cost = {1, 2}, .rows = {{1, 1}}, .row_bounds = {{2, inf}}, .bounds = {{0, 10}, {0, 10}}};
-
-Claims right ()
+// What an optimisation came to: "OK FEASIBLE OPTIMAL", the code and the statuses of the slot that has an answer.
+std::string optimized (const model::Task& task)
 {
-    Claims made = claims (Outcome::optimal);
-    made.x = {2, 0};
-    made.y = {1};
-    made.reduced_cost = {0, 1};
-    made.column_key = {KLV_SK_BASIC, KLV_SK_LOWER};
-    made.row_key = {KLV_SK_LOWER};
-    return made;
+    char words[KLV_MAX_TEXT];
+    KLV_getcodedesc (KLV_optimize (task), words, nullptr);
+    std::string result = words + std::string ("KLV_RES_").size ();
+    for (const std::int32_t which : {KLV_SOL_BAS, KLV_SOL_INT})
+        if (const model::Slot found = model::slot (task, which); found.defined) {
+            KLV_prostatostr (task, found.problem, words);
+            result += ' ' + std::string (words);
+            KLV_solstatostr (task, found.solution, words);
+            result += ' ' + std::string (words);
+            for (const Values* values :
+                 {&found.xx, &found.xc, &found.y, &found.slc, &found.suc, &found.slx, &found.sux})
+                for (const double value : *values)
+                    EXPECT_TRUE (std::isfinite (value));
+            EXPECT_TRUE (std::isfinite (found.primal) && std::isfinite (found.dual));
+        }
+    return result;
 }
 
-Claims right_but (void (*change) (Claims&))
-{
-    Claims made = right ();
-    change (made);
-    return made;
-}
-
-struct Lie {
-    const char* name;
-    Claims first, second;
-    int code = 0;
-    bool defined = true;
-    int solution = KLV_SOLSTA_OPTIMAL;
-    int rejected = 0, tries = 0;
+struct Answer {
+    const char *what, *claims;    // of the first run and, behind |, of a second one
+    std::string result;
+    int runs = 1, rejected = 0;
+    const char* problem = small;
 };
 
-std::ostream& operator<< (std::ostream& out, const Lie& lie)
+void expect_reported (const Answer& answer)
 {
-    return out << lie.name;
-}
-
-Lie twice (const char* name, const Claims& made, int solution, int rejected)
-{
-    return {name, made, made, KLV_RES_NUMERICAL_TROUBLE, true, solution, rejected, 1};
-}
-
-Claims with_ray (Outcome outcome, std::vector<double> dual, std::vector<double> primal)
-{
-    Claims made = claims (outcome);
-    made.dual_ray = std::move (dual);
-    made.primal_ray = std::move (primal);
-    return made;
-}
-
-Claims stopped_by (Outcome outcome, bool with_point)
-{
-    Claims made = with_point ? right () : Claims ();
-    made.outcome = outcome;
-    made.x = with_point ? std::vector<double>{5, 5} : std::vector<double> ();
-    return made;
-}
-
-std::vector<Lie> lies ()
-{
-    const double nan = std::nan ("");
-    const auto unknown = KLV_SOLSTA_UNKNOWN;
-    return {
-        {"the truth", right (), right ()},
-        {"wrong once, then right", right_but ([] (Claims& c) { c.x = {0, 0}; }), right (), 0, true,
-         KLV_SOLSTA_OPTIMAL, 1, 1},
-        twice ("an infeasible point called optimal", right_but ([] (Claims& c) { c.x = {0, 0}; }),
-               KLV_SOLSTA_DUAL_FEASIBLE, 2),
-        twice ("a poor point called optimal", right_but ([] (Claims& c) { c.x = {5, 5}; }),
-               KLV_SOLSTA_FEASIBLE, 2),
-        twice ("multipliers of the wrong sign", right_but ([] (Claims& c) {
-                   c.y = {-1};
-                   c.reduced_cost = {2, 3};
-               }),
-               KLV_SOLSTA_PRIMAL_FEASIBLE, 2),
-        twice ("reduced costs that do not belong to the multipliers",
-               right_but ([] (Claims& c) { c.reduced_cost = {0, 2}; }), KLV_SOLSTA_PRIMAL_FEASIBLE, 2),
-        twice ("no point at all", claims (Outcome::optimal), unknown, 2),
-        twice ("a point that is not a number", right_but ([] (Claims& c) {
-                   c.x[0] = std::nan ("");
-                   c.y[0] = std::nan ("");
-               }),
-               unknown, 2),
-        twice ("an infinite point", right_but ([] (Claims& c) {
-                   c.x[1] = inf;
-                   c.y = {};
-               }),
-               unknown, 2),
-        twice ("arrays of wrong sizes", right_but ([] (Claims& c) {
-                   c.x = {2, 0, 0};
-                   c.y = {};
-                   c.reduced_cost = {1};
-               }),
-               unknown, 2),
-        twice ("a false ray of infeasibility", with_ray (Outcome::infeasible, {1}, {}), unknown, 0),
-        twice ("a ray of infeasibility that is not a number", with_ray (Outcome::infeasible, {nan}, {}),
-               unknown, 0),
-        twice ("infeasible without a ray", claims (Outcome::infeasible), unknown, 0),
-        twice ("a false direction", with_ray (Outcome::unbounded, {}, {-1, 0}), unknown, 0),
-        twice ("a direction that gains nothing", with_ray (Outcome::unbounded, {}, {0, 0}), unknown, 0),
-        twice ("a direction of the wrong size", with_ray (Outcome::unbounded, {}, {-1}), unknown, 0),
-        twice ("undecided", claims (Outcome::infeasible_or_unbounded), unknown, 0),
-        twice ("stopped though nobody asked", claims (Outcome::stopped), unknown, 0),
-        {"a time limit without a point",
-         stopped_by (Outcome::time_limit, false),
-         {},
-         KLV_RES_TIME_LIMIT,
-         false},
-        {"a time limit with a point",
-         stopped_by (Outcome::time_limit, true),
-         {},
-         KLV_RES_TIME_LIMIT,
-         true,
-         KLV_SOLSTA_FEASIBLE},
-        {"an iteration limit",
-         stopped_by (Outcome::iteration_limit, true),
-         {},
-         KLV_RES_ITERATION_LIMIT,
-         true,
-         KLV_SOLSTA_FEASIBLE},
-        {"a node limit", stopped_by (Outcome::node_limit, false), {}, KLV_RES_NODE_LIMIT, false},
-        {"a solution limit", stopped_by (Outcome::solution_limit, false), {}, KLV_RES_SOLUTION_LIMIT, false},
-        {"an objective limit",
-         stopped_by (Outcome::objective_limit, false),
-         {},
-         KLV_RES_OBJECTIVE_LIMIT,
-         false},
-        {"a limit just when it was done",
-         right_but ([] (Claims& c) { c.outcome = Outcome::time_limit; }),
-         {}},
-        {"unsure of an optimum", right_but ([] (Claims& c) { c.outcome = Outcome::unknown; }), {}},
-    };
-}
-
-class ScriptedAnswers : public testing::TestWithParam<Lie> {};
-
-TEST_P (ScriptedAnswers, are_reported_as_what_they_are)
-{
-    const Lie& lie = GetParam ();
-    scripted::InFront front (
-        [&, run = 0] (const klv::Job& job, const klv::StopFlag&, klv::EventChannel&) mutable {
-            EXPECT_EQ (job.reformulate, run == 0) << "the second try is without presolve and scaling";
-            return run++ == 0 ? lie.first : lie.second;
-        });
-    model::Task task (small);
-    task.set ("KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_DUAL_SIMPLEX);
-    EXPECT_EQ (KLV_optimize (task), lie.code) << task.last_error ();
-    EXPECT_EQ (front.engine ().runs, 1 + lie.tries);
-    EXPECT_EQ (task.information ("KLV_IINF_CLAIMS_REJECTED"), lie.rejected);
-    EXPECT_EQ (task.information ("KLV_IINF_SECOND_TRIES"), lie.tries);
-    const model::Slot found = model::slot (task, KLV_SOL_BAS);
-    ASSERT_EQ (found.defined, lie.defined);
-    if (!lie.defined)
-        return;
-    EXPECT_EQ (found.solution, lie.solution);
-    if (lie.solution == KLV_SOLSTA_OPTIMAL)
+    SCOPED_TRACE (answer.what);
+    const std::string all = answer.claims;
+    const std::string first = all.substr (0, all.find ('|'));
+    const std::string second = all.substr (first.size () == all.size () ? 0 : first.size () + 1);
+    scripted::InFront front ([&, run = 0] (auto& job, auto&, auto&) mutable {
+        EXPECT_EQ (job.reformulate, run == 0) << "the second try is without presolve and scaling";
+        return claims (run++ == 0 ? first : second);
+    });
+    const model::Task task (answer.problem, "OPTIMIZER 1");
+    EXPECT_EQ (optimized (task), answer.result);
+    EXPECT_EQ (front.engine ().runs, answer.runs);
+    EXPECT_EQ (task.information ("CLAIMS_REJECTED"), answer.rejected);
+    EXPECT_EQ (task.information ("SECOND_TRIES"), answer.runs - 1);
+    if (answer.result.ends_with (" OPTIMAL"))
         model::expect_optimal (task, KLV_SOL_BAS);
-    for (const auto* values :
-         {&found.xx, &found.xc, &found.y, &found.slc, &found.suc, &found.slx, &found.sux})
-        for (const double value : *values)
-            EXPECT_TRUE (std::isfinite (value));
-    EXPECT_TRUE (std::isfinite (found.primal) && std::isfinite (found.dual));
+    if (answer.result.ends_with ("PRIMAL_INFEASIBLE_CERTIFICATE"))
+        model::expect_infeasible (task, KLV_SOL_BAS);
+    if (answer.result.ends_with ("DUAL_INFEASIBLE_CERTIFICATE"))
+        model::expect_unbounded (task, KLV_SOL_BAS);
+    if (answer.result.ends_with ("INTEGER_OPTIMAL")) {
+        EXPECT_EQ (model::slot (task, KLV_SOL_INT).xx, (Values{2, 0})) << "whole numbers come as such";
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P (Each, ScriptedAnswers, testing::ValuesIn (lies ()));
+const std::string trouble = "NUMERICAL_TROUBLE ", nothing = trouble + "UNKNOWN UNKNOWN";
 
-// ---- Keys ---------------------------------------------------------------------------------------------------------------
-
-struct Basis {
-    const char* name;
-    std::vector<std::int32_t> column, row;
-};
-
-std::ostream& operator<< (std::ostream& out, const Basis& basis)
+TEST (Scripted, AnswersAreReportedAsWhatTheyAre)
 {
-    return out << basis.name;
+    for (const Answer& answer : {
+             Answer{"the truth", right, "OK FEASIBLE OPTIMAL"},
+             {"wrong once", "optimal x 0 0 y 1 d 0 1|optimal x 2 0 y 1 d 0 1", "OK FEASIBLE OPTIMAL", 2, 1},
+             {"an infeasible point", "optimal x 0 0 y 1 d 0 1", trouble + "DUAL_FEASIBLE DUAL_FEASIBLE", 2,
+              2},
+             {"a poor point", "optimal x 5 5 y 1 d 0 1", trouble + "FEASIBLE FEASIBLE", 2, 2},
+             {"wrong signs", "optimal x 2 0 y -1 d 2 3", trouble + "PRIMAL_FEASIBLE PRIMAL_FEASIBLE", 2, 2},
+             {"not c - A'y", "optimal x 2 0 y 1 d 0 2", trouble + "PRIMAL_FEASIBLE PRIMAL_FEASIBLE", 2, 2},
+             {"no point at all", "optimal", nothing, 2, 2},
+             {"not a number", "optimal x nan 0 y nan d 0 1", nothing, 2, 2},
+             {"infinite", "optimal x 2 inf d 0 1", nothing, 2, 2},
+             {"wrong sizes", "optimal x 2 0 0 d 1", nothing, 2, 2},
+             {"infeasible without a ray", "infeasible", nothing, 2},
+             {"undecided", "undecided", nothing, 2},
+             {"stopped though nobody asked", "stopped", nothing, 2},
+             {"a limit without a point", "time_limit", "TIME_LIMIT"},
+             {"a limit with a point", "time_limit x 5 5 y 1 d 0 1", "TIME_LIMIT FEASIBLE FEASIBLE"},
+             {"an iteration limit", "iteration_limit x 5 5",
+              "ITERATION_LIMIT PRIMAL_FEASIBLE PRIMAL_FEASIBLE"},
+             {"a node limit", "node_limit", "NODE_LIMIT"},
+             {"a solution limit", "solution_limit", "SOLUTION_LIMIT"},
+             {"an objective limit", "objective_limit", "OBJECTIVE_LIMIT"},
+             {"a limit just when it was done", "time_limit x 2 0 y 1 d 0 1", "OK FEASIBLE OPTIMAL"},
+             {"unsure of an optimum", "unknown x 2 0 y 1 d 0 1", "OK FEASIBLE OPTIMAL"},
+         })
+        expect_reported (answer);
 }
 
-class ScriptedBasis : public testing::TestWithParam<Basis> {};
+TEST (Scripted, RaysBecomeCertificatesByDefinitionOnly)
+{
+    const std::string infeasible = "OK PRIMAL_INFEASIBLE PRIMAL_INFEASIBLE_CERTIFICATE";
+    const std::string unbounded = "OK DUAL_INFEASIBLE DUAL_INFEASIBLE_CERTIFICATE";
+    const char *boxed = "min 1 1; 0..1 0..1; 1 1 in 3..", *half_boxed = "min 1 1; 0..1 0..; 1 1 in 3..";
+    const char *strip = "min -1 0; 0.. 0..; 1 -1 in -1..1", *up = "min 1 0; 0.. 0..; 1 -1 in -1..1";
+    for (const Answer& answer : {
+             Answer{"a true one is scaled to value 1", "infeasible ray 7", infeasible, 1, 0, boxed},
+             {"up to its sign", "infeasible ray -7", infeasible, 1, 0, boxed},
+             {"maximising", "infeasible ray 7", infeasible, 1, 0, "max 1 1; 0..1 0..1; 1 1 in 3.."},
+             {"zero", "infeasible ray 0", nothing, 2, 0, boxed},
+             {"not a number", "infeasible ray nan", nothing, 2, 0, boxed},
+             {"wrong size", "infeasible ray 1 1", nothing, 2, 0, boxed},
+             {"the problem is feasible", "infeasible ray 1", nothing, 2, 0, "min 1; 0..1; 1 in 1.."},
+             {"a bound that does not exist", "infeasible ray 1", nothing, 2, 0, half_boxed},
+             {"noise there", "infeasible ray 1", infeasible, 1, 0, "min 1 1; 0..1 0..; 1 1e-10 in 3.."},
+             {"a value below its rounding", "infeasible ray 1", nothing, 2, 0,
+              "min 1; 0..1e9; 1 in 1000000000.001.."},
+             {"a small value above it", "infeasible ray 1", infeasible, 1, 0,
+              "min 1; 0..1; 1 in 1.0000001.."},
+             {"a true direction is scaled", "unbounded way 5 5", unbounded, 1, 0, strip},
+             {"maximising", "unbounded way 5 5", unbounded, 1, 0, "max 3 0; 0.. 0..; 1 -1 in -1..1"},
+             {"it gains nothing", "unbounded way 1 1", nothing, 2, 0, "min 0 0; 0.. 0..; 1 -1 in -1..1"},
+             {"it leaves a constraint", "unbounded way 1 0.5", nothing, 2, 0, strip},
+             {"it leaves a bound", "unbounded way -1 -1", nothing, 2, 0, up},
+             {"it leaves by noise only", "unbounded way 1 1.0000000001", unbounded, 1, 0, strip},
+             {"a bound of 1e25 is a bound", "unbounded way 1", nothing, 2, 0, "min -1; 0..1e25; 1 in 0.."},
+             {"zero", "unbounded way 0 0", nothing, 2, 0, strip},
+             {"infinite", "unbounded way inf inf", nothing, 2, 0, strip},
+             {"wrong size", "unbounded way 1", nothing, 2, 0, strip},
+         })
+        expect_reported (answer);
+}
+
+TEST (Scripted, IntegerAnswersAreReportedAsWhatTheyAre)
+{
+    const std::string feasible = "PRIMAL_FEASIBLE PRIMAL_FEASIBLE",
+                      best = "OK PRIMAL_FEASIBLE INTEGER_OPTIMAL";
+    for (Answer answer : {
+             Answer{"the truth", "optimal x 2 0 bound 2", best},
+             {"nearly whole", "optimal x 2.0000003 -1e-9 bound 2", best},
+             {"not whole", "optimal x 1.5 0.5 bound 2.5", nothing, 2, 2},
+             {"whole and infeasible", "optimal x 1 0 bound 1", nothing, 2, 2},
+             {"in spite of its bound", "optimal x 3 0 bound 2", trouble + feasible, 2, 2},
+             {"without a bound", "optimal x 2 0", trouble + feasible, 2, 2},
+             {"a bound that is not a number", "optimal x 2 0 bound nan", trouble + feasible, 2, 2},
+             {"a node limit with a point", "node_limit x 3 0 bound 2", "NODE_LIMIT " + feasible},
+             {"infeasible by search", "infeasible", "OK INFEASIBLE_BY_SEARCH UNKNOWN"},
+             {"infeasible with a false ray", "infeasible ray 1", "OK INFEASIBLE_BY_SEARCH UNKNOWN"},
+             {"unbounded without a direction", "unbounded", nothing, 2},
+         }) {
+        answer.problem = scripted::small_integers;
+        expect_reported (answer);
+    }
+}
+
+// Each tolerance decides one question: a point that is a little wrong, judged by the default and by a looser value.
+TEST (Scripted, ToleranceDecidesItsOwnQuestion)
+{
+    struct Judgement {
+        const char *parameter, *claims, *by_default, *loose, *problem = small;
+    };
+    for (const Judgement& judgement : {
+             Judgement{"PRIMAL_TOLERANCE", "optimal x 1.9999 0 y 1 d 0 1", "DUAL_FEASIBLE", "FEASIBLE"},
+             {"DUAL_TOLERANCE", "optimal x 2 0 y 1 d 0 1.0001", "PRIMAL_FEASIBLE", "OPTIMAL"},
+             {"GAP_TOLERANCE", "optimal x 2.0001 0 y 1 d 0 1", "FEASIBLE", "OPTIMAL"},
+             {"INTEGER_TOLERANCE", "optimal x 2.0001 bound 2.0001", "UNKNOWN", "INTEGER_OPTIMAL",
+              "min 1; 0..10i; 1 in 2.0001..2.0001"},
+         }) {
+        const scripted::InFront front ([&] (auto&, auto&, auto&) { return claims (judgement.claims); });
+        const std::string loosened = std::string (judgement.parameter) + " 1e-3";
+        for (const std::string& settings : {std::string (), loosened}) {
+            const model::Task task (judgement.problem, "OPTIMIZER 1 " + settings);
+            const std::string expected = settings.empty () ? judgement.by_default : judgement.loose;
+            EXPECT_TRUE (optimized (task).ends_with (' ' + expected)) << judgement.parameter << settings;
+        }
+    }
+}
 
 // The point of an optimum is good whatever was said of its basis, so keys come from the point then.
-TEST_P (ScriptedBasis, that_is_wrong_is_not_handed_out)
+TEST (Scripted, WrongBasesAreNotHandedOut)
 {
-    scripted::InFront front ([&] (const klv::Job&, const klv::StopFlag&, klv::EventChannel&) {
-        Claims made = right ();
-        made.column_key = GetParam ().column;
-        made.row_key = GetParam ().row;
-        return made;
-    });
-    model::Task task (small);
-    task.set ("KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_DUAL_SIMPLEX);
-    EXPECT_EQ (KLV_optimize (task), 0);
-    const model::Slot found = model::slot (task, KLV_SOL_BAS);
-    EXPECT_EQ (found.skx, (std::vector<std::int32_t>{KLV_SK_BASIC, KLV_SK_LOWER}));
-    EXPECT_EQ (found.skc, (std::vector<std::int32_t>{KLV_SK_LOWER}));
-}
-
-INSTANTIATE_TEST_SUITE_P (
-    Each, ScriptedBasis,
-    testing::Values (Basis{"none", {}, {}},
-                     Basis{"too many basic", {KLV_SK_BASIC, KLV_SK_BASIC}, {KLV_SK_LOWER}},
-                     Basis{"none basic", {KLV_SK_LOWER, KLV_SK_LOWER}, {KLV_SK_LOWER}},
-                     Basis{"keys that do not exist", {77, -1}, {KLV_SK_BASIC}},
-                     Basis{"not where the point is", {KLV_SK_LOWER, KLV_SK_BASIC}, {KLV_SK_LOWER}},
-                     Basis{"at a bound that does not exist", {KLV_SK_BASIC, KLV_SK_LOWER}, {KLV_SK_UPPER}},
-                     Basis{"wrong sizes", {KLV_SK_BASIC}, {KLV_SK_LOWER, KLV_SK_LOWER}}));
-
-// ---- Integer problems -----------------------------------------------------------------------------------------------------
-
-struct IntegerLie {
-    const char* name;
-    Outcome outcome;
-    std::vector<double> x;
-    double bound;
-    bool has_bound;
-    std::vector<double> dual_ray;
-    int code, problem, solution;
-};
-
-std::ostream& operator<< (std::ostream& out, const IntegerLie& lie)
-{
-    return out << lie.name;
-}
-
-class ScriptedIntegers : public testing::TestWithParam<IntegerLie> {};
-
-TEST_P (ScriptedIntegers, are_reported_as_what_they_are)
-{
-    const IntegerLie& lie = GetParam ();
-    scripted::InFront front ([&] (const klv::Job& job, const klv::StopFlag&, klv::EventChannel&) {
-        EXPECT_EQ (job.method, klv::Method::mixed_integer);
-        Claims made = claims (lie.outcome);
-        made.x = lie.x;
-        made.best_bound = lie.bound;
-        made.has_best_bound = lie.has_bound;
-        made.dual_ray = lie.dual_ray;
-        return made;
-    });
-    model::Model integers = small;
-    integers.integer = {true, true};
-    model::Task task (integers);
-    EXPECT_EQ (KLV_optimize (task), lie.code) << task.last_error ();
-    const model::Slot found = model::slot (task, KLV_SOL_INT);
-    ASSERT_TRUE (found.defined);
-    EXPECT_EQ (found.problem, lie.problem);
-    EXPECT_EQ (found.solution, lie.solution);
-    if (found.solution == KLV_SOLSTA_INTEGER_OPTIMAL) {
-        EXPECT_EQ (found.xx, (std::vector<double>{2, 0})) << "whole numbers are handed out as such";
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P (Each, ScriptedIntegers,
-                          testing::Values (IntegerLie{"the truth",
-                                                      Outcome::optimal,
-                                                      {2, 0},
-                                                      2,
-                                                      true,
-                                                      {},
-                                                      0,
-                                                      KLV_PRO_PRIMAL_FEASIBLE,
-                                                      KLV_SOLSTA_INTEGER_OPTIMAL},
-                                           IntegerLie{"nearly whole",
-                                                      Outcome::optimal,
-                                                      {2.0000003, -1e-9},
-                                                      2,
-                                                      true,
-                                                      {},
-                                                      0,
-                                                      KLV_PRO_PRIMAL_FEASIBLE,
-                                                      KLV_SOLSTA_INTEGER_OPTIMAL},
-                                           IntegerLie{"not whole",
-                                                      Outcome::optimal,
-                                                      {1.5, 0.5},
-                                                      2.5,
-                                                      true,
-                                                      {},
-                                                      KLV_RES_NUMERICAL_TROUBLE,
-                                                      KLV_PRO_UNKNOWN,
-                                                      KLV_SOLSTA_UNKNOWN},
-                                           IntegerLie{"whole and infeasible",
-                                                      Outcome::optimal,
-                                                      {1, 0},
-                                                      1,
-                                                      true,
-                                                      {},
-                                                      KLV_RES_NUMERICAL_TROUBLE,
-                                                      KLV_PRO_UNKNOWN,
-                                                      KLV_SOLSTA_UNKNOWN},
-                                           IntegerLie{"optimal in spite of its bound",
-                                                      Outcome::optimal,
-                                                      {3, 0},
-                                                      2,
-                                                      true,
-                                                      {},
-                                                      KLV_RES_NUMERICAL_TROUBLE,
-                                                      KLV_PRO_PRIMAL_FEASIBLE,
-                                                      KLV_SOLSTA_PRIMAL_FEASIBLE},
-                                           IntegerLie{"optimal without a bound",
-                                                      Outcome::optimal,
-                                                      {2, 0},
-                                                      0,
-                                                      false,
-                                                      {},
-                                                      KLV_RES_NUMERICAL_TROUBLE,
-                                                      KLV_PRO_PRIMAL_FEASIBLE,
-                                                      KLV_SOLSTA_PRIMAL_FEASIBLE},
-                                           IntegerLie{"a bound that is not a number",
-                                                      Outcome::optimal,
-                                                      {2, 0},
-                                                      std::nan (""),
-                                                      true,
-                                                      {},
-                                                      KLV_RES_NUMERICAL_TROUBLE,
-                                                      KLV_PRO_PRIMAL_FEASIBLE,
-                                                      KLV_SOLSTA_PRIMAL_FEASIBLE},
-                                           IntegerLie{"a node limit with a point",
-                                                      Outcome::node_limit,
-                                                      {3, 0},
-                                                      2,
-                                                      true,
-                                                      {},
-                                                      KLV_RES_NODE_LIMIT,
-                                                      KLV_PRO_PRIMAL_FEASIBLE,
-                                                      KLV_SOLSTA_PRIMAL_FEASIBLE},
-                                           IntegerLie{"infeasible by search",
-                                                      Outcome::infeasible,
-                                                      {},
-                                                      0,
-                                                      false,
-                                                      {},
-                                                      0,
-                                                      KLV_PRO_INFEASIBLE_BY_SEARCH,
-                                                      KLV_SOLSTA_UNKNOWN},
-                                           IntegerLie{"infeasible with a false ray",
-                                                      Outcome::infeasible,
-                                                      {},
-                                                      0,
-                                                      false,
-                                                      {1},
-                                                      0,
-                                                      KLV_PRO_INFEASIBLE_BY_SEARCH,
-                                                      KLV_SOLSTA_UNKNOWN},
-                                           IntegerLie{"unbounded without a direction",
-                                                      Outcome::unbounded,
-                                                      {},
-                                                      0,
-                                                      false,
-                                                      {},
-                                                      KLV_RES_NUMERICAL_TROUBLE,
-                                                      KLV_PRO_UNKNOWN,
-                                                      KLV_SOLSTA_UNKNOWN}));
-
-// ---- Failures -------------------------------------------------------------------------------------------------------------
-
-struct Failure {
-    const char* name;
-    void (*fail) ();
-    int code;
-    const char* message;
-};
-
-std::ostream& operator<< (std::ostream& out, const Failure& failure)
-{
-    return out << failure.name;
-}
-
-class ScriptedFailures : public testing::TestWithParam<Failure> {};
-
-TEST_P (ScriptedFailures, become_codes_and_the_next_call_works)
-{
-    model::Task task (small);
-    {
-        scripted::InFront front ([] (const klv::Job&, const klv::StopFlag&, klv::EventChannel&) -> Claims {
-            GetParam ().fail ();
-            return {};
+    constexpr std::int32_t basic = KLV_SK_BASIC, lower = KLV_SK_LOWER, upper = KLV_SK_UPPER;
+    struct Basis {
+        const char* what;
+        std::vector<std::int32_t> column, row;
+    };
+    for (const Basis& basis : {
+             Basis{"none", {}, {}},
+             {"too many basic", {basic, basic}, {lower}},
+             {"none basic", {lower, lower}, {lower}},
+             {"keys that do not exist", {77, -1}, {basic}},
+             {"not where the point is", {lower, basic}, {lower}},
+             {"at a bound that does not exist", {basic, lower}, {upper}},
+             {"wrong sizes", {basic}, {lower, lower}},
+         }) {
+        SCOPED_TRACE (basis.what);
+        const scripted::InFront front ([&] (auto&, auto&, auto&) {
+            klv::Claims made = claims (right);
+            made.column_key = basis.column;
+            made.row_key = basis.row;
+            return made;
         });
-        EXPECT_EQ (KLV_optimize (task), GetParam ().code);
-        EXPECT_NE (task.last_error ().find (GetParam ().message), std::string::npos) << task.last_error ();
-        EXPECT_FALSE (model::slot (task, KLV_SOL_BAS).defined);
+        const model::Task task (small, "OPTIMIZER 1");
+        EXPECT_EQ (KLV_optimize (task), 0);
+        EXPECT_EQ (model::slot (task, KLV_SOL_BAS).skx, (std::vector{basic, lower}));
+        EXPECT_EQ (model::slot (task, KLV_SOL_BAS).skc, (std::vector{lower}));
     }
-    EXPECT_EQ (KLV_optimize (task), 0);
-    model::expect_optimal (task, KLV_SOL_BAS);
 }
 
-INSTANTIATE_TEST_SUITE_P (
-    Each, ScriptedFailures,
-    testing::Values (Failure{"an exception", [] { throw std::runtime_error ("pivot of size zero"); },
-                             KLV_RES_ENGINE_FAILED, "pivot of size zero"},
-                     Failure{"anything thrown", [] { throw 42; }, KLV_RES_ENGINE_FAILED, "unknown exception"},
-                     Failure{"no memory", [] { throw std::bad_alloc (); }, KLV_RES_OUT_OF_MEMORY, "memory"}));
-
-TEST (ScriptedFailures, an_engine_that_can_not_be_loaded_is_named)
+TEST (Scripted, FailuresBecomeCodesAndTheNextCallWorks)
 {
-    scripted::InFront front (
-        [] (const klv::Job&, const klv::StopFlag&, klv::EventChannel&) { return right (); });
+    struct Failure {
+        void (*fail) ();
+        int code;
+        const char* message;
+    };
+    for (const Failure& failure : {Failure{[] { throw std::runtime_error ("pivot of size zero"); },
+                                           KLV_RES_ENGINE_FAILED, "size zero"},
+                                   {[] { throw 42; }, KLV_RES_ENGINE_FAILED, "unknown exception"},
+                                   {[] { throw std::bad_alloc (); }, KLV_RES_OUT_OF_MEMORY, "memory"}}) {
+        const model::Task task (small);
+        {
+            const scripted::InFront front ([&] (auto&, auto&, auto&) {
+                failure.fail ();
+                return klv::Claims ();
+            });
+            EXPECT_EQ (KLV_optimize (task), failure.code);
+            EXPECT_NE (task.last_error ().find (failure.message), std::string::npos) << task.last_error ();
+            EXPECT_FALSE (model::slot (task, KLV_SOL_BAS).defined);
+        }
+        EXPECT_EQ (optimized (task), "OK FEASIBLE OPTIMAL");
+    }
+}
+
+TEST (Scripted, AnEngineThatCannotBeLoadedIsNamed)
+{
+    scripted::InFront front ([] (auto&, auto&, auto&) { return claims (right); });
     front.engine ().why_not = "the file /nowhere/engine.so can't be loaded";
-    auto behind = std::exchange (klv::engines (), {klv::engines ().front ()});
-    model::Task task (small);
-    EXPECT_EQ (KLV_optimize (task), KLV_RES_ENGINE_MISSING);
+    const auto behind = std::exchange (klv::engines (), {klv::engines ().front ()});
+    const model::Task task (small);
+    EXPECT_EQ (optimized (task), "ENGINE_MISSING");
     EXPECT_NE (task.last_error ().find ("/nowhere/engine.so"), std::string::npos) << task.last_error ();
     klv::engines () = behind;
 }

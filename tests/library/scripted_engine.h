@@ -6,9 +6,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -61,9 +61,11 @@ private:
 class Gate {
 public:
     void open () const { *open_ = true; }
-    void wait () const
+    void wait () const { wait_for (*open_); }
+
+    static void wait_for (const std::atomic<bool>& flag)
     {
-        while (!*open_)
+        while (!flag)
             std::this_thread::sleep_for (std::chrono::milliseconds (1));
     }
 
@@ -71,17 +73,40 @@ private:
     std::shared_ptr<std::atomic<bool>> open_ = std::make_shared<std::atomic<bool>> (false);
 };
 
-inline void wait_for (const klv::StopFlag& stop)
+// "optimal x 2 0 y 1 d 0 1": an outcome, then point, multipliers, reduced costs, rays (dual: ray, primal: way), a bound.
+inline klv::Claims claims (const std::string& text)
 {
-    while (!stop)
-        std::this_thread::sleep_for (std::chrono::milliseconds (1));
-}
-
-inline klv::Claims claims (klv::Outcome outcome)
-{
+    static constexpr const char* outcomes[] = {
+        "unknown",         "optimal",    "infeasible",     "unbounded",       "undecided", "time_limit",
+        "iteration_limit", "node_limit", "solution_limit", "objective_limit", "stopped"};
     klv::Claims made;
-    made.outcome = outcome;
+    std::istringstream words (text);
+    std::string word;
+    words >> word;
+    made.outcome = static_cast<klv::Outcome> (std::ranges::find (outcomes, word) - outcomes);
+    std::vector<double> bound, *place = nullptr;
+    while (words >> word) {
+        const std::pair<const char*, std::vector<double>*> places[] = {{"x", &made.x},
+                                                                       {"y", &made.y},
+                                                                       {"d", &made.reduced_cost},
+                                                                       {"ray", &made.dual_ray},
+                                                                       {"way", &made.primal_ray},
+                                                                       {"bound", &bound}};
+        const auto* const found =
+            std::ranges::find (places, word, [] (const auto& row) { return row.first; });
+        if (found != std::end (places))
+            place = found->second;
+        else
+            place->push_back (std::stod (word));
+    }
+    made.has_best_bound = !bound.empty ();
+    made.best_bound = bound.empty () ? 0 : bound.front ();
     return made;
 }
+
+// A problem and its optimum, 2 at (2, 0), with multiplier 1.
+constexpr const char* small = "min 1 2; 0..10 0..10; 1 1 in 2..";
+constexpr const char* small_integers = "min 1 2; 0..10i 0..10i; 1 1 in 2..";
+constexpr const char* right = "optimal x 2 0 y 1 d 0 1 bound 2";
 
 }

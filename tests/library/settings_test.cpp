@@ -1,388 +1,193 @@
 // Each setting does something: the row tells what would be the same if it did not.
-
 #include "tests/library/model.h"
 
 #include <algorithm>
-#include <functional>
-#include <ostream>
-#include <random>
+#include <set>
 
 namespace {
 
-using model::inf;
+using model::dense;
+using model::knapsack;
+using model::Model;
+using model::Task;
 
-// A dense problem of some hundred simplex iterations.
-model::Model dense (int m, int n)
+TEST (Settings, LimitsEndTheRunWithTheirCode)
 {
-    std::mt19937 random (7);
-    std::uniform_real_distribution<double> uniform (0.1, 1);
-    model::Model made;
-    made.maximize = true;
-    for (int j = 0; j < n; ++j) {
-        made.cost.push_back (uniform (random));
-        made.bounds.push_back ({0, inf});
-    }
-    for (int i = 0; i < m; ++i) {
-        made.row_bounds.push_back ({-inf, 10 * uniform (random)});
-        std::vector<double> row;
-        for (int j = 0; j < n; ++j)
-            row.push_back (uniform (random));
-        made.rows.push_back (row);
-    }
-    return made;
-}
-
-// A knapsack with several rows: an integer search of many nodes.
-model::Model knapsack (int m, int n)
-{
-    model::Model made = dense (m, n);
-    made.integer.assign (static_cast<std::size_t> (n), true);
-    made.bounds.assign (static_cast<std::size_t> (n), {0, 1});
-    for (std::size_t i = 0; i < made.rows.size (); ++i) {
-        double sum = 0;
-        for (double& weight : made.rows[i]) {
-            weight = std::round (100 * weight);
-            sum += weight;
+    struct Limit {
+        const char* settings;
+        int code;
+        bool integer = false;
+    };
+    for (const Limit& limit : {Limit{"OPTIMIZER 1 SIMPLEX_ITERATION_LIMIT 0", KLV_RES_ITERATION_LIMIT},
+                               {"OPTIMIZER 1 SIMPLEX_ITERATION_LIMIT 5", KLV_RES_ITERATION_LIMIT},
+                               {"OPTIMIZER 0 SIMPLEX_ITERATION_LIMIT 5", KLV_RES_ITERATION_LIMIT},
+                               {"OPTIMIZER 3 INTPNT_ITERATION_LIMIT 2", KLV_RES_ITERATION_LIMIT},
+                               {"OPTIMIZER 1 TIME_LIMIT 0", KLV_RES_TIME_LIMIT},
+                               {"OPTIMIZER 3 TIME_LIMIT 0", KLV_RES_TIME_LIMIT},
+                               {"TIME_LIMIT 0", KLV_RES_TIME_LIMIT, true},
+                               {"TIME_LIMIT 0.1 MIP_RELATIVE_GAP 0", KLV_RES_TIME_LIMIT, true},
+                               {"MIP_NODE_LIMIT 1", KLV_RES_NODE_LIMIT, true},
+                               {"MIP_SOLUTION_LIMIT 0", KLV_RES_SOLUTION_LIMIT, true},
+                               {"MIP_SOLUTION_LIMIT 2", KLV_RES_SOLUTION_LIMIT, true},
+                               {"OBJECTIVE_LIMIT 10", KLV_RES_OBJECTIVE_LIMIT, true}}) {
+        SCOPED_TRACE (limit.settings);
+        const Task task (limit.integer ? knapsack (10, 60) : dense (60, 90), limit.settings);
+        EXPECT_EQ (KLV_optimize (task), limit.code) << task.last_error ();
+        for (const int which : {KLV_SOL_ITR, KLV_SOL_BAS, KLV_SOL_INT})
+            if (const model::Slot found = model::slot (task, which); found.defined) {
+                EXPECT_NE (found.solution, KLV_SOLSTA_OPTIMAL);
+                EXPECT_NE (found.solution, KLV_SOLSTA_INTEGER_OPTIMAL);
+                if (found.solution == KLV_SOLSTA_PRIMAL_FEASIBLE)
+                    model::expect_feasible (model::stated (task), found);
+            }
+        if (limit.settings == std::string ("MIP_SOLUTION_LIMIT 2")) {
+            const model::Slot incumbent = model::slot (task, KLV_SOL_INT);
+            EXPECT_EQ (incumbent.solution, KLV_SOLSTA_PRIMAL_FEASIBLE);
+            EXPECT_GE (task.information ("MIP_SOLUTIONS"), 2);
+            EXPECT_GE (task.information ("MIP_BOUND"), incumbent.primal);
+            EXPECT_GT (task.information ("MIP_RELATIVE_GAP"), 1e-4);
         }
-        made.row_bounds[i].upper = std::floor (sum / 2);
     }
-    for (double& value : made.cost)
-        value = std::round (100 * value);
-    return made;
 }
 
-struct Log {
-    std::string text;
-    void link (KLVtask_t task)
-    {
-        KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, this, [] (void* handle, const char* line) {
-            static_cast<Log*> (handle)->text += line;
-        });
+// Iterations and nodes of runs that all find the optimum.
+std::vector<double> work (const Model& problem, const std::vector<std::string>& settings)
+{
+    std::vector<double> found;
+    for (const std::string& each : settings) {
+        const Task task (problem, "OPTIMIZER 1 MAX_THREADS 1 " + each);
+        EXPECT_EQ (KLV_optimize (task), 0) << each;
+        if (model::slot (task, KLV_SOL_INT).defined)
+            EXPECT_EQ (model::slot (task, KLV_SOL_INT).solution, KLV_SOLSTA_INTEGER_OPTIMAL);
+        else
+            model::expect_optimal (task, KLV_SOL_BAS);
+        found.push_back (task.information ("SIMPLEX_ITERATIONS") + 1e6 * task.information ("MIP_NODES"));
     }
-    bool has (const char* words) const { return text.find (words) != std::string::npos; }
-    std::ptrdiff_t lines () const { return std::ranges::count (text, '\n'); }
-};
-
-int simplex_iterations (const model::Model& problem, const char* name, double value)
-{
-    model::Task task (problem);
-    task.set ("KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_DUAL_SIMPLEX);
-    task.set (name, value);
-    EXPECT_EQ (KLV_optimize (task), 0);
-    model::expect_optimal (task, KLV_SOL_BAS);
-    return task.information ("KLV_IINF_SIMPLEX_ITERATIONS");
+    return found;
 }
 
-// ---- Limits -----------------------------------------------------------------------------------------------------------
-
-struct Limit {
-    const char* name;
-    std::vector<std::pair<const char*, double>> settings;
-    bool integer;
-    int code;
-};
-
-std::ostream& operator<< (std::ostream& out, const Limit& limit)
+TEST (Settings, ChangeTheWayAndNotTheAnswer)
 {
-    return out << limit.name;
-}
+    // Presolve leaves nothing of a chain to iterate on.
+    const auto chain =
+        work (model::parse ("min 1 1 1; .. .. ..; 1 0 0 in 1..1; -2 1 0 in 0..0; 0 -2 1 in 0..0"),
+              {"PRESOLVE 0", "PRESOLVE 1", "PRESOLVE 2"});
+    EXPECT_GT (chain[0], 0);
+    EXPECT_EQ (chain[1] + chain[2], 0);
 
-class Limits : public testing::TestWithParam<Limit> {};
-
-TEST_P (Limits, end_the_run_with_their_code)
-{
-    const Limit& limit = GetParam ();
-    model::Task task (limit.integer ? knapsack (10, 60) : dense (60, 90));
-    for (const auto& [name, value] : limit.settings)
-        task.set (name, value);
-    EXPECT_EQ (KLV_optimize (task), limit.code) << task.last_error ();
-    const model::Stated s = model::stated (task);
-    for (const int which : {KLV_SOL_ITR, KLV_SOL_BAS, KLV_SOL_INT})
-        if (const model::Slot found = model::slot (task, which); found.defined) {
-            EXPECT_NE (found.solution, KLV_SOLSTA_OPTIMAL);
-            EXPECT_NE (found.solution, KLV_SOLSTA_INTEGER_OPTIMAL);
-            if (found.solution == KLV_SOLSTA_PRIMAL_FEASIBLE)
-                model::expect_feasible (s, found, 1e-6);
-        }
-}
-
-INSTANTIATE_TEST_SUITE_P (
-    Each, Limits,
-    testing::Values (Limit{"no simplex iteration",
-                           {{"KLV_IPAR_OPTIMIZER", 1}, {"KLV_IPAR_SIMPLEX_ITERATION_LIMIT", 0}},
-                           false,
-                           KLV_RES_ITERATION_LIMIT},
-                     Limit{"five dual simplex iterations",
-                           {{"KLV_IPAR_OPTIMIZER", 1}, {"KLV_IPAR_SIMPLEX_ITERATION_LIMIT", 5}},
-                           false,
-                           KLV_RES_ITERATION_LIMIT},
-                     Limit{"five primal simplex iterations",
-                           {{"KLV_IPAR_OPTIMIZER", 0}, {"KLV_IPAR_SIMPLEX_ITERATION_LIMIT", 5}},
-                           false,
-                           KLV_RES_ITERATION_LIMIT},
-                     Limit{"two interior-point iterations",
-                           {{"KLV_IPAR_OPTIMIZER", 3}, {"KLV_IPAR_INTPNT_ITERATION_LIMIT", 2}},
-                           false,
-                           KLV_RES_ITERATION_LIMIT},
-                     Limit{"no time, simplex",
-                           {{"KLV_IPAR_OPTIMIZER", 1}, {"KLV_DPAR_TIME_LIMIT", 0}},
-                           false,
-                           KLV_RES_TIME_LIMIT},
-                     Limit{"no time, interior point",
-                           {{"KLV_IPAR_OPTIMIZER", 3}, {"KLV_DPAR_TIME_LIMIT", 0}},
-                           false,
-                           KLV_RES_TIME_LIMIT},
-                     Limit{"no time, integers", {{"KLV_DPAR_TIME_LIMIT", 0}}, true, KLV_RES_TIME_LIMIT},
-                     Limit{"a tenth of a second, integers",
-                           {{"KLV_DPAR_TIME_LIMIT", 0.1}, {"KLV_DPAR_MIP_RELATIVE_GAP", 0}},
-                           true,
-                           KLV_RES_TIME_LIMIT},
-                     Limit{"one node", {{"KLV_IPAR_MIP_NODE_LIMIT", 1}}, true, KLV_RES_NODE_LIMIT},
-                     Limit{
-                         "one solution", {{"KLV_IPAR_MIP_SOLUTION_LIMIT", 1}}, true, KLV_RES_SOLUTION_LIMIT},
-                     Limit{"no solution is the first solution",
-                           {{"KLV_IPAR_MIP_SOLUTION_LIMIT", 0}},
-                           true,
-                           KLV_RES_SOLUTION_LIMIT},
-                     Limit{"an integer objective reached",
-                           {{"KLV_DPAR_OBJECTIVE_LIMIT", 10}},
-                           true,
-                           KLV_RES_OBJECTIVE_LIMIT}));
-
-TEST (Limits, leave_a_usable_incumbent)
-{
-    model::Task task (knapsack (10, 60));
-    task.set ("KLV_IPAR_MIP_SOLUTION_LIMIT", 2);
-    EXPECT_EQ (KLV_optimize (task), KLV_RES_SOLUTION_LIMIT);
-    const model::Slot found = model::slot (task, KLV_SOL_INT);
-    EXPECT_EQ (found.solution, KLV_SOLSTA_PRIMAL_FEASIBLE);
-    model::expect_feasible (model::stated (task), found, 1e-6);
-    EXPECT_GE (task.information ("KLV_IINF_MIP_SOLUTIONS"), 2);
-    EXPECT_GE (task.real_information ("KLV_DINF_MIP_BOUND"), found.primal);
-    EXPECT_GT (task.real_information ("KLV_DINF_MIP_RELATIVE_GAP"), 1e-4);
-}
-
-// ---- What changes the way -----------------------------------------------------------------------------------------------
-
-TEST (Settings, presolve_makes_a_chain_vanish)
-{
-    // x0 = 1, x[j] = 2 x[j-1]: presolve leaves nothing to iterate on.
-    model::Model chain;
-    for (int j = 0; j < 8; ++j) {
-        chain.cost.push_back (1);
-        chain.bounds.push_back ({-inf, inf});
-        chain.row_bounds.push_back (j == 0 ? model::Range{1, 1} : model::Range{0, 0});
-        std::vector<double> row (8, 0.0);
-        row[static_cast<std::size_t> (j)] = 1;
-        if (j > 0)
-            row[static_cast<std::size_t> (j - 1)] = -2;
-        chain.rows.push_back (row);
-    }
-    EXPECT_EQ (simplex_iterations (chain, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_ON), 0);
-    EXPECT_EQ (simplex_iterations (chain, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_AUTOMATIC), 0);
-    EXPECT_GT (simplex_iterations (chain, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_OFF), 0);
-}
-
-TEST (Settings, pricing_scaling_and_seed_change_the_way_and_not_the_answer)
-{
-    model::Model badly_scaled = dense (60, 90);
+    Model badly_scaled = dense (60, 90);
     for (std::size_t i = 0; i < badly_scaled.rows.size (); ++i) {
         const double factor = std::pow (10.0, static_cast<double> (i % 7) - 3);
         for (double& value : badly_scaled.rows[i])
             value *= factor;
         badly_scaled.row_bounds[i].upper *= factor;
     }
-    const auto differ = [&] (const char* name, const std::vector<int>& values) {
-        std::vector<int> counts;
-        for (const int value : values)
-            counts.push_back (simplex_iterations (badly_scaled, name, value));
-        EXPECT_NE (std::ranges::min (counts), std::ranges::max (counts)) << name;
+    const auto differ = [] (const std::vector<double>& counts) {
+        return std::set (counts.begin (), counts.end ()).size () > 1;
     };
-    differ ("KLV_IPAR_SIMPLEX_PRICING", {KLV_PRICING_DANTZIG, KLV_PRICING_DEVEX, KLV_PRICING_STEEPEST_EDGE});
-    differ ("KLV_IPAR_SCALING",
-            {KLV_SCALING_OFF, KLV_SCALING_FORCED_EQUILIBRATION, KLV_SCALING_MAXIMUM_VALUE});
-}
+    EXPECT_TRUE (
+        differ (work (badly_scaled, {"SIMPLEX_PRICING 1", "SIMPLEX_PRICING 2", "SIMPLEX_PRICING 3"})));
+    EXPECT_TRUE (differ (work (badly_scaled, {"SCALING 0", "SCALING 3", "SCALING 4"})));
 
-TEST (Settings, a_seed_changes_a_search_and_repeats_it)
-{
-    const auto iterations = [] (int seed) {
-        model::Task task (knapsack (10, 40));
-        task.set ("KLV_IPAR_RANDOM_SEED", seed);
-        task.set ("KLV_IPAR_MAX_THREADS", 1);
-        EXPECT_EQ (KLV_optimize (task), 0);
-        return task.information ("KLV_IINF_MIP_NODES") * 1'000'000 +
-               task.information ("KLV_IINF_SIMPLEX_ITERATIONS");
-    };
-    const int first = iterations (1);
-    EXPECT_EQ (iterations (1), first);
-    EXPECT_TRUE (iterations (2) != first || iterations (3) != first || iterations (4) != first);
+    const Model integer = knapsack (10, 40);
+    EXPECT_TRUE (
+        differ (work (integer, {"RANDOM_SEED 1", "RANDOM_SEED 2", "RANDOM_SEED 3", "RANDOM_SEED 4"})));
+    EXPECT_FALSE (differ (work (integer, {"RANDOM_SEED 1", "RANDOM_SEED 1"})));
+    const std::string exact = "MIP_RELATIVE_GAP 0 MIP_ABSOLUTE_GAP 0 ";
+    const auto gaps = work (integer, {exact, exact + "MIP_RELATIVE_GAP 0.5", exact + "MIP_ABSOLUTE_GAP 1e4"});
+    EXPECT_LT (gaps[1], gaps[0]);
+    EXPECT_LT (gaps[2], gaps[0]);
 }
 
 // A limit is passed by a dual objective that is worse, and by an integer point that is better.
-TEST (Settings, the_objective_limit_knows_the_sense)
+TEST (Settings, TheObjectiveLimitKnowsTheSense)
 {
-    const auto code = [] (model::Model problem, bool maximize, double limit) {
-        if (!maximize) {
-            problem.maximize = false;
-            for (double& cost : problem.cost)
-                cost = -cost;
-        }
-        model::Task task (problem);
-        task.set ("KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_DUAL_SIMPLEX);
-        task.set ("KLV_IPAR_PRESOLVE", KLV_PRESOLVE_OFF);
-        task.set ("KLV_DPAR_OBJECTIVE_LIMIT", limit);
+    const auto code = [] (Model problem, double sign, double limit) {
+        problem.maximize = sign > 0;
+        for (double& cost : problem.cost)
+            cost *= sign;
+        const Task task (problem, "OPTIMIZER 1 PRESOLVE 0 OBJECTIVE_LIMIT " + std::to_string (sign * limit));
         return KLV_optimize (task);
     };
-    const model::Model linear = dense (60, 90), integer = knapsack (10, 40);
-    for (const bool maximize : {false, true}) {
-        SCOPED_TRACE (maximize);
-        const double sign = maximize ? 1 : -1;
-        EXPECT_EQ (code (linear, maximize, sign * 1e-3), 0) << "the optimum is better than the limit";
-        EXPECT_EQ (code (linear, maximize, sign * 1e4), KLV_RES_OBJECTIVE_LIMIT)
-            << "no point reaches the limit";
-        EXPECT_EQ (code (integer, maximize, sign * 1e6), 0) << "no point reaches the target";
-        EXPECT_EQ (code (integer, maximize, sign * 1), KLV_RES_OBJECTIVE_LIMIT)
+    for (const double sign : {-1, 1}) {
+        EXPECT_EQ (code (dense (60, 90), sign, 1e-3), 0) << "the optimum is better than the limit";
+        EXPECT_EQ (code (dense (60, 90), sign, 1e4), KLV_RES_OBJECTIVE_LIMIT) << "no point reaches the limit";
+        EXPECT_EQ (code (knapsack (10, 40), sign, 1e6), 0) << "no point reaches the target";
+        EXPECT_EQ (code (knapsack (10, 40), sign, 1), KLV_RES_OBJECTIVE_LIMIT)
             << "a point reaches the target";
-        EXPECT_EQ (code (integer, maximize, -sign * 100), KLV_RES_OBJECTIVE_LIMIT)
-            << "a point reaches the target";
+        EXPECT_EQ (code (knapsack (10, 40), sign, -100), KLV_RES_OBJECTIVE_LIMIT) << "any point does";
     }
 }
 
-TEST (Settings, tolerances_decide_what_is_optimal)
+TEST (Settings, TolerancesDecideWhatIsFeasible)
 {
-    // The point that is best within the loose tolerance is not within the default one.
-    model::Model problem{.cost = {1}, .rows = {{1}}, .row_bounds = {{1, inf}}, .bounds = {{0, 1 - 1e-4}}};
-    const auto status = [&] (double tolerance) {
-        model::Task task (problem);
-        task.set ("KLV_DPAR_PRIMAL_TOLERANCE", tolerance);
-        KLV_optimize (task);
-        return model::slot (task, KLV_SOL_BAS).problem;
+    const char *above = "min 1; 0..0.9999; 1 in 1..", *crossed = "min 1; 0..9; 1 in 2..1.999";
+    const Task strict (above), loose (above, "PRIMAL_TOLERANCE 1e-2");
+    const Task contradicting (crossed), fixing (crossed, "FIXING_TOLERANCE 1e-2");
+    for (const Task* task : {&strict, &loose, &contradicting, &fixing})
+        EXPECT_EQ (KLV_optimize (*task), 0);
+    model::expect_infeasible (strict, KLV_SOL_BAS);
+    model::expect_infeasible (contradicting, KLV_SOL_BAS);
+    EXPECT_EQ (model::slot (loose, KLV_SOL_BAS).problem, KLV_PRO_FEASIBLE);
+    EXPECT_NEAR (model::slot (fixing, KLV_SOL_BAS).primal, 1.999, 1e-9);
+    EXPECT_EQ (contradicting.information ("CROSSED_BOUNDS"), 1);
+    EXPECT_EQ (fixing.information ("CROSSED_BOUNDS"), 0);
+}
+
+// Asked to choose, the library leaves an interior solution where an interior-point run would leave a basic one.
+TEST (Settings, ABasisGoesWithAnInteriorSolution)
+{
+    struct Case {
+        const char* settings;
+        bool interior, basic;
+        int source;
     };
-    EXPECT_EQ (status (1e-6), KLV_PRO_PRIMAL_INFEASIBLE);
-    EXPECT_EQ (status (1e-2), KLV_PRO_FEASIBLE);
-}
-
-TEST (Settings, gaps_of_the_integer_search)
-{
-    const auto nodes = [] (const char* name, double gap) {
-        model::Task task (knapsack (10, 40));
-        task.set ("KLV_DPAR_MIP_RELATIVE_GAP", 0);
-        task.set ("KLV_DPAR_MIP_ABSOLUTE_GAP", 0);
-        task.set (name, gap);
+    for (const Case& c : {Case{"OPTIMIZER 3", true, true, 1 + KLV_OPTIMIZER_INTERIOR_POINT},
+                          {"OPTIMIZER 3 INTPNT_BASIS 0", true, false, 1 + KLV_OPTIMIZER_INTERIOR_POINT},
+                          {"OPTIMIZER 2", true, true, 1 + KLV_OPTIMIZER_DUAL_SIMPLEX},
+                          {"OPTIMIZER 2 INTPNT_BASIS 0", false, true, 0}}) {
+        SCOPED_TRACE (c.settings);
+        const Task task (dense (20, 30), c.settings);
         EXPECT_EQ (KLV_optimize (task), 0);
-        EXPECT_EQ (model::slot (task, KLV_SOL_INT).solution, KLV_SOLSTA_INTEGER_OPTIMAL);
-        return task.information ("KLV_IINF_MIP_NODES");
-    };
-    const int all = nodes ("KLV_DPAR_MIP_RELATIVE_GAP", 0);
-    EXPECT_GT (all, 1);
-    EXPECT_LT (nodes ("KLV_DPAR_MIP_RELATIVE_GAP", 0.5), all);
-    EXPECT_LT (nodes ("KLV_DPAR_MIP_ABSOLUTE_GAP", 1e4), all);
-}
-
-TEST (Settings, threads_two_one_two_in_one_session)
-{
-    for (const int threads : {2, 1, 2}) {
-        model::Task task (knapsack (5, 30));
-        task.set ("KLV_IPAR_MAX_THREADS", threads);
-        EXPECT_EQ (KLV_optimize (task), 0);
-        EXPECT_EQ (model::slot (task, KLV_SOL_INT).solution, KLV_SOLSTA_INTEGER_OPTIMAL);
-        EXPECT_EQ (task.information ("KLV_IINF_THREADS"), threads);
-    }
-}
-
-TEST (Settings, basis_after_interior_point)
-{
-    for (const int wanted : {KLV_ON, KLV_OFF}) {
-        model::Task task (dense (20, 30));
-        task.set ("KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_INTERIOR_POINT);
-        task.set ("KLV_IPAR_INTPNT_BASIS", wanted);
-        EXPECT_EQ (KLV_optimize (task), 0);
-        model::expect_optimal (task, KLV_SOL_ITR);
-        EXPECT_EQ (task.information ("KLV_IINF_INTERIOR_SOURCE"), 1 + KLV_OPTIMIZER_INTERIOR_POINT);
-        EXPECT_EQ (model::slot (task, KLV_SOL_BAS).defined, wanted == KLV_ON);
-        if (wanted == KLV_ON)
+        EXPECT_EQ (model::slot (task, KLV_SOL_ITR).defined, c.interior);
+        EXPECT_EQ (model::slot (task, KLV_SOL_BAS).defined, c.basic);
+        if (c.interior)
+            model::expect_optimal (task, KLV_SOL_ITR);
+        if (c.basic)
             model::expect_optimal (task, KLV_SOL_BAS);
+        EXPECT_EQ (task.information ("INTERIOR_SOURCE"), c.source);
     }
-    for (const int wanted : {KLV_ON, KLV_OFF}) {
-        model::Task task (dense (20, 30));
-        task.set ("KLV_IPAR_INTPNT_BASIS", wanted);
+}
+
+TEST (Settings, LogLevelsAndSwitchesPrintWhatTheySay)
+{
+    const auto log_of = [] (const std::string& settings, bool integer) {
+        const Task task (integer ? knapsack (5, 30) : dense (20, 30), settings);
+        std::string log;
+        KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, &log, [] (void* handle, const char* line) {
+            *static_cast<std::string*> (handle) += line;
+        });
         EXPECT_EQ (KLV_optimize (task), 0);
-        model::expect_optimal (task, KLV_SOL_BAS);
-        EXPECT_EQ (model::slot (task, KLV_SOL_ITR).defined, wanted == KLV_ON);
-        EXPECT_EQ (task.information ("KLV_IINF_INTERIOR_SOURCE"),
-                   wanted == KLV_ON ? 1 + KLV_OPTIMIZER_DUAL_SIMPLEX : 0);
+        return log;
+    };
+    struct Method {
+        std::string settings;
+        const char *off, *title;
+    };
+    for (const Method& method : {Method{"OPTIMIZER 0", " LOG_SIMPLEX 0", "primal objective"},
+                                 {"OPTIMIZER 1", " LOG_SIMPLEX 0", "primal objective"},
+                                 {"OPTIMIZER 3 INTPNT_BASIS 0", " LOG_INTPNT 0", "primal objective"},
+                                 {"OPTIMIZER 5", " LOG_MIP 0", "incumbent"}}) {
+        const bool integer = method.title == std::string ("incumbent");
+        for (int level = 0; level <= 3; ++level) {
+            const std::string log = log_of (method.settings + " LOG " + std::to_string (level), integer);
+            EXPECT_EQ (!log.empty (), level >= 1) << log;
+            EXPECT_EQ (log.find (method.title) != log.npos, level >= 2) << log;
+            EXPECT_EQ (log.find ("  | ") != log.npos, level >= 3) << log;
+        }
+        const std::string log = log_of (method.settings + method.off, integer);
+        EXPECT_TRUE (!log.empty () && log.find (method.title) == log.npos) << log;
     }
 }
-
-TEST (Settings, bounds_beyond_the_fixing_tolerance_are_a_contradiction)
-{
-    const model::Model crossed{.cost = {1}, .rows = {{1}}, .row_bounds = {{2, 1.999}}, .bounds = {{0, 9}}};
-    for (const double tolerance : {1e-10, 1e-2}) {
-        model::Task task (crossed);
-        task.set ("KLV_DPAR_FIXING_TOLERANCE", tolerance);
-        EXPECT_EQ (KLV_optimize (task), 0);
-        if (tolerance < 1e-3)
-            model::expect_infeasible (task, KLV_SOL_BAS);
-        else
-            EXPECT_NEAR (model::slot (task, KLV_SOL_BAS).primal, 1.999, 1e-9);
-        EXPECT_EQ (task.information ("KLV_IINF_CROSSED_BOUNDS"), tolerance < 1e-3 ? 1 : 0);
-    }
-}
-
-// ---- The log ------------------------------------------------------------------------------------------------------------
-
-struct Level {
-    int level;
-    bool speaks, tells_steps, lets_the_engine_speak;
-};
-
-class LogLevels : public testing::TestWithParam<std::tuple<Level, int>> {};
-
-TEST_P (LogLevels, print_what_they_say)
-{
-    const auto& [level, optimizer] = GetParam ();
-    const bool integer = optimizer == KLV_OPTIMIZER_MIXED_INTEGER;
-    model::Task task (integer ? knapsack (5, 30) : dense (20, 30));
-    Log log;
-    log.link (task);
-    task.set ("KLV_IPAR_LOG", level.level);
-    task.set ("KLV_IPAR_OPTIMIZER", optimizer);
-    EXPECT_EQ (KLV_optimize (task), 0);
-    EXPECT_EQ (log.lines () > 0, level.speaks) << log.text;
-    EXPECT_EQ (log.has (integer ? "incumbent" : "primal objective"), level.tells_steps) << log.text;
-    EXPECT_EQ (log.has ("  | "), level.lets_the_engine_speak) << log.text;
-}
-
-INSTANTIATE_TEST_SUITE_P (
-    Each, LogLevels,
-    testing::Combine (testing::Values (Level{0, false, false, false}, Level{1, true, false, false},
-                                       Level{2, true, true, false}, Level{3, true, true, true}),
-                      testing::Values (KLV_OPTIMIZER_PRIMAL_SIMPLEX, KLV_OPTIMIZER_DUAL_SIMPLEX,
-                                       KLV_OPTIMIZER_INTERIOR_POINT, KLV_OPTIMIZER_MIXED_INTEGER)));
-
-struct Switch {
-    const char* name;
-    int optimizer;
-};
-
-class LogSwitches : public testing::TestWithParam<Switch> {};
-
-TEST_P (LogSwitches, silence_the_steps_of_one_method)
-{
-    const bool integer = GetParam ().optimizer == KLV_OPTIMIZER_MIXED_INTEGER;
-    model::Task task (integer ? knapsack (5, 30) : dense (20, 30));
-    Log log;
-    log.link (task);
-    task.set ("KLV_IPAR_OPTIMIZER", GetParam ().optimizer);
-    task.set ("KLV_IPAR_INTPNT_BASIS", KLV_OFF);
-    task.set (GetParam ().name, KLV_OFF);
-    EXPECT_EQ (KLV_optimize (task), 0);
-    EXPECT_FALSE (log.has ("primal objective") || log.has ("incumbent")) << log.text;
-}
-
-INSTANTIATE_TEST_SUITE_P (Each, LogSwitches,
-                          testing::Values (Switch{"KLV_IPAR_LOG_SIMPLEX", KLV_OPTIMIZER_DUAL_SIMPLEX},
-                                           Switch{"KLV_IPAR_LOG_INTPNT", KLV_OPTIMIZER_INTERIOR_POINT},
-                                           Switch{"KLV_IPAR_LOG_MIP", KLV_OPTIMIZER_MIXED_INTEGER}));
 
 }
