@@ -1,0 +1,205 @@
+// What is put into a task and read back: refusals name what is wrong and change nothing.
+#include "tests/support/problem_file.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN ();
+constexpr double inf = std::numeric_limits<double>::infinity ();
+using T = KLVtask_t;
+
+// Three variables, the last without a name, and two constraints.
+struct SmallTask : files::Task {
+    SmallTask ();
+};
+
+KLVrescode_t column (T task, std::int32_t j, const std::vector<std::int32_t>& rows = {}, double last = 1)
+{
+    std::vector<double> values (rows.size (), 1);
+    if (!values.empty ())
+        values.back () = last;
+    return KLV_putacol (task, j, static_cast<std::int32_t> (rows.size ()), rows.data (), values.data ());
+}
+
+KLVrescode_t bound (T task, std::int32_t key, double lower, double upper)
+{
+    const std::int32_t keys[] = {KLV_BK_FR, key};
+    const double lowers[] = {nan, lower}, uppers[] = {nan, upper};
+    return KLV_putvarboundslice (task, 0, 2, keys, lowers, uppers);
+}
+
+KLVrescode_t cost (T task, std::int32_t j, double value)
+{
+    const double costs[] = {5, value};
+    return KLV_putcslice (task, j - 1, j + 1, costs);
+}
+
+SmallTask::SmallTask ()
+{
+    KLV_appendvars (*this, 3);
+    KLV_appendcons (*this, 2);
+    column (*this, 0, {1, 0}, -1);
+    KLV_putvarname (*this, 0, "steel");
+    KLV_putvarname (*this, 1, "coal");
+    KLV_putconname (*this, 1, "mine");
+}
+
+struct Refusal {
+    KLVrescode_t code;
+    const char* message;
+    KLVrescode_t (*call) (T task);
+};
+
+const std::int32_t one = 1;
+
+const Refusal refusals[] = {
+    {KLV_RES_INDEX_RANGE, "no variable with index 3: indices are 0 to 2", [] (T t) { return column (t, 3); }},
+    {KLV_RES_INDEX_RANGE, "index -1", [] (T t) { return column (t, -1); }},
+    {KLV_RES_INDEX_RANGE, "variable 2 (index 1, 'coal') is negative: -4",
+     [] (T t) { return KLV_putacol (t, 1, -4, nullptr, nullptr); }},
+    {KLV_RES_NULL_POINTER, "'rows'", [] (T t) { return KLV_putacol (t, 1, 1, nullptr, &inf); }},
+    {KLV_RES_NULL_POINTER, "'values'", [] (T t) { return KLV_putacol (t, 1, 1, &one, nullptr); }},
+    {KLV_RES_INDEX_RANGE,
+     "Entry 2 of the matrix column of variable 3 (index 2) has the row index 2, but there are 2 constraints",
+     [] (T t) { return column (t, 2, {0, 2}); }},
+    {KLV_RES_INDEX_RANGE, "row index -1", [] (T t) { return column (t, 0, {-1}); }},
+    {KLV_RES_DUPLICATE_ENTRY, "constraint 2 (index 1, 'mine') twice",
+     [] (T t) { return column (t, 0, {1, 0, 1}); }},
+    {KLV_RES_VALUE_NOT_FINITE, "constraint 2 (index 1, 'mine') and variable 1 (index 0, 'steel') is NaN",
+     [] (T t) { return column (t, 0, {0, 1}, nan); }},
+    {KLV_RES_VALUE_NOT_FINITE, "is -Inf", [] (T t) { return column (t, 0, {0}, -inf); }},
+    {KLV_RES_VALUE_UNKNOWN, "bound key of variable 2 (index 1, 'coal') is 5",
+     [] (T t) { return bound (t, 5, 0, 0); }},
+    {KLV_RES_VALUE_UNKNOWN, "is -1", [] (T t) { return bound (t, -1, 0, 0); }},
+    {KLV_RES_VALUE_NOT_FINITE, "'coal'", [] (T t) { return bound (t, KLV_BK_LO, nan, 0); }},
+    {KLV_RES_VALUE_NOT_FINITE, "'coal'", [] (T t) { return bound (t, KLV_BK_RA, 0, nan); }},
+    {KLV_RES_BOUND_BEYOND_INFINITY, "lower Inf", [] (T t) { return bound (t, KLV_BK_LO, inf, 0); }},
+    {KLV_RES_BOUND_BEYOND_INFINITY, "upper -Inf", [] (T t) { return bound (t, KLV_BK_UP, 0, -inf); }},
+    {KLV_RES_BOUND_BEYOND_INFINITY, "Inf", [] (T t) { return bound (t, KLV_BK_FX, inf, inf); }},
+    {KLV_RES_ARGUMENT, "lower 1, upper 2", [] (T t) { return bound (t, KLV_BK_FX, 1, 2); }},
+    {KLV_RES_INDEX_RANGE, "from 0 to 4 is not part of the 3 variables",
+     [] (T t) { return KLV_putvarboundslice (t, 0, 4, nullptr, nullptr, nullptr); }},
+    {KLV_RES_INDEX_RANGE, "from 2 to 1", [] (T t) { return KLV_putcslice (t, 2, 1, nullptr); }},
+    {KLV_RES_NULL_POINTER, "'keys'",
+     [] (T t) { return KLV_putconboundslice (t, 0, 2, nullptr, nullptr, nullptr); }},
+    {KLV_RES_VALUE_NOT_FINITE, "cost of variable 3 (index 2) is NaN", [] (T t) { return cost (t, 2, nan); }},
+    {KLV_RES_VALUE_NOT_FINITE, "'coal') is Inf", [] (T t) { return cost (t, 1, inf); }},
+    {KLV_RES_VALUE_NOT_FINITE, "constant", [] (T t) { return KLV_putcfix (t, -inf); }},
+    {KLV_RES_VALUE_UNKNOWN, "is 2", [] (T t) { return KLV_putobjsense (t, 2); }},
+    {KLV_RES_VALUE_UNKNOWN, "'coal') is 2", [] (T t) { return KLV_putvartype (t, 1, 2); }},
+    {KLV_RES_INDEX_RANGE, "-1", [] (T t) { return KLV_appendvars (t, -1); }},
+    {KLV_RES_INDEX_RANGE, "-1", [] (T t) { return KLV_appendcons (t, -1); }},
+    {KLV_RES_TOO_LARGE, "3 variables and 2147483645 more",
+     [] (T t) { return KLV_appendvars (t, 2147483645); }},
+    {KLV_RES_NOT_AVAILABLE, "affine", [] (T t) { return KLV_appendafes (t, 1); }},
+    {KLV_RES_INDEX_RANGE, "-1", [] (T t) { return KLV_putmaxnumanz (t, -1); }},
+    {KLV_RES_INDEX_RANGE, "variable with index 3", [] (T t) { return KLV_putvarname (t, 3, "x"); }},
+    {KLV_RES_NOT_AVAILABLE, "'far away'", [] (T t) { return KLV_putoptserverhost (t, "far away"); }},
+    {KLV_RES_FILE_NAME_MISSING, "No problem file", [] (T t) { return KLV_readdata (t, nullptr); }},
+    {KLV_RES_STREAM_UNKNOWN, "stream 4", [] (T t) { return KLV_analyzeproblem (t, 4); }},
+    {KLV_RES_INDEX_RANGE, "solution with index 3", [] (T t) { return KLV_solutiondef (t, 3, nullptr); }},
+    {KLV_RES_SOLUTION_UNDEFINED, "no basic solution",
+     [] (T t) { return KLV_getskn (t, KLV_SOL_BAS, nullptr); }},
+};
+
+TEST (Refusals, NameTheFaultAndChangeNothing)
+{
+    for (const Refusal& refusal : refusals) {
+        const SmallTask task;
+        const klv::Problem before = task.problem ();
+        EXPECT_EQ (refusal.call (task), refusal.code) << refusal.message;
+        EXPECT_NE (task.last_error ().find (refusal.message), std::string::npos) << task.last_error ();
+        EXPECT_EQ (task.printed, "Error " + std::to_string (refusal.code) + ": " + task.last_error () + "\n");
+        EXPECT_EQ (files::difference (before, task.problem ()), std::nullopt) << refusal.message;
+    }
+}
+
+TEST (Bounds, ComeBackAsTheyArePut)
+{
+    struct Case {
+        const char* fault;
+        std::int32_t key;
+        double lower, upper;
+        std::int32_t kept_key;
+        double kept_lower, kept_upper;
+    };
+    for (const Case& c : {
+             Case{"absent values are not looked at", KLV_BK_FR, nan, nan, KLV_BK_FR, -1e30, 0},
+             {"lower", KLV_BK_LO, -4, nan, KLV_BK_LO, -4, 0},
+             {"upper", KLV_BK_UP, inf, 4, KLV_BK_UP, -1e30, 4},
+             {"fixed", KLV_BK_FX, 3, 3, KLV_BK_FX, 3, 3},
+             {"crossed bounds are a statement", KLV_BK_RA, 5, 1, KLV_BK_RA, 5, 1},
+             {"equal bounds stay two", KLV_BK_RA, 1, 1, KLV_BK_RA, 1, 1},
+             {"huge is finite", KLV_BK_RA, -1e300, 1e300, KLV_BK_RA, -1e300, 1e300},
+             {"infinite lower is none", KLV_BK_LO, -inf, nan, KLV_BK_FR, -1e30, 0},
+             {"infinite upper is none", KLV_BK_RA, 2, inf, KLV_BK_LO, 2, 0},
+             {"infinite lower of two", KLV_BK_RA, -inf, 2, KLV_BK_UP, -1e30, 2},
+         }) {
+        const SmallTask task;
+        std::int32_t key = -1, next = -1;
+        double lower = nan, upper = nan, ignored = nan;
+        EXPECT_EQ (bound (task, c.key, c.lower, c.upper), KLV_RES_OK) << c.fault;
+        EXPECT_EQ (KLV_getvarbound (task, 1, &key, &lower, &upper), KLV_RES_OK);
+        EXPECT_TRUE (key == c.kept_key && lower == c.kept_lower && upper == c.kept_upper) << c.fault;
+        EXPECT_EQ (KLV_getvarbound (task, 2, &next, &ignored, &ignored), KLV_RES_OK);
+        EXPECT_EQ (next, KLV_BK_FR) << "a neighbour changed: " << c.fault;
+    }
+}
+
+TEST (Store, KeepsOrderZerosAndCounts)
+{
+    const SmallTask task;
+    std::int32_t count = -1, rows[2] = {-1, -1};
+    double values[2] = {nan, nan};
+    std::int64_t entries = -1;
+    EXPECT_EQ (KLV_getacol (task, 0, &count, rows, values), KLV_RES_OK);
+    EXPECT_TRUE (count == 2 && rows[0] == 1 && values[0] == 1 && rows[1] == 0 && values[1] == -1);
+    EXPECT_EQ (column (task, 0, {0}, 0), KLV_RES_OK);
+    EXPECT_EQ (KLV_getnumanz (task, &entries), KLV_RES_OK);
+    EXPECT_EQ (entries, 1) << "a zero is an entry";
+    for (const auto& [j, type, integers] : {std::tuple{1, 1, 1}, {1, 1, 1}, {0, 0, 1}, {1, 0, 0}}) {
+        KLV_putvartype (task, j, type);
+        KLV_getnumintvar (task, &count);
+        EXPECT_EQ (count, integers);
+    }
+    auto& slot = static_cast<T> (task)->solutions[KLV_SOL_BAS];
+    slot.emplace ();
+    KLV_putcfix (task, 3);
+    KLV_appendvars (task, 0);
+    EXPECT_TRUE (slot.has_value ());
+    KLV_appendcons (task, 1);
+    EXPECT_FALSE (slot.has_value ()) << "a solution of other sizes";
+}
+
+TEST (Load, AsksTheCallbackAndStops)
+{
+    struct Asked {
+        std::int32_t answer, code;
+        int times = 0;
+    };
+    for (Asked asked : {Asked{0, KLV_RES_OK},
+                        {1, KLV_RES_USER_STOP},
+                        {-5, KLV_RES_USER_STOP},
+                        {KLV_RES_OUT_OF_MEMORY, KLV_RES_OUT_OF_MEMORY}}) {
+        const SmallTask task;
+        KLV_putcallbackfunc (
+            task,
+            [] (T, void* handle, std::uint32_t caller, const double*, const std::int32_t*,
+                const std::int64_t*) {
+                EXPECT_EQ (caller, static_cast<std::uint32_t> (KLV_CALLER_LOAD));
+                ++static_cast<Asked*> (handle)->times;
+                return static_cast<Asked*> (handle)->answer;
+            },
+            &asked);
+        KLVrescode_t last = KLV_RES_OK;
+        for (int i = 0; asked.times == 0 && i < 100'000'000; ++i)
+            last = column (task, 2, {1});
+        EXPECT_EQ (last, asked.code);
+        EXPECT_EQ (asked.times, 1);
+    }
+}
+
+}

@@ -1,0 +1,224 @@
+// The tables of names and parameters, against the header that users read and as records go out and come in again.
+#include "kalvo/tables/constants.h"
+#include "kalvo/tables/information.h"
+#include "kalvo/tables/parameters.h"
+#include "tests/support/problem_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN ();
+constexpr double inf = std::numeric_limits<double>::infinity ();
+constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+
+// The enumerators that kalvo.h states with a value, sizes and numbers aside.
+std::map<std::string, int> header_constants ()
+{
+    const auto is_size_or_number = [] (std::string_view name) {
+        return name.starts_with ("KLV_VERSION_") || name.ends_with ("_NUMBER") || name.ends_with ("_COUNT") ||
+               name.ends_with ("_PARAMETERS") || name.ends_with ("_INFORMATION") || name == "KLV_MAX_TEXT" ||
+               name == "KLV_FIRST_TERMINATION";
+    };
+    const std::string header = files::load (KALVO_TEST_DATA "/../../kalvo/include/kalvo.h");
+    std::map<std::string, int> found;
+    for (std::size_t at = header.find ("KLV_"); at != header.npos; at = header.find ("KLV_", at + 1)) {
+        const std::size_t end = header.find_first_not_of (alphabet, at);
+        const std::string name = header.substr (at, end - at);
+        if (header.compare (end, 3, " = ") == 0 && !is_size_or_number (name))
+            found[name] = std::stoi (header.substr (end + 3));
+    }
+    return found;
+}
+
+TEST (Tables, HoldTheConstantsOfTheHeader)
+{
+    const files::Task task;
+    const auto stated = header_constants ();
+    EXPECT_GT (stated.size (), 100u);
+    std::int32_t count = 0, number = -1;
+    std::size_t longest = 0;
+    EXPECT_EQ (KLV_getsymbcondim (nullptr, &count, &longest), KLV_RES_OK);
+    const auto capacity = static_cast<std::int32_t> (longest + 1);
+    std::map<std::string, int> listed;
+    char name[KLV_MAX_TEXT], text[KLV_MAX_TEXT];
+    for (std::int32_t i = 0; i < count; ++i) {
+        EXPECT_EQ (KLV_getsymbcon (task, i, capacity, name, &number), KLV_RES_OK);
+        listed[name] = number;
+    }
+    EXPECT_EQ (listed, stated);
+    for (const auto& [constant, value] : stated) {
+        EXPECT_EQ (KLV_symnamtovalue (constant.c_str (), text), 1) << constant;
+        EXPECT_EQ (text, std::to_string (value)) << constant;
+        if (!constant.starts_with ("KLV_RES_"))
+            continue;
+        EXPECT_EQ (KLV_getcodedesc (value, name, text), KLV_RES_OK) << constant;
+        EXPECT_EQ (name, constant);
+        EXPECT_GT (std::string (text).size (), 5u) << constant;
+    }
+    for (const char* unknown :
+         {"", "KLV_", "KLV_O", "KLV_OFFF", "klv_off", " KLV_OFF", "KLV_IPAR_OPTIMIZER", "~"})
+        EXPECT_EQ (KLV_symnamtovalue (unknown, text), 0) << unknown;
+    for (const int code : {-1, 1, 100006, 2147483647}) {
+        EXPECT_EQ (KLV_getcodedesc (code, name, text), KLV_RES_VALUE_UNKNOWN) << code;
+        EXPECT_NE (std::string (text).find ("not known"), std::string::npos);
+    }
+}
+
+// Names become fields of records: letters, digits and underscores, at most 63 characters, none twice.
+TEST (Tables, NamesAreFieldsOfRecordsInTheirFixedNumbers)
+{
+    const files::Task task;
+    std::set<std::string> names;
+    std::size_t total = 0;
+    char name[KLV_MAX_TEXT];
+    const auto look = [&] (auto get, std::int32_t kind, std::int32_t count) {
+        for (std::int32_t i = 0; i < count; ++i, ++total) {
+            EXPECT_EQ (get (task, kind, i, name), KLV_RES_OK);
+            EXPECT_EQ (std::string_view (name).find_first_not_of (alphabet), std::string_view::npos) << name;
+            EXPECT_TRUE (names.insert (name).second && std::string_view (name).size () <= 63) << name;
+        }
+        EXPECT_EQ (get (task, kind, count, name), KLV_RES_INDEX_RANGE);
+        EXPECT_EQ (get (task, kind, -1, name), KLV_RES_INDEX_RANGE);
+    };
+    look (KLV_getparamname, KLV_PAR_DOUBLE, 62);
+    look (KLV_getparamname, KLV_PAR_INTEGER, 190);
+    look (KLV_getparamname, KLV_PAR_STRING, 25);
+    look (KLV_getinfname, KLV_INF_DOUBLE, 111);
+    look (KLV_getinfname, KLV_INF_INTEGER, 117);
+    EXPECT_EQ (KLV_getparamname (task, KLV_PAR_NONE, 0, name), KLV_RES_VALUE_UNKNOWN);
+    EXPECT_EQ (KLV_getinfname (task, 2, 0, name), KLV_RES_VALUE_UNKNOWN);
+}
+
+TEST (Tables, StatusKeysTravelAsTwoCharacters)
+{
+    const files::Task task;
+    std::set<std::string> seen;
+    std::int32_t back = -1;
+    for (std::int32_t key = KLV_SK_UNKNOWN; key <= KLV_SK_INFEASIBLE; ++key) {
+        char whole[KLV_MAX_TEXT];
+        ASSERT_EQ (KLV_sktostr (task, key, whole), KLV_RES_OK);
+        const std::string two (whole, 2);
+        EXPECT_TRUE (seen.insert (two).second) << whole;
+        for (const char* form : {static_cast<const char*> (whole), two.c_str ()}) {
+            EXPECT_EQ (KLV_strtosk (task, form, &back), KLV_RES_OK) << form;
+            EXPECT_EQ (back, key) << form;
+        }
+    }
+    for (const char* text : {"", "U", "un", "UNK", "  ", "XX", "UN "})
+        EXPECT_EQ (KLV_strtosk (task, text, &back), KLV_RES_STATUS_KEY_UNKNOWN) << text;
+    for (const auto function : {KLV_prostatostr, KLV_solstatostr, KLV_sktostr})
+        for (const std::int32_t number : {-1, 8, 1000}) {
+            char text[KLV_MAX_TEXT] = "x";
+            EXPECT_EQ (function (task, number, text), KLV_RES_VALUE_UNKNOWN);
+            EXPECT_STREQ (text, "");
+        }
+}
+
+// ---- Parameters -------------------------------------------------------------------------------------------------------
+
+// A step outside the range is refused by name, reserved ones take their default only; the ends of the range are taken.
+template <class Row, class Value, class Put, class Get>
+void expect_range (const Row& row, Value before, Value after, Put put, Get get)
+{
+    SCOPED_TRACE (row.name);
+    const files::Task task;
+    const KLVrescode_t refused = row.reserved () ? KLV_RES_PARAMETER_RESERVED : KLV_RES_PARAMETER_RANGE;
+    for (const Value outside : {before, after}) {
+        if (outside >= row.smallest && outside <= row.largest)
+            continue;    // there is nothing beyond
+        EXPECT_EQ (put (task, row.number, outside), refused);
+        EXPECT_NE (task.last_error ().find (row.name), std::string::npos) << task.last_error ();
+    }
+    Value value = -7;
+    EXPECT_EQ (get (task, row.number, &value), KLV_RES_OK);
+    EXPECT_EQ (value, row.fallback);
+    for (const Value inside : {row.smallest, row.largest}) {
+        EXPECT_EQ (put (task, row.number, inside), KLV_RES_OK);
+        EXPECT_EQ (get (task, row.number, &value), KLV_RES_OK);
+        EXPECT_EQ (value, inside);
+    }
+}
+
+TEST (Parameters, RefuseWhatIsOutsideTheirRange)
+{
+    for (const klv::RealParameter& row : klv::real_parameters) {
+        const double before = std::nextafter (row.smallest, -inf), after = std::nextafter (row.largest, inf);
+        expect_range (row, before, after, KLV_putdouparam, KLV_getdouparam);
+        expect_range (row, nan, nan, KLV_putdouparam, KLV_getdouparam);
+    }
+    for (const klv::IntParameter& row : klv::int_parameters) {
+        const std::int32_t after = row.largest < 2147483647 ? row.largest + 1 : row.largest;
+        expect_range (row, row.smallest - 1, after, KLV_putintparam, KLV_getintparam);
+    }
+    const files::Task task;
+    for (const klv::TextParameter& row : klv::text_parameters)
+        EXPECT_EQ (KLV_putstrparam (task, row.number, "x"),
+                   row.reserved () ? KLV_RES_PARAMETER_RESERVED : KLV_RES_OK);
+    for (const char* name : {"", "KLV_IPAR_NOTHING", "KLV_DPAR_TIME_LIMIT"})
+        EXPECT_EQ (KLV_putnaintparam (task, name, 1), KLV_RES_PARAMETER_UNKNOWN) << name;
+    EXPECT_EQ (KLV_putnaintparam (task, "KLV_IPAR_OPTIMIZER", 6), KLV_RES_PARAMETER_RANGE);
+    EXPECT_EQ (task.last_error (), "KLV_IPAR_OPTIMIZER must be between 0 and 5, not 6.");
+}
+
+// A number without a name would go out as one that nobody can read, a name of another value would come back as that.
+TEST (Parameters, FindTheirNumbersAndNameTheirValues)
+{
+    const files::Task task;
+    std::int32_t kind = -1, number = -1;
+    for (std::int32_t which = KLV_PAR_DOUBLE; which <= KLV_PAR_STRING; ++which) {
+        char name[KLV_MAX_TEXT];
+        for (std::int32_t i = 0; KLV_getparamname (task, which, i, name) == KLV_RES_OK; ++i) {
+            EXPECT_EQ (KLV_whichparam (task, name, &kind, &number), KLV_RES_OK);
+            EXPECT_TRUE (kind == which && number == i) << name;
+        }
+    }
+    for (const char* name : {"", "KLV_IPAR_OPTIMIZE", "KLV_IPAR_OPTIMIZERS", "klv_ipar_optimizer"}) {
+        EXPECT_EQ (KLV_whichparam (task, name, &kind, &number), KLV_RES_OK);
+        EXPECT_EQ (kind, KLV_PAR_NONE) << name;
+    }
+    int symbolic = 0;
+    for (const klv::IntParameter& row : klv::int_parameters)
+        for (std::int32_t value = row.smallest; row.symbols != klv::Group::none && value <= row.largest;
+             ++value) {
+            char symbol[KLV_MAX_TEXT] = "", digits[KLV_MAX_TEXT] = "";
+            EXPECT_EQ (KLV_iparvaltosymnam (nullptr, row.number, value, symbol), KLV_RES_OK);
+            EXPECT_EQ (KLV_symnamtovalue (symbol, digits), 1) << row.name << ' ' << value;
+            EXPECT_EQ (digits, std::to_string (value)) << row.name;
+            ++symbolic;
+        }
+    EXPECT_GE (symbolic, 20);
+}
+
+// ---- Information ------------------------------------------------------------------------------------------------------
+
+TEST (Information, FollowsTheProblemAndStaysAtTheLimitsOfItsType)
+{
+    const files::Task task;
+    const std::int32_t rows[] = {1, 0};
+    const double values[] = {1, 2};
+    KLV_appendvars (task, 3);
+    KLV_appendcons (task, 2);
+    KLV_putvartype (task, 1, KLV_VAR_INTEGER);
+    KLV_putacol (task, 2, 2, rows, values);
+    for (const auto& [item, expected] : {std::pair{klv::IntItem::variables, 3},
+                                         {klv::IntItem::constraints, 2},
+                                         {klv::IntItem::integers, 1},
+                                         {klv::IntItem::matrix_entries, 2}}) {
+        std::int32_t value = -1;
+        KLV_getintinf (task, static_cast<std::int32_t> (klv::information_number (item)), &value);
+        EXPECT_EQ (value, expected);
+    }
+    klv::Information information;
+    for (const std::int64_t count : {5'000'000'000, -5'000'000'000}) {
+        information.set (klv::IntItem::nodes, count);
+        EXPECT_EQ (information.get (klv::IntItem::nodes), count > 0 ? 2147483647 : -2147483647 - 1);
+    }
+}
+
+}
