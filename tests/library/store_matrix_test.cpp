@@ -21,13 +21,13 @@ void expect_same (klv::ColumnMatrix& matrix, const std::vector<PlainColumn>& pla
     if (pack)
         matrix.pack ();
     ASSERT_EQ (matrix.columns (), std::ssize (plain));
-    std::int32_t entries = 0;
+    std::int64_t entries = 0;
     for (std::size_t j = 0; j < plain.size (); ++j) {
         const klv::Column column = matrix.column (static_cast<std::int32_t> (j));
         ASSERT_TRUE (std::ranges::equal (column.rows, plain[j].rows)) << j;
         ASSERT_TRUE (std::ranges::equal (column.values, plain[j].values)) << j;
         ASSERT_TRUE (!pack || matrix.starts ()[j] == entries) << j;
-        entries += static_cast<std::int32_t> (column.rows.size ());
+        entries += std::ssize (column.rows);
     }
     ASSERT_EQ (matrix.entries (), entries);
     ASSERT_LE (matrix.rows ().size (), 3 * 40 * (plain.size () + 1)) << "holes are closed";
