@@ -1,52 +1,13 @@
-// What no call reaches by itself: status keys as input, texts in place, and the eyes of the test host.
+// What no call reaches by itself: texts changed in place, and the eyes of the test host.
 
 #include <thread>
 
 #include "input/arrays.h"
-#include "output/solution.h"
 #include "tests/unit/gateway_test.h"
 
 namespace {
 
 using Helpers = GatewayTest;
-
-TEST_F (Helpers, StatusKeysAreReadInEitherForm)
-{
-    static std::vector<int> keys;
-    const auto translate = [] (int, mxArray**, int, const mxArray** in) {
-        KLVtask_t task = nullptr;
-        KLV_makeemptytask (nullptr, &task);
-        translatestatuskeys (task, 3, in[0], "skx", "itr", keys.data ());
-        KLV_deletetask (&task);
-    };
-    const std::string all = "1200 prob.sol.itr.skx; ";
-    const struct {
-        const char* form;
-        std::vector<int> keys;    // -1: as before the call
-        std::string line = "";
-    } cases[] = {
-        {"[]", {0, 0, 0}},
-        {"[1 2 3]", {1, 2, 3}},
-        {"[2.9; 0; -0.5]", {2, 0, 0}},
-        {"['BA'; 'UP'; 'FI']", {KLV_SK_BASIC, KLV_SK_UPPER, KLV_SK_FIXED}},
-        {"[1 77 77]", {1, 77, -1}, "1200 prob.sol.itr.skx(2); "},
-        {"[1 1 nan]", {1, 1, -1}, "1200 prob.sol.itr.skx(3); "},
-        {"[4294967297 1 1]", {-1, -1, -1}, "1200 prob.sol.itr.skx(1); "},
-        {"['BA'; '?!'; 'FI']", {KLV_SK_BASIC, -1, -1}, "1200 prob.sol.itr.skx(2); "},
-        {"[1 2]", {-1, -1, -1}, all},
-        {"sparse [1;2;3]", {-1, -1, -1}, all},
-        {"complex [1 2 3]", {-1, -1, -1}, all},
-        {"['BAS'; 'BAS'; 'BAS']", {-1, -1, -1}, all},
-        {"int32 [1 2 3]", {-1, -1, -1}, all},
-    };
-    for (const auto& c : cases) {
-        keys.assign (3, -1);
-        session ().printed.clear ();
-        call (0, {value (c.form)}, translate);
-        EXPECT_EQ (keys, c.keys) << c.form;
-        EXPECT_EQ (printed (), c.line) << c.form;
-    }
-}
 
 TEST_F (Helpers, TextsAreChangedInPlace)
 {
