@@ -9,6 +9,20 @@ constexpr std::size_t longest_line = 1000;
 constexpr std::size_t most_steps = 1000;
 constexpr std::size_t most_phases = 1000;
 
+void Bell::ring () noexcept
+{
+    const std::lock_guard lock (mutex_);
+    rang_ = true;
+    condition_.notify_one ();
+}
+
+void Bell::wait (double seconds)
+{
+    std::unique_lock lock (mutex_);
+    condition_.wait_for (lock, std::chrono::duration<double> (seconds), [&] { return rang_; });
+    rang_ = false;
+}
+
 void EventChannel::end_line ()
 {
     if (news_.lines.size () < most_lines)
@@ -71,16 +85,17 @@ void EventChannel::incumbent (const double* x, std::size_t count) noexcept
 
 void EventChannel::finish (Claims&& claims) noexcept
 {
-    const std::lock_guard lock (mutex_);
-    claims_ = std::move (claims);
-    news_.finished = true;
-    finish_.notify_one ();
+    {
+        const std::lock_guard lock (mutex_);
+        claims_ = std::move (claims);
+        news_.finished = true;
+    }
+    bell_->ring ();
 }
 
-EventChannel::News EventChannel::wait (double seconds)
+EventChannel::News EventChannel::take_news ()
 {
-    std::unique_lock lock (mutex_);
-    finish_.wait_for (lock, std::chrono::duration<double> (seconds), [&] { return news_.finished; });
+    const std::lock_guard lock (mutex_);
     if (news_.finished && !partial_line_.empty ())
         end_line ();
     News news = std::move (news_);

@@ -5,9 +5,11 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace klv {
@@ -63,11 +65,25 @@ struct PhaseChange {
     Clock::time_point since;
 };
 
+// Rings when a run has finished; one for all runs that are waited for together.
+class Bell {
+public:
+    void ring () noexcept;
+    void wait (double seconds);    // not at all when it rang since the last wait
+
+private:
+    std::mutex mutex_;
+    std::condition_variable condition_;
+    bool rang_ = false;
+};
+
 // Owned by worker and calling thread together, so that either may go first. All of it is bounded: when nobody empties it, new lines
 // and steps are dropped, and lines counted. The worker's side never throws: what can't be stored is dropped. Only the end of a
 // run wakes the calling thread, so that short runs are not slowed down; it looks often enough for all else.
 class EventChannel {
 public:
+    explicit EventChannel (std::shared_ptr<Bell> bell) : bell_ (std::move (bell)) {}
+
     // Worker side.
     void text (std::string_view piece) noexcept;     // any piece; handed on as whole lines
     void progress (const Progress& now) noexcept;    // another caller is another phase
@@ -85,7 +101,7 @@ public:
         bool new_incumbent = false;
         bool finished = false;
     };
-    News wait (double seconds);               // returns early when the run has finished
+    News take_news ();                        // since they were taken last
     std::vector<double> take_incumbent ();    // the newest; empty: none came
     Claims take_claims ();
 
@@ -93,8 +109,8 @@ private:
     void end_line ();
     void note (const Progress& now);
 
+    std::shared_ptr<Bell> bell_;
     std::mutex mutex_;
-    std::condition_variable finish_;
     News news_;
     std::string partial_line_;
     std::vector<double> incumbent_;

@@ -19,7 +19,8 @@ struct IntegerGap {
 // What one run led to, once it was checked.
 struct Answer {
     Outcome outcome = Outcome::unknown;
-    bool proved = false;    // optimal, infeasible or unbounded beyond doubt
+    Method method = Method::dual_simplex;    // that it came from
+    bool proved = false;                     // optimal, infeasible or unbounded beyond doubt
     std::optional<Solution> solution = {};
     std::optional<IntegerGap> integer_gap = {};
     std::string message = {};    // of an engine that failed

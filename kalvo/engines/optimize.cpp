@@ -56,10 +56,16 @@ private:
     Answer attempt (Method method, std::shared_ptr<const StartPoint> start);
     Answer attempt_from_start (Method method);
     std::optional<Answer> earlier_answer (KLVsoltype which);
+    Answer first_run (Method method, std::shared_ptr<const StartPoint> start);
+    Answer race (Method method, std::shared_ptr<const StartPoint> start);
+    bool may_race () const;
     Answer run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start);
-    void count (const Job& job, const Claims& claims);
+    void start_run (Method method, bool reformulate, std::shared_ptr<const StartPoint> start);
+    Answer judge_run (Runner::Ended&& run);
+    void count (const Runner::Ended& run);
     void add (IntItem item);
     KLVrescode_t solve_by_interior_point ();
+    KLVrescode_t finish (Answer&& interior);
 
     Answer check (Claims&& claims);
     std::size_t work () const;
@@ -115,12 +121,13 @@ void Optimization::add (IntItem item)
     task_.information.set (item, task_.information.get (item) + 1);
 }
 
-void Optimization::count (const Job& job, const Claims& claims)
+void Optimization::count (const Runner::Ended& run)
 {
+    const auto& [job, claims] = run;
     Information& information = task_.information;
-    information.set (IntItem::threads_used, job.threads);
-    information.set (job.finishes () ? IntItem::finish_iterations : IntItem::simplex_iterations,
-                     claims.simplex_iterations);
+    if (job.method != Method::interior_point || claims.simplex_iterations > 0)
+        information.set (job.finishes () ? IntItem::finish_iterations : IntItem::simplex_iterations,
+                         claims.simplex_iterations);
     if (job.method == Method::interior_point)
         information.set (IntItem::interior_iterations, claims.interior_iterations);
     if (job.method == Method::mixed_integer) {
@@ -129,7 +136,7 @@ void Optimization::count (const Job& job, const Claims& claims)
     }
 }
 
-Answer Optimization::run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start)
+void Optimization::start_run (Method method, bool reformulate, std::shared_ptr<const StartPoint> start)
 {
     Job job;
     job.problem = lowered_;
@@ -138,14 +145,68 @@ Answer Optimization::run_once (Method method, bool reformulate, std::shared_ptr<
     job.reformulate = reformulate;
     job.threads = threads (method);
     job.start = std::move (start);
-    Claims claims = runner_.run (engine_, job);
-    count (job, claims);
-    if (claims.outcome == Outcome::stopped && !answered ())
-        claims.outcome = Outcome::unknown;    // nobody asked it to
-    Answer answer = check (std::move (claims));
+    task_.information.set (IntItem::threads_used, runner_.running () ? 2 : job.threads);
+    runner_.start (engine_, std::move (job));
+}
+
+Answer Optimization::judge_run (Runner::Ended&& run)
+{
+    count (run);
+    if (run.claims.outcome == Outcome::stopped && !answered ())
+        run.claims.outcome = Outcome::unknown;    // nobody asked it to
+    Answer answer = check (std::move (run.claims));
+    answer.method = run.job.method;
     if (answer.outcome == Outcome::optimal && !answer.proved)
         add (IntItem::engine_optimal_claims_rejected);
     return answer;
+}
+
+Answer Optimization::run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start)
+{
+    start_run (method, reformulate, std::move (start));
+    return judge_run (*runner_.wait ());
+}
+
+// Whether interior point may join a simplex run: with two threads to be had, and nothing asked for that only simplex knows.
+bool Optimization::may_race () const
+{
+    const int optimizer = settings_->get (IntSetting::optimizer);
+    const int asked = settings_->get (IntSetting::threads);
+    const int processors = static_cast<int> (std::thread::hardware_concurrency ());
+    return !integers_ && (optimizer == KLV_OPTIMIZER_AUTOMATIC || optimizer == KLV_OPTIMIZER_MIXED_INTEGER) &&
+           (asked > 1 || (asked == 0 && processors - abandoned_workers () > 1)) &&
+           !std::isfinite (settings_->get (RealSetting::objective_limit));
+}
+
+// A simplex run that, when it takes long, interior point joins. The first answer that is proved wins, and nobody waits for the
+// other.
+Answer Optimization::race (Method method, std::shared_ptr<const StartPoint> start)
+{
+    start_run (method, true, std::move (start));
+    std::optional<Runner::Ended> ended = runner_.wait (settings_->get (RealSetting::race_delay));
+    if (!ended) {    // it is still at it
+        task_.information.set (IntItem::race, 1);
+        // A presolve that takes that long is not begun twice.
+        start_run (Method::interior_point, runner_.phase_of_first () != KLV_CALLER_PRESOLVE, nullptr);
+        ended = runner_.wait ();
+    }
+    Answer answer = judge_run (std::move (*ended));
+    if (!runner_.running ())
+        return answer;
+    if (answer.proved || answered () || answer.outcome == Outcome::time_limit) {
+        runner_.abandon ();
+        return answer;
+    }
+    Answer other = judge_run (*runner_.wait ());
+    return other.proved || !answer.solution ? other : answer;
+}
+
+Answer Optimization::first_run (Method method, std::shared_ptr<const StartPoint> start)
+{
+    const bool simplex = method == Method::primal_simplex || method == Method::dual_simplex;
+    const bool finishes = start && start->finishes;
+    return simplex && !finishes && may_race () ? race (method, std::move (start))
+                                               : run_once (method, true, std::move (start));
 }
 
 static bool ended_early (Outcome outcome)
@@ -166,7 +227,7 @@ Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> s
     const bool plain =
         settings_->get (IntSetting::presolve) == KLV_PRESOLVE_OFF &&
         (settings_->get (IntSetting::scaling) == KLV_SCALING_OFF || method == Method::interior_point);
-    Answer answer = run_once (method, true, start);
+    Answer answer = first_run (method, start);
     if (!settles (answer) && !plain) {
         const std::string what = answer.outcome == Outcome::failed
                                      ? text ("The optimiser failed (", answer.message, ")")
@@ -186,7 +247,7 @@ Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> s
 Answer Optimization::attempt_from_start (Method method)
 {
     task_.information.set (IntItem::start, integers_ ? 3 : start_->column_key.empty () ? 2 : 1);
-    Answer answer = run_once (method, true, start_);
+    Answer answer = first_run (method, start_);
     if (settles (answer))
         return answer;
     task_.warn (
@@ -336,6 +397,12 @@ static int optimizer_of (Method method)
     return KLV_OPTIMIZER_AUTOMATIC;
 }
 
+static bool is_certificate (const Answer& answer)
+{
+    return answer.proved && answer.solution && answer.solution->solution_status != KLV_SOLSTA_OPTIMAL &&
+           answer.solution->solution_status != KLV_SOLSTA_INTEGER_OPTIMAL;
+}
+
 KLVrescode_t Optimization::find_engine (Method method)
 {
     std::string why = "there is none";
@@ -374,7 +441,7 @@ KLVrescode_t Optimization::lower_problem ()
 
 KLVrescode_t Optimization::solve_with_engine ()
 {
-    Method method = first_method ();
+    const Method method = first_method ();
     if (const KLVrescode_t code = find_engine (method))
         return code;
     if (const KLVrescode_t code = lower_problem ())
@@ -382,29 +449,30 @@ KLVrescode_t Optimization::solve_with_engine ()
 
     if (method == Method::interior_point)
         return solve_by_interior_point ();
-    if (start_) {
-        method = method_from_start (method);
-        return store (attempt_from_start (method), slots (), optimizer_of (method));
-    }
-    return store (attempt (method, nullptr), slots (), optimizer_of (method));
+    Answer answer = start_ ? attempt_from_start (method_from_start (method)) : attempt (method, nullptr);
+    if (answer.method == Method::interior_point && !is_certificate (answer))
+        return finish (std::move (answer));
+    return store (std::move (answer), slots (), optimizer_of (answer.method));
+}
+
+KLVrescode_t Optimization::solve_by_interior_point ()
+{
+    // The method can't start from a point: one that is an answer already is all that it can use.
+    std::optional<Answer> earlier = earlier_answer (KLV_SOL_ITR);
+    if (!earlier || !earlier->proved)
+        earlier = attempt (Method::interior_point, nullptr);
+    else
+        task_.information.set (IntItem::start, 2);
+    if (is_certificate (*earlier))
+        return store (std::move (*earlier), slots (), KLV_OPTIMIZER_INTERIOR_POINT);
+    return finish (std::move (*earlier));
 }
 
 // The interior solution, and the basic one that a simplex finish makes of it. What is certified holds for both slots.
-KLVrescode_t Optimization::solve_by_interior_point ()
+KLVrescode_t Optimization::finish (Answer&& interior)
 {
-    const auto certified = [] (const Answer& answer) {
-        return answer.proved && answer.solution->solution_status != KLV_SOLSTA_OPTIMAL;
-    };
-    // The method can't start from a point: one that is an answer already is all that it can use.
-    std::optional<Answer> earlier = earlier_answer (KLV_SOL_ITR);
-    const bool known = earlier && earlier->proved;
-    if (known)
-        task_.information.set (IntItem::start, 2);
-    Answer interior = known ? std::move (*earlier) : attempt (Method::interior_point, nullptr);
-    const bool goes_on = slots ().size () > 1 && !answered () && !ended_early (interior.outcome) &&
-                         interior.outcome != Outcome::out_of_memory;
-    if (certified (interior))
-        return store (std::move (interior), slots (), KLV_OPTIMIZER_INTERIOR_POINT);
+    const bool goes_on = std::ranges::count (slots (), KLV_SOL_BAS) > 0 && !answered () &&
+                         !ended_early (interior.outcome) && interior.outcome != Outcome::out_of_memory;
     if (!goes_on)
         return store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);
 
@@ -419,9 +487,9 @@ KLVrescode_t Optimization::solve_by_interior_point ()
     }
     Answer basic = attempt (Method::dual_simplex, std::move (start));
     // An interior point that is no proof stands back behind a basic solution that is one.
-    if (basic.proved && !interior.proved && !certified (basic))
+    if (basic.proved && !interior.proved && !is_certificate (basic))
         task_.warn ("The interior-point method proved nothing; the interior solution is the basic one.");
-    if (certified (basic) || (basic.proved && !interior.proved))
+    if (is_certificate (basic) || (basic.proved && !interior.proved))
         return store (std::move (basic), slots (), KLV_OPTIMIZER_DUAL_SIMPLEX);
     if (interior.solution)
         store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);

@@ -57,16 +57,20 @@ void Runner::ask (std::uint32_t caller)
 void Runner::ask_once_more ()
 {
     if (answer_ == 0)
-        ask (phase_);
+        ask (phase_.caller);
 }
 
-void Runner::enter (std::uint32_t phase, Clock::time_point since)
+void Runner::change_phase (Phase& phase, std::uint32_t caller, Clock::time_point since)
 {
     Information& information = task_.information;
-    if (const auto item = time_of (phase_))
-        information.set (*item, information.get (*item) + seconds_between (phase_since_, since));
-    phase_ = phase;
-    phase_since_ = since;
+    if (const auto item = time_of (phase.caller))
+        information.set (*item, information.get (*item) + seconds_between (phase.since, since));
+    phase = {caller, since};
+}
+
+void Runner::enter (std::uint32_t phase)
+{
+    change_phase (phase_, phase, Clock::now ());
     if (answer_ == 0 || phase == KLV_CALLER_END_OPTIMIZE)
         ask (phase);
 }
@@ -106,25 +110,43 @@ void Runner::note (const Progress& now)
         information.set (RealItem::dual_objective, now.dual_objective);
 }
 
-void Runner::take (const EventChannel::News& news)
+// True when the callback was asked.
+bool Runner::take_news (Run& run)
 {
+    const EventChannel::News news = run.worker->channel ().take_news ();
     for (const std::string& line : news.lines)
         log_.engine_line (line);
     if (news.dropped_lines > 0)
         log_.engine_line (text ("(", news.dropped_lines, " lines were lost)"));
     for (const Progress& step : news.steps)
-        log_.step (step, seconds ());
+        log_.step (run.log, step, seconds ());
     if (!news.finished)
-        log_.pulse (news.progress, seconds ());
+        log_.pulse (run.log, news.progress, seconds ());
     note (news.progress);
-    for (const PhaseChange& phase : news.phases)
-        enter (phase.caller, phase.since);
-    if (answer_ != 0 || news.finished)
-        return;
-    if (news.new_incumbent)
+    bool asked = false;
+    for (const PhaseChange& phase : news.phases) {
+        change_phase (run.phase, phase.caller, phase.since);
+        asked = answer_ == 0;
+        if (asked)
+            ask (phase.caller);
+    }
+    if (news.new_incumbent && !news.finished && answer_ == 0) {
         ask (KLV_CALLER_NEW_INCUMBENT);
-    else if (news.phases.empty ())
-        ask (phase_);
+        asked = true;
+    }
+    run.finished = news.finished;
+    return asked;
+}
+
+void Runner::take_all_news ()
+{
+    bool asked = false, finished = false;
+    for (Run& run : runs_) {
+        asked = take_news (run) || asked;
+        finished = finished || run.finished;
+    }
+    if (!asked && !finished && answer_ == 0)
+        ask (runs_.front ().phase.caller);
 }
 
 // ---- Runs -----------------------------------------------------------------------------------------------------------------
@@ -134,59 +156,89 @@ bool Runner::wait_for_room ()
 {
     while (answer_ == 0 && abandoned_workers () >= most_abandoned_workers && seconds_left () > 0) {
         std::this_thread::sleep_for (between_questions);
-        ask (phase_);
+        ask (phase_.caller);
     }
     out_of_time_ = abandoned_workers () >= most_abandoned_workers && answer_ == 0;
     return answer_ == 0 && !out_of_time_;
 }
 
-// Waits for the answer of a run that must end, and abandons it when there is none in time.
-Claims Runner::stop (Worker& worker, bool integers)
+void Runner::start (const std::shared_ptr<Engine>& engine, Job job)
 {
-    worker.stop ();
-    const Clock::time_point stopped = Clock::now ();
-    for (double left = patience; left > 0; left = patience - seconds_between (stopped, Clock::now ())) {
-        const EventChannel::News news = worker.channel ().wait (std::min (left, between_questions.count ()));
-        take (news);
-        if (news.finished) {
-            worker.join ();
-            return worker.channel ().take_claims ();
-        }
-    }
-    Claims claims;
-    claims.outcome = Outcome::stopped;
-    if (integers)
-        claims.x = worker.channel ().take_incumbent ();
-    return claims;
+    if (!wait_for_room ())
+        return;
+    job.seconds = seconds_left ();
+    Run run{.late = seconds () + job.seconds + patience_with_clock,
+            .log = log_.begin_run (job, engine->name (), running ()),
+            .phase = {KLV_CALLER_BEGIN_OPTIMIZE, Clock::now ()}};
+    run.job = job;
+    run.job.problem.reset ();
+    run.job.settings.reset ();
+    run.worker = std::make_unique<Worker> (engine, std::move (job), bell_);
+    runs_.push_back (std::move (run));
 }
 
-Claims Runner::run (const std::shared_ptr<Engine>& engine, Job job)
+std::optional<Runner::Ended> Runner::take_ended ()
 {
-    Claims claims;
-    claims.outcome = Outcome::stopped;
-    if (wait_for_room ()) {
-        job.seconds = seconds_left ();
-        const bool integers = job.method == Method::mixed_integer;
-        const double late = seconds () + job.seconds + patience_with_clock;
-        log_.begin_run (job, engine->name ());
-        Worker worker (engine, std::move (job));
-        for (bool running = true; running;) {
-            const EventChannel::News news = worker.channel ().wait (between_questions.count ());
-            take (news);
-            running = !news.finished;
-            if (news.finished) {
-                worker.join ();
-                claims = worker.channel ().take_claims ();
-            } else if (answer_ != 0 || seconds () > late) {
-                out_of_time_ = answer_ == 0;
-                claims = stop (worker, integers);
-                running = false;
-            }
-        }
+    const auto ended = std::ranges::find_if (runs_, &Run::finished);
+    if (ended == runs_.end ())
+        return std::nullopt;
+    change_phase (ended->phase, ended->phase.caller, Clock::now ());
+    ended->worker->join ();
+    Ended result{std::move (ended->job), ended->worker->channel ().take_claims ()};
+    runs_.erase (ended);
+    return result;
+}
+
+// Waits for the answers of runs that must end, and abandons those that give none in time. The first that knows a point is
+// the answer.
+Runner::Ended Runner::stop ()
+{
+    std::optional<Ended> best;
+    for (const Run& run : runs_)
+        run.worker->stop ();
+    const Clock::time_point stopped = Clock::now ();
+    for (double left = patience; left > 0 && running ();
+         left = patience - seconds_between (stopped, Clock::now ())) {
+        bell_->wait (std::min (left, between_questions.count ()));
+        take_all_news ();
+        while (std::optional<Ended> ended = take_ended ())
+            if (!best || (best->claims.x.empty () && !ended->claims.x.empty ()))
+                best = std::move (ended);
     }
-    if (claims.outcome == Outcome::stopped && out_of_time_)
-        claims.outcome = Outcome::time_limit;
-    return claims;
+    if (!best) {
+        Run& run = runs_.front ();
+        best = Ended{std::move (run.job), {}};
+        best->claims.outcome = Outcome::stopped;
+        if (best->job.method == Method::mixed_integer)
+            best->claims.x = run.worker->channel ().take_incumbent ();
+    }
+    abandon ();
+    return std::move (*best);
+}
+
+std::optional<Runner::Ended> Runner::wait (double most_seconds)
+{
+    const Clock::time_point began = Clock::now ();
+    std::optional<Ended> ended;
+    while (running () && !ended) {
+        bell_->wait (std::min (between_questions.count (), most_seconds));
+        take_all_news ();
+        ended = take_ended ();
+        const bool late = std::ranges::any_of (runs_, [&] (const Run& run) { return seconds () > run.late; });
+        if (!ended && (answer_ != 0 || late)) {
+            out_of_time_ = answer_ == 0;
+            ended = stop ();
+        }
+        if (!ended && seconds_between (began, Clock::now ()) >= most_seconds)
+            return std::nullopt;
+    }
+    if (!ended) {    // none could begin
+        ended.emplace ();
+        ended->claims.outcome = Outcome::stopped;
+    }
+    if (ended->claims.outcome == Outcome::stopped && out_of_time_)
+        ended->claims.outcome = Outcome::time_limit;
+    return ended;
 }
 
 }

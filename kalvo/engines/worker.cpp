@@ -89,7 +89,8 @@ BlockedSignals::~BlockedSignals ()
     pthread_sigmask (SIG_SETMASK, &before_, nullptr);
 }
 
-Worker::Worker (std::shared_ptr<Engine> engine, Job job) : shared_ (std::make_shared<Shared> ())
+Worker::Worker (std::shared_ptr<Engine> engine, Job job, std::shared_ptr<Bell> bell)
+    : shared_ (std::make_shared<Shared> (std::move (bell)))
 {
     shared_->engine = std::move (engine);
     shared_->job = std::move (job);

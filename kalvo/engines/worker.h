@@ -12,6 +12,7 @@
 #include <list>
 #include <memory>
 #include <thread>
+#include <utility>
 
 namespace klv {
 
@@ -29,8 +30,9 @@ private:
 
 class Worker {
 public:
-    // Starts the run. Throws std::system_error when there is no thread to be had, std::bad_alloc.
-    Worker (std::shared_ptr<Engine> engine, Job job);
+    // Starts the run; the bell rings when it has finished. Throws std::system_error when there is no thread to be had,
+    // std::bad_alloc.
+    Worker (std::shared_ptr<Engine> engine, Job job, std::shared_ptr<Bell> bell);
     Worker (const Worker&) = delete;
     Worker& operator= (const Worker&) = delete;
     ~Worker ();    // abandons a run that was not joined
@@ -40,6 +42,8 @@ public:
     void join ();    // of a run that has finished
 
     struct Shared {
+        explicit Shared (std::shared_ptr<Bell> bell) : channel (std::move (bell)) {}
+
         std::shared_ptr<Engine> engine;
         Job job;
         StopFlag stop = false;

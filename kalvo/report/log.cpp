@@ -50,18 +50,20 @@ void Log::header ()
     task_.say (line + text (", ", problem.matrix.entries (), " entries"));
 }
 
-void Log::begin_run (const Job& job, const char* engine)
+std::size_t Log::begin_run (const Job& job, const char* engine, bool joins)
 {
-    method_ = job.method;
-    const IntSetting switched = method_ == Method::interior_point  ? IntSetting::log_interior_point
-                                : method_ == Method::mixed_integer ? IntSetting::log_mixed_integer
-                                                                   : IntSetting::log_simplex;
-    shows_progress_ = level_ >= 2 && task_.parameters.get (switched) != 0;
-    titled_ = false;
-    if (shows_progress_)
-        task_.say (text ("Running ", method_name (method_, job.finishes ()), " (", engine, "), ", job.threads,
-                         job.threads == 1 ? " thread" : " threads",
+    const IntSetting switched = job.method == Method::interior_point  ? IntSetting::log_interior_point
+                                : job.method == Method::mixed_integer ? IntSetting::log_mixed_integer
+                                                                      : IntSetting::log_simplex;
+    const bool shows_progress = level_ >= 2 && task_.parameters.get (switched) != 0;
+    runs_.push_back ({job.method, method_name (job.method, job.finishes ()), shows_progress});
+    side_by_side_ = joins;
+    titled_ = titled_ && joins;
+    if (shows_progress)
+        task_.say (text (joins ? "Joined by " : "Running ", runs_.back ().name, " (", engine, "), ",
+                         job.threads, job.threads == 1 ? " thread" : " threads",
                          job.reformulate ? "" : ", without presolve and scaling"));
+    return runs_.size () - 1;
 }
 
 static std::string number (bool known, double value)
@@ -83,11 +85,12 @@ static std::string percentage (const Progress& now)
                : formatted (" %9s", "-");
 }
 
-void Log::step (const Progress& now, double seconds)
+void Log::step (std::size_t number_of_run, const Progress& now, double seconds)
 {
-    if (!shows_progress_)
+    Run& run = runs_[number_of_run];
+    if (!run.shows_progress)
         return;
-    const bool integer = method_ == Method::mixed_integer;
+    const bool integer = run.method == Method::mixed_integer;
     if (!titled_)
         task_.say (integer ? formatted ("%10s %10s %18s %18s %9s %8s", "node", "points", "incumbent", "bound",
                                         "gap", "seconds")
@@ -101,23 +104,25 @@ void Log::step (const Progress& now, double seconds)
         now.has_primal || now.has_dual || now.primal_violation != 0 || now.dual_violation != 0;
     line += integer ? percentage (now)
                     : violation (measured, now.primal_violation) + violation (measured, now.dual_violation);
-    task_.say (line + formatted (" %8.2f", seconds));
+    line += formatted (" %8.2f", seconds);
+    task_.say (side_by_side_ ? line + "  " + run.name : line);
     titled_ = true;
-    printed_at_ = seconds;
+    run.printed_at = seconds;
 }
 
 // The longer a run takes, the more rarely. Between its steps a linear method tells the iteration only.
-void Log::pulse (const Progress& now, double seconds)
+void Log::pulse (std::size_t number_of_run, const Progress& now, double seconds)
 {
-    if (seconds - printed_at_ < std::max (1.0, seconds / 20) ||
-        (now.iterations == 0 && method_ != Method::mixed_integer))
+    const Run& run = runs_[number_of_run];
+    if (seconds - run.printed_at < std::max (1.0, seconds / 20) ||
+        (now.iterations == 0 && run.method != Method::mixed_integer))
         return;
     Progress known = now;
-    if (method_ != Method::mixed_integer) {
+    if (run.method != Method::mixed_integer) {
         known.has_primal = known.has_dual = false;
         known.primal_violation = known.dual_violation = 0;
     }
-    step (known, seconds);
+    step (number_of_run, known, seconds);
 }
 
 void Log::engine_line (const std::string& line)

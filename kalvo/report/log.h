@@ -5,7 +5,9 @@
 #include "kalvo/engines/engine.h"
 #include "kalvo/task/task.h"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace klv {
 
@@ -22,19 +24,27 @@ public:
     explicit Log (Task& task) : task_ (task), level_ (task.parameters.get (IntSetting::log_level)) {}
 
     void header ();
-    void begin_run (const Job& job, const char* engine);
-    void step (const Progress& now, double seconds);     // one line
-    void pulse (const Progress& now, double seconds);    // the same, but only after a long silence
+    std::size_t begin_run (const Job& job, const char* engine, bool joins);    // the run's number
+    void step (std::size_t run, const Progress& now, double seconds);          // one line
+    void pulse (std::size_t run, const Progress& now,
+                double seconds);    // the same, but only after a long silence
     void engine_line (const std::string& line);
     void summary_line (const std::string& line);    // where anything at all is printed
 
 private:
+    // Runs side by side have the same columns, and each line then says whose it is.
+    struct Run {
+        Method method;
+        std::string name;
+        bool shows_progress;
+        double printed_at = 0;
+    };
+
     Task& task_;
     int level_;
-    Method method_ = Method::dual_simplex;
-    bool shows_progress_ = false;
+    std::vector<Run> runs_;
     bool titled_ = false;
-    double printed_at_ = 0;
+    bool side_by_side_ = false;
 };
 
 }

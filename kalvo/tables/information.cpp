@@ -76,6 +76,8 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
      "Stopped runs that had not ended yet when the optimisation returned."},
     {IntItem::start, "KLV_IINF_START",
      "What the answer was found from: 0 nothing, 1 a basis, 2 a point, 3 values of integer variables."},
+    {IntItem::race, "KLV_IINF_RACE",
+     "Whether interior point joined simplex (1) or not (0); KLV_IINF_OPTIMIZER says who won."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");

@@ -56,6 +56,7 @@ enum class IntItem {
     optimizer_used,
     abandoned_workers,
     start,
+    race,
     count
 };
 

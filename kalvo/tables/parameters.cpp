@@ -27,6 +27,9 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
      "Seconds that an optimisation may take; -1: no limit."},
     {7, "KLV_DPAR_OBJECTIVE_LIMIT", inf, -inf, inf, Group::none, RealSetting::objective_limit,
      "A dual (simplex) or primal (integer) objective beyond it ends the run; infinite: no limit."},
+    {8, "KLV_DPAR_RACE_DELAY", 0.3, 0, inf, Group::none, RealSetting::race_delay,
+     "Seconds after which interior point joins a simplex run of the automatic optimiser; infinite: it does "
+     "not."},
     {KLV_DPAR_BOUND_INFINITY_NUMBER, "KLV_DPAR_BOUND_INFINITY", 1e20, 1, inf, Group::none,
      RealSetting::bound_infinity, "Bounds at or beyond it are infinite."},
     {KLV_DPAR_FIXING_TOLERANCE_NUMBER, "KLV_DPAR_FIXING_TOLERANCE", 1e-10, 0, 1, Group::none,

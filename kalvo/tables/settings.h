@@ -15,6 +15,7 @@ enum class RealSetting {
     integer_relative_gap,
     time_limit,         // seconds; negative: none
     objective_limit,    // infinite: none
+    race_delay,         // seconds after which interior point joins simplex; infinite: never
     count
 };
 
