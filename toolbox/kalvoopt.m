@@ -141,7 +141,7 @@
 %       KLV_DPAR_BOUND_INFINITY           1e+20                    bounds from there on are infinite: in files all, in
 %                                                                  prob upper ones in full vectors
 %       KLV_DPAR_FIXING_TOLERANCE         1e-10                    bounds that differ by at most this are one value
-%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS
+%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS, _LP
 %       KLV_SPAR_DATA_FILE                ''                       the problem file; set by read(file)
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
@@ -156,19 +156,35 @@
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
-%   PROBLEM FILES: MPS, extension .mps
+%   PROBLEM FILES: MPS and LP, extensions .mps and .lp
 %
-%       Free form has fields separated by blanks, so its names have none. Fixed form has them in the columns 2-3, 5-12,
+%       The parameter of the file format forces one, then with any extension. A file is read as a whole or not at all: res.rmsg
+%       names the line and the cause of a fault. It is written with every number to the last bit and every name as it is, or
+%       not at all, and then the file that was there before stays. Items without a name are written as C1, C2, ..., R1, R2,
+%       ... and OBJ. Quadratic terms, cones, special ordered sets, indicators and semi-continuous variables are refused.
+%
+%       MPS: free form has fields separated by blanks, so its names have none. Fixed form has them in the columns 2-3, 5-12,
 %       15-22, 25-36, 40-47 and 50-61: names of up to 8 bytes, blanks inside allowed. read finds out which form a file has;
-%       write takes free form unless only fixed form can hold the names. KLV_IPAR_FILE_FORMAT forces a form, then with
-%       any extension.
+%       write takes free form unless only fixed form can hold the names. Sections: NAME, OBJSENSE, OBJNAME, ROWS, COLUMNS,
+%       RHS, RANGES, BOUNDS (types LO, UP, FX, FR, MI, PL, BV, LI, UI) and ENDATA.
 %
-%       Sections: NAME, OBJSENSE, OBJNAME, ROWS, COLUMNS, RHS, RANGES, BOUNDS (types LO, UP, FX, FR, MI, PL, BV, LI, UI) and
-%       ENDATA. Quadratic terms, cones, special ordered sets, indicators and semi-continuous variables are refused.
+%       LP, in small or capital letters:
 %
-%       A file is read as a whole or not at all: res.rmsg names the line and the cause of a fault. It is written with every
-%       number to the last bit and every name as it is, or not at all, and then the file that was there before stays. Items
-%       without a name are written as C1, C2, ..., R1, R2, ... and OBJ.
+%           \ Problem name: diet            (a comment, from "\" to the end of its line)
+%           Minimize                        or Maximize
+%            cost: 2 bread + 3.5 milk + 10
+%           Subject To                      each constraint begins on a line of its own and may go on over more
+%            energy: 90 bread + 120 milk >= 300
+%            fat: -5 <= bread - 2 milk <= 40
+%           Bounds                          0 and infinity where nothing is said
+%            bread <= 10
+%            -infinity <= milk <= 4         also x >= 1, x = 1 and x free
+%           Generals                        integer variables
+%            bread
+%           Binaries
+%           End
+%
+%       "<", "<=" and "=<" are the same. Variables stand left of the relation or between two, numbers at the other sides.
 %
 %       Programs differ in how they understand some files. kalvoopt warns of such lines (echo(2) and above), and reads:
 %         an integer column between markers without any bound gets the bounds 0 and 1
@@ -182,6 +198,8 @@
 %         only the first set of RHS, RANGES or BOUNDS is used
 %         a bound at or beyond the bound infinity threshold is no bound
 %         without an N row the objective is zero
+%         terms of a variable that comes twice in an expression are added
+%         a binary variable has no bound beyond 0 and 1
 %
 %   WHAT ODD INPUT DOES
 %
@@ -205,9 +223,9 @@
 %       progress function that returns true      the run goes on: only numbers stop it
 %       callback that fails                      progress function: the run stops, 100007; log function: ignored
 %       prob together with read                  prob is not looked at (but prob.sol and prob.primalrepair)
-%       file missing, a folder or a pipe         3103, res.rmsg says why; other extension than .mps: 3102
+%       file missing, a folder or a pipe         3103, res.rmsg says why; an unknown extension: 3102
 %       fault in a file; unsupported section     3105, 3106, the line is named
-%       names or bounds that MPS cannot hold     3108, the item is named; disk full: 3107
+%       names or bounds no file can hold         3108, the item is named; disk full: 3107
 %       unknown word in cmd                      1200, nothing is done, res is not set
 %
 %   See also: glpk

@@ -91,6 +91,19 @@ void Draft::make_integer (std::int32_t j)
     type = KLV_VAR_INTEGER;
 }
 
+void Draft::limit_to_binary (std::int32_t j)
+{
+    Column& column = columns_[static_cast<std::size_t> (j)];
+    double& lower = problem.variable.lower[static_cast<std::size_t> (j)];
+    double& upper = problem.variable.upper[static_cast<std::size_t> (j)];
+    if (lower < 0 || (column.upper_said && upper > 1))
+        note_column (Tradition::binary_bound, j);
+    lower = lower < 0 ? 0 : lower;
+    upper = upper > 1 ? 1 : upper;
+    column.lower_said = true;
+    column.fixed &= lower == upper;
+}
+
 void Draft::note_column (Tradition kind, std::int32_t j)
 {
     warnings.note (kind, columns_[static_cast<std::size_t> (j)].line, column_names[j]);

@@ -26,6 +26,7 @@ public:
     void set_upper (std::int32_t j, double value);
     void fix (std::int32_t j, double value);
     void make_integer (std::int32_t j);
+    void limit_to_binary (std::int32_t j);
     bool is_lower_said (std::int32_t j) const { return columns_[static_cast<std::size_t> (j)].lower_said; }
     bool is_upper_said (std::int32_t j) const { return columns_[static_cast<std::size_t> (j)].upper_said; }
 
@@ -46,9 +47,6 @@ private:
         bool upper_said = false;
         bool fixed = false;
     };
-
-    double& said_lower (std::int32_t j);
-    double& said_upper (std::int32_t j);
 
     const LineReader& lines_;
     double huge_;

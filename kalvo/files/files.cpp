@@ -1,16 +1,20 @@
 // Problem files: which format, and what a task gets to hold or to say of a fault.
+#include "kalvo/files/lp.h"
 #include "kalvo/files/mps.h"
 #include "kalvo/task/operations.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace klv {
 
 // ---- Formats
 
-enum class FileFormat { mps, free_mps, fixed_mps };
+// A format as an extension or a parameter names it. By extension, an MPS file has the form that its lines show,
+// and is written in free form unless only fixed form can hold the names.
+enum class FileFormat { mps, free_mps, fixed_mps, lp };
 
-static bool has_extension (const std::string& path, std::string_view extension)
+static bool has_extension (std::string_view path, std::string_view extension)
 {
     const auto lower = [] (char c) { return c >= 'A' && c <= 'Z' ? static_cast<char> (c - 'A' + 'a') : c; };
     return path.size () > extension.size () &&
@@ -18,20 +22,24 @@ static bool has_extension (const std::string& path, std::string_view extension)
                        [&] (char a, char b) { return a == lower (b); });
 }
 
-static FileFormat format_of (const Task& task, const std::string& path)
+static FileFormat format_of (const Task& task, std::string_view path)
 {
     switch (task.parameters.get (IntSetting::file_format)) {
     case KLV_FILE_FREE_MPS:
         return FileFormat::free_mps;
     case KLV_FILE_FIXED_MPS:
         return FileFormat::fixed_mps;
+    case KLV_FILE_LP:
+        return FileFormat::lp;
     default:
         break;
     }
     if (has_extension (path, ".mps"))
         return FileFormat::mps;
+    if (has_extension (path, ".lp"))
+        return FileFormat::lp;
     throw FileFault{KLV_RES_FILE_FORMAT_UNKNOWN,
-                    "the file's extension names no known format: the extension .mps is known, "
+                    "the file's extension names no known format: the extensions .mps and .lp are known, "
                     "and the parameter KLV_IPAR_FILE_FORMAT names a format for any file"};
 }
 
@@ -54,6 +62,8 @@ static Problem read_format (Task& task, const std::string& path, Pacer& pacer)
         return read_mps (task, path, FileForm::free_mps, pacer);
     case FileFormat::fixed_mps:
         return read_mps (task, path, FileForm::fixed_mps, pacer);
+    case FileFormat::lp:
+        return read_lp (task, path, pacer);
     default:
         return read_mps_of_any_form (task, path, pacer);
     }
@@ -75,15 +85,35 @@ KLVrescode_t read_problem (Task& task, const char* path)
     }
 }
 
-// By extension, MPS is written in free form unless only fixed form can hold the names.
-static FileForm form_to_write (const Task& task, const std::string& path)
+static FileForm form_to_write (const Problem& problem, FileFormat format)
 {
-    const Problem& problem = task.problem ();
-    const FileFormat format = format_of (task, path);
-    if (format == FileFormat::mps && !holds_names (FileForm::free_mps, problem) &&
-        holds_names (FileForm::fixed_mps, problem))
+    switch (format) {
+    case FileFormat::free_mps:
+        return FileForm::free_mps;
+    case FileFormat::fixed_mps:
         return FileForm::fixed_mps;
-    return format == FileFormat::fixed_mps ? FileForm::fixed_mps : FileForm::free_mps;
+    case FileFormat::lp:
+        return FileForm::lp;
+    default:
+        return !holds_names (FileForm::free_mps, problem) && holds_names (FileForm::fixed_mps, problem)
+                   ? FileForm::fixed_mps
+                   : FileForm::free_mps;
+    }
+}
+
+static void warn_of_huge_bounds (Task& task)
+{
+    const double huge = task.parameters.get (RealSetting::bound_infinity);
+    std::int64_t count = 0;
+    for (const Bounds* bounds : {&task.problem ().constraint, &task.problem ().variable})
+        for (const std::vector<double>* values : {&bounds->lower, &bounds->upper})
+            count += std::count_if (values->begin (), values->end (), [=] (double value) {
+                return std::isfinite (value) && std::fabs (value) >= huge;
+            });
+    if (count > 0)
+        task.warn (std::to_string (count) +
+                   " bounds are written as numbers, and are read as no bounds while they "
+                   "are beyond the bound infinity threshold");
 }
 
 KLVrescode_t write_problem (Task& task, const char* path)
@@ -91,12 +121,16 @@ KLVrescode_t write_problem (Task& task, const char* path)
     try {
         Pacer pacer (task, KLV_CALLER_WRITE);
         pacer.ask (KLV_CALLER_BEGIN_WRITE);
-        const FileForm form = form_to_write (task, path);
-        check_mps_holds (task.problem (), form);
+        const FileForm form = form_to_write (task.problem (), format_of (task, path));
+        check_names (form, task.problem ());
         OutputFile file (path, pacer);
-        write_mps (task, form, file);
+        if (form == FileForm::lp)
+            write_lp (task, file);
+        else
+            write_mps (task, form, file);
         pacer.ask (KLV_CALLER_END_WRITE);
         file.commit ();
+        warn_of_huge_bounds (task);
         task.information.set (RealItem::time_write, task.information.get (RealItem::progress_time));
         return KLV_RES_OK;
     } catch (const FileFault& fault) {

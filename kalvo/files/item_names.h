@@ -18,6 +18,9 @@ public:
     std::string_view operator() (std::int32_t item) const;
     std::int32_t count () const { return count_; }
 
+    // Starts to fetch a name from memory.
+    void prefetch (std::int32_t item) const { __builtin_prefetch (&names_.get (item)); }
+
 private:
     const Names& names_;
     std::int32_t count_;

@@ -27,6 +27,9 @@ public:
     std::string_view line () const { return line_; }
     std::int64_t number () const { return number_; }
 
+    // What comes behind the line, as far as it is in memory.
+    std::string_view ahead () const { return {buffer_.data () + begin_, end_ - begin_}; }
+
 private:
     void refill ();
     void skip_byte_order_mark ();

@@ -17,10 +17,7 @@ Problem read_mps (Task& task, const std::string& path, FileForm form, Pacer& pac
 // The same, in free form unless a line shows that names with blanks are in fixed columns.
 Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer);
 
-// Refuses, naming the item, what the form cannot hold.
-void check_mps_holds (const Problem& problem, FileForm form);
-
-// Writes what check_mps_holds has accepted. Variables and constraints without a name are written as C1, C2,
+// Writes what check_names has accepted; throws FileFault for bounds of a row that no range says. Variables and constraints without a name are written as C1, C2,
 // ... and R1, R2, ... by their place, an objective without one as OBJ; "_" is added to these where others
 // have such names.
 void write_mps (Task& task, FileForm form, OutputFile& file);

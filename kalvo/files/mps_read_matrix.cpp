@@ -42,11 +42,27 @@ void MpsReader::column_line (const MpsFields& fields)
         return marker_line (fields.item[1]);
     if (column_ < 0 || draft_.column_names[column_] != fields.name)
         begin_column (fields.name);
-    row_names_.prefetch (fields.item[0]);
-    row_names_.prefetch (fields.item[1]);
+    prefetch_row_ahead ();
     put_entry (fields.item[0], parse_finite (fields.number[0]));
     if (!fields.item[1].empty ())
         put_entry (fields.item[1], parse_finite (fields.number[1]));
+}
+
+// Large files refer to rows in any order, so that looking one up waits for memory: the row of the next line is
+// fetched while this one is read.
+void MpsReader::prefetch_row_ahead () const
+{
+    const std::string_view text = lines_.ahead ().substr (0, 256);
+    std::size_t at = 0;
+    const auto skip = [&] (bool blanks) {
+        while (at < text.size () && text[at] != '\n' && is_blank (text[at]) == blanks)
+            ++at;
+        return at;
+    };
+    skip (true);
+    skip (false);
+    const std::size_t begin = skip (true), end = skip (false);
+    row_names_.prefetch (text.substr (begin, end - begin));
 }
 
 void MpsReader::marker_line (std::string_view kind)

@@ -69,6 +69,7 @@ private:
     void range_line (const MpsFields& fields);
     void bound_line (const MpsFields& fields);
 
+    void prefetch_row_ahead () const;
     void marker_line (std::string_view kind);
     void begin_column (std::string_view name);
     void end_column ();

@@ -2,36 +2,12 @@
 #include "kalvo/files/item_names.h"
 #include "kalvo/files/mps.h"
 #include "kalvo/files/numbers.h"
-#include "kalvo/files/words.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
 namespace klv {
-
-// ---- What MPS cannot hold
-
-static void check_problem_name (std::string_view name)
-{
-    constexpr std::size_t longest = std::size_t{1} << 16;
-    const auto refuse = [&] (const char* reason) {
-        throw cannot_hold ("MPS cannot hold the problem's name " + quote (name) + ", which " + reason);
-    };
-    if (name.size () > longest)
-        refuse ("is too long");
-    for (const char c : name)
-        if (static_cast<unsigned char> (c) < ' ' && c != '\t')
-            refuse ("has a control character");
-    if (trim (name) != name)
-        refuse ("begins or ends with a blank");
-}
-
-void check_mps_holds (const Problem& problem, FileForm form)
-{
-    check_problem_name (problem.name);
-    check_names (form, problem);
-}
 
 // ---- Ranges: one bound as the right-hand side, the other by their difference
 
@@ -59,10 +35,9 @@ static Ranged ranged_row (double lower, double upper)
 
 class MpsWriter {
 public:
-    MpsWriter (const Problem& problem, FileForm form, double huge, OutputFile& file)
+    MpsWriter (const Problem& problem, FileForm form, OutputFile& file)
         : problem_ (problem),
           form_ (form),
-          huge_ (huge),
           file_ (file),
           rows_ (constraint_names (problem)),
           columns_ (variable_names (problem)),
@@ -73,7 +48,6 @@ public:
     void write ();
 
     std::int64_t long_numbers () const { return long_numbers_; }
-    std::int64_t huge_bounds () const { return huge_bounds_; }
 
 private:
     void heading ();
@@ -97,12 +71,10 @@ private:
 
     const Problem& problem_;
     FileForm form_;
-    double huge_;
     OutputFile& file_;
     ItemNames rows_, columns_;
     std::string objective_, bound_set_;
     std::int64_t long_numbers_ = 0;
-    std::int64_t huge_bounds_ = 0;
     std::size_t width_ = 0;    // of the line so far
 };
 
@@ -228,6 +200,8 @@ void MpsWriter::columns ()
         const Column column = problem_.matrix.column (number);
         if (!is_plain_zero (problem_.cost[j]) || column.rows.empty ())
             line ({}, name, objective_, problem_.cost[j]);
+        for (const std::int32_t row : column.rows)
+            rows_.prefetch (row);
         for (std::size_t k = 0; k < column.rows.size (); ++k)
             line ({}, name, rows_ (column.rows[k]), column.values[k]);
     }
@@ -259,7 +233,6 @@ void MpsWriter::right_hand_sides ()
         line ({}, "RHS", objective_, -problem_.constant);
     for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
         const double side = side_of_row (i);
-        huge_bounds_ += std::fabs (side) >= huge_ ? 1 : 0;
         if (!is_plain_zero (side))
             line ({}, "RHS", rows_ (i), side);
     }
@@ -276,8 +249,6 @@ void MpsWriter::ranges ()
         if (!begun)
             file_.put ("RANGES\n");
         begun = true;
-        huge_bounds_ +=
-            std::fmax (std::fabs (bounds.lower[at]), std::fabs (bounds.upper[at])) >= huge_ ? 1 : 0;
         char text[number_room];
         const char* const end = put_range (text, ranged_row (bounds.lower[at], bounds.upper[at]).range);
         line ({}, "RNG", rows_ (i), std::string_view (text, static_cast<std::size_t> (end - text)));
@@ -293,7 +264,6 @@ void MpsWriter::bounds ()
 
 void MpsWriter::bound (std::string_view key, std::int32_t j, double value)
 {
-    huge_bounds_ += std::fabs (value) >= huge_ ? 1 : 0;
     line (key, bound_set_, columns_ (j), value);
 }
 
@@ -334,17 +304,12 @@ void MpsWriter::bounds_of (std::int32_t number)
 
 void write_mps (Task& task, FileForm form, OutputFile& file)
 {
-    MpsWriter writer (task.problem (), form, task.parameters.get (RealSetting::bound_infinity), file);
+    MpsWriter writer (task.problem (), form, file);
     writer.write ();
     if (writer.long_numbers () > 0)
         task.warn (std::to_string (writer.long_numbers ()) +
                    " numbers are longer than their 12 columns of fixed MPS; programs that cut there cannot "
                    "read them");
-    if (writer.huge_bounds () > 0)
-        task.warn (std::to_string (writer.huge_bounds ()) +
-                   " bounds are written as numbers, and are read as no bounds while they are beyond the "
-                   "bound infinity "
-                   "threshold");
 }
 
 }

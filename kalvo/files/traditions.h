@@ -22,6 +22,8 @@ enum class Tradition {
     further_set,
     huge_bound,
     no_objective,
+    repeated_term,
+    binary_bound,
     count
 };
 
@@ -37,6 +39,8 @@ constexpr std::array<std::string_view, static_cast<std::size_t> (Tradition::coun
     "only the first set of RHS, RANGES or BOUNDS is used",
     "a bound at or beyond the bound infinity threshold is no bound",
     "without an N row the objective is zero",
+    "terms of a variable that comes twice in an expression are added",
+    "a binary variable has no bound beyond 0 and 1",
 };
 
 // Those that a file has met: each kind with its first line and its count.

@@ -183,7 +183,12 @@ enum KLVpricing {
     KLV_PRICING_STEEPEST_EDGE = 3
 };
 
-enum KLVfileformat { KLV_FILE_BY_EXTENSION = 0, KLV_FILE_FREE_MPS = 1, KLV_FILE_FIXED_MPS = 2 };
+enum KLVfileformat {
+    KLV_FILE_BY_EXTENSION = 0,
+    KLV_FILE_FREE_MPS = 1,
+    KLV_FILE_FIXED_MPS = 2,
+    KLV_FILE_LP = 3
+};
 
 // Kinds of parameters and of information items.
 enum KLVparamtype { KLV_PAR_NONE = 0, KLV_PAR_DOUBLE = 1, KLV_PAR_INTEGER = 2, KLV_PAR_STRING = 3 };

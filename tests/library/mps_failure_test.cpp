@@ -59,7 +59,7 @@ TEST (MpsFailure, OpeningSaysWhy)
     ASSERT_EQ (::mkfifo ((folder / "pipe.mps").c_str (), 0600), 0);
     ASSERT_EQ (::symlink ("/dev/full", (folder / "full.mps").c_str ()), 0);
     std::filesystem::create_directory (folder / "folder.mps");
-    constexpr const char* extension = "the extension .mps is known";
+    constexpr const char* extension = "the extensions .mps and .lp are known";
     const struct {
         decltype (&KLV_readdata) operation;
         std::string path;

@@ -14,7 +14,7 @@ using testing::IsSubstring;
 
 namespace {
 
-constexpr std::array forms{KLV_FILE_FREE_MPS, KLV_FILE_FIXED_MPS};
+constexpr std::array forms{KLV_FILE_FREE_MPS, KLV_FILE_FIXED_MPS, KLV_FILE_LP};
 
 struct Writing {
     files::Folder folder;
@@ -35,7 +35,7 @@ void expect_same_after_writing (const klv::Problem& problem, std::int32_t format
 {
     Writing writing (problem, format);
     ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    writing.task.set_format (KLV_FILE_BY_EXTENSION);
+    writing.task.set_format (format == KLV_FILE_LP ? KLV_FILE_LP : KLV_FILE_BY_EXTENSION);
     ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
     EXPECT_EQ (files::difference (problem, writing.task.problem ()), std::nullopt);
 }
@@ -91,7 +91,8 @@ TEST (MpsWrite, FixedFormIsTakenForNamesWithBlanks)
 
 TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
 {
-    constexpr std::int32_t any = KLV_FILE_BY_EXTENSION, free = KLV_FILE_FREE_MPS, fixed = KLV_FILE_FIXED_MPS;
+    constexpr std::int32_t any = KLV_FILE_BY_EXTENSION, free = KLV_FILE_FREE_MPS, fixed = KLV_FILE_FIXED_MPS,
+                           lp = KLV_FILE_LP;
     static const struct {
         char item;    // the third row or variable (the first is an "x"), the objective, the problem
         std::string name;
@@ -107,8 +108,15 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         {'r', "ninechars", "is too long; free MPS can", fixed},
         {'r', std::string (65'537, 'x'), "is too long; no format"},
         {'r', "$a", "begins with the sign of comments; free MPS can", fixed},
-        {'r', "'MARKER'", "is the word of markers"},
+        {'r', "'MARKER'", "is the word of markers; LP can"},
         {'r', "cost", "two items of the same name: constraint 3 \"cost\""},
+        {'r', "x-1",
+         "LP cannot hold constraint 3 \"x-1\", whose name has a blank or a sign that LP uses; free MPS can",
+         lp},
+        {'r', ".x", "begins like a number; free MPS can", lp},
+        {'r', "Bounds", "is a word of LP; free MPS can", lp},
+        {'r', std::string (256, 'x'), "is too long; free MPS can", lp},
+        {'v', "E5", "variable 3 \"E5\", whose name reads like an exponent; free MPS can", lp},
         {'v', "x", "two items of the same name: variable 3 \"x\""},
         {'o', "the whole cost", "objective \"the whole cost\""},
         {'p', "a\nb", "the problem's name \"a?b\", which has a control character"},
@@ -191,7 +199,6 @@ TEST (MpsRound, EveryNumberAndNamesThatLookLikeSomethingElse)
         problem.sense = std::signbit (constant) ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE;
         problem.constant = constant;
         problem.name = "a name\twith blanks";
-        problem.objective_name = "ROWS";
         problem.append_constraints (std::size (names));
         problem.append_variables (std::size (numbers));
         const auto rename = [&] (std::int32_t item, const std::string& name) {
@@ -203,10 +210,14 @@ TEST (MpsRound, EveryNumberAndNamesThatLookLikeSomethingElse)
             const std::int32_t rows[] = {4, 0, 2};
             const double values[] = {number, 0.0, -DBL_MAX};
             problem.matrix.put (j, rows, values);
-            rename (j, names[j]);
         }
         for (const std::int32_t form : forms)
             expect_same_after_writing (problem, form);
+        problem.objective_name = "ROWS";
+        for (std::int32_t j = 0; j < problem.variables (); ++j)
+            rename (j, names[j]);
+        expect_same_after_writing (problem, KLV_FILE_FREE_MPS);
+        expect_same_after_writing (problem, KLV_FILE_FIXED_MPS);
         rename (0, "$" + std::string (65'000, 'x'));
         expect_same_after_writing (problem, KLV_FILE_FREE_MPS);
         rename (0, "x RHS  7");
@@ -243,13 +254,18 @@ TEST (MpsRound, PublishedInstancesOfKnownSizes)
         files::Task task;
         ASSERT_EQ (KLV_readdata (task, (KALVO_TEST_DATA "/" + field[2]).c_str ()), KLV_RES_OK)
             << task.last_error ();
-        const klv::Problem& p = task.problem ();
+        klv::Problem p = task.problem ();
         std::string sizes = std::to_string (p.constraints ()) + "x" + std::to_string (p.variables ()) +
                             " nnz " + std::to_string (p.matrix.entries ());
         sizes += p.integers > 0 ? " int " + std::to_string (p.integers) : "";
         EXPECT_EQ (sizes, field[4].substr (0, sizes.size ())) << line;
-        for (const std::int32_t form : forms)
-            expect_same_after_writing (p, form);
+        expect_same_after_writing (p, KLV_FILE_FREE_MPS);
+        expect_same_after_writing (p, KLV_FILE_FIXED_MPS);
+        if (Writing (p, KLV_FILE_LP).write () == KLV_RES_FILE_CANNOT_HOLD) {
+            p.variable_name = p.constraint_name = {};
+            p.objective_name.clear ();
+        }
+        expect_same_after_writing (p, KLV_FILE_LP);
         ++read;
     }
     EXPECT_GE (read, 10);
