@@ -37,6 +37,11 @@ enum class Outcome {
     failed
 };
 
+inline bool ended_early (Outcome outcome)
+{
+    return outcome >= Outcome::time_limit && outcome <= Outcome::stopped;
+}
+
 // What an engine says of a run. Signs of duals are the library's (see kalvo.h); arrays are empty where nothing is claimed.
 struct Claims {
     Outcome outcome = Outcome::unknown;

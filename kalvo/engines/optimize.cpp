@@ -1,9 +1,8 @@
 // One optimisation: from the problem as stated to checked answers in the task's slots.
 
 #include "kalvo/engines/check.h"
-#include "kalvo/engines/engine.h"
-#include "kalvo/engines/lower.h"
 #include "kalvo/engines/runner.h"
+#include "kalvo/engines/runs.h"
 #include "kalvo/engines/separable.h"
 #include "kalvo/engines/start.h"
 #include "kalvo/engines/worker.h"
@@ -15,12 +14,8 @@
 #include "kalvo/task/text.h"
 
 #include <algorithm>
-#include <cmath>
 #include <system_error>
-#include <thread>
 #include <utility>
-
-#include <malloc.h>
 
 namespace klv {
 
@@ -34,7 +29,7 @@ public:
           settings_ (std::make_shared<Parameters> (task.parameters)),
           problem_ (task.share_problem ()),
           integers_ (problem_->integers > 0 && settings_->get (IntSetting::relax_integers) == 0),
-          check_ (problem_, *settings_, integers_)
+          runs_ (task, runner_, settings_, problem_, integers_)
     {
         earlier_.swap (task.solutions);
         if (settings_->get (IntSetting::warm_start) == KLV_OFF)
@@ -47,33 +42,16 @@ public:
 private:
     KLVrescode_t solve ();
     KLVrescode_t solve_with_engine ();
-    KLVrescode_t lower_problem ();
-    KLVrescode_t find_engine (Method method);
 
     Method first_method () const;
     Method method_from_start (Method method);
-    bool settles (const Answer& answer) const;
-    Answer attempt (Method method, std::shared_ptr<const StartPoint> start);
-    Answer attempt_from_start (Method method);
     std::optional<Answer> earlier_answer (KLVsoltype which);
-    Answer first_run (Method method, std::shared_ptr<const StartPoint> start);
-    Answer race (Method method, std::shared_ptr<const StartPoint> start);
-    bool may_race () const;
-    Answer run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start);
-    void start_run (Method method, bool reformulate, std::shared_ptr<const StartPoint> start);
-    Answer judge_run (Runner::Ended&& run);
-    void count (const Runner::Ended& run);
-    void add (IntItem item);
     KLVrescode_t solve_by_interior_point ();
     KLVrescode_t finish (Answer&& interior);
-
-    Answer check (Claims&& claims);
-    std::size_t work () const;
 
     std::vector<KLVsoltype> slots () const;
     KLVrescode_t store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source);
     KLVrescode_t code_of (const Answer& answer);
-    int threads (Method method) const;
     bool answered () const { return runner_.answer () != 0; }
 
     Task& task_;
@@ -82,186 +60,17 @@ private:
     std::shared_ptr<const Parameters> settings_;
     std::shared_ptr<const Problem> problem_;
     bool integers_;
-    Check check_;
+    Runs runs_;
     Solutions earlier_;    // that the task held
     std::shared_ptr<const StartPoint> start_;
-    std::shared_ptr<const LinearProblem> lowered_;
-    std::shared_ptr<Engine> engine_;
 };
-
-// ---- Runs ------------------------------------------------------------------------------------------------------------------
-
-// What one pass over the problem has to look at.
-std::size_t Optimization::work () const
-{
-    return static_cast<std::size_t> (problem_->matrix.entries () + problem_->variables () +
-                                     problem_->constraints ());
-}
-
-Answer Optimization::check (Claims&& claims)
-{
-    runner_.enter (KLV_CALLER_CHECK);
-    return runner_.compute (work (), [&] { return check_ (std::move (claims)); });
-}
-
-// Only the integer search has use for more than one thread. Abandoned workers count as used.
-int Optimization::threads (Method method) const
-{
-    const int asked = settings_->get (IntSetting::threads);
-    if (method != Method::mixed_integer)
-        return 1;
-    if (asked > 0)
-        return asked;
-    const int processors = static_cast<int> (std::thread::hardware_concurrency ());
-    return std::max ((processors + 1) / 2 - abandoned_workers (), 1);
-}
-
-void Optimization::add (IntItem item)
-{
-    task_.information.set (item, task_.information.get (item) + 1);
-}
-
-void Optimization::count (const Runner::Ended& run)
-{
-    const auto& [job, claims] = run;
-    Information& information = task_.information;
-    if (job.method != Method::interior_point || claims.simplex_iterations > 0)
-        information.set (job.finishes () ? IntItem::finish_iterations : IntItem::simplex_iterations,
-                         claims.simplex_iterations);
-    if (job.method == Method::interior_point)
-        information.set (IntItem::interior_iterations, claims.interior_iterations);
-    if (job.method == Method::mixed_integer) {
-        information.set (IntItem::nodes, claims.nodes);
-        information.set (IntItem::improving_solutions, claims.solutions);
-    }
-}
-
-void Optimization::start_run (Method method, bool reformulate, std::shared_ptr<const StartPoint> start)
-{
-    Job job;
-    job.problem = lowered_;
-    job.settings = settings_;
-    job.method = method;
-    job.reformulate = reformulate;
-    job.threads = threads (method);
-    job.start = std::move (start);
-    task_.information.set (IntItem::threads_used, runner_.running () ? 2 : job.threads);
-    runner_.start (engine_, std::move (job));
-}
-
-Answer Optimization::judge_run (Runner::Ended&& run)
-{
-    count (run);
-    if (run.claims.outcome == Outcome::stopped && !answered ())
-        run.claims.outcome = Outcome::unknown;    // nobody asked it to
-    Answer answer = check (std::move (run.claims));
-    answer.method = run.job.method;
-    if (answer.outcome == Outcome::optimal && !answer.proved)
-        add (IntItem::engine_optimal_claims_rejected);
-    return answer;
-}
-
-Answer Optimization::run_once (Method method, bool reformulate, std::shared_ptr<const StartPoint> start)
-{
-    start_run (method, reformulate, std::move (start));
-    return judge_run (*runner_.wait ());
-}
-
-// Whether interior point may join a simplex run: with two threads to be had, and nothing asked for that only simplex knows.
-bool Optimization::may_race () const
-{
-    const int optimizer = settings_->get (IntSetting::optimizer);
-    const int asked = settings_->get (IntSetting::threads);
-    const int processors = static_cast<int> (std::thread::hardware_concurrency ());
-    return !integers_ && (optimizer == KLV_OPTIMIZER_AUTOMATIC || optimizer == KLV_OPTIMIZER_MIXED_INTEGER) &&
-           (asked > 1 || (asked == 0 && processors - abandoned_workers () > 1)) &&
-           !std::isfinite (settings_->get (RealSetting::objective_limit));
-}
-
-// A simplex run that, when it takes long, interior point joins. The first answer that is proved wins, and nobody waits for the
-// other.
-Answer Optimization::race (Method method, std::shared_ptr<const StartPoint> start)
-{
-    start_run (method, true, std::move (start));
-    std::optional<Runner::Ended> ended = runner_.wait (settings_->get (RealSetting::race_delay));
-    if (!ended) {    // it is still at it
-        task_.information.set (IntItem::race, 1);
-        // A presolve that takes that long is not begun twice.
-        start_run (Method::interior_point, runner_.phase_of_first () != KLV_CALLER_PRESOLVE, nullptr);
-        ended = runner_.wait ();
-    }
-    Answer answer = judge_run (std::move (*ended));
-    if (!runner_.running ())
-        return answer;
-    if (answer.proved || answered () || answer.outcome == Outcome::time_limit) {
-        runner_.abandon ();
-        return answer;
-    }
-    Answer other = judge_run (*runner_.wait ());
-    return other.proved || !answer.solution ? other : answer;
-}
-
-Answer Optimization::first_run (Method method, std::shared_ptr<const StartPoint> start)
-{
-    const bool simplex = method == Method::primal_simplex || method == Method::dual_simplex;
-    const bool finishes = start && start->finishes;
-    return simplex && !finishes && may_race () ? race (method, std::move (start))
-                                               : run_once (method, true, std::move (start));
-}
-
-static bool ended_early (Outcome outcome)
-{
-    return outcome >= Outcome::time_limit && outcome <= Outcome::stopped;
-}
-
-// Whether there is nothing to be won by another run.
-bool Optimization::settles (const Answer& answer) const
-{
-    return answer.proved || ended_early (answer.outcome) || answer.outcome == Outcome::out_of_memory ||
-           answered ();
-}
-
-// A run, and one more without presolve and scaling when its answer does not hold and that is not what it was.
-Answer Optimization::attempt (Method method, std::shared_ptr<const StartPoint> start)
-{
-    const bool plain =
-        settings_->get (IntSetting::presolve) == KLV_PRESOLVE_OFF &&
-        (settings_->get (IntSetting::scaling) == KLV_SCALING_OFF || method == Method::interior_point);
-    Answer answer = first_run (method, start);
-    if (!settles (answer) && !plain) {
-        const std::string what = answer.outcome == Outcome::failed
-                                     ? text ("The optimiser failed (", answer.message, ")")
-                                     : text ("An answer did not pass the check");
-        task_.warn (text (what, "; trying again without presolve and scaling."));
-        add (IntItem::presolve_rerun);
-        Answer second = run_once (method, false, std::move (start));
-        if (second.solution || !answer.solution)
-            answer = std::move (second);
-    }
-    if (!settles (answer))
-        task_.warn ("The answer does not pass the check; it is reported as what it is.");
-    return answer;
-}
-
-// What a start does to an optimiser is not known: an answer that it leads to counts only when it is proved.
-Answer Optimization::attempt_from_start (Method method)
-{
-    task_.information.set (IntItem::start, integers_ ? 3 : start_->column_key.empty () ? 2 : 1);
-    Answer answer = first_run (method, start_);
-    if (settles (answer))
-        return answer;
-    task_.warn (
-        "From the solution that was given no answer was found that passes the check; trying without it.");
-    task_.information.set (IntItem::start, 0);
-    return attempt (method, nullptr);
-}
 
 // What a solution that the task held is worth for the problem as it is now.
 std::optional<Answer> Optimization::earlier_answer (KLVsoltype which)
 {
     std::optional<Claims> claims =
-        runner_.compute (work (), [&] { return claim_again (*problem_, earlier_[which]); });
-    return claims ? std::optional (check (std::move (*claims))) : std::nullopt;
+        runner_.compute (work_of (*problem_), [&] { return claim_again (*problem_, earlier_[which]); });
+    return claims ? std::optional (runs_.judge (std::move (*claims))) : std::nullopt;
 }
 
 // ---- Slots and codes ---------------------------------------------------------------------------------------------------------
@@ -299,7 +108,7 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     const KLVrescode_t code = code_of (answer);
     if (!answer.solution && (ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory))
         return code;    // no point was copied out
-    Solution solution = answer.solution ? std::move (*answer.solution) : check_.unknown_solution ();
+    Solution solution = answer.solution ? std::move (*answer.solution) : runs_.check ().unknown_solution ();
     Information& information = task_.information;
     const Violations& found = solution.violations;
     information.set (RealItem::primal_objective, solution.primal_objective);
@@ -403,53 +212,16 @@ static bool is_certificate (const Answer& answer)
            answer.solution->solution_status != KLV_SOLSTA_INTEGER_OPTIMAL;
 }
 
-KLVrescode_t Optimization::find_engine (Method method)
-{
-    std::string why = "there is none";
-    for (const std::shared_ptr<Engine>& engine : engines ())
-        if (engine->can (method)) {
-            why = engine->load ();
-            if (why.empty ()) {
-                engine_ = engine;
-                return KLV_RES_OK;
-            }
-        }
-    return task_.fail (KLV_RES_ENGINE_MISSING, text ("No optimiser can be used: ", why, "."));
-}
-
-KLVrescode_t Optimization::lower_problem ()
-{
-    Lowering lowering = runner_.compute (work (), [&] { return lower (problem_); });
-    if (!lowering.refused.empty ())
-        return task_.fail (KLV_RES_TOO_LARGE,
-                           text ("No optimiser can take this problem: ", lowering.refused, "."));
-    task_.information.set (IntItem::lowered_infinite_bounds, lowering.infinite_bounds);
-    if (lowering.infinite_bounds > 0)
-        task_.warn (text (lowering.infinite_bounds,
-                          " finite bounds are so large that the optimiser takes them as infinite; "
-                          "the answer is checked on them as they are."));
-    if (lowering.dropped_entries > 0)
-        task_.warn (text (lowering.dropped_entries,
-                          " entries of the constraint matrix are so small that the optimiser "
-                          "leaves them out; the answer is checked with them."));
-    lowered_ = std::move (lowering.problem);
-    // What was freed after loading lies in holes that an engine's thread does not use.
-    if (work () >= large_work)
-        malloc_trim (0);
-    return KLV_RES_OK;
-}
-
 KLVrescode_t Optimization::solve_with_engine ()
 {
     const Method method = first_method ();
-    if (const KLVrescode_t code = find_engine (method))
-        return code;
-    if (const KLVrescode_t code = lower_problem ())
+    if (const KLVrescode_t code = runs_.prepare (method))
         return code;
 
     if (method == Method::interior_point)
         return solve_by_interior_point ();
-    Answer answer = start_ ? attempt_from_start (method_from_start (method)) : attempt (method, nullptr);
+    Answer answer =
+        start_ ? runs_.attempt_from (start_, method_from_start (method)) : runs_.attempt (method, nullptr);
     if (answer.method == Method::interior_point && !is_certificate (answer))
         return finish (std::move (answer));
     return store (std::move (answer), slots (), optimizer_of (answer.method));
@@ -460,7 +232,7 @@ KLVrescode_t Optimization::solve_by_interior_point ()
     // The method can't start from a point: one that is an answer already is all that it can use.
     std::optional<Answer> earlier = earlier_answer (KLV_SOL_ITR);
     if (!earlier || !earlier->proved)
-        earlier = attempt (Method::interior_point, nullptr);
+        earlier = runs_.attempt (Method::interior_point, nullptr);
     else
         task_.information.set (IntItem::start, 2);
     if (is_certificate (*earlier))
@@ -485,7 +257,7 @@ KLVrescode_t Optimization::finish (Answer&& interior)
         start->reduced_cost = reduced_costs (*problem_, start->y);
         start->finishes = true;
     }
-    Answer basic = attempt (Method::dual_simplex, std::move (start));
+    Answer basic = runs_.attempt (Method::dual_simplex, std::move (start));
     // An interior point that is no proof stands back behind a basic solution that is one.
     if (basic.proved && !interior.proved && !is_certificate (basic))
         task_.warn ("The interior-point method proved nothing; the interior solution is the basic one.");
@@ -510,7 +282,7 @@ KLVrescode_t Optimization::solve ()
         Answer answer{
             .outcome = Outcome::infeasible, .proved = true, .solution = certify_crossed (*problem_, crossed)};
         if (integers_) {
-            answer.solution = check_.unknown_solution ();
+            answer.solution = runs_.check ().unknown_solution ();
             answer.solution->problem_status = KLV_PRO_PRIMAL_INFEASIBLE;
         }
         return store (std::move (answer), slots (), optimizer_of (first_method ()));
@@ -521,7 +293,7 @@ KLVrescode_t Optimization::solve ()
             claims.best_bound = objective (*problem_, claims.x);
             claims.has_best_bound = true;
         }
-        return store (check (std::move (claims)), slots (), optimizer_of (first_method ()));
+        return store (runs_.judge (std::move (claims)), slots (), optimizer_of (first_method ()));
     }
     return solve_with_engine ();
 }

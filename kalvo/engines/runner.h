@@ -40,7 +40,7 @@ public:
     std::uint32_t phase_of_first () const
     {
         return runs_.front ().phase.caller;
-    }                                      // of the runs that are at it
+    }    // of the runs that are at it
     void abandon () { runs_.clear (); }    // runs that nobody needs any more
 
     // A computation of our own whose time grows with `work`, about the entries that it looks at; what it throws comes through.
