@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <sstream>
 #include <string>
@@ -254,6 +256,8 @@ inline Slot slot (KLVtask_t task, std::int32_t which)
     const auto get = [&] (auto& values, std::int32_t count, auto get_slice) {
         values.resize (static_cast<std::size_t> (count));
         EXPECT_EQ (get_slice (task, which, 0, count, values.data ()), 0);
+        for (const double value : values)
+            EXPECT_TRUE (std::isfinite (value));
     };
     get (s.skc, m, KLV_getskcslice);
     get (s.skx, n, KLV_getskxslice);
@@ -270,12 +274,21 @@ inline Slot slot (KLVtask_t task, std::int32_t which)
     return s;
 }
 
+// ---- Proofs -----------------------------------------------------------------------------------------------------------
+// What a status says of a slot, recomputed from the problem that the task holds.
+
 inline double product (const Values& a, const Values& b)
 {
-    double sum = 0;
-    for (std::size_t i = 0; i < a.size (); ++i)
-        sum += a[i] * b[i];
-    return sum;
+    return std::inner_product (a.begin (), a.end (), b.begin (), 0.0);
+}
+
+inline double largest (std::initializer_list<const Values*> arrays)
+{
+    double most = 0;
+    for (const Values* values : arrays)
+        for (const double value : *values)
+            most = std::max (most, std::abs (value));
+    return most;
 }
 
 // Largest |c - A'y - (slx - sux)|, without c for a ray.
@@ -302,19 +315,20 @@ inline double bound_value (const Model& model, const Slot& found, double toleran
         else
             sum += side * bound * multiplier;
     };
-    for (std::size_t i = 0; i < model.row_bounds.size (); ++i) {
-        add (model.row_bounds[i].lower, found.slc[i], 1);
-        add (model.row_bounds[i].upper, found.suc[i], -1);
+    const auto add_all = [&] (const std::vector<Range>& ranges, const Values& lower, const Values& upper) {
+        for (std::size_t i = 0; i < ranges.size (); ++i) {
+            add (ranges[i].lower, lower[i], 1);
+            add (ranges[i].upper, upper[i], -1);
+        }
+    };
+    add_all (model.row_bounds, found.slc, found.suc);
+    add_all (model.bounds, found.slx, found.sux);
+    for (std::size_t i = 0; i < found.y.size (); ++i)
         EXPECT_NEAR (found.y[i], found.slc[i] - found.suc[i], 1e-12 * (1 + std::abs (found.y[i])));
-    }
-    for (std::size_t j = 0; j < model.bounds.size (); ++j) {
-        add (model.bounds[j].lower, found.slx[j], 1);
-        add (model.bounds[j].upper, found.sux[j], -1);
-    }
     return sum;
 }
 
-inline void expect_feasible (const Model& model, const Slot& found, double tolerance = 1e-6)
+inline void expect_feasible (const Model& model, const Slot& found, double tolerance)
 {
     const auto inside = [&] (const std::vector<Range>& ranges, const Values& values, const char* what) {
         for (std::size_t i = 0; i < ranges.size (); ++i) {
@@ -327,23 +341,14 @@ inline void expect_feasible (const Model& model, const Slot& found, double toler
     inside (model.row_bounds, found.xc, "constraint ");
     for (std::size_t i = 0; i < model.rows.size (); ++i)
         EXPECT_NEAR (product (model.rows[i], found.xx), found.xc[i], 1e-8 * (1 + std::abs (found.xc[i])));
-    for (std::size_t j = 0; j < model.integer.size (); ++j)
-        if (model.integer[j] && found.slx.empty ()) {
-            EXPECT_EQ (found.xx[j], std::nearbyint (found.xx[j])) << "integer variable " << j;
-        }
     const double objective = model.constant + product (model.cost, found.xx);
     EXPECT_NEAR (found.primal, objective, 1e-9 * (1 + std::abs (objective)));
 }
 
-// Everything that makes a continuous solution optimal, recomputed from the problem that the task holds.
-inline void expect_optimal (KLVtask_t task, std::int32_t which, double tolerance = 1e-6)
+inline void expect_optimal (const Model& model, const Slot& found, double tolerance)
 {
-    const Slot found = slot (task, which);
-    ASSERT_TRUE (found.defined);
-    EXPECT_EQ (found.problem, KLV_PRO_FEASIBLE);
-    EXPECT_EQ (found.solution, KLV_SOLSTA_OPTIMAL);
-    const Model model = stated (task);
     expect_feasible (model, found, tolerance);
+    EXPECT_EQ (found.problem, KLV_PRO_FEASIBLE);
     EXPECT_LE (balance (model, found, false), tolerance);
     const double value = model.constant + bound_value (model, found, tolerance);
     const double scale = 1 + std::abs (found.primal) + std::abs (value);
@@ -351,41 +356,36 @@ inline void expect_optimal (KLVtask_t task, std::int32_t which, double tolerance
     EXPECT_NEAR (found.primal, value, tolerance * scale);
 }
 
-// A proof of infeasibility, by its definition.
-inline void expect_infeasible (KLVtask_t task, std::int32_t which)
+// Whole numbers come as such, unless a loose tolerance allows for others.
+inline void expect_whole_numbers (const Model& model, const Slot& found, double tolerance)
 {
-    const Slot found = slot (task, which);
-    ASSERT_TRUE (found.defined);
-    EXPECT_EQ (found.solution, KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE);
-    EXPECT_TRUE (found.problem == KLV_PRO_PRIMAL_INFEASIBLE || found.problem == KLV_PRO_BOTH_INFEASIBLE);
-    const Model model = stated (task);
-    double largest = 0;
-    for (const Values* values : {&found.slc, &found.suc, &found.slx, &found.sux})
-        for (const double value : *values)
-            largest = std::max (largest, std::abs (value));
-    EXPECT_LE (balance (model, found, true), 2e-8 * largest);
-    EXPECT_NEAR (bound_value (model, found, 2e-8 * largest), model.sign (), 1e-6);
-    EXPECT_EQ (found.dual, model.sign ());
-    EXPECT_EQ (found.primal, 0);
-    EXPECT_EQ (found.xx, Values (found.xx.size ()));
-    for (const auto* keys : {&found.skc, &found.skx})
-        EXPECT_EQ (*keys, std::vector<std::int32_t> (keys->size (), KLV_SK_UNKNOWN));
+    EXPECT_EQ (found.problem, KLV_PRO_PRIMAL_FEASIBLE);
+    for (std::size_t j = 0; j < model.integer.size (); ++j)
+        if (model.integer[j]) {
+            EXPECT_NEAR (found.xx[j], std::nearbyint (found.xx[j]), tolerance > 1e-6 ? tolerance : 0);
+        }
 }
 
-// A direction of unbounded improvement, by its definition.
-inline void expect_unbounded (KLVtask_t task, std::int32_t which)
+inline void expect_infeasible (const Model& model, const Slot& found)
 {
-    const Slot found = slot (task, which);
-    ASSERT_TRUE (found.defined);
-    EXPECT_EQ (found.solution, KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE);
+    EXPECT_TRUE (found.problem == KLV_PRO_PRIMAL_INFEASIBLE || found.problem == KLV_PRO_BOTH_INFEASIBLE);
+    const double noise = 2e-8 * largest ({&found.slc, &found.suc, &found.slx, &found.sux});
+    EXPECT_LE (balance (model, found, true), noise);
+    EXPECT_NEAR (bound_value (model, found, noise), model.sign (), 1e-6);
+    EXPECT_EQ (found.dual, model.sign ());
+    EXPECT_EQ (found.primal, 0);
+    EXPECT_EQ (largest ({&found.xx, &found.xc}), 0);
+    for (const auto* keys : {&found.skc, &found.skx})
+        EXPECT_EQ (std::ranges::count (*keys, KLV_SK_UNKNOWN), std::ssize (*keys));
+}
+
+inline void expect_unbounded (const Model& model, const Slot& found)
+{
     EXPECT_EQ (found.problem, KLV_PRO_DUAL_INFEASIBLE);
-    const Model model = stated (task);
-    double largest = 0;
-    for (const double x : found.xx)
-        largest = std::max (largest, std::abs (x));
+    const double noise = 2e-8 * largest ({&found.xx});
     const auto expect_kept = [&] (Range range, double move) {
-        EXPECT_GE (move, range.lower > -inf ? -2e-8 * largest : -inf);
-        EXPECT_LE (move, range.upper < inf ? 2e-8 * largest : inf);
+        EXPECT_GE (move, range.lower > -inf ? -noise : -inf);
+        EXPECT_LE (move, range.upper < inf ? noise : inf);
     };
     for (std::size_t j = 0; j < found.xx.size (); ++j)
         expect_kept (model.bounds[j], found.xx[j]);
@@ -393,6 +393,47 @@ inline void expect_unbounded (KLVtask_t task, std::int32_t which)
         expect_kept (model.row_bounds[i], product (model.rows[i], found.xx));
     EXPECT_NEAR (product (model.cost, found.xx), -model.sign (), 1e-9);
     EXPECT_EQ (found.dual, 0);
+}
+
+// Proves what each slot says of itself and tells it: "itr OPTIMAL bas OPTIMAL"; where a solution's status is unknown, it is
+// the problem's.
+inline std::string proved (KLVtask_t task, double tolerance = 1e-6)
+{
+    std::string told;
+    for (const auto& [which, name] :
+         {std::pair{KLV_SOL_ITR, "itr "}, {KLV_SOL_BAS, "bas "}, {KLV_SOL_INT, "int "}}) {
+        const Slot found = slot (task, which);
+        if (!found.defined)
+            continue;
+        char status[KLV_MAX_TEXT];
+        if (found.solution != KLV_SOLSTA_UNKNOWN)
+            KLV_solstatostr (task, found.solution, status);
+        else
+            KLV_prostatostr (task, found.problem, status);
+        told += (told.empty () ? "" : " ") + std::string (name) + status;
+        SCOPED_TRACE (told);
+        const Model model = stated (task);
+        if (found.solution == KLV_SOLSTA_OPTIMAL)
+            expect_optimal (model, found, tolerance);
+        if (found.solution == KLV_SOLSTA_PRIMAL_FEASIBLE || found.solution == KLV_SOLSTA_INTEGER_OPTIMAL)
+            expect_feasible (model, found, tolerance);
+        if (found.solution == KLV_SOLSTA_INTEGER_OPTIMAL)
+            expect_whole_numbers (model, found, tolerance);
+        if (found.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE)
+            expect_infeasible (model, found);
+        if (found.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE)
+            expect_unbounded (model, found);
+    }
+    return told;
+}
+
+// The code of an optimisation and what its slots prove: "OK bas OPTIMAL".
+inline std::string optimized (KLVtask_t task, double tolerance = 1e-6)
+{
+    char name[KLV_MAX_TEXT];
+    KLV_getcodedesc (KLV_optimize (task), name, nullptr);
+    const std::string told = proved (task, tolerance), code = name + std::string ("KLV_RES_").size ();
+    return told.empty () ? code : code + ' ' + told;
 }
 
 }
