@@ -368,7 +368,8 @@ void Session::look_for_ray (Claims& claims)
 Claims Session::solve ()
 {
     Claims claims;
-    listener_.begin (KLV_CALLER_PRESOLVE);
+    // A run from a start point has no presolve.
+    listener_.begin (job_.start ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRESOLVE);
     set_options ();
     if (refused_option_) {
         claims.outcome = Outcome::failed;
