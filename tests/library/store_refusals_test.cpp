@@ -119,33 +119,31 @@ TEST (Refusals, NameTheFaultAndChangeNothing)
 
 TEST (Bounds, ComeBackAsTheyArePut)
 {
-    struct Case {
-        const char* fault;
+    struct Bound {
         std::int32_t key;
         double lower, upper;
-        std::int32_t kept_key;
-        double kept_lower, kept_upper;
+        bool operator== (const Bound&) const = default;
     };
-    for (const Case& c : {
-             Case{"absent values are not looked at", KLV_BK_FR, nan, nan, KLV_BK_FR, -1e30, 0},
-             {"lower", KLV_BK_LO, -4, nan, KLV_BK_LO, -4, 0},
-             {"upper", KLV_BK_UP, inf, 4, KLV_BK_UP, -1e30, 4},
-             {"fixed", KLV_BK_FX, 3, 3, KLV_BK_FX, 3, 3},
-             {"crossed bounds are a statement", KLV_BK_RA, 5, 1, KLV_BK_RA, 5, 1},
-             {"equal bounds stay two", KLV_BK_RA, 1, 1, KLV_BK_RA, 1, 1},
-             {"huge is finite", KLV_BK_RA, -1e300, 1e300, KLV_BK_RA, -1e300, 1e300},
-             {"infinite lower is none", KLV_BK_LO, -inf, nan, KLV_BK_FR, -1e30, 0},
-             {"infinite upper is none", KLV_BK_RA, 2, inf, KLV_BK_LO, 2, 0},
-             {"infinite lower of two", KLV_BK_RA, -inf, 2, KLV_BK_UP, -1e30, 2},
+    constexpr std::int32_t lo = KLV_BK_LO, up = KLV_BK_UP, fx = KLV_BK_FX, fr = KLV_BK_FR, ra = KLV_BK_RA;
+    for (const auto& [fault, put, kept] : {
+             std::tuple{"absent values are not looked at", Bound{fr, nan, nan}, Bound{fr, -1e30, 0}},
+             {"lower", {lo, -4, nan}, {lo, -4, 0}},
+             {"upper", {up, inf, 4}, {up, -1e30, 4}},
+             {"fixed", {fx, 3, 3}, {fx, 3, 3}},
+             {"crossed bounds are a statement", {ra, 5, 1}, {ra, 5, 1}},
+             {"equal bounds stay two", {ra, 1, 1}, {ra, 1, 1}},
+             {"huge is finite", {ra, -1e300, 1e300}, {ra, -1e300, 1e300}},
+             {"infinite lower is none", {lo, -inf, nan}, {fr, -1e30, 0}},
+             {"infinite upper is none", {ra, 2, inf}, {lo, 2, 0}},
+             {"infinite lower of two", {ra, -inf, 2}, {up, -1e30, 2}},
          }) {
         const SmallTask task;
-        std::int32_t key = -1, next = -1;
-        double lower = nan, upper = nan, ignored = nan;
-        EXPECT_EQ (bound (task, c.key, c.lower, c.upper), KLV_RES_OK) << c.fault;
-        EXPECT_EQ (KLV_getvarbound (task, 1, &key, &lower, &upper), KLV_RES_OK);
-        EXPECT_TRUE (key == c.kept_key && lower == c.kept_lower && upper == c.kept_upper) << c.fault;
-        EXPECT_EQ (KLV_getvarbound (task, 2, &next, &ignored, &ignored), KLV_RES_OK);
-        EXPECT_EQ (next, KLV_BK_FR) << "a neighbour changed: " << c.fault;
+        Bound found{}, next{};
+        EXPECT_EQ (bound (task, put.key, put.lower, put.upper), KLV_RES_OK) << fault;
+        EXPECT_EQ (KLV_getvarbound (task, 1, &found.key, &found.lower, &found.upper), KLV_RES_OK);
+        EXPECT_EQ (KLV_getvarbound (task, 2, &next.key, &next.lower, &next.upper), KLV_RES_OK);
+        EXPECT_TRUE (found == kept) << fault;
+        EXPECT_EQ (next.key, fr) << "a neighbour changed: " << fault;
     }
 }
 

