@@ -32,7 +32,8 @@ Model random_problem (unsigned seed, bool maximize)
         problem.rows.emplace_back ();
         for (std::size_t k = 0; k < n; ++k)
             problem.rows.back ().push_back (entry (random));
-        problem.row_bounds.push_back (around (model::product (problem.rows.back (), center), j));
+        problem.row_bounds.push_back (around (
+            std::inner_product (center.begin (), center.end (), problem.rows.back ().begin (), 0.0), j));
     }
     // A box around everything keeps it bounded.
     for (std::size_t j = 0; j < n; ++j) {

@@ -1,7 +1,7 @@
-// Small problems and their answers for tests, built and read through the C interface alone.
+// Small problems for tests, and proofs of their answers that use nothing of the library but what it holds.
 #pragma once
 
-#include "kalvo/include/kalvo.h"
+#include "kalvo/task/task.h"
 
 #include <gtest/gtest.h>
 
@@ -34,8 +34,6 @@ struct Model {
     std::vector<bool> integer = {};
     bool maximize = false;
     double constant = 0;
-
-    double sign () const { return maximize ? -1 : 1; }
 };
 
 // "max 3 2 +1; 0.. 0..9i; 1 1 in 1..4; 0 1 in ..3": costs and constant; bounds of the variables, i: integer; rows.
@@ -196,41 +194,6 @@ inline std::string Task::last_error () const
     return message;
 }
 
-// The problem as a task holds it, for checks that know nothing of the library's own.
-inline Model stated (KLVtask_t task)
-{
-    Model model;
-    std::int32_t n = 0, m = 0, sense = 0, count = 0, type = 0;
-    KLV_getnumvar (task, &n);
-    KLV_getnumcon (task, &m);
-    KLV_getcfix (task, &model.constant);
-    KLV_getobjsense (task, &sense);
-    model.maximize = sense == KLV_SENSE_MAXIMIZE;
-    model.cost.resize (static_cast<std::size_t> (n));
-    KLV_getc (task, model.cost.data ());
-    const auto range = [&] (auto get, std::int32_t item) {
-        std::int32_t key = 0;
-        Range values;
-        get (task, item, &key, &values.lower, &values.upper);
-        const bool above = key == KLV_BK_UP || key == KLV_BK_FR, below = key == KLV_BK_LO || key == KLV_BK_FR;
-        return Range{above ? -inf : values.lower, below ? inf : values.upper};
-    };
-    for (std::int32_t i = 0; i < m; ++i)
-        model.row_bounds.push_back (range (KLV_getconbound, i));
-    model.rows.assign (static_cast<std::size_t> (m), Values (static_cast<std::size_t> (n)));
-    std::vector<std::int32_t> rows (static_cast<std::size_t> (m));
-    Values values (static_cast<std::size_t> (m));
-    for (std::int32_t j = 0; j < n; ++j) {
-        model.bounds.push_back (range (KLV_getvarbound, j));
-        KLV_getvartype (task, j, &type);
-        model.integer.push_back (type == KLV_VAR_INTEGER);
-        KLV_getacol (task, j, &count, rows.data (), values.data ());
-        for (std::size_t k = 0; k < static_cast<std::size_t> (count); ++k)
-            model.rows[static_cast<std::size_t> (rows[k])][static_cast<std::size_t> (j)] = values[k];
-    }
-    return model;
-}
-
 // A solution slot, read out.
 struct Slot {
     bool defined = false;
@@ -277,11 +240,6 @@ inline Slot slot (KLVtask_t task, std::int32_t which)
 // ---- Proofs -----------------------------------------------------------------------------------------------------------
 // What a status says of a slot, recomputed from the problem that the task holds.
 
-inline double product (const Values& a, const Values& b)
-{
-    return std::inner_product (a.begin (), a.end (), b.begin (), 0.0);
-}
-
 inline double largest (std::initializer_list<const Values*> arrays)
 {
     double most = 0;
@@ -291,109 +249,131 @@ inline double largest (std::initializer_list<const Values*> arrays)
     return most;
 }
 
-// Largest |c - A'y - (slx - sux)|, without c for a ray.
-inline double balance (const Model& model, const Slot& found, bool ray)
-{
-    double worst = 0;
-    for (std::size_t j = 0; j < model.cost.size (); ++j) {
-        double sum = (ray ? 0 : model.cost[j]) - (found.slx[j] - found.sux[j]);
-        for (std::size_t i = 0; i < model.rows.size (); ++i)
-            sum -= model.rows[i][j] * found.y[i];
-        worst = std::max (worst, std::abs (sum) / (1 + std::abs (model.cost[j])));
+struct Proof {
+    const klv::Problem& problem;
+    const Slot& found;
+    double tolerance;
+    double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
+
+    // A value of each variable times its column, summed up by rows.
+    Values activity () const
+    {
+        Values sums (found.xc.size ());
+        for (std::size_t j = 0; j < found.xx.size (); ++j) {
+            const klv::Column column = problem.matrix.column (static_cast<std::int32_t> (j));
+            for (std::size_t k = 0; k < column.rows.size (); ++k)
+                sums[static_cast<std::size_t> (column.rows[k])] += column.values[k] * found.xx[j];
+        }
+        return sums;
     }
-    return worst;
-}
+    double cost () const
+    {
+        return std::inner_product (found.xx.begin (), found.xx.end (), problem.cost.begin (), 0.0);
+    }
 
-// Lower bounds times lower multipliers less upper bounds times upper ones; signs and absent bounds are checked on the way.
-inline double bound_value (const Model& model, const Slot& found, double tolerance)
-{
-    double sum = 0;
-    const auto add = [&] (double bound, double multiplier, double side) {
-        EXPECT_GE (model.sign () * multiplier, 0) << "a multiplier of the wrong sign";
-        if (std::isinf (bound))
-            EXPECT_NEAR (multiplier, 0, tolerance) << "the multiplier of a bound that does not exist";
-        else
-            sum += side * bound * multiplier;
-    };
-    const auto add_all = [&] (const std::vector<Range>& ranges, const Values& lower, const Values& upper) {
-        for (std::size_t i = 0; i < ranges.size (); ++i) {
-            add (ranges[i].lower, lower[i], 1);
-            add (ranges[i].upper, upper[i], -1);
+    // Largest |c - A'y - (slx - sux)|, without c for a ray.
+    double balance (bool ray) const
+    {
+        double worst = 0;
+        for (std::size_t j = 0; j < found.slx.size (); ++j) {
+            const klv::Column column = problem.matrix.column (static_cast<std::int32_t> (j));
+            double sum = (ray ? 0 : problem.cost[j]) - (found.slx[j] - found.sux[j]);
+            for (std::size_t k = 0; k < column.rows.size (); ++k)
+                sum -= column.values[k] * found.y[static_cast<std::size_t> (column.rows[k])];
+            worst = std::max (worst, std::abs (sum) / (1 + std::abs (problem.cost[j])));
         }
-    };
-    add_all (model.row_bounds, found.slc, found.suc);
-    add_all (model.bounds, found.slx, found.sux);
-    for (std::size_t i = 0; i < found.y.size (); ++i)
-        EXPECT_NEAR (found.y[i], found.slc[i] - found.suc[i], 1e-12 * (1 + std::abs (found.y[i])));
-    return sum;
-}
+        return worst;
+    }
 
-inline void expect_feasible (const Model& model, const Slot& found, double tolerance)
-{
-    const auto inside = [&] (const std::vector<Range>& ranges, const Values& values, const char* what) {
-        for (std::size_t i = 0; i < ranges.size (); ++i) {
-            const auto [lower, upper] = ranges[i];
-            EXPECT_GE (values[i], lower - tolerance * (1 + std::abs (lower))) << what << i;
-            EXPECT_LE (values[i], upper + tolerance * (1 + std::abs (upper))) << what << i;
+    // Bounds times multipliers; signs and absent bounds are checked on the way.
+    double bound_value (double noise) const
+    {
+        double sum = 0;
+        const auto add = [&] (const Values& bounds, const Values& multipliers, double side) {
+            for (std::size_t i = 0; i < bounds.size (); ++i) {
+                EXPECT_GE (sign * multipliers[i], 0) << "a multiplier of the wrong sign";
+                if (std::isfinite (bounds[i]))
+                    sum += side * bounds[i] * multipliers[i];
+                else
+                    EXPECT_NEAR (multipliers[i], 0, noise) << "the multiplier of a bound that does not exist";
+            }
+        };
+        add (problem.constraint.lower, found.slc, 1);
+        add (problem.constraint.upper, found.suc, -1);
+        add (problem.variable.lower, found.slx, 1);
+        add (problem.variable.upper, found.sux, -1);
+        for (std::size_t i = 0; i < found.y.size (); ++i)
+            EXPECT_NEAR (found.y[i], found.slc[i] - found.suc[i], 1e-12 * (1 + std::abs (found.y[i])));
+        return sum;
+    }
+
+    // Whether values, or moves from anywhere inside, keep within the bounds.
+    void expect_inside (const klv::Bounds& bounds, const Values& values) const
+    {
+        for (std::size_t i = 0; i < values.size (); ++i) {
+            const auto [lower, upper] = bounds.interval (i);
+            EXPECT_GE (values[i], lower - tolerance * (1 + std::abs (lower))) << i;
+            EXPECT_LE (values[i], upper + tolerance * (1 + std::abs (upper))) << i;
         }
-    };
-    inside (model.bounds, found.xx, "variable ");
-    inside (model.row_bounds, found.xc, "constraint ");
-    for (std::size_t i = 0; i < model.rows.size (); ++i)
-        EXPECT_NEAR (product (model.rows[i], found.xx), found.xc[i], 1e-8 * (1 + std::abs (found.xc[i])));
-    const double objective = model.constant + product (model.cost, found.xx);
-    EXPECT_NEAR (found.primal, objective, 1e-9 * (1 + std::abs (objective)));
-}
-
-inline void expect_optimal (const Model& model, const Slot& found, double tolerance)
-{
-    expect_feasible (model, found, tolerance);
-    EXPECT_EQ (found.problem, KLV_PRO_FEASIBLE);
-    EXPECT_LE (balance (model, found, false), tolerance);
-    const double value = model.constant + bound_value (model, found, tolerance);
-    const double scale = 1 + std::abs (found.primal) + std::abs (value);
-    EXPECT_NEAR (found.dual, value, 1e-9 * scale);
-    EXPECT_NEAR (found.primal, value, tolerance * scale);
-}
-
-// Whole numbers come as such, unless a loose tolerance allows for others.
-inline void expect_whole_numbers (const Model& model, const Slot& found, double tolerance)
-{
-    EXPECT_EQ (found.problem, KLV_PRO_PRIMAL_FEASIBLE);
-    for (std::size_t j = 0; j < model.integer.size (); ++j)
-        if (model.integer[j]) {
-            EXPECT_NEAR (found.xx[j], std::nearbyint (found.xx[j]), tolerance > 1e-6 ? tolerance : 0);
+    }
+    void expect_kept (const klv::Bounds& bounds, const Values& moves, double noise) const
+    {
+        for (std::size_t i = 0; i < moves.size (); ++i) {
+            EXPECT_TRUE (bounds.lower[i] == -inf || moves[i] >= -noise) << i;
+            EXPECT_TRUE (bounds.upper[i] == inf || moves[i] <= noise) << i;
         }
-}
+    }
 
-inline void expect_infeasible (const Model& model, const Slot& found)
-{
-    EXPECT_TRUE (found.problem == KLV_PRO_PRIMAL_INFEASIBLE || found.problem == KLV_PRO_BOTH_INFEASIBLE);
-    const double noise = 2e-8 * largest ({&found.slc, &found.suc, &found.slx, &found.sux});
-    EXPECT_LE (balance (model, found, true), noise);
-    EXPECT_NEAR (bound_value (model, found, noise), model.sign (), 1e-6);
-    EXPECT_EQ (found.dual, model.sign ());
-    EXPECT_EQ (found.primal, 0);
-    EXPECT_EQ (largest ({&found.xx, &found.xc}), 0);
-    for (const auto* keys : {&found.skc, &found.skx})
-        EXPECT_EQ (std::ranges::count (*keys, KLV_SK_UNKNOWN), std::ssize (*keys));
-}
-
-inline void expect_unbounded (const Model& model, const Slot& found)
-{
-    EXPECT_EQ (found.problem, KLV_PRO_DUAL_INFEASIBLE);
-    const double noise = 2e-8 * largest ({&found.xx});
-    const auto expect_kept = [&] (Range range, double move) {
-        EXPECT_GE (move, range.lower > -inf ? -noise : -inf);
-        EXPECT_LE (move, range.upper < inf ? noise : inf);
-    };
-    for (std::size_t j = 0; j < found.xx.size (); ++j)
-        expect_kept (model.bounds[j], found.xx[j]);
-    for (std::size_t i = 0; i < model.rows.size (); ++i)
-        expect_kept (model.row_bounds[i], product (model.rows[i], found.xx));
-    EXPECT_NEAR (product (model.cost, found.xx), -model.sign (), 1e-9);
-    EXPECT_EQ (found.dual, 0);
-}
+    void expect_feasible () const
+    {
+        expect_inside (problem.variable, found.xx);
+        expect_inside (problem.constraint, found.xc);
+        const Values sums = activity ();
+        for (std::size_t i = 0; i < sums.size (); ++i)
+            EXPECT_NEAR (sums[i], found.xc[i], 1e-8 * (1 + std::abs (sums[i])));
+        const double objective = problem.constant + cost ();
+        EXPECT_NEAR (found.primal, objective, 1e-9 * (1 + std::abs (objective)));
+    }
+    void expect_optimal () const
+    {
+        EXPECT_EQ (found.problem, KLV_PRO_FEASIBLE);
+        EXPECT_LE (balance (false), tolerance);
+        const double value = problem.constant + bound_value (tolerance);
+        const double scale = 1 + std::abs (found.primal) + std::abs (value);
+        EXPECT_NEAR (found.dual, value, 1e-9 * scale);
+        EXPECT_NEAR (found.primal, value, tolerance * scale);
+    }
+    // Whole numbers come as such, unless a loose tolerance allows for others.
+    void expect_integer_optimal () const
+    {
+        EXPECT_EQ (found.problem, KLV_PRO_PRIMAL_FEASIBLE);
+        for (std::size_t j = 0; j < found.xx.size (); ++j)
+            if (problem.integer[j] == KLV_VAR_INTEGER) {
+                EXPECT_NEAR (found.xx[j], std::nearbyint (found.xx[j]), tolerance > 1e-6 ? tolerance : 0);
+            }
+    }
+    void expect_infeasible () const
+    {
+        EXPECT_TRUE (found.problem == KLV_PRO_PRIMAL_INFEASIBLE || found.problem == KLV_PRO_BOTH_INFEASIBLE);
+        const double noise = 2e-8 * largest ({&found.slc, &found.suc, &found.slx, &found.sux});
+        EXPECT_LE (balance (true), noise);
+        EXPECT_NEAR (bound_value (noise), sign, 1e-6);
+        EXPECT_EQ (found.dual, sign);
+        EXPECT_EQ (found.primal, 0);
+        EXPECT_EQ (largest ({&found.xx, &found.xc}), 0);
+        for (const auto* keys : {&found.skc, &found.skx})
+            EXPECT_EQ (std::ranges::count (*keys, KLV_SK_UNKNOWN), std::ssize (*keys));
+    }
+    void expect_unbounded () const
+    {
+        EXPECT_EQ (found.problem, KLV_PRO_DUAL_INFEASIBLE);
+        const double noise = 2e-8 * largest ({&found.xx});
+        expect_kept (problem.variable, found.xx, noise);
+        expect_kept (problem.constraint, activity (), noise);
+        EXPECT_NEAR (cost (), -sign, 1e-9);
+        EXPECT_EQ (found.dual, 0);
+    }
+};
 
 // Proves what each slot says of itself and tells it: "itr OPTIMAL bas OPTIMAL"; where a solution's status is unknown, it is
 // the problem's.
@@ -412,17 +392,19 @@ inline std::string proved (KLVtask_t task, double tolerance = 1e-6)
             KLV_prostatostr (task, found.problem, status);
         told += (told.empty () ? "" : " ") + std::string (name) + status;
         SCOPED_TRACE (told);
-        const Model model = stated (task);
-        if (found.solution == KLV_SOLSTA_OPTIMAL)
-            expect_optimal (model, found, tolerance);
-        if (found.solution == KLV_SOLSTA_PRIMAL_FEASIBLE || found.solution == KLV_SOLSTA_INTEGER_OPTIMAL)
-            expect_feasible (model, found, tolerance);
-        if (found.solution == KLV_SOLSTA_INTEGER_OPTIMAL)
-            expect_whole_numbers (model, found, tolerance);
+        const Proof proof{task->problem (), found, tolerance};
+        const bool best = found.solution == KLV_SOLSTA_OPTIMAL,
+                   whole = found.solution == KLV_SOLSTA_INTEGER_OPTIMAL;
+        if (best || whole || found.solution == KLV_SOLSTA_PRIMAL_FEASIBLE)
+            proof.expect_feasible ();
+        if (best)
+            proof.expect_optimal ();
+        if (whole)
+            proof.expect_integer_optimal ();
         if (found.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE)
-            expect_infeasible (model, found);
+            proof.expect_infeasible ();
         if (found.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE)
-            expect_unbounded (model, found);
+            proof.expect_unbounded ();
     }
     return told;
 }

@@ -72,7 +72,7 @@ TEST (WorkerProgress, EachPhaseIsToldInOrderAndALongOneAgainButNotTooOften)
         channel.progress (in_phase (KLV_CALLER_CERTIFICATE));
         return claims (right);
     });
-    const Task task (small);
+    const Task task (small, "OPTIMIZER 1");
     Questions questions;
     EXPECT_EQ (questions.optimize (task), 0);
     const auto asked = static_cast<double> (questions.count (KLV_CALLER_DUAL_SIMPLEX));
