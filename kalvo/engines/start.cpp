@@ -96,11 +96,15 @@ Solution complete (GivenSolution&& given, const Task& task, KLVsoltype which)
     Solution solution = answer.solution ? std::move (*answer.solution) : check.unknown_solution ();
     if (!solution.has_primal && !given.xx.empty ())
         solution.xx = std::move (given.xx);
-    // A user's basis says where to start, whatever the point is worth.
-    if (!given.skc.empty ())
-        solution.skc = std::move (given.skc);
-    if (!given.skx.empty ())
-        solution.skx = std::move (given.skx);
+    // Keys are a user's word on where to start, and no one else's.
+    const auto keep_keys = [] (std::vector<std::int32_t>& keys, std::vector<std::int32_t>& given_keys) {
+        if (given_keys.empty ())
+            std::ranges::fill (keys, KLV_SK_UNKNOWN);
+        else
+            keys = std::move (given_keys);
+    };
+    keep_keys (solution.skc, given.skc);
+    keep_keys (solution.skx, given.skx);
     return solution;
 }
 
