@@ -21,7 +21,8 @@ struct Race {
 
 TEST (Race, IsWonByTheFirstProof)
 {
-    const Race races[] = {
+    static const Race races[] = {
+        // a loser may outlive the test
         {"simplex", right, nullptr, KLV_OPTIMIZER_DUAL_SIMPLEX, 0, 2},
         {"interior point, then its finish", nullptr, right, KLV_OPTIMIZER_INTERIOR_POINT, 0, 3},
         {"interior point is wrong", right, wrong, KLV_OPTIMIZER_DUAL_SIMPLEX, 1, 2},
@@ -30,22 +31,23 @@ TEST (Race, IsWonByTheFirstProof)
     };
     for (const Race& race : races) {
         SCOPED_TRACE (race.what);
-        std::atomic<int> running = 0;
-        scripted::InFront front ([&] (const klv::Job& job, const klv::StopFlag& stop, klv::EventChannel&) {
-            const char* answer = job.finishes ()                        ? right
-                                 : job.method == Method::interior_point ? race.interior
-                                                                        : race.simplex;
-            if (!job.finishes ()) {    // both are at it before one may answer, the right one last
-                ++running;
-                while (running < 2)
-                    std::this_thread::sleep_for (std::chrono::milliseconds (1));
-                if (answer == right && race.rejected > 0)
-                    std::this_thread::sleep_for (std::chrono::milliseconds (100));
-            }
-            if (answer == nullptr)
-                scripted::Gate::wait_for (stop);
-            return claims (answer != nullptr ? answer : "stopped");
-        });
+        const auto running = std::make_shared<std::atomic<int>> (0);
+        scripted::InFront front (
+            [&race, running] (const klv::Job& job, const klv::StopFlag& stop, klv::EventChannel&) {
+                const char* answer = job.finishes ()                        ? right
+                                     : job.method == Method::interior_point ? race.interior
+                                                                            : race.simplex;
+                if (!job.finishes ()) {    // both are at it before one may answer, the right one last
+                    ++*running;
+                    while (*running < 2)
+                        std::this_thread::sleep_for (std::chrono::milliseconds (1));
+                    if (answer == right && race.rejected > 0)
+                        std::this_thread::sleep_for (std::chrono::milliseconds (100));
+                }
+                if (answer == nullptr)
+                    scripted::Gate::wait_for (stop);
+                return claims (answer != nullptr ? answer : "stopped");
+            });
         const Task task (small, at_once);
         EXPECT_EQ (KLV_optimize (task), 0);
         EXPECT_EQ (task.information ("RACE"), 1);
