@@ -21,8 +21,8 @@ struct Race {
 
 TEST (Race, IsWonByTheFirstProof)
 {
+    // A loser may outlive the test.
     static const Race races[] = {
-        // a loser may outlive the test
         {"simplex", right, nullptr, KLV_OPTIMIZER_DUAL_SIMPLEX, 0, 2},
         {"interior point, then its finish", nullptr, right, KLV_OPTIMIZER_INTERIOR_POINT, 0, 3},
         {"interior point is wrong", right, wrong, KLV_OPTIMIZER_DUAL_SIMPLEX, 1, 2},
@@ -49,13 +49,11 @@ TEST (Race, IsWonByTheFirstProof)
                 return claims (answer != nullptr ? answer : "stopped");
             });
         const Task task (small, at_once);
-        EXPECT_EQ (KLV_optimize (task), 0);
+        EXPECT_EQ (model::optimized (task), "OK itr OPTIMAL bas OPTIMAL");
         EXPECT_EQ (task.information ("RACE"), 1);
         EXPECT_EQ (task.information ("OPTIMIZER"), race.winner);
         EXPECT_EQ (task.information ("CLAIMS_REJECTED"), race.rejected);
         EXPECT_EQ (front.engine ().runs, race.runs);
-        model::expect_optimal (task, KLV_SOL_BAS);
-        model::expect_optimal (task, KLV_SOL_ITR);
     }
 }
 
