@@ -105,16 +105,4 @@ TEST (StreamFiles, WhatCannotBeUsedIsNamedAndTheOldOneStays)
     EXPECT_EQ (std::ranges::count (task.printed, '\n'), 1) << "talked of once: " << task.printed;
 }
 
-TEST (Banner, IsOneLineAndMoreOnDemand)
-{
-    std::string text;
-    ASSERT_EQ (KLV_linkfunctoenvstream (nullptr, KLV_STREAM_ALL, &text, receive), KLV_RES_OK);
-    for (const std::int32_t longer : {0, 1})
-        EXPECT_EQ (KLV_echointro (nullptr, longer), KLV_RES_OK);
-    KLV_linkfunctoenvstream (nullptr, KLV_STREAM_ALL, nullptr, nullptr);
-    KLV_echointro (nullptr, 1);
-    EXPECT_TRUE (text.starts_with ("Kalvo 10.2.18")) << text;
-    EXPECT_EQ (std::ranges::count (text, '\n'), 3) << text;
-}
-
 }

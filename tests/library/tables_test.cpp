@@ -59,6 +59,10 @@ TEST (Tables, HoldTheConstantsOfTheHeader)
     for (const char* unknown :
          {"", "KLV_", "KLV_O", "KLV_OFFF", "klv_off", " KLV_OFF", "KLV_IPAR_OPTIMIZER", "~"})
         EXPECT_EQ (KLV_symnamtovalue (unknown, text), 0) << unknown;
+    for (const auto function : {KLV_prostatostr, KLV_solstatostr, KLV_sktostr}) {
+        EXPECT_EQ (function (task, 8, text), KLV_RES_VALUE_UNKNOWN);
+        EXPECT_STREQ (text, "");
+    }
     for (const int code : {-1, 1, 100006, 2147483647}) {
         EXPECT_EQ (KLV_getcodedesc (code, name, text), KLV_RES_VALUE_UNKNOWN) << code;
         EXPECT_NE (std::string (text).find ("not known"), std::string::npos);
@@ -97,29 +101,6 @@ TEST (Tables, NamesAreFieldsOfRecordsInTheirFixedNumbers)
         EXPECT_EQ (KLV_whichparam (task, unknown, &kind, &number), KLV_RES_OK);
         EXPECT_EQ (kind, KLV_PAR_NONE) << unknown;
     }
-}
-
-TEST (Tables, StatusKeysTravelAsTwoCharacters)
-{
-    const files::Task task;
-    std::set<std::string> seen;
-    std::int32_t back = -1;
-    for (std::int32_t key = KLV_SK_UNKNOWN; key <= KLV_SK_INFEASIBLE; ++key) {
-        char whole[KLV_MAX_TEXT];
-        ASSERT_EQ (KLV_sktostr (task, key, whole), KLV_RES_OK);
-        const std::string two (whole, 2);
-        EXPECT_TRUE (seen.insert (two).second) << whole;
-        for (const char* form : {static_cast<const char*> (whole), two.c_str ()}) {
-            EXPECT_EQ (KLV_strtosk (task, form, &back), KLV_RES_OK) << form;
-            EXPECT_EQ (back, key) << form;
-        }
-    }
-    for (const char* text : {"", "U", "un", "UNK", "  ", "XX", "UN "})
-        EXPECT_EQ (KLV_strtosk (task, text, &back), KLV_RES_STATUS_KEY_UNKNOWN) << text;
-    char text[KLV_MAX_TEXT] = "x";
-    for (const auto function : {KLV_prostatostr, KLV_solstatostr, KLV_sktostr})
-        EXPECT_EQ (function (task, 8, text), KLV_RES_VALUE_UNKNOWN);
-    EXPECT_STREQ (text, "");
 }
 
 // ---- Parameters -------------------------------------------------------------------------------------------------------
