@@ -99,8 +99,8 @@ KLVrescode_t InitialSolutions::read_values (const Kind& kind, const mxArray* sol
             continue;
         if (!isvector (array, static_cast<std::uint64_t> (sizes_.*field.count), 0) || mxIsComplex (array))
             code = refuse (KLV_RES_ARGUMENT, "prob.sol.%s.%s", kind.name, field.name);
-        else
-            values_[k] = mxGetPr (array);
+        else if (values_[k] = mxGetPr (array); values_[k] == nullptr)
+            code = KLV_RES_OUT_OF_MEMORY;
     }
     return code;
 }
