@@ -1,6 +1,5 @@
 #include "gateway/result.h"
 
-#include <array>
 #include <utility>
 
 #include "gateway/number.h"
@@ -23,47 +22,36 @@ bool has_solution (KLVtask_t task)
     return false;
 }
 
-struct FieldList {
-    std::array<const char*, 9> names = {};
-    std::size_t count = 0;
-
-    void add (const char* name) { names[count++] = name; }
-    void add_if (bool wanted, const char* name)
-    {
-        if (wanted)
-            add (name);
-    }
-};
-
 bool wants_problem (const cmdoptions& options)
 {
     return options.read || options.prob;
 }
 
-FieldList list_fields (const Request& request)
+using ResultFields = FieldList<9>;
+
+ResultFields list_fields (const Request& request)
 {
     const cmdoptions& options = request.options;
-    FieldList fields;
-    fields.add_if (request.is_finished () && has_solution (request.task.get ()), "sol");
+    ResultFields fields;
+    fields.add_if (request.is_finished () && has_solution (request.task.get ()), {"sol"});
     if (request.code != KLV_RES_OUT_OF_MEMORY) {
-        fields.add_if (wants_problem (options), "prob");
-        fields.add_if (options.param, "param");
-        fields.add_if (options.info, "info");
-        fields.add_if (options.version, "version");
-        fields.add_if (options.symbcon, "symbcon");
+        fields.add_if (wants_problem (options), {"prob"});
+        fields.add_if (options.param, {"param"});
+        fields.add_if (options.info, {"info"});
+        fields.add_if (options.version, {"version"});
+        fields.add_if (options.symbcon, {"symbcon"});
     }
-    for (const char* name : {"rcode", "rmsg", "rcodestr"})
-        fields.add (name);
+    fields.add ({"rcode", "rmsg", "rcodestr"});
     return fields;
 }
 
 mxArray* create_result (Request& request)
 {
-    const FieldList fields = list_fields (request);
+    const ResultFields fields = list_fields (request);
     mxArray*& result = request.plhs[1];
     mxDestroyArray (result);
     result = nullptr;    // while there may be no memory for the record
-    result = create_record ({fields.names.data (), fields.count}).release ();
+    result = create_record (fields.all ()).release ();
     if (result == nullptr)
         request.code = KLV_RES_OUT_OF_MEMORY;
     return result;

@@ -5,7 +5,6 @@
 #include "gateway/console.h"
 #include "output/extracts.h"
 #include "output/records.h"
-#include "params/record.h"
 
 namespace {
 
@@ -31,28 +30,16 @@ ProblemCounts read_counts (KLVtask_t task)
     return counts;
 }
 
-KLVrescode_t create_problem_record (const ProblemCounts& counts, host::Array& record)
+host::Array create_problem_record (const ProblemCounts& counts)
 {
-    constexpr std::size_t room = 20;
-    FieldNames names (room);
-    std::size_t count = 0;
-    const auto add = [&] (std::initializer_list<const char*> fields) {
-        count += fields.size ();
-        if (count > room)
-            mexErrMsgTxt ("Fatal error: Too many probnames");
-        for (const char* field : fields)
-            names.add (field);
-    };
-    if (counts.quadratic_objective > 0)
-        add ({"qosubi", "qosubj", "qoval"});
-    add ({"c", "cfix", "a"});
-    if (counts.quadratic_constraints > 0)
-        add ({"qcsubk", "qcsubi", "qcsubj", "qcval"});
-    add ({"blc", "buc", "blx", "bux"});
-    if (counts.integers > 0)
-        add ({"ints"});
-    add ({"names"});
-    return names.make_record (record);
+    FieldList<20> fields;
+    fields.add_if (counts.quadratic_objective > 0, {"qosubi", "qosubj", "qoval"});
+    fields.add ({"c", "cfix", "a"});
+    fields.add_if (counts.quadratic_constraints > 0, {"qcsubk", "qcsubi", "qcsubj", "qcval"});
+    fields.add ({"blc", "buc", "blx", "bux"});
+    fields.add_if (counts.integers > 0, {"ints"});
+    fields.add ({"names"});
+    return create_record (fields.all ());
 }
 
 // Creates the value of every field, so that what follows can only fail in the library or for names.
@@ -130,8 +117,6 @@ KLVrescode_t getprob ([[maybe_unused]] int statuskeys, KLVtask_t task, mxArray* 
                   "Problems with disjunctive constraints are not supported by this interface.");
         return KLV_RES_ARGUMENT;
     }
-    host::Array created;
-    if (const KLVrescode_t code = create_problem_record (counts, created))
-        return code;
-    return fill (task, counts, set_field (res, "prob", std::move (created)));
+    mxArray* record = set_field (res, "prob", create_problem_record (counts));
+    return record ? fill (task, counts, record) : KLV_RES_OUT_OF_MEMORY;
 }

@@ -1,10 +1,36 @@
 // Building what is returned: records, columns, and their parts.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 
 #include "host/holders.h"
+
+// The fields that a record is to have, in their order: at most `room`.
+template <std::size_t room>
+class FieldList {
+public:
+    void add (std::initializer_list<const char*> names)
+    {
+        if (names.size () > room - count_)
+            mexErrMsgTxt ("Fatal error: Too many probnames");
+        std::copy (names.begin (), names.end (), names_.begin () + count_);
+        count_ += names.size ();
+    }
+    void add_if (bool wanted, std::initializer_list<const char*> names)
+    {
+        if (wanted)
+            add (names);
+    }
+    std::span<const char* const> all () const { return {names_.data (), count_}; }
+
+private:
+    std::array<const char*, room> names_ = {};
+    std::size_t count_ = 0;
+};
 
 // A 1-by-1 record with these fields, all without a value.
 host::Array create_record (std::span<const char* const> fields);
