@@ -4,8 +4,7 @@
 // - Where memory runs out Octave throws; here null is returned, also for sizes whose product Octave lets
 // overflow.
 // - Where an array is of a class that a function is not for, or an element does not exist, Octave throws,
-// aborts or
-//   follows a wild pointer; here it is null, 0 or nothing, as MATLAB documents it.
+//   aborts or follows a wild pointer; here it is null, 0 or nothing, as MATLAB documents it.
 
 #include <octave/quit.h>
 

@@ -4,8 +4,7 @@
 // A call ends as in MATLAB: what the gateway did not release is released by the host, and counted in
 // Call::left_arrays and Call::left_blocks. Recorded as faults, which end a test as failures:
 //   - an array or block released twice, or never given out;
-//   - data read as another class than its own (mxGetPr on anything but double, mxGetData on records and the
-//   like);
+//   - data read as another class than its own (mxGetPr on anything but double, mxGetData on records);
 //   - an input changed, released, or made part of an output;
 //   - an array put into two places;
 //   - any function of the host called from another thread than the one that makes the call.

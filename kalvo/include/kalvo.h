@@ -13,13 +13,16 @@
  * - Ownership: arrays and texts that are passed in are copied and never kept; results are written into memory
  *   of the caller. Texts are 0-terminated UTF-8. Where a text buffer has no length argument it must
  *   hold KLV_MAX_TEXT bytes.
- * - Infinite bounds: the bound key says whether a bound exists; the value of an absent bound is not looked at.
- * - Threads: a task is used by one thread at a time. All callbacks run on the thread that called the operation.
- *   While an operation runs, a callback may read the task but not change or delete it (KLV_RES_TASK_BUSY).
- * - An internal failure, a callback that throws among them, gives KLV_RES_INTERNAL and makes the task unusable:
- *   it can then only be asked for its last error and deleted; everything else gives KLV_RES_TASK_UNUSABLE.
- * - Changes of data leave the solutions as they were answered, until the next optimisation or until variables or
- *   constraints are added.
+ * - Infinite bounds: the bound key says whether a bound exists; the value of an absent bound is not looked
+ *   at.
+ * - Threads: a task is used by one thread at a time. All callbacks run on the thread that called the
+ *   operation. While an operation runs, a callback may read the task but not change or delete it
+ *   (KLV_RES_TASK_BUSY).
+ * - An internal failure, a callback that throws among them, gives KLV_RES_INTERNAL and makes the task
+ *   unusable: it can then only be asked for its last error and deleted; everything else gives
+ *   KLV_RES_TASK_UNUSABLE.
+ * - Changes of data leave the solutions as they were answered, until the next optimisation or until variables
+ *   or constraints are added.
  * - Nothing is thrown across this interface, but for what the caller's own exit function throws.
  */
 #ifndef KALVO_H
@@ -261,17 +264,19 @@ typedef void (*KLVexitfunc) (void* handle, const char* file, int32_t line, const
 /* The version of the loaded library; compare with the KLV_VERSION_ constants of this header. */
 KLV_API KLVrescode_t KLV_getversion (int32_t* major, int32_t* minor, int32_t* revision);
 
-// Prints the banner on environment streams 0 and 1: one line, with a line for each engine below it when longver > 0.
+// Prints the banner on environment streams 0 and 1: one line, with a line for each engine below it when
+// longver > 0.
 KLV_API KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver);
 
 // Links a function to an environment stream (0 to 3), replacing the linked one; a null func unlinks.
 KLV_API KLVrescode_t KLV_linkfunctoenvstream (KLVenv_t env, int32_t stream, void* handle, KLVstreamfunc func);
 
-// The function to call, on the calling thread and with no lock held, when a task has become unusable. Null: none.
+// The function to call, on the calling thread and with no lock held, when a task has become unusable. Null:
+// none.
 KLV_API KLVrescode_t KLV_putexitfunc (KLVenv_t env, KLVexitfunc func, void* handle);
 
-/* Symbolic name ("KLV_RES_...") and description of a response code; each buffer holds KLV_MAX_TEXT bytes, either
- * may be null. An unknown code gives a text that says so, and KLV_RES_VALUE_UNKNOWN. */
+/* Symbolic name ("KLV_RES_...") and description of a response code; each buffer holds KLV_MAX_TEXT bytes,
+ * either may be null. An unknown code gives a text that says so, and KLV_RES_VALUE_UNKNOWN. */
 KLV_API KLVrescode_t KLV_getcodedesc (int32_t code, char* symname, char* description);
 
 // Number of symbolic constants, and the length of the longest name without its terminator.
@@ -281,7 +286,8 @@ KLV_API KLVrescode_t KLV_getsymbcondim (KLVenv_t env, int32_t* count, size_t* lo
 KLV_API KLVrescode_t KLV_getsymbcon (KLVtask_t task, int32_t index, int32_t capacity, char* name,
                                      int32_t* value);
 
-// Answers 1 and writes the value as decimal text (KLV_MAX_TEXT bytes) when name is a symbolic constant, else 0.
+// Answers 1 and writes the value as decimal text (KLV_MAX_TEXT bytes) when name is a symbolic constant, else
+// 0.
 KLV_API int32_t KLV_symnamtovalue (const char* name, char* value);
 
 // The symbolic constant that stands for a value of an integer parameter, or an empty text when it has none.
@@ -299,18 +305,18 @@ KLV_API KLVrescode_t KLV_deletetask (KLVtask_t* task);
 KLV_API KLVrescode_t KLV_linkfunctotaskstream (KLVtask_t task, int32_t stream, void* handle,
                                                KLVstreamfunc func);
 
-/* Links a file to a task stream beside the linked function, replacing the linked one: append 0 writes it anew, 1 appends.
- * A null filename closes the linked file. A file that can't be opened: KLV_RES_FILE_OPEN, and the linked one stays; one
- * that can't be written later is closed with one warning. */
+/* Links a file to a task stream beside the linked function, replacing the linked one: append 0 writes it
+ * anew, 1 appends. A null filename closes the linked file. A file that can't be opened: KLV_RES_FILE_OPEN,
+ * and the linked one stays; one that can't be written later is closed with one warning. */
 KLV_API KLVrescode_t KLV_linkfiletotaskstream (KLVtask_t task, int32_t stream, const char* filename,
                                                int32_t append);
 
 // Sets the progress callback of a task; a null func removes it.
 KLV_API KLVrescode_t KLV_putcallbackfunc (KLVtask_t task, KLVcallbackfunc func, void* handle);
 
-/* The last error of a task, whatever succeeded since: its code, the length of its message, and the message cut to
- * capacity - 1 bytes. Without an error *code is 0 and *length and message are left untouched. length may be null.
- * Terminations are no errors, nor is a call that was refused because the task was busy. */
+/* The last error of a task, whatever succeeded since: its code, the length of its message, and the message
+ * cut to capacity - 1 bytes. Without an error *code is 0 and *length and message are left untouched. length
+ * may be null. Terminations are no errors, nor is a call that was refused because the task was busy. */
 KLV_API KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, int32_t* length,
                                        char* message);
 
@@ -325,8 +331,8 @@ KLV_API KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* 
 // Name of parameter number index of a kind (KLVparamtype).
 KLV_API KLVrescode_t KLV_getparamname (KLVtask_t task, int32_t kind, int32_t index, char* name);
 
-/* Sets a parameter: KLV_RES_PARAMETER_RANGE outside its range (NaN included), KLV_RES_PARAMETER_RESERVED for another value
- * than the default of a reserved one. The message names it. */
+/* Sets a parameter: KLV_RES_PARAMETER_RANGE outside its range (NaN included), KLV_RES_PARAMETER_RESERVED for
+ * another value than the default of a reserved one. The message names it. */
 KLV_API KLVrescode_t KLV_putdouparam (KLVtask_t task, int32_t index, double value);
 KLV_API KLVrescode_t KLV_putintparam (KLVtask_t task, int32_t index, int32_t value);
 KLV_API KLVrescode_t KLV_putstrparam (KLVtask_t task, int32_t index, const char* value);
@@ -335,7 +341,8 @@ KLV_API KLVrescode_t KLV_putnaintparam (KLVtask_t task, const char* name, int32_
 KLV_API KLVrescode_t KLV_getdouparam (KLVtask_t task, int32_t index, double* value);
 KLV_API KLVrescode_t KLV_getintparam (KLVtask_t task, int32_t index, int32_t* value);
 
-// The text of a string parameter cut to capacity - 1 bytes, and its length. With capacity 0 value may be null.
+// The text of a string parameter cut to capacity - 1 bytes, and its length. With capacity 0 value may be
+// null.
 KLV_API KLVrescode_t KLV_getstrparam (KLVtask_t task, int32_t index, int32_t capacity, int32_t* length,
                                       char* value);
 
@@ -346,7 +353,8 @@ KLV_API KLVrescode_t KLV_getintinf (KLVtask_t task, int32_t index, int32_t* valu
 
 // ---- Problem input ----------------------------------------------------------------------------------------
 
-/* Appends count items. New variables are continuous, free, without cost and entries; new constraints are free. */
+/* Appends count items. New variables are continuous, free, without cost and entries; new constraints are
+ * free. */
 KLV_API KLVrescode_t KLV_appendvars (KLVtask_t task, int32_t count);
 KLV_API KLVrescode_t KLV_appendcons (KLVtask_t task, int32_t count);
 
@@ -356,18 +364,19 @@ KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
 // Makes room for entries of the constraint matrix; a hint that is never needed.
 KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
-/* Operations of this section that are called very often, as KLV_putacol is, ask the progress callback now and then
- * (KLV_CALLER_LOAD); when it answers other than 0 they change nothing and return KLV_RES_USER_STOP. */
+/* Operations of this section that are called very often, as KLV_putacol is, ask the progress callback now and
+ * then (KLV_CALLER_LOAD); when it answers other than 0 they change nothing and return KLV_RES_USER_STOP. */
 
 /* Replaces column j of the constraint matrix: count entries, rows in any order, each row at most once, values
  * finite. Zeros are kept as entries. */
 KLV_API KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_t* rows,
                                   const double* values);
 
-/* Bounds of the items first ... last - 1; the arrays hold last - first entries. A bound that its key says exists must not
- * be NaN; an infinite one on its own side means no bound, and the key becomes that of what is left; on the other side
- * KLV_RES_BOUND_BEYOND_INFINITY. Lower values above upper ones are accepted: such a problem is infeasible. The two values
- * of a fixed item (KLV_BK_FX) must be finite and equal, else KLV_RES_ARGUMENT. */
+/* Bounds of the items first ... last - 1; the arrays hold last - first entries. A bound that its key says
+ * exists must not be NaN; an infinite one on its own side means no bound, and the key becomes that of what is
+ * left; on the other side KLV_RES_BOUND_BEYOND_INFINITY. Lower values above upper ones are accepted: such a
+ * problem is infeasible. The two values of a fixed item (KLV_BK_FX) must be finite and equal, else
+ * KLV_RES_ARGUMENT. */
 KLV_API KLVrescode_t KLV_putvarboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
                                            const double* lower, const double* upper);
 KLV_API KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
@@ -391,8 +400,8 @@ KLV_API KLVrescode_t KLV_putaccname (KLVtask_t task, int64_t k, const char* name
 
 // ---- Problem output ---------------------------------------------------------------------------------------
 
-/* Counts. Cones, semidefinite variables, affine and disjunctive conic constraints and quadratic terms are 0 in this
- * version. */
+/* Counts. Cones, semidefinite variables, affine and disjunctive conic constraints and quadratic terms are 0
+ * in this version. */
 KLV_API KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t* count);
 KLV_API KLVrescode_t KLV_getnumcon (KLVtask_t task, int32_t* count);
 KLV_API KLVrescode_t KLV_getnumcone (KLVtask_t task, int32_t* count);
@@ -411,8 +420,8 @@ KLV_API KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t* leng
 KLV_API KLVrescode_t KLV_getc (KLVtask_t task, double* costs);
 KLV_API KLVrescode_t KLV_getcfix (KLVtask_t task, double* constant);
 
-/* Column j of the constraint matrix, in the order in which it was put. The arrays must hold as many entries as the column has:
- * at most one a constraint. */
+/* Column j of the constraint matrix, in the order in which it was put. The arrays must hold as many entries
+ * as the column has: at most one a constraint. */
 KLV_API KLVrescode_t KLV_getacol (KLVtask_t task, int32_t j, int32_t* count, int32_t* rows, double* values);
 
 // Quadratic terms of the objective and of constraint i; room is the size of the arrays.
@@ -433,7 +442,8 @@ KLV_API KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t* length);
 KLV_API KLVrescode_t KLV_getobjnamelen (KLVtask_t task, int32_t* length);
 KLV_API KLVrescode_t KLV_getmaxnamelen (KLVtask_t task, int32_t* length);
 
-// Names into a buffer of size bytes; KLV_RES_BUFFER_TOO_SMALL, with the buffer cut and terminated, where one does not fit.
+// Names into a buffer of size bytes; KLV_RES_BUFFER_TOO_SMALL, with the buffer cut and terminated, where one
+// does not fit.
 KLV_API KLVrescode_t KLV_gettaskname (KLVtask_t task, int32_t size, char* name);
 KLV_API KLVrescode_t KLV_getobjname (KLVtask_t task, int32_t size, char* name);
 KLV_API KLVrescode_t KLV_getvarname (KLVtask_t task, int32_t j, int32_t size, char* name);
@@ -444,24 +454,25 @@ KLV_API KLVrescode_t KLV_getaccname (KLVtask_t task, int64_t k, int32_t size, ch
 
 // ---- Files and analysis -----------------------------------------------------------------------------------
 
-/* Reads a problem file into an empty task: filename, or the string parameter KLV_SPAR_DATA_FILE when it is null.
- * A fault is reported on the error stream with its line; the task then holds an empty problem. */
+/* Reads a problem file into an empty task: filename, or the string parameter KLV_SPAR_DATA_FILE when it is
+ * null. A fault is reported on the error stream with its line; the task then holds an empty problem. */
 KLV_API KLVrescode_t KLV_readdata (KLVtask_t task, const char* filename);
 
-/* Writes the problem to a file, in the format that its extension or the file-format parameter names. On any failure the file
- * that was there before is as it was. */
+/* Writes the problem to a file, in the format that its extension or the file-format parameter names. On any
+ * failure the file that was there before is as it was. */
 KLV_API KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename);
 
-// Prints a short summary of the problem, or its analysis (kinds of bounds, density, coefficient ranges), on a stream.
+// Prints a short summary of the problem, or its analysis (kinds of bounds, density, coefficient ranges), on a
+// stream.
 KLV_API KLVrescode_t KLV_readsummary (KLVtask_t task, int32_t stream);
 KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
 
 // ---- Optimisation -----------------------------------------------------------------------------------------
 
-/* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops give
- * their termination code. It starts from the solutions that the task holds (KLV_IPAR_WARM_START): a basis, else
- * a point for the simplex methods, known values of the integer solution for the integer search. A bad start costs time, never
- * the answer. Afterwards the task holds the new solutions only. */
+/* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops
+ * give their termination code. It starts from the solutions that the task holds (KLV_IPAR_WARM_START): a
+ * basis, else a point for the simplex methods, known values of the integer solution for the integer search. A
+ * bad start costs time, never the answer. Afterwards the task holds the new solutions only. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
 // Brings the problem into conic form. A linear problem already is.
@@ -489,8 +500,8 @@ KLV_API KLVrescode_t KLV_getsolsta (KLVtask_t task, int32_t which, int32_t* stat
 KLV_API KLVrescode_t KLV_getprimalobj (KLVtask_t task, int32_t which, double* value);
 KLV_API KLVrescode_t KLV_getdualobj (KLVtask_t task, int32_t which, double* value);
 
-/* Slices [first, last) over constraints (skc, xc, y, slc, suc) or variables (skx, xx, slx, sux, snx), into arrays of
- * last - first entries. The integer solution has no duals: KLV_RES_SOLUTION_UNDEFINED. */
+/* Slices [first, last) over constraints (skc, xc, y, slc, suc) or variables (skx, xx, slx, sux, snx), into
+ * arrays of last - first entries. The integer solution has no duals: KLV_RES_SOLUTION_UNDEFINED. */
 KLV_API KLVrescode_t KLV_getskcslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
                                       int32_t* keys);
 KLV_API KLVrescode_t KLV_getskxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
@@ -512,8 +523,8 @@ KLV_API KLVrescode_t KLV_getsuxslice (KLVtask_t task, int32_t which, int32_t fir
 KLV_API KLVrescode_t KLV_getsnxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
                                       double* values);
 
-/* Keys of all cones; values of the semidefinite variables first ... last - 1 (length doubles in all); duals of all affine
- * conic constraints. This version has no such items: nothing is written. */
+/* Keys of all cones; values of the semidefinite variables first ... last - 1 (length doubles in all); duals
+ * of all affine conic constraints. This version has no such items: nothing is written. */
 KLV_API KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t* keys);
 KLV_API KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
                                        int64_t length, double* values);
@@ -521,23 +532,26 @@ KLV_API KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t fi
                                        int64_t length, double* values);
 KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* values);
 
-/* Puts a solution into its place, for the next optimisation to start from (KLV_IPAR_WARM_START), and to keep until then. Every
- * array may be null: nothing is given. skc, xc, y, slc, suc: one entry a constraint; skx, xx, slx, sux: one a variable.
- * A NaN among values is an unknown one, infinite values are refused (KLV_RES_VALUE_NOT_FINITE), as are numbers that
- * are no key. The task keeps the keys as given, xx, y and slx - sux (of y, where they are missing), y from slc - suc
- * where it is missing; all else, and the statuses, follows from these and the problem, so xc is not looked at. The
- * integer solution has no duals, and of conic values (skn, snx, doty) this version has none: they are not looked at. */
+/* Puts a solution into its place, for the next optimisation to start from (KLV_IPAR_WARM_START), and to keep
+ * until then. Every array may be null: nothing is given. skc, xc, y, slc, suc: one entry a constraint; skx,
+ * xx, slx, sux: one a variable. A NaN among values is an unknown one, infinite values are refused
+ * (KLV_RES_VALUE_NOT_FINITE), as are numbers that are no key. The task keeps the keys as given, xx, y and slx
+ * - sux (of y, where they are missing), y from slc - suc where it is missing; all else, and the statuses,
+ * follows from these and the problem, so xc is not looked at. The integer solution has no duals, and of conic
+ * values (skn, snx, doty) this version has none: they are not looked at. */
 KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
                                          const int32_t* skx, const int32_t* skn, const double* xc,
                                          const double* xx, const double* y, const double* slc,
                                          const double* suc, const double* slx, const double* sux,
                                          const double* snx, const double* doty);
 
-/* Values of semidefinite variable j in a solution that was put. This version has no such variables: no index is valid. */
+/* Values of semidefinite variable j in a solution that was put. This version has no such variables: no index
+ * is valid. */
 KLV_API KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 KLV_API KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 
-// Texts of statuses and keys (KLV_MAX_TEXT bytes); KLV_RES_VALUE_UNKNOWN and an empty text for another number.
+// Texts of statuses and keys (KLV_MAX_TEXT bytes); KLV_RES_VALUE_UNKNOWN and an empty text for another
+// number.
 KLV_API KLVrescode_t KLV_prostatostr (KLVtask_t task, int32_t status, char* text);
 KLV_API KLVrescode_t KLV_solstatostr (KLVtask_t task, int32_t status, char* text);
 KLV_API KLVrescode_t KLV_sktostr (KLVtask_t task, int32_t key, char* text);

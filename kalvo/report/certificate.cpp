@@ -8,7 +8,8 @@
 
 namespace klv {
 
-// A ray's entries may be wrong by this, relative to its largest one; its value must exceed what its terms can hide.
+// A ray's entries may be wrong by this, relative to its largest one; its value must exceed what its terms can
+// hide.
 constexpr double ray_tolerance = 1e-8;
 constexpr double value_tolerance = 1e-9;
 
@@ -45,7 +46,7 @@ static Solution infeasible_solution (const Problem& problem)
     return certificate;
 }
 
-// ---- No point is feasible ---------------------------------------------------------------------------------------------
+// ---- No point is feasible --------------------------------------------------------------------------------
 
 // The value of multipliers (positive: of lower bounds, negative: of upper ones), and the size of its terms.
 struct RayValue {
@@ -161,7 +162,7 @@ Solution certify_crossed (const Problem& problem, const CrossedBounds& crossed)
     return certificate;
 }
 
-// ---- The objective improves for ever ------------------------------------------------------------------------------------
+// ---- The objective improves for ever ---------------------------------------------------------------------
 
 // By how much values move out of bounds that exist.
 static double leaving (const Bounds& bounds, std::span<const double> direction)

@@ -1,5 +1,5 @@
-// Certificates: proofs that no point is feasible, or that the objective improves for ever. A ray becomes a certificate
-// only after it was verified by definition on the problem as stated.
+// Certificates: proofs that no point is feasible, or that the objective improves for ever. A ray becomes a
+// certificate only after it was verified by definition on the problem as stated.
 #pragma once
 
 #include "kalvo/task/problem.h"
@@ -10,13 +10,13 @@
 
 namespace klv {
 
-// From multipliers y of the rows: slx - sux = -A'y, and the sum of bound times multiplier over all bounds that exist
-// scaled to 1 (-1 for maximisation). Empty when a multiplier stands at a bound that does not exist by more than 1e-8 of
-// the largest one, or when the sum is not well above its own rounding.
+// From multipliers y of the rows: slx - sux = -A'y, and the sum of bound times multiplier over all bounds
+// that exist scaled to 1 (-1 for maximisation). Empty when a multiplier stands at a bound that does not exist
+// by more than 1e-8 of the largest one, or when the sum is not well above its own rounding.
 std::optional<Solution> certify_infeasible (const Problem& problem, std::span<const double> y);
 
-// From a direction d of the variables: c'd scaled to -1 (1 for maximisation). Empty when d leaves a bound that exists, by
-// more than 1e-8 of its largest entry, or when c'd is not well above its own rounding.
+// From a direction d of the variables: c'd scaled to -1 (1 for maximisation). Empty when d leaves a bound
+// that exists, by more than 1e-8 of its largest entry, or when c'd is not well above its own rounding.
 std::optional<Solution> certify_unbounded (const Problem& problem, std::span<const double> direction);
 
 // The pair of bounds that is crossed by more than `tolerance`, if any, and its certificate.

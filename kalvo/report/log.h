@@ -1,5 +1,5 @@
-// The log of an optimisation: one header, one line a step of a method in aligned columns, and the engine's own lines where
-// they are asked for.
+// The log of an optimisation: one header, one line a step of a method in aligned columns, and the engine's
+// own lines where they are asked for.
 #pragma once
 
 #include "kalvo/engines/engine.h"

@@ -115,7 +115,8 @@ static void split (std::span<const double> multipliers, double sign, std::vector
     }
 }
 
-// What the multipliers of one kind of item add to the dual objective, to the violations and to complementarity.
+// What the multipliers of one kind of item add to the dual objective, to the violations and to
+// complementarity.
 static void measure_multipliers (const Bounds& bounds, std::span<const double> values,
                                  std::span<const double> lower, std::span<const double> upper,
                                  std::span<const double> cost, Sum& dual_objective, double& complementarity,

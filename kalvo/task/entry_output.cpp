@@ -6,7 +6,7 @@
 
 using namespace klv;
 
-// A number of the problem: `count_of` takes it out.
+// A number of the problem: `value_of` takes it out.
 template <class Value, class Getter>
 static KLVrescode_t give (KLVtask_t task, Value* place, const char* name, const Getter& value_of,
                           const std::source_location& where = std::source_location::current ())

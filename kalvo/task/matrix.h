@@ -16,8 +16,8 @@ struct Column {
 // The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one
 // that no longer fits its place moves to the end, and holes are closed when they are half of the arrays, so
 // that the cost stays proportional to what is put. Put in order, the arrays are the compressed columns that
-// engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until it has
-// moved.
+// engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until
+// it has moved.
 //
 // An operation that throws std::bad_alloc leaves the matrix as it was.
 class ColumnMatrix {

@@ -25,8 +25,8 @@ struct Solution {
     std::vector<double> y, slc, suc, slx, sux;    // empty in the integer slot
     double primal_objective = 0;
     double dual_objective = 0;
-    bool has_primal = false,
-         has_dual = false;    // whether xx, y and slx - sux are known; else xx may be in part
+    bool has_primal = false;    // xx is known; else it may be in part
+    bool has_dual = false;      // y and slx - sux are known
     Violations violations;
 };
 
