@@ -1,9 +1,9 @@
 /* kalvo.h: the C interface of the Kalvo solver library, libkalvo64.
  *
  * Conventions
- * - Every operation returns a response code: 0 for success, 10000 and above for a termination (the run
- *   ended before an optimum was proved; results can be read), anything else a failure that changed nothing
- *   unless its description says so. KLV_getcodedesc gives a code's name and description, and
+ * - Every operation returns a response code: 0 for success, KLV_FIRST_TERMINATION and above for a
+ *   termination (the run ended before an optimum was proved; results can be read), anything else a failure
+ *   that changed nothing unless its description says so. KLV_getcodedesc gives a code's name and description, and
  *   KLV_getlasterror the last message of a task. Operations that answer something else say so.
  * - Handles: a null environment stands for the process-wide default environment, the only one there is.
  *   A null task gives KLV_RES_NULL_HANDLE, a null pointer where data is needed KLV_RES_NULL_POINTER, a wrong
@@ -83,7 +83,6 @@ enum KLVrescode {
     KLV_RES_NOT_AVAILABLE = 3013,
     KLV_RES_TASK_BUSY = 3014,
     KLV_RES_TASK_UNUSABLE = 3015,
-    KLV_RES_NAME_INVALID = 3016,
     KLV_RES_STREAM_UNKNOWN = 3017,
 
     KLV_RES_FILE_NAME_MISSING = 3101,

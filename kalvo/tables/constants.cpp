@@ -180,7 +180,6 @@ static constexpr auto table = std::to_array<Constant> ({
      "A task can't be changed while one of its operations runs."},
     {Group::response, "KLV_RES_TASK_UNUSABLE", KLV_RES_TASK_UNUSABLE,
      "An internal failure made the task unusable; it can only be deleted."},
-    {Group::response, "KLV_RES_NAME_INVALID", KLV_RES_NAME_INVALID, "A name is not valid."},
     {Group::response, "KLV_RES_STREAM_UNKNOWN", KLV_RES_STREAM_UNKNOWN, "There is no such message stream."},
 
     {Group::response, "KLV_RES_FILE_NAME_MISSING", KLV_RES_FILE_NAME_MISSING, "No file was named."},

@@ -279,7 +279,7 @@ KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type)
 static std::string checked_name (const char* name)
 {
     const std::string_view words = given_text (name, "name");
-    if (words.size () > std::numeric_limits<std::int32_t>::max ())
+    if (words.size () >= std::numeric_limits<std::int32_t>::max ())    // a reader's buffer holds a 0, too
         refuse (KLV_RES_TOO_LARGE, "A name of ", words.size (), " bytes is too long.");
     return std::string (words);
 }
