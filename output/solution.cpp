@@ -118,7 +118,7 @@ private:
 };
 
 // What all solutions of a call share.
-struct Request {
+struct Common {
     KLVtask_t task;
     bool as_text;
     SolutionSizes sizes;
@@ -136,14 +136,14 @@ struct Output {
 // The fields of one solution, in the order of its record.
 class Outputs {
 public:
-    Outputs (Request& request, std::int32_t which)
+    Outputs (Common& common, std::int32_t which)
     {
-        std::int32_t *status = statuses_.data (), *keys = request.keys.get ();
+        std::int32_t *status = statuses_.data (), *keys = common.keys.get ();
         for (const Field& field : fields)
             if (field.solutions & 1u << which) {
                 Output& output = outputs_[count_++];
                 output.field = &field;
-                output.count = request.sizes.*field.count;
+                output.count = common.sizes.*field.count;
                 if (std::holds_alternative<Status> (field.source))
                     output.codes = status++;
                 if (std::holds_alternative<Keys> (field.source))
@@ -182,31 +182,31 @@ host::Array create_array (const Output& output, bool as_text)
     return host::Array (mxCreateCharArray (2, sizes));
 }
 
-KLVrescode_t fetch (const Request& request, std::int32_t which, const Output& output)
+KLVrescode_t fetch (const Common& common, std::int32_t which, const Output& output)
 {
     const auto& source = output.field->source;
     if (const auto* status = std::get_if<Status> (&source))
-        return status->get (request.task, which, output.codes);
+        return status->get (common.task, which, output.codes);
     if (const auto* keys = std::get_if<Keys> (&source))
-        return keys->get (request.task, which, request.sizes, output.codes);
+        return keys->get (common.task, which, common.sizes, output.codes);
     if (const auto* values = std::get_if<Values> (&source))
-        return values->get (request.task, which, request.sizes, mxGetPr (output.array.get ()));
+        return values->get (common.task, which, common.sizes, mxGetPr (output.array.get ()));
     return KLV_RES_OK;
 }
 
 // Statuses and keys in the form that was asked for.
-void convert_codes (Request& request, Output& output)
+void convert_codes (Common& common, Output& output)
 {
-    if (!request.as_text) {
+    if (!common.as_text) {
         std::copy_n (output.codes, output.count, mxGetPr (output.array.get ()));
     } else if (const auto* status = std::get_if<Status> (&output.field->source)) {
         char text[KLV_MAX_TEXT] = {};
-        status->to_text (request.task, *output.codes, text);
+        status->to_text (common.task, *output.codes, text);
         output.array.reset (mxCreateString (text));
     } else {
         auto* characters = static_cast<mxChar*> (mxGetData (output.array.get ()));
         for (std::int64_t i = 0; i < output.count; ++i) {
-            const KeyTexts::Text text = request.texts (output.codes[i]);
+            const KeyTexts::Text text = common.texts (output.codes[i]);
             characters[i] = text[0];
             characters[i + output.count] = text[1];
         }
@@ -214,29 +214,29 @@ void convert_codes (Request& request, Output& output)
 }
 
 // What was obtained before a library call failed is returned all the same.
-KLVrescode_t write_solution (Request& request, std::int32_t which, const char* name, mxArray* solutions)
+KLVrescode_t write_solution (Common& common, std::int32_t which, const char* name, mxArray* solutions)
 {
-    Outputs outputs (request, which);
+    Outputs outputs (common, which);
     mxArray* record = set_field (solutions, name, outputs.create_record ());
     if (!record)
         return KLV_RES_OUT_OF_MEMORY;
     for (Output& output : outputs)
-        output.array = create_array (output, request.as_text);
+        output.array = create_array (output, common.as_text);
     if (!outputs.are_complete ())
         return KLV_RES_OUT_OF_MEMORY;
 
     for (const Output& output : outputs)
         if (const auto* objective = std::get_if<Objective> (&output.field->source))
-            objective->get (request.task, which, mxGetPr (output.array.get ()));
+            objective->get (common.task, which, mxGetPr (output.array.get ()));
     KLVrescode_t code = KLV_RES_OK;
     for (int round = 0; round <= last_round; ++round)
         for (const Output& output : outputs)
             if (output.field->round == round && code == KLV_RES_OK)
-                code = fetch (request, which, output);
+                code = fetch (common, which, output);
 
     for (Output& output : outputs)
         if (output.codes)
-            convert_codes (request, output);
+            convert_codes (common, output);
     if (!outputs.are_complete ())
         return KLV_RES_OUT_OF_MEMORY;
     for (Output& output : outputs)
@@ -266,13 +266,13 @@ KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
     if (!solutions)
         return KLV_RES_OUT_OF_MEMORY;
 
-    Request request{task, statuskeys == 0, read_solution_sizes (task), nullptr, KeyTexts (task)};
-    request.keys = host::allocate<std::int32_t> (
-        static_cast<std::size_t> (request.sizes.constraints + request.sizes.variables + request.sizes.cones));
-    if (!request.keys)
+    Common common{task, statuskeys == 0, read_solution_sizes (task), nullptr, KeyTexts (task)};
+    common.keys = host::allocate<std::int32_t> (
+        static_cast<std::size_t> (common.sizes.constraints + common.sizes.variables + common.sizes.cones));
+    if (!common.keys)
         return KLV_RES_OUT_OF_MEMORY;
     KLVrescode_t code = KLV_RES_OK;
     for (std::size_t i = 0; i < count && code == KLV_RES_OK; ++i)
-        code = write_solution (request, defined[i], defined_names[i], solutions);
+        code = write_solution (common, defined[i], defined_names[i], solutions);
     return code;
 }

@@ -88,6 +88,14 @@ KLVrescode_t KLV_putoptserverhost (KLVtask_t task, const char* host)
     });
 }
 
+// The name of a row of a table; `item` says what its rows are.
+template <class Rows>
+static void give_row_name (const Rows& rows, const char* item, std::int32_t index, char* name)
+{
+    check_index (index, static_cast<std::int64_t> (rows.size ()), item);
+    copy_text (rows[static_cast<std::size_t> (index)].name, &output (name, "name"), KLV_MAX_TEXT);
+}
+
 // ---- Parameters ------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* kind, int32_t* index)
@@ -104,17 +112,13 @@ KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* kind, in
 KLVrescode_t KLV_getparamname (KLVtask_t task, int32_t kind, int32_t index, char* name)
 {
     return read (task, [&] (Task&) {
-        const auto give = [&] (const auto& rows, const char* item) {
-            check_index (index, static_cast<std::int64_t> (rows.size ()), item);
-            copy_text (rows[static_cast<std::size_t> (index)].name, &output (name, "name"), KLV_MAX_TEXT);
-        };
         switch (kind) {
         case KLV_PAR_DOUBLE:
-            return give (real_parameters, "double parameter");
+            return give_row_name (real_parameters, "double parameter", index, name);
         case KLV_PAR_INTEGER:
-            return give (int_parameters, "integer parameter");
+            return give_row_name (int_parameters, "integer parameter", index, name);
         case KLV_PAR_STRING:
-            return give (text_parameters, "string parameter");
+            return give_row_name (text_parameters, "string parameter", index, name);
         default:
             refuse (KLV_RES_VALUE_UNKNOWN, "There is no kind ", kind, " of parameters.");
         }
@@ -213,15 +217,11 @@ KLVrescode_t KLV_getstrparam (KLVtask_t task, int32_t index, int32_t capacity, i
 KLVrescode_t KLV_getinfname (KLVtask_t task, int32_t kind, int32_t index, char* name)
 {
     return read (task, [&] (Task&) {
-        const auto give = [&] (const auto& rows, const char* item) {
-            check_index (index, static_cast<std::int64_t> (rows.size ()), item);
-            copy_text (rows[static_cast<std::size_t> (index)].name, &output (name, "name"), KLV_MAX_TEXT);
-        };
         switch (kind) {
         case KLV_INF_DOUBLE:
-            return give (real_information, "double information item");
+            return give_row_name (real_information, "double information item", index, name);
         case KLV_INF_INTEGER:
-            return give (int_information, "integer information item");
+            return give_row_name (int_information, "integer information item", index, name);
         default:
             refuse (KLV_RES_VALUE_UNKNOWN, "There is no kind ", kind, " of information items.");
         }
