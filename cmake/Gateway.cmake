@@ -27,9 +27,6 @@ endfunction ()
 
 # add_toolbox_module (host suffix): the gateway itself, in the toolbox folder
 function (add_toolbox_module host suffix)
-    if (NOT gateway_sources OR NOT TARGET kalvo64)
-        return ()
-    endif ()
     add_mex_module (kalvoopt ${host} ${suffix} "${no_source}")
     set_target_properties (kalvoopt PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}")
     target_link_libraries (kalvoopt PRIVATE gateway_${host} kalvo64)

@@ -8,20 +8,18 @@ foreach (directory IN LISTS highs_includes)
     set_property (SOURCE ${highs_sources} APPEND PROPERTY COMPILE_OPTIONS -isystem "${directory}")
 endforeach ()
 
-if (library_sources)
-    add_library (kalvo_core STATIC ${library_sources})
-    target_include_directories (kalvo_core PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
-    target_link_libraries (kalvo_core PRIVATE kalvo_warnings PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
+add_library (kalvo_core STATIC ${library_sources})
+target_include_directories (kalvo_core PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
+target_link_libraries (kalvo_core PRIVATE kalvo_warnings PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
 
-    add_library (kalvo64 SHARED "${no_source}")
-    set_target_properties (kalvo64 PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}"
-        LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/kalvo64.map")
-    target_include_directories (kalvo64 INTERFACE "${CMAKE_SOURCE_DIR}/kalvo/include")
-    target_link_libraries (kalvo64 PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,kalvo_core>")
-    target_link_options (kalvo64 PRIVATE "-Wl,--version-script,${CMAKE_SOURCE_DIR}/cmake/kalvo64.map"
-        -Wl,-z,nodelete)
-    if (NOT KALVO_SANITIZE)        # a sanitizer's run-time symbols come from the program
-        target_link_options (kalvo64 PRIVATE -Wl,-z,defs)
-    endif ()
+add_library (kalvo64 SHARED "${no_source}")
+set_target_properties (kalvo64 PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}"
+    LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/kalvo64.map")
+target_include_directories (kalvo64 INTERFACE "${CMAKE_SOURCE_DIR}/kalvo/include")
+target_link_libraries (kalvo64 PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,kalvo_core>")
+target_link_options (kalvo64 PRIVATE "-Wl,--version-script,${CMAKE_SOURCE_DIR}/cmake/kalvo64.map"
+    -Wl,-z,nodelete)
+if (NOT KALVO_SANITIZE)        # a sanitizer's run-time symbols come from the program
+    target_link_options (kalvo64 PRIVATE -Wl,-z,defs)
 endif ()
 copy_highs (toolbox_highs "${KALVO_TOOLBOX_DIR}")
