@@ -132,6 +132,8 @@
 %       KLV_IPAR_SIMPLEX_PRICING          KLV_PRICING_AUTOMATIC    or _DANTZIG, _DEVEX, _STEEPEST_EDGE
 %       KLV_IPAR_WARM_START               KLV_ON                   prob.sol is where a run starts
 %       KLV_IPAR_MAX_THREADS              0                        0: the library chooses
+%       KLV_DPAR_RACE_DELAY               0.3                      seconds after which interior point joins simplex on a
+%                                                                  second thread (_AUTOMATIC); Inf: never
 %       KLV_IPAR_RANDOM_SEED              0                        of what optimisers do at random
 %       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
 %                                                                  engine's own lines
