@@ -131,9 +131,9 @@
 %       KLV_IPAR_SCALING                  KLV_SCALING_AUTOMATIC    or _OFF, _EQUILIBRATION, ...: see res.symbcon
 %       KLV_IPAR_SIMPLEX_PRICING          KLV_PRICING_AUTOMATIC    or _DANTZIG, _DEVEX, _STEEPEST_EDGE
 %       KLV_IPAR_WARM_START               KLV_ON                   prob.sol is where a run starts
-%       KLV_IPAR_MAX_THREADS              0                        0: the library chooses
-%       KLV_DPAR_RACE_DELAY               0.3                      seconds after which interior point joins simplex on a
-%                                                                  second thread (_AUTOMATIC); Inf: never
+%       KLV_IPAR_MAX_THREADS              0                        0: the library chooses; 1: runs repeat bit for bit
+%       KLV_DPAR_RACE_DELAY               0.3                      seconds after which interior point joins a simplex run of
+%                                                                  the automatic optimiser; Inf: it does not
 %       KLV_IPAR_RANDOM_SEED              0                        of what optimisers do at random
 %       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
 %                                                                  engine's own lines
@@ -230,4 +230,4 @@
 %       names or bounds no file can hold         3108, the item is named; disk full: 3107
 %       unknown word in cmd                      1200, nothing is done, res is not set
 %
-%   See also: glpk
+%   See also: kalvoplot, glpk
