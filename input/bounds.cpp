@@ -129,7 +129,7 @@ KLVrescode_t check_field (const char* name, const mxArray* field, std::int32_t n
         return KLV_RES_OK;
     if (!isvector (field, static_cast<std::uint64_t> (n), 1))
         return refuse (KLV_RES_ARGUMENT_LENGTH, "prob.%s has invalid dimension", name);
-    return check_real_values (name, field);
+    return check_values (name, field);
 }
 
 }

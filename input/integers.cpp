@@ -20,7 +20,7 @@ KLVrescode_t putints (KLVtask_t task, const mxArray* ints)
     const std::uint64_t count = vectorlen (sub);
     if (count == 0 || !isvector (sub, count, 0))
         return KLV_RES_OK;
-    if ((code = check_real_values ("ints.sub", sub)) != KLV_RES_OK)
+    if ((code = check_values ("ints.sub", sub)) != KLV_RES_OK)
         return code;
     const double* indices = mxGetPr (sub);
     for (std::uint64_t k = 0; k < count && code == KLV_RES_OK; ++k) {

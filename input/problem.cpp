@@ -82,7 +82,7 @@ KLVrescode_t read_constant (const mxArray* cfix, double& constant)
         return KLV_RES_OK;
     if (mxGetM (cfix) != 1 || mxGetN (cfix) != 1 || !mxIsDouble (cfix) || mxIsSparse (cfix))
         return refuse (KLV_RES_ARGUMENT, "prob.cfix");
-    if (const KLVrescode_t code = check_real_values ("cfix", cfix))
+    if (const KLVrescode_t code = check_values ("cfix", cfix))
         return code;
     constant = mxGetScalar (cfix);
     return KLV_RES_OK;
@@ -94,7 +94,7 @@ KLVrescode_t read_costs (const mxArray* c, std::int32_t numvar, double* costs)
         return KLV_RES_OK;
     if (!isvector (c, static_cast<std::uint64_t> (numvar), 1))
         return refuse (KLV_RES_ARGUMENT, "prob.c has wrong length");
-    if (const KLVrescode_t code = check_real_values ("c", c))
+    if (const KLVrescode_t code = check_values ("c", c))
         return code;
     if (mxIsSparse (c))
         for_each_entry (c, [costs] (std::int32_t variable, double value) {

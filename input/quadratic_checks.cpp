@@ -20,7 +20,7 @@ KLVrescode_t check_quadratic_fields (const ProblemFields& fields)
 {
     KLVrescode_t code = KLV_RES_OK;
     const auto is_vector_of = [&] (const char* path, const mxArray* field, std::uint64_t length) {
-        if (isvector (field, length, 0) && is_countable (length) && !(field && mxIsComplex (field)))
+        if (isvector (field, length, 0) && is_countable (length))
             return true;
         mx_error (KLV_RES_ARGUMENT, path);
         code = KLV_RES_ARGUMENT_LENGTH;

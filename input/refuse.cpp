@@ -16,10 +16,8 @@ KLVrescode_t refuse (KLVrescode_t code, const char* format, ...)
     return code;
 }
 
-KLVrescode_t check_real_values (const char* name, const mxArray* array)
+KLVrescode_t check_values (const char* name, const mxArray* array)
 {
-    if (mxIsComplex (array))
-        return refuse (KLV_RES_ARGUMENT, "prob.%s is complex", name);
     if (!mxIsDouble (array) && mxGetClassID (array) != mxLOGICAL_CLASS)
         return refuse (KLV_RES_ARGUMENT, "prob.%s is neither double nor logical", name);
     const bool is_readable = mxIsSparse (array) || mxGetData (array) != nullptr;

@@ -7,6 +7,7 @@
 // Prints an error line with a text of at most 254 characters, and answers its code.
 KLVrescode_t refuse (KLVrescode_t code, const char* format, ...) __attribute__ ((format (printf, 2, 3)));
 
-// Refuses a field of the problem record, not an empty one, whose values are not real numbers or truth values.
+// Refuses a field of the problem record, not an empty one, whose values are not numbers or truth values. Of complex
+// numbers the real parts are read.
 // A host may hold them in another form, as a range, and have no memory to spell them out.
-KLVrescode_t check_real_values (const char* name, const mxArray* array);
+KLVrescode_t check_values (const char* name, const mxArray* array);

@@ -97,7 +97,7 @@ KLVrescode_t InitialSolutions::read_values (const Kind& kind, const mxArray* sol
         values_[k] = nullptr;
         if (!is_given (array))
             continue;
-        if (!isvector (array, static_cast<std::uint64_t> (sizes_.*field.count), 0) || mxIsComplex (array))
+        if (!isvector (array, static_cast<std::uint64_t> (sizes_.*field.count), 0))
             code = refuse (KLV_RES_ARGUMENT, "prob.sol.%s.%s", kind.name, field.name);
         else if (values_[k] = mxGetPr (array); values_[k] == nullptr)
             code = KLV_RES_OUT_OF_MEMORY;

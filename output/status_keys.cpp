@@ -42,7 +42,7 @@ KLVrescode_t translatestatuskeys (KLVtask_t task, int count, const mxArray* arra
         }
     };
 
-    if (isvector (array, items, 0) && !mxIsComplex (array)) {
+    if (isvector (array, items, 0)) {
         const double* numbers = mxGetPr (array);
         if (numbers == nullptr)
             return KLV_RES_OUT_OF_MEMORY;

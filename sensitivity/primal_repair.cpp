@@ -27,7 +27,7 @@ KLVrescode_t read_weights (const mxArray* record, const char* name, const char* 
     }
     if (length == 0)
         return KLV_RES_OK;
-    if (const KLVrescode_t code = check_real_values (path, field))
+    if (const KLVrescode_t code = check_values (path, field))
         return code;
     weights = mxGetPr (field);
     return KLV_RES_OK;

@@ -208,6 +208,7 @@
 %       input                                    outcome
 %       a absent                                 1200 "prob.a not specified"
 %       a not a real double matrix               1200, the message names prob.a
+%       complex numbers but in a                 their real parts are read
 %       NaN or Inf in a or c                     refused by the solver; res.rmsg names the entry
 %       c of another length, sparse row          1200 "prob.c has wrong length"
 %       bounds of another length or class        1201 "prob.blc has invalid dimension"

@@ -47,15 +47,15 @@
 %!    case {"a", "cfix"}
 %!      shaped = ifelse_ (field == "a", ndims (v) == 2, ! issparse (v) && isscalar (v));
 %!      code = 1200;
-%!      if isa (v, "double") && isreal (v) && shaped
-%!        code = 3004 * ! all (isfinite (nonzeros (v)));
+%!      if isa (v, "double") && shaped && (isreal (v) || field != "a")
+%!        code = 3004 * ! all (isfinite (nonzeros (real (v))));
 %!      endif
 %!    case {"c", "blc", "buc", "blx", "bux"}
 %!      if code && ! is_vector (v, 3 - (numel (field) == 3 && field(3) == "c"), true)
 %!        code = 1200 + (field(1) == "b");
-%!      elseif code && isreal (v)
-%!        code = ifelse_ (field(1) == "c", 3004 * ! all (isfinite (v)), ...
-%!                        1400 * any ((1 - 2 * (field(min (2, end)) == "u")) * v >= 1e20));
+%!      elseif code
+%!        code = ifelse_ (field(1) == "c", 3004 * ! all (isfinite (real (v))), ...
+%!                        1400 * any ((1 - 2 * (field(min (2, end)) == "u")) * real (v) >= 1e20));
 %!      endif
 %!    case {"qosubi", "qosubj", "qcsubk", "qcsubi", "qcsubj"}
 %!      code += code > 0;
@@ -68,7 +68,7 @@
 %!    case "ints"
 %!      code *= ! (isstruct (v) && numel (v) == 1 && (! isfield (v, "sub") || isstruct (v.sub)));
 %!    case "ints.sub"
-%!      code *= is_vector (v, numel (v), false) && ! (isreal (v) && all (fix (v) >= 1 & fix (v) <= 3));
+%!      code *= is_vector (v, numel (v), false) && ! all (fix (real (v)) >= 1 & fix (real (v)) <= 3);
 %!    case "names"
 %!      code *= isstruct (v) && ! (numel (v) == 1 && isempty (fieldnames (v)));
 %!    case {"names.name", "names.obj"}
