@@ -2,6 +2,7 @@
 # unloads MEX files at exit while a worker thread still runs.
 
 find_package (Threads REQUIRED)
+find_package (ZLIB REQUIRED)
 collect_sources (library_sources kalvo)
 collect_sources (highs_sources kalvo/engines/highs)
 foreach (directory IN LISTS highs_includes)
@@ -10,7 +11,7 @@ endforeach ()
 
 add_library (kalvo_core STATIC ${library_sources})
 target_include_directories (kalvo_core PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
-target_link_libraries (kalvo_core PRIVATE kalvo_warnings PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
+target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
 
 add_library (kalvo64 SHARED "${no_source}")
 set_target_properties (kalvo64 PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}"

@@ -158,7 +158,7 @@
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
-%   PROBLEM FILES: MPS and LP, extensions .mps and .lp
+%   PROBLEM FILES: MPS and LP, extensions .mps and .lp, and .mps.gz and .lp.gz for files that are packed by gzip
 %
 %       The parameter of the file format forces one, then with any extension. A file is read as a whole or not at all: res.rmsg
 %       names the line and the cause of a fault. It is written with every number to the last bit and every name as it is, or

@@ -22,6 +22,14 @@ static bool has_extension (std::string_view path, std::string_view extension)
                        [&] (char a, char b) { return a == lower (b); });
 }
 
+// A file is written packed when its name says so, and read as its first bytes say.
+constexpr std::string_view packed_extension = ".gz";
+
+static bool is_packed (std::string_view path)
+{
+    return has_extension (path, packed_extension);
+}
+
 static FileFormat format_of (const Task& task, std::string_view path)
 {
     switch (task.parameters.get (IntSetting::file_format)) {
@@ -34,13 +42,16 @@ static FileFormat format_of (const Task& task, std::string_view path)
     default:
         break;
     }
+    if (is_packed (path))
+        path.remove_suffix (packed_extension.size ());
     if (has_extension (path, ".mps"))
         return FileFormat::mps;
     if (has_extension (path, ".lp"))
         return FileFormat::lp;
-    throw FileFault{KLV_RES_FILE_FORMAT_UNKNOWN,
-                    "the file's extension names no known format: the extensions .mps and .lp are known, "
-                    "and the parameter KLV_IPAR_FILE_FORMAT names a format for any file"};
+    throw FileFault{
+        KLV_RES_FILE_FORMAT_UNKNOWN,
+        "the file's extension names no known format: the extensions .mps and .lp are known, both also "
+        "with .gz behind, and the parameter KLV_IPAR_FILE_FORMAT names a format for any file"};
 }
 
 // ---- Faults
@@ -123,7 +134,7 @@ KLVrescode_t write_problem (Task& task, const char* path)
         pacer.ask (KLV_CALLER_BEGIN_WRITE);
         const FileForm form = form_to_write (task.problem (), format_of (task, path));
         check_names (form, task.problem ());
-        OutputFile file (path, pacer);
+        OutputFile file (path, is_packed (path), pacer);
         if (form == FileForm::lp)
             write_lp (task, file);
         else

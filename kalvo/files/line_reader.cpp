@@ -1,41 +1,12 @@
 #include "kalvo/files/line_reader.h"
 
-#include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace klv {
 
-static FileFault cannot_open (const char* reason)
-{
-    return {KLV_RES_FILE_OPEN, std::string ("cannot be opened: ") + reason};
-}
-
-LineReader::LineReader (const std::string& path, Pacer& pacer) : pacer_ (pacer), buffer_ (2 * longest_line)
-{
-    file_ = ::open (path.c_str (), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (file_ < 0)
-        throw cannot_open (std::strerror (errno));
-    struct stat status;
-    const char* refused = nullptr;
-    if (::fstat (file_, &status) != 0)
-        refused = std::strerror (errno);
-    else if (S_ISDIR (status.st_mode))
-        refused = "it is a directory";
-    else if (!S_ISREG (status.st_mode))
-        refused = "it is not a regular file";
-    if (refused) {
-        ::close (file_);
-        throw cannot_open (refused);
-    }
-}
-
-LineReader::~LineReader ()
-{
-    ::close (file_);
-}
+LineReader::LineReader (const std::string& path, Pacer& pacer)
+    : pacer_ (pacer), file_ (path), buffer_ (std::size_t{1} << 19)
+{}
 
 bool LineReader::next ()
 {
@@ -70,14 +41,11 @@ void LineReader::refill ()
     std::memmove (buffer_.data (), buffer_.data () + begin_, end_ - begin_);
     end_ -= begin_;
     begin_ = 0;
-    ssize_t got;
-    do
-        got = ::read (file_, buffer_.data () + end_, buffer_.size () - end_);
-    while (got < 0 && errno == EINTR);
-    if (got < 0)
-        throw FileFault{KLV_RES_FILE_READ, std::string ("cannot be read: ") + std::strerror (errno)};
+    if (2 * end_ > buffer_.size ())
+        buffer_.resize (2 * buffer_.size ());
+    const std::size_t got = file_.read (buffer_.data () + end_, buffer_.size () - end_);
     at_end_ = got == 0;
-    end_ += static_cast<std::size_t> (got);
+    end_ += got;
     if (number_ == 0)
         skip_byte_order_mark ();
 }

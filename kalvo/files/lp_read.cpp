@@ -48,7 +48,7 @@ private:
     void bound ();
     void type ();
 
-    Side side ();
+    Side side (bool behind_number = false);
     void term (double coefficient);
     char relation ();
     double signed_number ();
@@ -180,7 +180,9 @@ std::int32_t LpReader::column_of (std::string_view name)
 
 // ---- Expressions
 
-LpReader::Side LpReader::side ()
+// Behind "0 <=", a number at the end of a line is the bound of a row without terms, unless what follows is its
+// variable: then nobody can tell.
+LpReader::Side LpReader::side (bool behind_number)
 {
     Side side;
     for (bool first = true;; first = false) {
@@ -200,6 +202,9 @@ LpReader::Side LpReader::side ()
         if (multiplies)
             scanner_.next ();
         if (at (LpToken::name)) {
+            if (behind_number && has_number && first && scanner_.token ().begins_line)
+                throw syntax ("the number before " + quote (scanner_.token ().text) +
+                              " may be its coefficient or end a constraint");
             if (has_number && !multiplies && reads_like_exponent (scanner_.token ().text))
                 throw syntax ("the variable " + quote (scanner_.token ().text) +
                               " behind a number reads like its exponent");
@@ -313,7 +318,7 @@ void LpReader::constraint ()
     if (!expression.has_terms) {
         if (row.label.empty () && at (LpToken::label))
             row.label = take_label ();
-        const Side second = side ();
+        const Side second = side (true);
         if (second.has_terms || at (LpToken::relation)) {
             say (row, mirrored (sign), expression.constant);
             expression = second;

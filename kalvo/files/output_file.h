@@ -1,6 +1,8 @@
-// A file that is written beside its target and takes the target's place only when it is complete.
+// A file, plain or packed by gzip, that is written beside its target and takes the target's place only when it is
+// complete.
 #pragma once
 
+#include "kalvo/files/descriptor.h"
 #include "kalvo/files/pacer.h"
 
 #include <memory>
@@ -13,7 +15,7 @@ class OutputFile {
 public:
     // A target that exists keeps its permissions, and a link to it stays a link. Devices and pipes are
     // refused: nothing could take back what was half written to them.
-    OutputFile (const std::string& path, Pacer& pacer);
+    OutputFile (const std::string& path, bool packed, Pacer& pacer);
     OutputFile (const OutputFile&) = delete;
     OutputFile& operator= (const OutputFile&) = delete;
     ~OutputFile ();    // an incomplete file is removed
@@ -25,7 +27,10 @@ public:
     void commit ();
 
 private:
-    void flush ();
+    class Packer;
+
+    void flush (bool last);
+    void write (const void* bytes, std::size_t size) const;
     [[noreturn]] void fail (const char* reason) const;
 
     static constexpr std::size_t block = std::size_t{1} << 18;
@@ -33,7 +38,8 @@ private:
     Pacer& pacer_;
     std::string target_;
     std::string temporary_;
-    int file_ = -1;
+    Descriptor file_;
+    std::unique_ptr<Packer> packer_;
     std::unique_ptr<char[]> buffer_ = std::make_unique<char[]> (block);
     std::size_t used_ = 0;
 };

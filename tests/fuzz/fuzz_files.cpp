@@ -37,7 +37,7 @@ std::vector<std::string> words_of (const std::string& text)
     return words;
 }
 
-// ---- Files to begin with: a little of everything in free form, and small published ones in fixed form
+// ---- Files to begin with: a little of everything in free MPS and in LP, and small published ones in fixed MPS
 
 const std::string everything = files::lines (
     "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit| G "
@@ -46,9 +46,14 @@ const std::string everything = files::lines (
     "'INTORG'|"
     "    n cost -2 window 1|    b limit .5 other 4D1|    M2 'MARKER' 'INTEND'|    y window 1 balance -1|"
     "    z need 1|    w limit 3|RHS|    RHS cost -12.5 limit 100|    RHS need 1 balance 0|    RHS window -4|"
-    "RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS| UP BND x 40| LO BND x -3| LI BND n 2| UI BND "
-    "n 9|"
-    " BV BND b| MI BND y| UP BND y -1| FR BND z| FX BND w 2.25|ENDATA|");
+    "RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS| UP BND x 40| LO BND x -3| LI BND n 2|"
+    " UI BND n 9| BV BND b| MI BND y| UP BND y -1| FR BND z| FX BND w 2.25|ENDATA|");
+
+const std::string everything_in_lp = files::lines (
+    "\\ Problem name: little|Maximize| cost: 1.5 x - 2 n + 0 b|  + 12.5|Subject To| limit: -40 <= 2 x + .5 b|"
+    "  + 3 w <= 100| need: -1e-3 x + z >= 1| balance: 7 x - y = 0| 3 >= x - n >= -4| none: 0 >= -3|"
+    " sum: n + x + 2 x <= 9|Bounds| -3 <= x <= 40| n >= 2| -inf <= y <= -1| z free| w = 2.25|Generals| n x|"
+    "Binaries| b|End|");
 
 std::vector<std::string> seeds ()
 {
@@ -62,6 +67,7 @@ std::vector<std::string> seeds ()
     for (const auto& path : paths) {
         texts.push_back (files::load (path));
         texts.push_back (everything);
+        texts.push_back (everything_in_lp);
     }
     return texts;
 }
@@ -74,7 +80,8 @@ const auto numbers =
 const auto names =
     pieces_of ("5|-1e5|RHS|*|$|'INTORG'|ENDATA|\xC3\xA9|\xFF|C1|R1|OBJ|M1|A B|longer_than_eight", '|');
 const auto words =
-    pieces_of ("1e309 1e-330 nan 12345678901234567890 +-2 0x10 . - 1e 1,5 X LI UI SC up 'MARKER' 'INTORG' "
+    pieces_of ("<= >= = : [ ^ / free st Bounds End Generals -> 1e309 1e-330 nan 12345678901234567890 +-2 "
+               "0x10 . - 1e 1,5 X LI UI SC up 'MARKER' 'INTORG' "
                "'INTEND' 'SOSORG' RHS ROWS COLUMNS RANGES BOUNDS ENDATA OBJSENSE MAX QUADOBJ $ * x cost",
                ' ');
 const auto endings = pieces_of ("x 0 9 $ ' \xC3\xA9 - e5 longer_than_eight", ' ');
@@ -103,6 +110,21 @@ public:
         if (below (8) == 0)
             damage_bytes (result);
         return result;
+    }
+
+    void damage_bytes (std::string& text)
+    {
+        static constexpr std::string_view bytes ("\0\r\n\t\x1a\xEF\xBB\xBF\xFF$*'-+.eED 0", 19);
+        for (std::size_t times = 1 + below (3); times > 0 && !text.empty (); --times) {
+            const std::size_t at = below (text.size ()), kind = below (4);
+            if (kind == 0)
+                text.resize (at);
+            else if (kind == 1)
+                text[at] = bytes[below (bytes.size ())];
+            else
+                text.insert (at, below (2000) == 0 ? 20'000'000 : 1 + below (20),
+                             bytes[below (bytes.size ())]);
+        }
     }
 
 private:
@@ -167,21 +189,8 @@ private:
             replace (line, word, below (2) ? word + any (endings) : any (endings) + word);
             break;
         default:
-            line.insert (line.empty () ? 0 : below (line.size ()), 1 + below (4), " \t"[below (8) == 0]);
-        }
-    }
-
-    void damage_bytes (std::string& text)
-    {
-        static constexpr std::string_view bytes ("\0\r\n\t\x1a\xEF\xBB\xBF\xFF$*'-+.eED 0", 19);
-        for (std::size_t times = 1 + below (3); times > 0 && !text.empty (); --times) {
-            const std::size_t at = below (text.size ()), kind = below (4);
-            if (kind == 0)
-                text.resize (at);
-            else if (kind == 1)
-                text[at] = bytes[below (bytes.size ())];
-            else
-                text.insert (at, below (400) == 0 ? 600'000 : 1 + below (20), bytes[below (bytes.size ())]);
+            line.insert (line.empty () ? 0 : below (line.size ()), 1 + below (4),
+                         " \t+:"[below (8) == 0 ? 1 + below (3) : 0]);
         }
     }
 
@@ -190,15 +199,15 @@ private:
 
 // ---- What must hold
 
-void check_fault (const files::Task& task, KLVrescode_t code, const std::string& path,
-                  const std::string& text)
+void check_fault (const files::Task& task, KLVrescode_t code, const std::string& path)
 {
     const std::string error = task.last_error ();
     require (code == KLV_RES_FILE_SYNTAX || code == KLV_RES_FILE_SECTION_UNSUPPORTED, "code of " + error);
     require (error.starts_with (path + ":"), "a fault without the file: " + error);
     const long line = std::atol (error.c_str () + path.size () + 1);
-    require (line >= 1 && line <= std::count (text.begin (), text.end (), '\n') + 1,
-             "a line of none: " + error);
+    const std::string text = files::load (path);
+    const auto lines = std::count (text.begin (), text.end (), '\n') + 1;
+    require (line >= 1 && (line <= lines || path.ends_with (".gz")), "a line of none: " + error);
     require (task.printed.ends_with (": " + error + "\n"), "a fault that was not printed");
     require (task.problem ().variables () == 0 && task.problem ().constraints () == 0,
              "a problem after a fault");
@@ -206,14 +215,29 @@ void check_fault (const files::Task& task, KLVrescode_t code, const std::string&
 
 enum Outcome : std::uint8_t { refused, same, not_written, outcomes };
 
+// Bytes of a packed file that are damaged are refused, or were of no account.
+void check_packed (const std::string& path, const klv::Problem& problem, Mutator& choice)
+{
+    std::string bytes = files::load (path);
+    choice.damage_bytes (bytes);
+    files::save (path, bytes);
+    files::Task task;
+    task.set_format (KLV_FILE_FREE_MPS);
+    if (const KLVrescode_t code = KLV_readdata (task, path.c_str ()))
+        return check_fault (task, code, path);
+    require (!files::difference (problem, task.problem ()), "another problem from damaged packing");
+}
+
 Outcome run (const std::string& text, const files::Folder& folder, Mutator& choice)
 {
-    const std::string path = folder / "f.mps", copy = folder / "copy.mps";
+    const std::string path = folder / (text.starts_with ('\\') ? "f.lp" : "f.mps");
+    const std::string copy = folder / (choice.below (4) == 0 ? "copy.mps.gz" : "copy.mps");
     files::save (path, text);
     files::Task task, again;
-    task.set_format (static_cast<std::int32_t> (std::min<std::size_t> (choice.below (6), 2)));
+    if (path.ends_with (".mps"))
+        task.set_format (static_cast<std::int32_t> (std::min<std::size_t> (choice.below (6), 2)));
     if (const KLVrescode_t code = KLV_readdata (task, path.c_str ())) {
-        check_fault (task, code, path, text);
+        check_fault (task, code, path);
         return refused;
     }
     const klv::Problem& problem = task.problem ();
@@ -221,18 +245,20 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
                  problem.integers,
              "the number of integers");
 
-    const auto format = static_cast<std::int32_t> (choice.below (3));
+    const auto format = static_cast<std::int32_t> (choice.below (4));
     task.set_format (format);
     again.set_format (format);
     if (const KLVrescode_t code = KLV_writedata (task, copy.c_str ())) {
-        require (code == KLV_RES_FILE_CANNOT_HOLD && !task.last_error ().empty (),
-                 "writing: " + task.last_error ());
+        require (code == KLV_RES_FILE_CANNOT_HOLD, "writing: " + task.last_error ());
+        require (task.last_error ().find ("of the same name") == std::string::npos, "two items of one name");
         require (!std::filesystem::exists (copy), "a file that could not be written");
         return not_written;
     }
     require (KLV_readdata (again, copy.c_str ()) == KLV_RES_OK, "what was written: " + again.last_error ());
     const auto difference = files::difference (problem, again.problem ());
     require (!difference, "after writing and reading: " + difference.value_or (""));
+    if (copy.ends_with (".gz") && format == KLV_FILE_FREE_MPS)
+        check_packed (copy, problem, choice);
     std::filesystem::remove (copy);
     return same;
 }
@@ -254,7 +280,7 @@ int main (int argc, char** argv)
         } catch (const std::exception& fault) {
             ++failed;
             std::printf ("case %ld: %s\n", i, fault.what ());
-            files::save ("fuzz_" + std::to_string (i) + ".mps", text);
+            files::save ("fuzz_" + std::to_string (i), text);
         }
     }
     std::printf ("%ld files refused with their line, %ld the same after writing, %ld that the chosen form "

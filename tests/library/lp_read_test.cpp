@@ -105,6 +105,7 @@ TEST (LpRead, FaultsHaveLineAndCause)
         {" r: x <= -inf", "3: an upper bound that is minus infinity"},
         {" r: x <= 1 <= 2", "3: \"<=\" behind a constraint"},
         {" r: z = 1 -> x <= 1", "3: indicator constraints are not supported", unsupported},
+        {" r: 0 <= 3|x + y <= 4", "4: the number before \"x\" may be its coefficient"},
         {" r: x <= nan", "3: a number is needed, not \"nan\""},
         {" lazy constraints|x <= 1", "3: lazy constraints are not supported", unsupported},
         {" Bounds|z <= 1", "4: unknown variable \"z\""},

@@ -31,23 +31,29 @@ std::string large ()
     return text + "ENDATA\n";
 }
 
-// A file in a folder of its own, and a task that has read it.
+// A file in a folder of its own, and a task with its problem.
 struct Failure {
     files::Folder folder;
-    std::string path = folder / "f.mps";
+    std::string path;
     files::Task task;
+    std::string old;    // what the file holds
 
-    explicit Failure (const std::string& text = small)
+    explicit Failure (const std::string& text = small, const std::string& name = "f.mps")
+        : path (folder / name)
     {
-        files::save (path, text);
-        EXPECT_EQ (KLV_readdata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
+        const std::string source = folder / "source.mps";
+        files::save (source, text);
+        EXPECT_EQ (KLV_readdata (task, source.c_str ()), KLV_RES_OK) << task.last_error ();
+        EXPECT_EQ (KLV_writedata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
+        std::filesystem::remove (source);
+        old = files::load (path);
         task.printed.clear ();
     }
 
     // After writing that failed: the folder has the file that was there and no other.
-    void expect_old_file (const std::string& text = small) const
+    void expect_old_file () const
     {
-        EXPECT_EQ (files::load (path), text);
+        EXPECT_EQ (files::load (path), old);
         EXPECT_EQ (folder.count (), 1U);
     }
 };
@@ -59,6 +65,8 @@ TEST (MpsFailure, OpeningSaysWhy)
     ASSERT_EQ (::mkfifo ((folder / "pipe.mps").c_str (), 0600), 0);
     ASSERT_EQ (::symlink ("/dev/full", (folder / "full.mps").c_str ()), 0);
     std::filesystem::create_directory (folder / "folder.mps");
+    files::save (folder / "endless.mps", "NAME\n*");
+    std::filesystem::resize_file (folder / "endless.mps", 20'000'000);
     constexpr const char* extension = "the extensions .mps and .lp are known";
     const struct {
         decltype (&KLV_readdata) operation;
@@ -69,7 +77,9 @@ TEST (MpsFailure, OpeningSaysWhy)
         {KLV_readdata, folder / "none.mps", KLV_RES_FILE_OPEN, "none.mps: cannot be opened: No such file"},
         {KLV_readdata, folder / "pipe.mps", KLV_RES_FILE_OPEN, "not a regular file"},
         {KLV_readdata, folder / "folder.mps", KLV_RES_FILE_OPEN, "it is a directory"},
+        {KLV_readdata, folder / "f.gz", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
         {KLV_readdata, folder / "f.txt", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
+        {KLV_readdata, folder / "endless.mps", KLV_RES_FILE_SYNTAX, "endless.mps:2: a line is longer than"},
         {KLV_readdata, "", KLV_RES_FILE_NAME_MISSING, ""},
         {KLV_writedata, folder / "none/f.mps", KLV_RES_FILE_OPEN,
          "none/f.mps: cannot be written: No such file"},
@@ -83,7 +93,7 @@ TEST (MpsFailure, OpeningSaysWhy)
         EXPECT_EQ (operation (task, path.c_str ()), code) << path;
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), task.last_error ());
     }
-    EXPECT_EQ (folder.count (), 4U);
+    EXPECT_EQ (folder.count (), 5U);
     files::Task task;
     task.set_format (KLV_FILE_FREE_MPS);
     files::save (folder / "f.txt", small);
@@ -95,8 +105,8 @@ TEST (MpsFailure, OpeningSaysWhy)
 
 TEST (MpsFailure, FullDiskLeavesTheOldFile)
 {
-    const std::string text = large ();
-    Failure failure (text);
+    Failure failure (large ());
+    KLV_putobjsense (failure.task, KLV_SENSE_MAXIMIZE);
     struct sigaction ignore {
     }, before{};
     ignore.sa_handler = SIG_IGN;
@@ -110,7 +120,7 @@ TEST (MpsFailure, FullDiskLeavesTheOldFile)
     ::sigaction (SIGXFSZ, &before, nullptr);
     EXPECT_EQ (code, KLV_RES_FILE_WRITE);
     EXPECT_PRED_FORMAT2 (IsSubstring, "f.mps: cannot be written: File too large", failure.task.last_error ());
-    failure.expect_old_file (text);
+    failure.expect_old_file ();
 }
 
 TEST (MpsFailure, LinkAndPermissionsOfATargetAreKept)
@@ -119,9 +129,10 @@ TEST (MpsFailure, LinkAndPermissionsOfATargetAreKept)
     const std::string link = failure.folder / "link.mps";
     ::chmod (failure.path.c_str (), 0640);
     ASSERT_EQ (::symlink ("f.mps", link.c_str ()), 0);
+    KLV_putobjsense (failure.task, KLV_SENSE_MAXIMIZE);
     ASSERT_EQ (KLV_writedata (failure.task, link.c_str ()), KLV_RES_OK);
+    EXPECT_NE (files::load (failure.path), failure.old);
     EXPECT_TRUE (std::filesystem::is_symlink (link));
-    EXPECT_TRUE (files::load (failure.path).starts_with ("NAME          a problem of some length\n"));
     struct stat status {};
     ::stat (failure.path.c_str (), &status);
     EXPECT_EQ (status.st_mode & 07777, 0640U);
@@ -169,29 +180,64 @@ TEST (MpsFailure, CallbackIsAskedAndStops)
 
 TEST (MpsFailure, EveryAllocationFailsOnce)
 {
-    for (const std::string more : {"", "more", "write"}) {
-        const bool writes = more == "write";
-        bool failed = true;
-        for (std::size_t n = 0; failed; ++n) {
-            SCOPED_TRACE (more + std::to_string (n));
-            const Failure failure;
-            const files::Task empty;
-            const KLVtask_t task = writes ? failure.task : empty;
-            if (!writes)
-                files::save (failure.path, small + more);
-            KLVrescode_t code = KLV_RES_OK;
-            {
-                const FailingNew fault (n);
-                code = (writes ? KLV_writedata : KLV_readdata) (task, failure.path.c_str ());
-                failed = fault.has_failed ();
+    for (const char* name : {"f.mps", "f.lp", "f.lp.gz"}) {
+        for (const bool writes : {false, true}) {
+            bool failed = true;
+            for (std::size_t n = 0; failed; ++n) {
+                SCOPED_TRACE (name + std::to_string (n));
+                const Failure failure (small, name);
+                const files::Task empty;
+                const KLVtask_t task = writes ? failure.task : empty;
+                if (writes)
+                    KLV_putobjsense (task, KLV_SENSE_MAXIMIZE);
+                KLVrescode_t code = KLV_RES_OK;
+                {
+                    const FailingNew fault (n);
+                    code = (writes ? KLV_writedata : KLV_readdata) (task, failure.path.c_str ());
+                    failed = fault.has_failed ();
+                }
+                ASSERT_EQ (code, failed ? KLV_RES_OUT_OF_MEMORY : KLV_RES_OK);
+                ASSERT_EQ (task->problem ().variables (), failed && !writes ? 0 : 2);
+                ASSERT_EQ (failure.folder.count (), 1U);
+                ASSERT_EQ (files::load (failure.path) == failure.old, failed || !writes);
             }
-            ASSERT_EQ (code, failed           ? KLV_RES_OUT_OF_MEMORY
-                             : more == "more" ? KLV_RES_FILE_SYNTAX
-                                              : KLV_RES_OK);
-            ASSERT_EQ (task->problem ().variables (), code == KLV_RES_OK || writes ? 2 : 0);
-            ASSERT_EQ (failure.folder.count (), 1U);
-            ASSERT_EQ (writes && files::load (failure.path) == small, writes && failed);
         }
+    }
+}
+
+// ---- Packed files
+
+TEST (PackedFile, FaultsOfThePackingHaveTheirLine)
+{
+    const std::string nothing ("\x1F\x8B\x08\0\0\0\0\0\0\x03\x03\0\0\0\0\0\0\0\0\0", 20);
+    const Failure failure (large (), "f.mps.gz");
+    const std::string& packed = failure.old;
+    ASSERT_TRUE (packed.starts_with ("\x1F\x8B"));
+    std::string damaged = packed, checked = packed;
+    damaged[packed.size () / 2] ^= 1;
+    checked[packed.size () - 8] ^= 1;
+    const struct {
+        std::string bytes;
+        const char* cause;
+    } cases[] = {
+        {packed, ""},
+        {nothing + packed + nothing, ""},
+        {packed + packed, ":50008: text after ENDATA"},
+        {packed.substr (0, packed.size () / 2), "the packed data end too early"},
+        {packed.substr (0, packed.size () - 1), ":50007: the packed data end too early"},
+        {packed + nothing.substr (0, 9), ":50007: the packed data end too early"},
+        {packed.substr (0, 2), ":1: the packed data end too early"},
+        {packed + "end", ":50007: the packed data are followed by something else"},
+        {damaged, ": "},
+        {checked, ": the packed data are damaged"},
+    };
+    for (const auto& [bytes, cause] : cases) {
+        SCOPED_TRACE (cause);
+        files::save (failure.path, bytes);
+        const files::Task task;
+        ASSERT_EQ (KLV_readdata (task, failure.path.c_str ()), *cause ? KLV_RES_FILE_SYNTAX : KLV_RES_OK);
+        EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), task.last_error ());
+        EXPECT_EQ (task.problem ().variables (), *cause ? 0 : 50'000);
     }
 }
 

@@ -156,7 +156,6 @@ TEST (MpsRead, FaultsHaveLineAndCause)
         {"", std::string ("ROWS| N c\0d|", 12), "2: a zero byte"},
         {"", "ROWS\r N c\rCOLUMNS\r", "1: a control character, of code 13"},
         {"", "\xFF\xFEN", "1: the file is UTF-16"},
-        {"", "NAME|*" + std::string (600'000, 'x'), "2: a line is longer"},
         {"ROWS", " N c| X r|", "4: \"X\" is no type of row"},
         {"ROWS", " N c| L c|", "4: a second row \"c\""},
         {"COLUMNS", "    x c 1 r1 2|    y r9 3|", "9: unknown row \"r9\" in COLUMNS"},

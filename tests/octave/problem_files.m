@@ -26,6 +26,13 @@ for name = {"lp/kb2", "milp/flugpl", "milp/p0033"}
     end
 end
 
+% A packed file is read by its contents, whatever it is called.
+assert (kalvoopt ("echo(0) write(copy.lp.gz)", from_file.prob), 0);
+rename ("copy.lp.gz", "copy.lp");
+[r, again] = kalvoopt ("echo(0) read(copy.lp)");
+assert (r, 0);
+assert (isequal (again.prob, from_file.prob));
+
 % A fault: its code, file and line; nothing of the file in the result; the next call is fine.
 head = {"ROWS", " N c", " L r1", "COLUMNS", "    x c 1 r1 2"};
 faults = {3105, "f.mps:6: unknown row \"r9\" in COLUMNS", {"    y r9 1", "ENDATA"}

@@ -1,6 +1,7 @@
 // For tests of problem files: a folder for them, a task that remembers what was printed, problems as texts.
 #pragma once
 
+#include "kalvo/files/item_names.h"
 #include "kalvo/task/task.h"
 
 #include <algorithm>
@@ -114,25 +115,23 @@ inline std::string describe (const klv::Bounds& bounds, std::size_t i)
 
 inline std::string describe (const klv::Problem& p)
 {
-    const auto name = [] (const klv::Names& names, std::int32_t i, const char* otherwise) {
-        return names.get (i).empty () ? otherwise + std::to_string (i + 1) : names.get (i);
-    };
+    const klv::ItemNames rows = klv::constraint_names (p), columns = klv::variable_names (p);
     std::string text = (p.sense == KLV_SENSE_MAXIMIZE ? "max " : "min ") + describe (p.constant) + ":";
     for (std::int32_t j = 0; j < p.variables (); ++j) {
         const auto at = static_cast<std::size_t> (j);
-        text += ' ' + name (p.variable_name, j, "C") + (p.integer[at] == KLV_VAR_INTEGER ? " int " : " ") +
+        text += ' ' + std::string (columns (j)) + (p.integer[at] == KLV_VAR_INTEGER ? " int " : " ") +
                 describe (p.variable, at) + ", " + describe (p.cost[at]);
         const klv::Column column = p.matrix.column (j);
         std::map<std::int32_t, double> entries;
         for (std::size_t k = 0; k < column.rows.size (); ++k)
             entries[column.rows[k]] = column.values[k];
         for (const auto& [row, value] : entries)
-            text += ", " + name (p.constraint_name, row, "R") + ' ' + describe (value);
+            text += ", " + std::string (rows (row)) + ' ' + describe (value);
         text += ';';
     }
     for (std::int32_t i = 0; i < p.constraints (); ++i)
-        text += ' ' + name (p.constraint_name, i, "R") + ' ' +
-                describe (p.constraint, static_cast<std::size_t> (i)) + ';';
+        text +=
+            ' ' + std::string (rows (i)) + ' ' + describe (p.constraint, static_cast<std::size_t> (i)) + ';';
     return text;
 }
 
@@ -140,7 +139,9 @@ inline std::string describe (const klv::Problem& p)
 inline std::optional<std::string> difference (const klv::Problem& a, const klv::Problem& b)
 {
     const auto all = [] (const klv::Problem& p) {
-        return p.name + " / " + (p.objective_name.empty () ? "OBJ" : p.objective_name) + " / " + describe (p);
+        const std::string objective = klv::unused_name ("OBJ", klv::constraint_names (p));
+        return p.name + " / " + (p.objective_name.empty () ? objective : p.objective_name) + " / " +
+               describe (p);
     };
     const std::string x = all (a), y = all (b);
     if (x == y)
