@@ -76,6 +76,8 @@ bool utSetInterruptEnabled (bool enabled)
 bool utIsInterruptPending ()
 {
     book ().check_thread ("utIsInterruptPending");
+    if (++session ().interrupt_polls == session ().interrupting_poll)
+        session ().interrupt_pending = true;
     return session ().interrupt_pending;
 }
 

@@ -1,32 +1,17 @@
 // fuzz_files COUNT [FIRST]: reads COUNT mutated problem files. Each must give a fault that names its line, or
 // a sound problem that is the same after it was written and read again. Case number i is the same in every
 // run; a failing one is kept in the working folder and is run alone by `fuzz_files 1 i`.
+#include "tests/fuzz/random.h"
 #include "tests/support/problem_file.h"
 
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 #include <set>
-#include <sstream>
-#include <stdexcept>
 
 namespace {
 
-void require (bool condition, const std::string& what)
-{
-    if (!condition)
-        throw std::runtime_error (what);
-}
-
-std::vector<std::string> pieces_of (const std::string& text, char end)
-{
-    std::vector<std::string> pieces;
-    std::istringstream stream (text);
-    for (std::string piece; std::getline (stream, piece, end);)
-        pieces.push_back (piece);
-    return pieces;
-}
+using fuzz::pieces_of, fuzz::require;
 
 std::vector<std::string> words_of (const std::string& text)
 {
@@ -91,11 +76,9 @@ const auto extra_lines =
                " BV b|    RHS limit 7|    RNG balance -3|\x1a|    x cost 1",
                '|');
 
-class Mutator {
+class Mutator : public fuzz::Random {
 public:
-    explicit Mutator (std::uint64_t seed) : random_ (seed) {}
-
-    std::size_t below (std::size_t count) { return static_cast<std::size_t> (random_ () % count); }
+    using Random::Random;
 
     std::string mutate (const std::string& text)
     {
@@ -128,8 +111,6 @@ public:
     }
 
 private:
-    const std::string& any (const std::vector<std::string>& of) { return of[below (of.size ())]; }
-
     std::string any_word (const std::vector<std::string>& lines)
     {
         const std::vector<std::string> found = words_of (any (lines));
@@ -193,8 +174,6 @@ private:
                          " \t+:"[below (8) == 0 ? 1 + below (3) : 0]);
         }
     }
-
-    std::mt19937_64 random_;
 };
 
 // ---- What must hold

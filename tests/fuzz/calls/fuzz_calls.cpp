@@ -1,0 +1,179 @@
+// fuzz_calls COUNT [FIRST]: makes COUNT random calls of kalvoopt. Each must end in time with outputs in order and nothing
+// left over, answers that hold what they claim, and a session in which a good call works. Case number i makes the
+// same call in every run; a failing one is printed, and run alone by `fuzz_calls 1 i`.
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <unistd.h>
+
+#include "tests/fuzz/calls/check.h"
+#include "tests/fuzz/calls/random_call.h"
+#include "tests/support/problem_file.h"
+#include "tests/unit/notation.h"
+
+namespace {
+
+using namespace standalone;
+using fuzz::Random, fuzz::RandomCall, fuzz::require;
+
+constexpr unsigned longest_call = 120;    // seconds
+std::string running;
+
+extern "C" void end_of_patience (int)
+{
+    static constexpr char message[] = "a call does not end:\n";
+    [[maybe_unused]] const auto written = write (STDERR_FILENO, message, sizeof message - 1) +
+                                          write (STDERR_FILENO, running.data (), running.size ());
+    std::abort ();
+}
+
+std::vector<Value> values_of (const std::vector<std::string>& texts)
+{
+    std::vector<Value> values;
+    for (const std::string& text : texts)
+        values.push_back (value (text));
+    return values;
+}
+
+void define_functions (Random& random)
+{
+    for (const auto& [name, answer] :
+         {std::pair ("quiet", value ("0")), {"stopping", value ("1")}, {"odd", value (odd_value (random))}})
+        session ().define (name, [answer] (int, const std::vector<View>&) { return std::vector{answer}; });
+    session ().define ("nothing", [] (int, const std::vector<View>&) { return std::vector<Value>{}; });
+    session ().define ("failing", [] (int, const std::vector<View>&) -> std::vector<Value> {
+        throw MatlabError ("on purpose");
+    });
+    session ().define ("pressing", [answer = value ("0")] (int, const std::vector<View>&) {
+        session ().interrupt_pending = true;
+        return std::vector{answer};
+    });
+    const auto inner = std::make_shared<std::vector<Value>> (values_of (random_call (random).inputs));
+    session ().define ("again", [inner, answer = value ("0")] (int, const std::vector<View>&) {
+        if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
+            standalone::call (2, inputs);
+        return std::vector{answer};
+    });
+}
+
+// The code, or none where even that could not be made.
+std::optional<int> check_outputs (const Call& result, int outputs)
+{
+    require (!result.error, "ended by an error: " + result.error.value_or (""));
+    require (result.left_arrays + result.left_blocks == 0, "memory is left over");
+    if (outputs < 1 || !result[0])
+        return std::nullopt;
+    const double code = result[0].number ();
+    require (result[0].class_id () == mxDOUBLE_CLASS && code >= 0 && code == std::floor (code), "r");
+    require (outputs < 2 || code != 0 || result[1], "success without a result");
+    if (result[1] && result[1].class_id () == mxSTRUCT_CLASS && result[1]["rcode"]) {
+        require (result[1]["rcode"].number () == code, "rcode is not r");
+        require (code == 0 || !result[1]["rmsg"] || !result[1]["rmsg"].text ().empty (), "no message");
+        show (result[1]);    // all of it can be read
+    }
+    return static_cast<int> (code);
+}
+
+// The last of the words that set it, arguments in parentheses apart.
+bool maximizes (std::string command)
+{
+    command[0] = ' ';    // a quote
+    for (std::size_t open = 0; (open = command.find ('(')) != command.npos;)
+        command.erase (open, command.find (')', open) - open + 1);
+    return command.rfind (" max") + 1 > command.rfind (" min") + 1;
+}
+
+// Answers that can be judged by the problem record, in texts, with parameters as they are read here.
+void check_answers (const RandomCall& call, const std::vector<Value>& inputs, const Call& result)
+{
+    if (inputs.size () < 2 || !result[1] || result[1].class_id () != mxSTRUCT_CLASS)
+        return;
+    const View prob = inputs[1], solutions = result[1]["sol"];
+    const std::string& command = call.inputs[0];
+    const std::string settings = call.inputs.size () > 2 ? call.inputs[2] : "";
+    const auto has = [] (const std::string& text, const char* word) { return text.find (word) != text.npos; };
+    if (!solutions || prob.class_id () != mxSTRUCT_CLASS || !prob["a"] || prob["a"].count () > 10'000 ||
+        has (command, "statuskeys") || has (command, "read") || has (settings, "KLV_DPAR_BOUND") ||
+        has (settings, "KLV_DPAR_FIX") || has (settings, "KLV_DPAR_MIP"))
+        return;
+    fuzz::check_solutions (prob, solutions, maximizes (command), has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
+}
+
+void check_good_call ()
+{
+    const Call good = standalone::call (
+        2, values_of ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0])"}));
+    require (show (good[0]) == "0" && show (good[1]["sol"]["bas"], "xx pobjval") == "xx=[1;1], pobjval=3",
+             "a good call afterwards: " + show (good[1]["sol"]));
+}
+
+enum Outcome : std::uint8_t { solved, refused, ended, without_code, outcomes };
+
+Outcome run (const RandomCall& call, Random& random)
+{
+    reset ();
+    define_functions (random);
+    const std::vector<Value> inputs = values_of (call.inputs);
+    session ().failing_allocation = call.failing_allocation;
+    session ().allocations = 0;
+    session ().interrupting_poll = call.interrupting_poll;
+    const Call result = standalone::call (call.outputs, inputs);
+    const bool memory_failed = call.failing_allocation > 0 && session ().allocations >= call.failing_allocation;
+    session ().failing_allocation = session ().interrupting_poll = 0;
+    session ().interrupt_pending = false;
+
+    const std::optional<int> code = check_outputs (result, call.outputs);
+    if (!memory_failed)    // else answers may be there in part
+        check_answers (call, inputs, result);
+    check_good_call ();
+    require (session ().faults.empty (), session ().faults.empty () ? "" : session ().faults[0]);
+    require (live_arrays () + live_blocks () == 0, "something is still alive");
+    return !code ? without_code : *code == 0 ? solved : *code < 20'000 ? refused : ended;
+}
+
+long open_files ()
+{
+    const std::filesystem::directory_iterator entries ("/proc/self/fd");
+    return std::distance (begin (entries), end (entries));
+}
+
+}
+
+int main (int argc, char** argv)
+{
+    const long count = argc > 1 ? std::atol (argv[1]) : 1000;
+    const long first = argc > 2 ? std::atol (argv[2]) : 0;
+    const files::Folder folder;
+    std::filesystem::current_path (folder / ".");
+    files::save ("good.mps", files::lines ("ROWS| N o| L a|COLUMNS| x o -1 a 1|RHS| r a 2|ENDATA|"));
+    files::save ("bad.mps", files::lines ("ROWS| N o|COLUMNS| x nowhere 1|ENDATA|"));
+    std::signal (SIGALRM, end_of_patience);
+
+    long counts[outcomes] = {}, failed = 0, files_before = 0;
+    for (long i = first; i < first + count; ++i) {
+        Random random (static_cast<std::uint64_t> (i));
+        const RandomCall call = random_call (random);
+        running = "case " + std::to_string (i) + ": " + call.text ();
+        alarm (longest_call);
+        try {
+            ++counts[run (call, random)];
+        } catch (const std::exception& fault) {
+            ++failed;
+            std::printf ("%s  %s\n", running.c_str (), fault.what ());
+        }
+        alarm (0);
+        if (i == first)
+            files_before = open_files ();
+    }
+    if (open_files () > files_before) {
+        ++failed;
+        std::printf ("%ld files are left open\n", open_files () - files_before);
+    }
+    reset ();
+    std::filesystem::current_path ("/");
+    std::printf ("%ld calls without a fault, %ld refused, %ld ended early, %ld without a code\n", counts[solved],
+                 counts[refused], counts[ended], counts[without_code]);
+    std::printf ("%ld passed, %ld failed\n", count - failed, failed);
+    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
