@@ -1,6 +1,7 @@
 #include "kalvo/engines/start.h"
 
 #include "kalvo/engines/check.h"
+#include "kalvo/report/certificate.h"
 #include "kalvo/report/quality.h"
 
 #include <algorithm>
@@ -96,6 +97,11 @@ Solution complete (GivenSolution&& given, const Task& task, KLVsoltype which)
     Solution solution = answer.solution ? std::move (*answer.solution) : check.unknown_solution ();
     if (!solution.has_primal && !given.xx.empty ())
         solution.xx = std::move (given.xx);
+    // Nothing is feasible between bounds that contradict each other, which a point's measures don't tell.
+    if (find_crossed (*problem, task.parameters.get (RealSetting::fixing_tolerance)).count > 0) {
+        solution.problem_status = KLV_PRO_UNKNOWN;
+        solution.solution_status = KLV_SOLSTA_UNKNOWN;
+    }
     // Keys are a user's word on where to start, and no one else's.
     const auto keep_keys = [] (std::vector<std::int32_t>& keys, std::vector<std::int32_t>& given_keys) {
         if (given_keys.empty ())

@@ -39,6 +39,9 @@ TEST_F (InitialSolution, IsTakenAsFarAsItIsGiven)
         EXPECT_EQ (kept ? show (kept, c.fields) : "-", c.shown) << c.sol;
         EXPECT_EQ (printed (), "");
     }
+    const Call crossed =
+        ask ("statuskeys(1) echo(0)", {"(a=[1], blx=[2], bux=[1], sol=(bas=(xx=[1], slx=[1])))"});
+    EXPECT_EQ (show (crossed[1]["sol"]["bas"], "prosta solsta xx"), "prosta=0, solsta=0, xx=1");
     for (const char* nothing : {"[]", "cell 0x0", "record 0x0 bas", "(x=1)"})
         EXPECT_FALSE (ask ("echo(0)", {with_solution (nothing)})[1]["sol"]) << nothing;
 }
