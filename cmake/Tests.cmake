@@ -16,6 +16,8 @@ function (add_test_program name folder)
     add_dependencies (${name} tests_highs)
 endfunction ()
 
+add_test_program (library_tests library GTest::gtest_main kalvo_core)
+add_test_program (unit_tests unit GTest::gtest_main gateway_standalone kalvo_core)
 add_test_program (fuzz_files fuzz/files kalvo_core)
 add_test_program (fuzz_calls fuzz/calls gateway_standalone kalvo_core)
 target_sources (fuzz_calls PRIVATE "${CMAKE_SOURCE_DIR}/tests/unit/notation.cpp")

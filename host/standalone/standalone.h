@@ -123,8 +123,8 @@ struct Session {
 
     bool interrupt_enabled = true;
     bool interrupt_pending = false;
-    long interrupt_polls = 0;         // how often it was asked for
-    long interrupting_poll = 0;       // the number of the one that finds it; 0: none
+    long interrupt_polls = 0;      // how often it was asked for
+    long interrupting_poll = 0;    // the number of the one that finds it; 0: none
 
     int lock_count = 0;
     std::vector<std::string> faults;

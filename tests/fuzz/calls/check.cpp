@@ -33,6 +33,14 @@ struct Items {
     std::size_t count () const { return lower.size (); }
 };
 
+double largest (const Numbers& values)
+{
+    double most = 0;
+    for (const double value : values)
+        most = std::max (most, std::abs (value));
+    return most;
+}
+
 bool is_given (View field)
 {
     return field && field.count () > 0;
@@ -57,7 +65,8 @@ struct Problem {
         constant = sign * numbers_or (prob["cfix"], 1, 0)[0];
         integer.assign (sizes[1], false);
         if (const View ints = prob["ints"]; ints && ints.class_id () == mxSTRUCT_CLASS)
-            if (const View sub = ints["sub"]; is_given (sub) && sub.class_id () == mxDOUBLE_CLASS && !sub.is_sparse () &&
+            if (const View sub = ints["sub"]; is_given (sub) && sub.class_id () == mxDOUBLE_CLASS &&
+                                              !sub.is_sparse () &&
                                               sub.count () == std::max (sub.sizes ()[0], sub.sizes ()[1]))
                 for (const double variable : sub.numbers ())
                     integer.at (static_cast<std::size_t> (variable) - 1) = true;
@@ -99,7 +108,8 @@ public:
     Judge (const Problem& problem, View slot, double tolerance)
         : p_ (problem), slot_ (slot), tolerance_ (tolerance), x_ (slot["xx"].numbers ())
     {
-        require (x_.size () == p_.variables.count () && slot["xc"].count () == p_.constraints.count (), "sizes");
+        require (x_.size () == p_.variables.count () && slot["xc"].count () == p_.constraints.count (),
+                 "sizes");
         if (slot["y"])
             for (const auto& [name, values] :
                  {std::pair ("y", &y_), {"slc", &slc_}, {"suc", &suc_}, {"slx", &slx_}, {"sux", &sux_}})
@@ -130,11 +140,12 @@ public:
     // `ray`: a proof that no point is feasible, without costs.
     void dual (bool ray) const
     {
+        const double size = std::max ({largest (y_), largest (slx_), largest (sux_)});
         Sum value;
         value.add (ray ? 0 : p_.constant);
         for (std::size_t i = 0; i < p_.constraints.count (); ++i) {
             same (y_[i], slc_[i] - suc_[i], 0, "y");
-            multipliers (p_.constraints, i, slc_[i], suc_[i], 1, value);
+            multipliers (p_.constraints, i, slc_[i], suc_[i], ray ? size : 1, value);
         }
         for (std::size_t j = 0; j < x_.size (); ++j) {
             const double cost = ray ? 0 : p_.c[j];
@@ -144,9 +155,10 @@ public:
             residual.add (sux_[j]);
             for (std::size_t i = 0; i < y_.size (); ++i)
                 residual.add (-static_cast<long double> (p_.a[i + j * y_.size ()]) * y_[i]);
-            const long double scale = ray ? residual.size : 1 + std::abs (cost);
-            require (std::abs (residual.value) <= tolerance_ * scale + noise * residual.size, "dual residual");
-            multipliers (p_.variables, j, slx_[j], sux_[j], 1 + std::abs (cost), value);
+            const double scale = ray ? size : 1 + std::abs (cost);
+            require (std::abs (residual.value) <= tolerance_ * scale + noise * residual.size,
+                     "dual residual");
+            multipliers (p_.variables, j, slx_[j], sux_[j], scale, value);
         }
         if (ray)
             require (value.value > 0.5, "the certificate proves nothing");
@@ -154,10 +166,7 @@ public:
             same (value.value, p_.sign * slot_["dobjval"].number (), value.size, "dobjval");
     }
 
-    void gap () const
-    {
-        same (slot_["pobjval"].number (), slot_["dobjval"].number (), 0, "gap");
-    }
+    void gap () const { same (slot_["pobjval"].number (), slot_["dobjval"].number (), 0, "gap"); }
 
 private:
     void same (long double a, long double b, long double size, const char* what) const
@@ -171,19 +180,11 @@ private:
             if (!std::isfinite (bound))
                 return;
             const long double distance = sign * ((direction ? 0 : bound) - at.value);
-            const long double scale = direction ? 1 + largest () : 1 + std::abs (bound);
+            const long double scale = direction ? 1 + largest (x_) : 1 + std::abs (bound);
             require (distance <= tolerance_ * scale + noise * at.size, "outside its bounds");
         };
         below (items.lower[i], 1);
         below (items.upper[i], -1);
-    }
-
-    double largest () const
-    {
-        double most = 0;
-        for (const double x : x_)
-            most = std::max (most, std::abs (x));
-        return most;
     }
 
     void multipliers (const Items& items, std::size_t i, double lower, double upper, double scale,
@@ -249,9 +250,10 @@ void check_integer (const Problem& problem, const Judge& judge, View slot, bool 
 
 int status_of (View slot)
 {
-    static const auto names = pieces_of ("UNKNOWN|OPTIMAL|FEASIBLE|PRIMAL_FEASIBLE|DUAL_FEASIBLE|PRIMAL_INFEASIBLE_"
-                                         "CERTIFICATE|DUAL_INFEASIBLE_CERTIFICATE|INTEGER_OPTIMAL",
-                                         '|');
+    static const auto names =
+        pieces_of ("UNKNOWN|OPTIMAL|FEASIBLE|PRIMAL_FEASIBLE|DUAL_FEASIBLE|PRIMAL_INFEASIBLE_"
+                   "CERTIFICATE|DUAL_INFEASIBLE_CERTIFICATE|INTEGER_OPTIMAL",
+                   '|');
     const auto found = std::find (names.begin (), names.end (), slot["solsta"].text ());
     require (found != names.end (), "solsta " + slot["solsta"].text ());
     return static_cast<int> (found - names.begin ());

@@ -97,7 +97,8 @@ void check_answers (const RandomCall& call, const std::vector<Value>& inputs, co
         has (command, "statuskeys") || has (command, "read") || has (settings, "KLV_DPAR_BOUND") ||
         has (settings, "KLV_DPAR_FIX") || has (settings, "KLV_DPAR_MIP"))
         return;
-    fuzz::check_solutions (prob, solutions, maximizes (command), has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
+    fuzz::check_solutions (prob, solutions, maximizes (command),
+                           has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
 }
 
 void check_good_call ()
@@ -119,7 +120,8 @@ Outcome run (const RandomCall& call, Random& random)
     session ().allocations = 0;
     session ().interrupting_poll = call.interrupting_poll;
     const Call result = standalone::call (call.outputs, inputs);
-    const bool memory_failed = call.failing_allocation > 0 && session ().allocations >= call.failing_allocation;
+    const bool memory_failed =
+        call.failing_allocation > 0 && session ().allocations >= call.failing_allocation;
     session ().failing_allocation = session ().interrupting_poll = 0;
     session ().interrupt_pending = false;
 
@@ -148,6 +150,7 @@ int main (int argc, char** argv)
     std::filesystem::current_path (folder / ".");
     files::save ("good.mps", files::lines ("ROWS| N o| L a|COLUMNS| x o -1 a 1|RHS| r a 2|ENDATA|"));
     files::save ("bad.mps", files::lines ("ROWS| N o|COLUMNS| x nowhere 1|ENDATA|"));
+    std::setvbuf (stdout, nullptr, _IOLBF, BUFSIZ);
     std::signal (SIGALRM, end_of_patience);
 
     long counts[outcomes] = {}, failed = 0, files_before = 0;
@@ -172,8 +175,8 @@ int main (int argc, char** argv)
     }
     reset ();
     std::filesystem::current_path ("/");
-    std::printf ("%ld calls without a fault, %ld refused, %ld ended early, %ld without a code\n", counts[solved],
-                 counts[refused], counts[ended], counts[without_code]);
+    std::printf ("%ld calls without a fault, %ld refused, %ld ended early, %ld without a code\n",
+                 counts[solved], counts[refused], counts[ended], counts[without_code]);
     std::printf ("%ld passed, %ld failed\n", count - failed, failed);
     return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -10,33 +10,38 @@ namespace fuzz {
 
 namespace {
 
-const auto odd_numbers = pieces_of ("nan inf -inf 1e300 -1e300 1e-300 1e20 -1e20 1e21 2147483648 4294967297 0.5 "
-                                    "1e-9 -0 1e9 123456789.123",
-                                    ' ');
-const auto odd_values =
-    pieces_of ("[]|{}|()|''|@|object|0|1|-1|0.5|nan|inf|-inf|1e300|4294967297|[1 2 3]|[1;2]|[nan nan]|2x0|0x3|"
-               "4x1x2|1000x0|0x1000|3000000000x0|0x3000000000|cell 1x3|cell 0x0|record 1x2|record 0x0|"
-               "record 1x2 sub|record 1x1 a|int8 [1 2]|single 1|single [1 2;3 4]|uint64 [1 2]|logical 1|"
-               "char [0 65535]|char [55296 97]|sparse [0;5]|sparse [0 5]|sparse 1|sparse logical [0 1]|"
-               "sparse logical [0;1]|complex [1 2]|complex 1|'text'|'KLV_ON'|['ab'; 'cd']|['LO'; 'BA']|"
-               "{1, 'x', {}}|(unset)|(sub=1)|(sub=[1 99])|(sub=nan)|2x2x0|\x27\xC3\xA9\xE2\x82\xAC\x27",
-               '|');
-const auto words = pieces_of ("min|max|minimize|maximize|prob|info|param|symbcon|version|statuskeys(1)|echo(3)|"
-                              "echo(11)|debug(1)|nokeepenv|use_matlab_calloc|anapro|write(w.mps)|log(log.txt)",
-                              '|');
-const auto odd_words = pieces_of (
-    "statuskeys|statuskeys(x)|echo|echo(|echo(99999999999)|echo(-1)|primalrepair|toconic|write()|write(w.xyz)|"
-    "write(none/w.mps)|read|read(good.mps)|read(bad.mps)|read(none)|log()|log(none/x)|minimizex|)|minimize(|\xC3\xA9",
+const auto odd_numbers =
+    pieces_of ("nan inf -inf 1e300 -1e300 1e-300 1e20 -1e20 1e21 2147483648 4294967297 0.5 "
+               "1e-9 -0 1e9 123456789.123",
+               ' ');
+const auto odd_values = pieces_of (
+    "[]|{}|()|''|@|object|0|1|-1|0.5|nan|inf|-inf|1e300|4294967297|[1 2 3]|[1;2]|[nan nan]|2x0|0x3|"
+    "4x1x2|1000x0|0x1000|3000000000x0|0x3000000000|cell 1x3|cell 0x0|record 1x2|record 0x0|"
+    "record 1x2 sub|record 1x1 a|int8 [1 2]|single 1|single [1 2;3 4]|uint64 [1 2]|logical 1|"
+    "char [0 65535]|char [55296 97]|sparse [0;5]|sparse [0 5]|sparse 1|sparse logical [0 1]|"
+    "sparse logical [0;1]|complex [1 2]|complex 1|'text'|'KLV_ON'|['ab'; 'cd']|['LO'; 'BA']|"
+    "{1, 'x', {}}|(unset)|(sub=1)|(sub=[1 99])|(sub=nan)|2x2x0|\x27\xC3\xA9\xE2\x82\xAC\x27",
     '|');
-const auto problem_fields =
-    pieces_of ("a|c|cfix|blc|buc|blx|bux|ints|names|sol|qosubi|qosubj|qoval|qcsubk|qcsubi|qcsubj|qcval|cones|f|g|"
-               "accs|bardim|bara|barc|barf|prisen|duasen|primalrepair|objsense|unknown",
+const auto words =
+    pieces_of ("min|max|minimize|maximize|prob|info|param|symbcon|version|statuskeys(1)|echo(3)|"
+               "echo(11)|debug(1)|nokeepenv|use_matlab_calloc|anapro|write(w.mps)|log(log.txt)",
                '|');
+const auto odd_words =
+    pieces_of ("statuskeys|statuskeys(x)|echo|echo(|echo(99999999999)|echo(-1)|primalrepair|toconic|write()|"
+               "write(w.xyz)|"
+               "write(none/w.mps)|read|read(good.mps)|read(bad.mps)|read(none)|log()|log(none/"
+               "x)|minimizex|)|minimize(|\xC3\xA9",
+               '|');
+const auto problem_fields = pieces_of (
+    "a|c|cfix|blc|buc|blx|bux|ints|names|sol|qosubi|qosubj|qoval|qcsubk|qcsubi|qcsubj|qcval|cones|f|g|"
+    "accs|bardim|bara|barc|barf|prisen|duasen|primalrepair|objsense|unknown",
+    '|');
 const auto value_fields = pieces_of ("skc|skx|xc|xx|y|slc|suc|slx|sux", '|');
 const auto odd_value_fields = pieces_of ("skc|skx|xx|snx|skn|barx|bars|doty|prosta|pobjval", '|');
-const auto symbols = pieces_of ("KLV_ON|KLV_OFF|KLV_OPTIMIZER_PRIMAL_SIMPLEX|KLV_OPTIMIZER_DUAL_SIMPLEX|"
-                                "KLV_OPTIMIZER_INTERIOR_POINT|KLV_OPTIMIZER_MIXED_INTEGER|KLV_PRESOLVE_OFF|none",
-                                '|');
+const auto symbols =
+    pieces_of ("KLV_ON|KLV_OFF|KLV_OPTIMIZER_PRIMAL_SIMPLEX|KLV_OPTIMIZER_DUAL_SIMPLEX|"
+               "KLV_OPTIMIZER_INTERIOR_POINT|KLV_OPTIMIZER_MIXED_INTEGER|KLV_PRESOLVE_OFF|none",
+               '|');
 
 // Fields in the order of their names, each once.
 using Fields = std::map<std::string, std::string>;
@@ -63,9 +68,12 @@ public:
     RandomCall call ()
     {
         RandomCall made;
-        const std::string inputs[] = {odd_or (60, &Maker::command),  odd_or (60, &Maker::problem),
-                                      odd_or (20, &Maker::settings), odd_or (20, &Maker::callback),
-                                      odd_or (8, &Maker::server),    odd (),
+        const std::string inputs[] = {odd_or (60, &Maker::command),
+                                      odd_or (60, &Maker::problem),
+                                      odd_or (20, &Maker::settings),
+                                      odd_or (20, &Maker::callback),
+                                      odd_or (8, &Maker::server),
+                                      odd (),
                                       odd ()};
         const std::size_t count = one_in (8) ? below (8) : 2 + below (3);
         made.inputs.assign (inputs, inputs + count);
@@ -97,7 +105,8 @@ private:
     {
         if (odd_entries_ && one_in (15))
             return random_.any (odd_numbers);
-        return std::to_string (smallest + static_cast<int> (below (static_cast<std::size_t> (largest - smallest + 1))));
+        return std::to_string (smallest +
+                               static_cast<int> (below (static_cast<std::size_t> (largest - smallest + 1))));
     }
 
     std::string matrix (std::size_t rows, std::size_t columns, int smallest, int largest)
@@ -113,7 +122,8 @@ private:
 
     std::string column (std::size_t count, int smallest, int largest)
     {
-        return one_in (3) && count > 0 ? matrix (count, 1, smallest, largest) : row (count, smallest, largest);
+        return one_in (3) && count > 0 ? matrix (count, 1, smallest, largest)
+                                       : row (count, smallest, largest);
     }
     std::string row (std::size_t count, int smallest, int largest)
     {
@@ -173,9 +183,8 @@ private:
         odd_entries_ = one_in (3);
         m_ = below (5);
         n_ = one_in (20) ? 0 : 1 + below (5);
-        Fields fields{{"a", matrix (m_, n_, -3, 5)},  {"c", column (n_, -4, 6)},
-                      {"blc", column (m_, -5, 3)},    {"buc", column (m_, 1, 12)},
-                      {"blx", column (n_, -2, 1)},    {"bux", column (n_, 0, 4)}};
+        Fields fields{{"a", matrix (m_, n_, -3, 5)}, {"c", column (n_, -4, 6)},   {"blc", column (m_, -5, 3)},
+                      {"buc", column (m_, 1, 12)},   {"blx", column (n_, -2, 1)}, {"bux", column (n_, 0, 4)}};
         for (const char* name : {"blc", "buc", "blx", "bux"})
             if (one_in (3))
                 fields.erase (name);
@@ -216,9 +225,10 @@ private:
     // One of a parameter's limits, its default, a value near the smallest, or something odd.
     std::string setting (double smallest, double fallback, double largest)
     {
-        const std::string values[] = {number (smallest), number (fallback), number (largest),
-                                      number (smallest + static_cast<double> (below (5))),
-                                      random_.any (odd_numbers), "'" + random_.any (symbols) + "'"};
+        const std::string values[] = {
+            number (smallest),         number (fallback),
+            number (largest),          number (smallest + static_cast<double> (below (5))),
+            random_.any (odd_numbers), "'" + random_.any (symbols) + "'"};
         return one_in (20) ? odd () : values[below (one_in (8) ? 6 : 4)];
     }
 
@@ -264,8 +274,9 @@ private:
 
 std::string RandomCall::text () const
 {
-    std::string text = std::to_string (outputs) + " outputs, memory fails at " + std::to_string (failing_allocation) +
-                       ", Ctrl-C at poll " + std::to_string (interrupting_poll) + "\n";
+    std::string text = std::to_string (outputs) + " outputs, memory fails at " +
+                       std::to_string (failing_allocation) + ", Ctrl-C at poll " +
+                       std::to_string (interrupting_poll) + "\n";
     for (const std::string& input : inputs)
         text += "    " + input + "\n";
     return text;
