@@ -130,6 +130,11 @@
 %       KLV_IPAR_PRESOLVE                 KLV_PRESOLVE_AUTOMATIC   or _ON, _OFF
 %       KLV_IPAR_SCALING                  KLV_SCALING_AUTOMATIC    or _OFF, _EQUILIBRATION, ...: see res.symbcon
 %       KLV_IPAR_SIMPLEX_PRICING          KLV_PRICING_AUTOMATIC    or _DANTZIG, _DEVEX, _STEEPEST_EDGE
+%       KLV_IPAR_INTPNT_METHOD            KLV_INTPNT_METHOD_AUTOMATIC  or _ITERATIVE, _FACTORIZATION
+%       KLV_DPAR_MIP_HEURISTIC_EFFORT     0.05                     share of the integer search for heuristics
+%       KLV_IPAR_MIP_CUTS_AT_NODES        KLV_ON                   KLV_OFF: cuts at the root only
+%       KLV_IPAR_MIP_SYMMETRY             KLV_ON                   symmetry is looked for and used
+%       KLV_IPAR_MIP_PARALLEL             KLV_OFF                  KLV_ON: several threads search the tree
 %       KLV_IPAR_WARM_START               KLV_ON                   prob.sol is where a run starts
 %       KLV_IPAR_MAX_THREADS              0                        0: the library chooses; 1: runs repeat bit for bit
 %       KLV_DPAR_RACE_DELAY               0.3                      seconds after which interior point joins a simplex run of
@@ -147,7 +152,8 @@
 %       KLV_SPAR_DATA_FILE                ''                       the problem file; set by read(file)
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
-%       a value out of range is an error. All others are reserved and accept only their default.
+%       a value out of range is an error. docs/parameters.md lists all parameters, docs/information.md the fields of
+%       res.info; reserved ones accept only their default.
 %
 %   CALLBACKS (callback): a structure with any of
 %

@@ -54,6 +54,7 @@ struct Claims {
     bool has_best_bound = false;
     std::int64_t simplex_iterations = 0, interior_iterations = 0, nodes = 0, solutions = 0;
     std::string message;    // why it failed, in plain words
+    std::string warning;    // what was not done as it was asked for, a sentence
 };
 
 // The newest state of a run, for progress lines and callbacks.

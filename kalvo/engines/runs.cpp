@@ -77,11 +77,14 @@ Answer Runs::judge (Claims&& claims)
     return runner_.compute (work_of (*problem_), [&] { return check_ (std::move (claims)); });
 }
 
-// Only the integer search has use for more than one thread. Abandoned workers count as used.
+// Only the integer search has use for more than one thread, and dual simplex where it is asked to. Abandoned workers count as
+// used.
 int Runs::threads (Method method) const
 {
     const int asked = settings_->get (IntSetting::threads);
-    if (method != Method::mixed_integer)
+    const bool parallel_simplex =
+        method == Method::dual_simplex && settings_->get (IntSetting::simplex_parallel) != KLV_OFF;
+    if (method != Method::mixed_integer && !parallel_simplex)
         return 1;
     if (asked > 0)
         return asked;
@@ -125,6 +128,8 @@ void Runs::start_run (Method method, bool reformulate, std::shared_ptr<const Sta
 Answer Runs::judge_run (Runner::Ended&& run)
 {
     count (run);
+    if (!run.claims.warning.empty ())
+        task_.warn (run.claims.warning);
     if (run.claims.outcome == Outcome::stopped && !answered ())
         run.claims.outcome = Outcome::unknown;    // nobody asked it to
     Answer answer = judge (std::move (run.claims));

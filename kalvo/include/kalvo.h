@@ -185,6 +185,30 @@ enum KLVpricing {
     KLV_PRICING_STEEPEST_EDGE = 3
 };
 
+// How the interior-point method solves its linear systems, and which ones.
+enum KLVinteriormethod {
+    KLV_INTPNT_METHOD_AUTOMATIC = 0,
+    KLV_INTPNT_METHOD_ITERATIVE = 1,
+    KLV_INTPNT_METHOD_FACTORIZATION = 2
+};
+
+enum KLVnewtonsystem { KLV_NEWTON_AUTOMATIC = 0, KLV_NEWTON_AUGMENTED = 1, KLV_NEWTON_NORMAL_EQUATIONS = 2 };
+
+enum KLVordering {
+    KLV_ORDERING_AUTOMATIC = 0,
+    KLV_ORDERING_MINIMUM_DEGREE = 1,
+    KLV_ORDERING_NESTED_DISSECTION = 2,
+    KLV_ORDERING_CUTHILL_MCKEE = 3
+};
+
+enum KLVdualization { KLV_DUALIZE_OFF = 0, KLV_DUALIZE_ON = 1, KLV_DUALIZE_AUTOMATIC = 2 };
+
+enum KLVrelaxationmethod {
+    KLV_RELAXATION_AUTOMATIC = 0,
+    KLV_RELAXATION_SIMPLEX = 1,
+    KLV_RELAXATION_INTERIOR_POINT = 2
+};
+
 enum KLVfileformat {
     KLV_FILE_BY_EXTENSION = 0,
     KLV_FILE_FREE_MPS = 1,

@@ -87,6 +87,33 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::pricing, "KLV_PRICING_DEVEX", KLV_PRICING_DEVEX, "Approximate steepest edge."},
     {Group::pricing, "KLV_PRICING_STEEPEST_EDGE", KLV_PRICING_STEEPEST_EDGE, "Steepest edge."},
 
+    {Group::interior_method, "KLV_INTPNT_METHOD_AUTOMATIC", KLV_INTPNT_METHOD_AUTOMATIC,
+     "The optimiser chooses."},
+    {Group::interior_method, "KLV_INTPNT_METHOD_ITERATIVE", KLV_INTPNT_METHOD_ITERATIVE,
+     "By conjugate gradients, with a basis as preconditioner."},
+    {Group::interior_method, "KLV_INTPNT_METHOD_FACTORIZATION", KLV_INTPNT_METHOD_FACTORIZATION,
+     "By a factorisation in each step."},
+
+    {Group::newton_system, "KLV_NEWTON_AUTOMATIC", KLV_NEWTON_AUTOMATIC, "The optimiser chooses."},
+    {Group::newton_system, "KLV_NEWTON_AUGMENTED", KLV_NEWTON_AUGMENTED, "The augmented system."},
+    {Group::newton_system, "KLV_NEWTON_NORMAL_EQUATIONS", KLV_NEWTON_NORMAL_EQUATIONS,
+     "The normal equations."},
+
+    {Group::ordering, "KLV_ORDERING_AUTOMATIC", KLV_ORDERING_AUTOMATIC, "The optimiser chooses."},
+    {Group::ordering, "KLV_ORDERING_MINIMUM_DEGREE", KLV_ORDERING_MINIMUM_DEGREE,
+     "Approximate minimum degree."},
+    {Group::ordering, "KLV_ORDERING_NESTED_DISSECTION", KLV_ORDERING_NESTED_DISSECTION, "Nested dissection."},
+    {Group::ordering, "KLV_ORDERING_CUTHILL_MCKEE", KLV_ORDERING_CUTHILL_MCKEE, "Reverse Cuthill-McKee."},
+
+    {Group::dualization, "KLV_DUALIZE_OFF", KLV_DUALIZE_OFF, "The problem is solved as it is."},
+    {Group::dualization, "KLV_DUALIZE_ON", KLV_DUALIZE_ON, "Its dual is solved."},
+    {Group::dualization, "KLV_DUALIZE_AUTOMATIC", KLV_DUALIZE_AUTOMATIC, "The optimiser chooses."},
+
+    {Group::relaxation, "KLV_RELAXATION_AUTOMATIC", KLV_RELAXATION_AUTOMATIC, "The optimiser chooses."},
+    {Group::relaxation, "KLV_RELAXATION_SIMPLEX", KLV_RELAXATION_SIMPLEX, "By the simplex method."},
+    {Group::relaxation, "KLV_RELAXATION_INTERIOR_POINT", KLV_RELAXATION_INTERIOR_POINT,
+     "By the interior-point method."},
+
     {Group::file_format, "KLV_FILE_BY_EXTENSION", KLV_FILE_BY_EXTENSION,
      "The file's extension names the format."},
     {Group::file_format, "KLV_FILE_FREE_MPS", KLV_FILE_FREE_MPS, "MPS with fields separated by blanks."},

@@ -13,9 +13,15 @@ enum class RealSetting {
     integer_tolerance,
     integer_absolute_gap,
     integer_relative_gap,
-    time_limit,         // seconds; negative: none
-    objective_limit,    // infinite: none
-    race_delay,         // seconds after which interior point joins simplex; infinite: never
+    time_limit,            // seconds; negative: none
+    objective_limit,       // infinite: none
+    race_delay,            // seconds after which interior point joins simplex; infinite: never
+    interior_tolerance,    // 0: from the gap tolerance
+    cost_perturbation,     // a factor
+    bound_perturbation,    // a factor
+    pivot_threshold,
+    heuristic_effort,
+    integer_log_interval,
     count
 };
 
@@ -36,8 +42,33 @@ enum class IntSetting {
     log_interior_point,    // KLVswitch: progress lines of one optimiser
     log_simplex,
     log_mixed_integer,
-    file_format,    // KLVfileformat
-    warm_start,     // KLVswitch: an optimisation starts from the solutions that the task holds
+    file_format,                 // KLVfileformat
+    warm_start,                  // KLVswitch: an optimisation starts from the solutions that the task holds
+    presolve_reduction_limit,    // negative: none
+    presolve_fill_limit,
+    scaling_limit,       // an exponent of two
+    simplex_parallel,    // KLVswitch: several pivots at a time
+    simplex_update_limit,
+    interior_method,         // KLVinteriormethod
+    newton_system,           // KLVnewtonsystem
+    interior_ordering,       // KLVordering
+    interior_dualization,    // KLVdualization
+    leaf_limit,              // negative: none
+    integer_parallel,        // KLVswitch
+    symmetry,                // KLVswitch
+    restarts,                // KLVswitch
+    cuts_at_nodes,           // KLVswitch
+    cut_age_limit,
+    cut_pool_size,
+    row_age_limit,
+    branching_reliability,
+    relaxation_method,             // KLVrelaxationmethod
+    feasibility_jump,              // KLVswitch: heuristics
+    relaxation_enforced_search,    // KLVswitch
+    relaxation_induced_search,     // KLVswitch
+    reduced_cost_search,           // KLVswitch
+    zi_round,                      // KLVswitch
+    shifting,                      // KLVswitch
     count
 };
 

@@ -2,6 +2,7 @@
 #include "tests/library/model.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 namespace {
@@ -26,6 +27,7 @@ TEST (Settings, LimitsEndTheRunWithTheirCode)
                                {"TIME_LIMIT 0", "TIME_LIMIT", true},
                                {"TIME_LIMIT 0.1 MIP_RELATIVE_GAP 0", "TIME_LIMIT", true},
                                {"MIP_NODE_LIMIT 1", "NODE_LIMIT", true},
+                               {"MIP_LEAF_LIMIT 3", "NODE_LIMIT", true},
                                {"MIP_SOLUTION_LIMIT 0", "SOLUTION_LIMIT", true},
                                {"MIP_SOLUTION_LIMIT 2", "SOLUTION_LIMIT int PRIMAL_FEASIBLE", true},
                                {"OBJECTIVE_LIMIT 10", "OBJECTIVE_LIMIT", true}}) {
@@ -87,6 +89,105 @@ TEST (Settings, ChangeTheWayAndNotTheAnswer)
     const auto gaps = work (integer, {exact, exact + "MIP_RELATIVE_GAP 0.5", exact + "MIP_ABSOLUTE_GAP 1e4"});
     EXPECT_LT (gaps[1], gaps[0]);
     EXPECT_LT (gaps[2], gaps[0]);
+}
+
+// How a run of a published problem went: every count that tells of its way.
+std::string way_of (const std::string& file, const std::string& settings)
+{
+    Task task;
+    EXPECT_EQ (KLV_readdata (task, (KALVO_TEST_DATA "/" + file).c_str ()), KLV_RES_OK);
+    task.set ("MAX_THREADS 1 " + settings);
+    std::string way = model::optimized (task);
+    for (const char* item : {"SIMPLEX_ITERATIONS", "INTPNT_ITERATIONS", "FINISH_ITERATIONS", "MIP_NODES"})
+        way += ' ' + std::to_string (std::lround (task.information (item)));
+    return way;
+}
+
+// Each of them decides how the answer is found, and an answer it is all the same.
+TEST (Settings, ChangeTheWayThroughPublishedProblems)
+{
+    const std::string dual = "OPTIMIZER 1 ", primal = "OPTIMIZER 0 ", interior = "OPTIMIZER 3 ",
+                      factorized = interior + "INTPNT_METHOD 2 ";
+    std::map<std::string, std::string> plain;
+    for (const auto& [file, method, setting, optimum] : {
+             std::tuple{std::string ("lp/israel.mps"), dual, "PRESOLVE_REDUCTION_LIMIT 0", "OK bas OPTIMAL"},
+             {"lp/share2b.mps", dual, "PRESOLVE_FILL_LIMIT 0", "OK bas OPTIMAL"},
+             {"lp/israel.mps", dual, "SCALING_LIMIT 2", "OK bas OPTIMAL"},
+             {"lp/israel.mps", dual, "SIMPLEX_PARALLEL 1", "OK bas OPTIMAL"},
+             {"lp/israel.mps", dual, "SIMPLEX_UPDATE_LIMIT 1", "OK bas OPTIMAL"},
+             {"lp/israel.mps", dual, "SIMPLEX_COST_PERTURBATION 0", "OK bas OPTIMAL"},
+             {"lp/israel.mps", primal, "SIMPLEX_BOUND_PERTURBATION 0", "OK bas OPTIMAL"},
+             {"lp/israel.mps", dual + "PRESOLVE 0 ", "SIMPLEX_PIVOT_THRESHOLD 0.5", "OK bas OPTIMAL"},
+             {"lp/israel.mps", interior, "INTPNT_METHOD 2", "OK itr OPTIMAL bas OPTIMAL"},
+             {"lp/israel.mps", interior, "INTPNT_DUALIZE 1", "OK itr OPTIMAL bas OPTIMAL"},
+             {"lp/share2b.mps", interior, "INTPNT_TOLERANCE 1e-11", "OK itr OPTIMAL bas OPTIMAL"},
+             {"lp/adlittle.mps", factorized, "INTPNT_SYSTEM 1", "OK itr OPTIMAL bas OPTIMAL"},
+             {"lp/israel.mps", factorized, "INTPNT_ORDERING 1", "OK itr OPTIMAL bas OPTIMAL"},
+             {"milp/stein27.mps", dual + "MAX_THREADS 2 ", "MIP_PARALLEL 1", "OK int INTEGER_OPTIMAL"},
+             {"milp/stein27.mps", dual, "MIP_SYMMETRY 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_CUTS_AT_NODES 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_CUT_AGE_LIMIT 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_CUT_POOL_SIZE 1", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_ROW_AGE_LIMIT 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_BRANCHING_RELIABILITY 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_RELAXATION_METHOD 2", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_HEURISTIC_EFFORT 1", "OK int INTEGER_OPTIMAL"},
+             {"milp/gt2.mps", dual, "MIP_FEASIBILITY_JUMP 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_RENS 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/stein27.mps", dual, "MIP_RINS 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/gt2.mps", dual, "MIP_ROOT_REDUCED_COST 0", "OK int INTEGER_OPTIMAL"},
+             {"milp/stein27.mps", dual, "MIP_ZI_ROUND 1", "OK int INTEGER_OPTIMAL"},
+             {"milp/flugpl.mps", dual, "MIP_SHIFTING 1", "OK int INTEGER_OPTIMAL"},
+         }) {
+        std::string& without = plain[file + method];
+        if (without.empty ())
+            without = way_of (file, method);
+        const std::string with = way_of (file, method + setting);
+        EXPECT_NE (without, with) << setting;
+        EXPECT_TRUE (without.starts_with (optimum) && with.starts_with (optimum)) << with << ' ' << setting;
+    }
+}
+
+// Sites with a fixed cost that serve customers, who are divided among them: variables for each site, then for each pair.
+Model facilities (std::size_t sites, std::size_t customers)
+{
+    std::mt19937 random (6);
+    const auto between = [&] (int low, int high) {
+        return std::uniform_int_distribution<int> (low, high) (random);
+    };
+    const std::size_t n = sites * (1 + customers);
+    Model made{.cost = model::Values (n), .bounds = {n, {0, 1}}, .integer = std::vector<bool> (n)};
+    const auto add_row = [&] (model::Range range) -> model::Values& {
+        made.row_bounds.push_back (range);
+        return made.rows.emplace_back (n);
+    };
+    for (std::size_t j = 0; j < customers; ++j) {
+        model::Values& served = add_row ({1, 1});
+        for (std::size_t i = 0; i < sites; ++i)
+            served[sites + i * customers + j] = 1;
+    }
+    for (std::size_t i = 0; i < sites; ++i) {
+        made.cost[i] = between (200, 600);
+        made.integer[i] = true;
+        model::Values capacity (n);
+        capacity[i] = -between (60, 120);
+        for (std::size_t j = 0; j < customers; ++j) {
+            const std::size_t pair = sites + i * customers + j;
+            made.cost[pair] = between (20, 250);
+            capacity[pair] = between (5, 35);
+            model::Values& open = add_row ({-model::inf, 0});
+            open[i] = -1;
+            open[pair] = 1;
+        }
+        add_row ({-model::inf, 0}) = capacity;
+    }
+    return made;
+}
+
+TEST (Settings, DecideWhetherASearchBeginsAgain)
+{
+    const auto restarts = work (facilities (10, 15), {"MIP_RESTARTS 1", "MIP_RESTARTS 0"});
+    EXPECT_NE (restarts[0], restarts[1]);
 }
 
 // A limit is passed by a dual objective that is worse, and by an integer point that is better.
@@ -164,6 +265,8 @@ TEST (Settings, LogLevelsAndSwitchesPrintWhatTheySay)
         const std::string log = log_of (method.settings + method.off, integer);
         EXPECT_TRUE (!log.empty () && log.find (method.title) == log.npos) << log;
     }
+    EXPECT_GT (log_of ("OPTIMIZER 5 MIP_LOG_INTERVAL 0", true).size (),
+               log_of ("OPTIMIZER 5 MIP_LOG_INTERVAL 1000", true).size ());
 }
 
 }

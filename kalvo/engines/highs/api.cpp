@@ -56,7 +56,7 @@ static std::string load_once ()
 {
     const std::string folder = own_folder ();
     // The library looks for its extras by name wherever the system does: it is to find this copy, loaded before it. Without
-    // extras it lacks one interior-point method that is not used here.
+    // extras it lacks one interior-point method.
     dlopen (text (folder, "/", extras_file).c_str (), load_flags);
     void* const library = dlopen (text (folder, "/", library_file).c_str (), load_flags);
     if (library == nullptr)

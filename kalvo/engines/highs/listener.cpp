@@ -45,7 +45,7 @@ Listener::Listener (const Job& job, const StopFlag& stop, EventChannel& channel)
       passes_text_on_ (job.settings->get (IntSetting::log_level) >= 3)
 {}
 
-// The counts of an interior-point run come in its log only, and no times at all.
+// The counts of an interior-point run come in its log only, or only not there, as its method is.
 void Listener::called (int type, const char* message, const HighsCallbackDataOut* out,
                        HighsCallbackDataIn* in, void* listener)
 {
@@ -67,7 +67,7 @@ void Listener::called (int type, const char* message, const HighsCallbackDataOut
         self.take_iterations (out->simplex_iteration_count);
         break;
     case kHighsCallbackIpmInterrupt:
-        self.take_iterations (self.now_.iterations);
+        self.take_iterations (std::max<std::int64_t> (self.now_.iterations, out->ipm_iteration_count));
         break;
     case kHighsCallbackMipInterrupt:
         self.take_integer_state (*out);
