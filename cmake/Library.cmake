@@ -24,3 +24,7 @@ if (NOT KALVO_SANITIZE)        # a sanitizer's run-time symbols come from the pr
     target_link_options (kalvo64 PRIVATE -Wl,-z,defs)
 endif ()
 copy_highs (toolbox_highs "${KALVO_TOOLBOX_DIR}")
+
+# Prints the pages of the manual that are made from the library's tables: see script/docs.
+add_executable (write_docs "${CMAKE_SOURCE_DIR}/docs/write_docs.cpp")
+target_link_libraries (write_docs PRIVATE kalvo_core kalvo_warnings)
