@@ -74,10 +74,10 @@ std::optional<Claims> claim_again (const Problem& problem, const std::optional<S
     return claims;
 }
 
-Solution complete (GivenSolution&& given, const Task& task, KLVsoltype which)
+Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& problem,
+                   const Parameters& parameters, KLVsoltype which)
 {
-    const std::shared_ptr<const Problem> problem = task.share_problem ();
-    const Check check (problem, task.parameters, which == KLV_SOL_INT);
+    const Check check (problem, parameters, which == KLV_SOL_INT);
     const auto combined = [] (std::vector<double>& plus, std::vector<double>& minus) {
         if (plus.empty () || minus.empty ()) {
             plus.resize (std::max (plus.size (), minus.size ()), 0.0);
@@ -98,7 +98,7 @@ Solution complete (GivenSolution&& given, const Task& task, KLVsoltype which)
     if (!solution.has_primal && !given.xx.empty ())
         solution.xx = std::move (given.xx);
     // Nothing is feasible between bounds that contradict each other, which a point's measures don't tell.
-    if (find_crossed (*problem, task.parameters.get (RealSetting::fixing_tolerance)).count > 0) {
+    if (find_crossed (*problem, parameters.get (RealSetting::fixing_tolerance)).count > 0) {
         solution.problem_status = KLV_PRO_UNKNOWN;
         solution.solution_status = KLV_SOLSTA_UNKNOWN;
     }

@@ -25,7 +25,8 @@ struct GivenSolution {
     std::vector<double> xx, y, slc, suc, slx, sux;
 };
 
-// The solution that a task holds then: completed, its statuses those that it deserves.
-Solution complete (GivenSolution&& given, const Task& task, KLVsoltype which);
+// The solution that a task with this problem holds then: completed, its statuses those that it deserves.
+Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& problem,
+                   const Parameters& parameters, KLVsoltype which);
 
 }

@@ -143,6 +143,18 @@ std::string describe (const char* item, std::int32_t index, const std::string& n
 std::string describe_variable (const Problem& problem, std::int32_t j);
 std::string describe_constraint (const Problem& problem, std::int32_t i);
 
+// Whether the parameter of a row takes a value.
+template <class Row, class Value>
+void check_value (const Row& row, Value value)
+{
+    if (row.reserved () && value != row.fallback)
+        refuse (KLV_RES_PARAMETER_RESERVED, row.name, " is reserved: it accepts ", row.fallback,
+                " only, not ", value, ".");
+    if (!(value >= row.smallest && value <= row.largest))
+        refuse (KLV_RES_PARAMETER_RANGE, row.name, " must be between ", row.smallest, " and ", row.largest,
+                ", not ", value, ".");
+}
+
 // A text into a buffer of `size` bytes: KLV_RES_BUFFER_TOO_SMALL, with the buffer cut, when it does not fit.
 KLVrescode_t give_text (std::string_view source, std::int32_t size, char* buffer, const char* name);
 

@@ -51,7 +51,8 @@ KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* s
             given.slx = given_values (slx, n, "slx");
             given.sux = given_values (sux, n, "sux");
         }
-        Solution solution = complete (std::move (given), t, static_cast<KLVsoltype> (which));
+        Solution solution =
+            complete (std::move (given), t.share_problem (), t.parameters, static_cast<KLVsoltype> (which));
         t.solutions[static_cast<std::size_t> (which)] = std::move (solution);
     });
 }

@@ -125,17 +125,6 @@ KLVrescode_t KLV_getparamname (KLVtask_t task, int32_t kind, int32_t index, char
     });
 }
 
-template <class Row, class Value>
-static void check_value (const Row& row, Value value)
-{
-    if (row.reserved () && value != row.fallback)
-        refuse (KLV_RES_PARAMETER_RESERVED, row.name, " is reserved: it accepts ", row.fallback,
-                " only, not ", value, ".");
-    if (!(value >= row.smallest && value <= row.largest))
-        refuse (KLV_RES_PARAMETER_RANGE, row.name, " must be between ", row.smallest, " and ", row.largest,
-                ", not ", value, ".");
-}
-
 static void put_integer (Task& task, std::int32_t index, std::int32_t value)
 {
     check_index (index, KLV_INTEGER_PARAMETERS, "integer parameter");
