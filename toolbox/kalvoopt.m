@@ -24,7 +24,7 @@
 %       res.sol.bas.y               % its duals: what a constraint's bound is worth
 %
 %   More in the folder examples beside this file: small_lp, small_integer, problem_file, second_solve,
-%   progress_function, log_function, parameters, infeasible.
+%   progress_function, log_function, parameters, infeasible, replay.
 %
 %   COMMAND (cmd): words separated by blanks, in any order
 %
@@ -148,7 +148,7 @@
 %       KLV_DPAR_BOUND_INFINITY           1e+20                    bounds from there on are infinite: in files all, in
 %                                                                  prob upper ones in full vectors
 %       KLV_DPAR_FIXING_TOLERANCE         1e-10                    bounds that differ by at most this are one value
-%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS, _LP
+%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS, _LP, _JSON
 %       KLV_SPAR_DATA_FILE                ''                       the problem file; set by read(file)
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
@@ -164,7 +164,7 @@
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
-%   PROBLEM FILES: MPS and LP, extensions .mps and .lp, and .mps.gz and .lp.gz for files that are packed by gzip
+%   PROBLEM FILES: MPS, LP and JSON, extensions .mps, .lp and .json, and with .gz behind for files that are packed by gzip
 %
 %       The parameter of the file format forces one, then with any extension. A file is read as a whole or not at all: res.rmsg
 %       names the line and the cause of a fault. It is written with every number to the last bit and every name as it is, or
@@ -193,6 +193,12 @@
 %           End
 %
 %       "<", "<=" and "=<" are the same. Variables stand left of the relation or between two, numbers at the other sides.
+%
+%       JSON holds a whole task: the problem with all names, the parameters that differ from their defaults, and the
+%       solutions. To report how a run went, send such a file; kalvoopt ('read(report.json) minimize') replays it (example
+%       replay). Parameters of the call that differ from their defaults go before those of the file. Solutions are where the
+%       run starts, their statuses computed again. All numbers and bounds are kept to the last bit, whatever the bound
+%       infinity is, and names of any bytes. docs/json.md describes the format.
 %
 %       Programs differ in how they understand some files. kalvoopt warns of such lines (echo(2) and above), and reads:
 %         an integer column between markers without any bound gets the bounds 0 and 1

@@ -1,4 +1,5 @@
 // Problem files: which format, and what a task gets to hold or to say of a fault.
+#include "kalvo/files/json.h"
 #include "kalvo/files/lp.h"
 #include "kalvo/files/mps.h"
 #include "kalvo/task/operations.h"
@@ -12,7 +13,7 @@ namespace klv {
 
 // A format as an extension or a parameter names it. By extension, an MPS file has the form that its lines show,
 // and is written in free form unless only fixed form can hold the names.
-enum class FileFormat { mps, free_mps, fixed_mps, lp };
+enum class FileFormat { mps, free_mps, fixed_mps, lp, json };
 
 static bool has_extension (std::string_view path, std::string_view extension)
 {
@@ -39,6 +40,8 @@ static FileFormat format_of (const Task& task, std::string_view path)
         return FileFormat::fixed_mps;
     case KLV_FILE_LP:
         return FileFormat::lp;
+    case KLV_FILE_JSON:
+        return FileFormat::json;
     default:
         break;
     }
@@ -48,9 +51,11 @@ static FileFormat format_of (const Task& task, std::string_view path)
         return FileFormat::mps;
     if (has_extension (path, ".lp"))
         return FileFormat::lp;
+    if (has_extension (path, ".json"))
+        return FileFormat::json;
     throw FileFault{
         KLV_RES_FILE_FORMAT_UNKNOWN,
-        "the file's extension names no known format: the extensions .mps and .lp are known, both also "
+        "the file's extension names no known format: the extensions .mps, .lp and .json are known, all also "
         "with .gz behind, and the parameter KLV_IPAR_FILE_FORMAT names a format for any file"};
 }
 
@@ -66,9 +71,9 @@ static KLVrescode_t report (Task& task, const std::string& path, const FileFault
 
 // ---- Reading and writing
 
-static Problem read_format (Task& task, const std::string& path, Pacer& pacer)
+static Problem read_problem (Task& task, const std::string& path, FileFormat format, Pacer& pacer)
 {
-    switch (format_of (task, path)) {
+    switch (format) {
     case FileFormat::free_mps:
         return read_mps (task, path, FileForm::free_mps, pacer);
     case FileFormat::fixed_mps:
@@ -80,15 +85,25 @@ static Problem read_format (Task& task, const std::string& path, Pacer& pacer)
     }
 }
 
+static FileContent read_content (Task& task, const std::string& path, Pacer& pacer)
+{
+    const FileFormat format = format_of (task, path);
+    if (format == FileFormat::json)
+        return read_json (task, path, pacer);
+    return {std::make_shared<Problem> (read_problem (task, path, format, pacer)), task.parameters};
+}
+
 KLVrescode_t read_problem (Task& task, const char* path)
 {
     task.replace_problem ({});
     try {
         Pacer pacer (task, KLV_CALLER_READ);
         pacer.ask (KLV_CALLER_BEGIN_READ);
-        Problem problem = read_format (task, path, pacer);
+        FileContent content = read_content (task, path, pacer);
         pacer.ask (KLV_CALLER_END_READ);
-        task.replace_problem (std::move (problem));
+        task.replace_problem (std::move (*content.problem));
+        task.parameters = std::move (content.parameters);
+        task.solutions = std::move (content.solutions);
         task.information.set (RealItem::time_read, task.information.get (RealItem::progress_time));
         return KLV_RES_OK;
     } catch (const FileFault& fault) {
@@ -127,21 +142,30 @@ static void warn_of_huge_bounds (Task& task)
                    "are beyond the bound infinity threshold");
 }
 
+static void write_format (Task& task, FileFormat format, OutputFile& file)
+{
+    if (format == FileFormat::json)
+        return write_json (task, file);
+    const FileForm form = form_to_write (task.problem (), format);
+    check_names (form, task.problem ());
+    if (form == FileForm::lp)
+        write_lp (task, file);
+    else
+        write_mps (task, form, file);
+}
+
 KLVrescode_t write_problem (Task& task, const char* path)
 {
     try {
         Pacer pacer (task, KLV_CALLER_WRITE);
         pacer.ask (KLV_CALLER_BEGIN_WRITE);
-        const FileForm form = form_to_write (task.problem (), format_of (task, path));
-        check_names (form, task.problem ());
+        const FileFormat format = format_of (task, path);
         OutputFile file (path, is_packed (path), pacer);
-        if (form == FileForm::lp)
-            write_lp (task, file);
-        else
-            write_mps (task, form, file);
+        write_format (task, format, file);
         pacer.ask (KLV_CALLER_END_WRITE);
         file.commit ();
-        warn_of_huge_bounds (task);
+        if (format != FileFormat::json)
+            warn_of_huge_bounds (task);
         task.information.set (RealItem::time_write, task.information.get (RealItem::progress_time));
         return KLV_RES_OK;
     } catch (const FileFault& fault) {

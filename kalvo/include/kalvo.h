@@ -213,7 +213,8 @@ enum KLVfileformat {
     KLV_FILE_BY_EXTENSION = 0,
     KLV_FILE_FREE_MPS = 1,
     KLV_FILE_FIXED_MPS = 2,
-    KLV_FILE_LP = 3
+    KLV_FILE_LP = 3,
+    KLV_FILE_JSON = 4
 };
 
 // Kinds of parameters and of information items.
@@ -478,11 +479,14 @@ KLV_API KLVrescode_t KLV_getaccname (KLVtask_t task, int64_t k, int32_t size, ch
 // ---- Files and analysis -----------------------------------------------------------------------------------
 
 /* Reads a problem file into an empty task: filename, or the string parameter KLV_SPAR_DATA_FILE when it is
- * null. A fault is reported on the error stream with its line; the task then holds an empty problem. */
+ * null. A fault is reported on the error stream with its line; the task then holds an empty problem.
+ * A JSON file holds a whole task (docs/json.md). Of its parameters those are set that have their default in the
+ * task; the data file and the file format are not among them. Its solutions are read as KLV_putsolutionnew takes
+ * them: the next optimisation starts there, and their statuses follow from their values. */
 KLV_API KLVrescode_t KLV_readdata (KLVtask_t task, const char* filename);
 
-/* Writes the problem to a file, in the format that its extension or the file-format parameter names. On any
- * failure the file that was there before is as it was. */
+/* Writes the problem to a file, in the format that its extension or the file-format parameter names. On any failure
+ * the file that was there before is as it was. */
 KLV_API KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename);
 
 // Prints a short summary of the problem, or its analysis (kinds of bounds, density, coefficient ranges), on a

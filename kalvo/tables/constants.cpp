@@ -119,6 +119,7 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::file_format, "KLV_FILE_FREE_MPS", KLV_FILE_FREE_MPS, "MPS with fields separated by blanks."},
     {Group::file_format, "KLV_FILE_FIXED_MPS", KLV_FILE_FIXED_MPS, "MPS with fields in fixed columns."},
     {Group::file_format, "KLV_FILE_LP", KLV_FILE_LP, "LP, rows of named terms."},
+    {Group::file_format, "KLV_FILE_JSON", KLV_FILE_JSON, "JSON, a whole task."},
 
     {Group::parameter_kind, "KLV_PAR_NONE", KLV_PAR_NONE, "No parameter."},
     {Group::parameter_kind, "KLV_PAR_DOUBLE", KLV_PAR_DOUBLE, "A parameter that holds a real number."},

@@ -67,7 +67,7 @@ TEST (MpsFailure, OpeningSaysWhy)
     std::filesystem::create_directory (folder / "folder.mps");
     files::save (folder / "endless.mps", "NAME\n*");
     std::filesystem::resize_file (folder / "endless.mps", 20'000'000);
-    constexpr const char* extension = "the extensions .mps and .lp are known";
+    constexpr const char* extension = "the extensions .mps, .lp and .json are known";
     const struct {
         decltype (&KLV_readdata) operation;
         std::string path;

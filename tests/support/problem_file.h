@@ -58,6 +58,14 @@ inline std::string load (const std::string& path)
     return {std::istreambuf_iterator<char> (file), {}};
 }
 
+// The JSON file that the manual shows.
+inline std::string json_example ()
+{
+    const std::string manual = load (KALVO_TEST_DATA "/../../docs/json.md");
+    const auto begin = manual.find ("```json\n") + 8;
+    return manual.substr (begin, manual.find ("```", begin) - begin);
+}
+
 // A task whose warnings and errors are collected.
 class Task {
 public:

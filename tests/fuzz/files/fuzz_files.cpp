@@ -22,7 +22,7 @@ std::vector<std::string> words_of (const std::string& text)
     return words;
 }
 
-// ---- Files to begin with: a little of everything in free MPS and in LP, and small published ones in fixed MPS
+// ---- Files to begin with: a little of everything in free MPS, LP and JSON, and small published ones in fixed MPS
 
 const std::string everything = files::lines (
     "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit| G "
@@ -53,6 +53,7 @@ std::vector<std::string> seeds ()
         texts.push_back (files::load (path));
         texts.push_back (everything);
         texts.push_back (everything_in_lp);
+        texts.push_back (files::json_example ());
     }
     return texts;
 }
@@ -209,7 +210,8 @@ void check_packed (const std::string& path, const klv::Problem& problem, Mutator
 
 Outcome run (const std::string& text, const files::Folder& folder, Mutator& choice)
 {
-    const std::string path = folder / (text.starts_with ('\\') ? "f.lp" : "f.mps");
+    const bool json = text.starts_with ('{');
+    const std::string path = folder / (json ? "f.json" : text.starts_with ('\\') ? "f.lp" : "f.mps");
     const std::string copy = folder / (choice.below (4) == 0 ? "copy.mps.gz" : "copy.mps");
     files::save (path, text);
     files::Task task, again;
@@ -224,7 +226,8 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
                  problem.integers,
              "the number of integers");
 
-    const auto format = static_cast<std::int32_t> (choice.below (4));
+    // JSON alone holds bounds beyond the threshold.
+    const auto format = json ? std::int32_t{KLV_FILE_JSON} : static_cast<std::int32_t> (choice.below (5));
     task.set_format (format);
     again.set_format (format);
     if (const KLVrescode_t code = KLV_writedata (task, copy.c_str ())) {

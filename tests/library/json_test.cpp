@@ -1,0 +1,254 @@
+// JSON files: everything comes back to the last bit, and whatever is wrong is refused by name.
+#include "tests/library/model.h"
+#include "tests/support/failing_new.h"
+#include "tests/support/problem_file.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+
+using testing::IsSubstring;
+
+namespace {
+
+std::string replaced (std::string text, const std::string& old, const std::string& by)
+{
+    const auto at = text.find (old);
+    EXPECT_NE (at, text.npos) << old;
+    return text.replace (at, old.size (), by);
+}
+
+// Two tasks, the second of which reads what the first one writes.
+struct Copy {
+    files::Folder folder;
+    std::string path = folder / "f.json";
+    files::Task task, again;
+
+    KLVrescode_t read (const std::string& text)
+    {
+        files::save (path, text);
+        return KLV_readdata (again, path.c_str ());
+    }
+    void make ()
+    {
+        ASSERT_EQ (KLV_writedata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
+        ASSERT_EQ (KLV_readdata (again, path.c_str ()), KLV_RES_OK) << again.last_error ();
+        ASSERT_EQ (files::difference (task.problem (), again.problem ()).value_or (""), "");
+    }
+};
+
+// A slot to the last bit, without its statuses.
+std::vector<std::uint64_t> bits (const auto& slot)
+{
+    std::vector<std::uint64_t> all;
+    for (const auto* keys : {&slot.skc, &slot.skx})
+        all.insert (all.end (), keys->begin (), keys->end ());
+    for (const auto* values : {&slot.xc, &slot.xx, &slot.y, &slot.slc, &slot.suc, &slot.slx, &slot.sux})
+        for (const double value : *values)
+            all.push_back (std::bit_cast<std::uint64_t> (value));
+    return all;
+}
+
+TEST (Json, ExampleOfTheManualIsReadAndSolved)
+{
+    Copy copy;
+    ASSERT_EQ (copy.read (files::json_example ()), KLV_RES_OK) << copy.again.last_error ();
+    EXPECT_EQ (files::describe (copy.again.problem ()),
+               "min 0.5: bread LO 0, 2, energy 90; milk int RA 0 10, 3.5, energy 120; energy LO 300;");
+    double limit = 0;
+    KLV_getdouparam (copy.again, 6, &limit);
+    EXPECT_EQ (limit, 60);
+    const model::Slot start = model::slot (copy.again, KLV_SOL_INT);
+    EXPECT_EQ (start.xx, (model::Values{2, 1}));
+    EXPECT_EQ (start.primal, 8);
+    EXPECT_EQ (start.solution, KLV_SOLSTA_PRIMAL_FEASIBLE);
+    EXPECT_EQ (KLV_optimize (copy.again), KLV_RES_OK);
+    EXPECT_NEAR (model::slot (copy.again, KLV_SOL_INT).primal, 0.5 + 2 * 300 / 90.0, 1e-9);
+}
+
+TEST (Json, InstancesComeBackWithParametersAndSolutions)
+{
+    int count = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator (KALVO_TEST_DATA)) {
+        if (entry.path ().extension () != ".mps")
+            continue;
+        SCOPED_TRACE (entry.path ().filename ());
+        Copy copy;
+        ASSERT_EQ (KLV_readdata (copy.task, entry.path ().c_str ()), KLV_RES_OK);
+        KLV_putnaintparam (copy.task, "KLV_IPAR_RANDOM_SEED", ++count);
+        KLV_putdouparam (copy.task, 8, klv::infinity);
+        KLV_putdouparam (copy.task, 6, 100.0 / 3);
+        KLV_optimize (copy.task);
+        copy.make ();
+        const KLVtask_t a = copy.task, b = copy.again;
+        EXPECT_EQ (a->parameters.doubles, b->parameters.doubles);
+        EXPECT_EQ (a->parameters.integers, b->parameters.integers);
+        for (std::int32_t which = 0; which < KLV_SOL_COUNT; ++which) {
+            const model::Slot before = model::slot (a, which), after = model::slot (b, which);
+            EXPECT_EQ (before.defined, after.defined);
+            EXPECT_EQ (bits (before), bits (after)) << which;
+            if (before.solution == KLV_SOLSTA_OPTIMAL) {
+                EXPECT_EQ (after.solution, before.solution);
+                EXPECT_EQ (after.primal, before.primal);
+                EXPECT_EQ (after.dual, before.dual);
+            }
+            EXPECT_NE (after.solution, KLV_SOLSTA_INTEGER_OPTIMAL) << "only a search proves it";
+        }
+    }
+    EXPECT_GE (count, 15);
+}
+
+TEST (Json, OddNumbersNamesAndBoundsComeBack)
+{
+    const auto lowest = std::numeric_limits<double>::denorm_min ();
+    const auto largest = std::numeric_limits<double>::max ();
+    Copy copy;
+    KLV_appendcons (copy.task, 2);
+    KLV_appendvars (copy.task, 5);
+    const double costs[] = {-0.0, lowest, -largest, 123456789012345678.0, 1.8446744073709552e19};
+    KLV_putcslice (copy.task, 0, 5, costs);
+    const std::int32_t keys[] = {KLV_BK_RA, KLV_BK_FX, KLV_BK_UP, KLV_BK_LO, KLV_BK_RA};
+    const double lower[] = {1, 1, 0, 1e25, 3}, upper[] = {1, 1, -1e25, 0, 2};
+    ASSERT_EQ (KLV_putvarboundslice (copy.task, 0, 5, keys, lower, upper), KLV_RES_OK);
+    const std::int32_t rows[] = {1, 0};
+    const double entries[] = {0, -0.0};
+    KLV_putacol (copy.task, 3, 2, rows, entries);
+    const char* names[] = {"a \"quote\" and \\", "\xFF\xFE", "Über, 東京\x7F", "", "\x01\n\xC3"};
+    for (std::int32_t j = 0; j < 5; ++j)
+        KLV_putvarname (copy.task, j, names[j]);
+    KLV_putobjname (copy.task, "\xED\xA0\x80");
+    KLV_puttaskname (copy.task, "");
+    const double nan = std::numeric_limits<double>::quiet_NaN (), some[] = {nan, 1, nan, -0.0, 2};
+    const std::int32_t skx[] = {KLV_SK_BASIC, KLV_SK_BASIC, KLV_SK_LOWER, KLV_SK_INFEASIBLE, KLV_SK_UPPER};
+    const auto put = [&] (std::int32_t which, const std::int32_t* keys_of, const double* xx) {
+        EXPECT_EQ (KLV_putsolutionnew (copy.task, which, nullptr, keys_of, nullptr, nullptr, xx, nullptr,
+                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+                   0);
+    };
+    put (KLV_SOL_INT, nullptr, some);
+    put (KLV_SOL_BAS, skx, nullptr);
+    copy.make ();
+    const klv::Problem &a = copy.task.problem (), &b = copy.again.problem ();
+    EXPECT_EQ (a.matrix.column (3).rows[0], b.matrix.column (3).rows[0]) << "entries keep their order";
+    for (std::int32_t j = 0; j < 5; ++j)
+        EXPECT_EQ (b.variable_name.get (j), names[j]);
+    const KLVtask_t before = copy.task, after = copy.again;
+    for (const std::size_t which : {KLV_SOL_BAS, KLV_SOL_INT}) {
+        ASSERT_TRUE (after->solutions[which]);
+        EXPECT_EQ (bits (*before->solutions[which]), bits (*after->solutions[which]));
+        EXPECT_FALSE (after->solutions[which]->has_primal) << "a point that nobody gave";
+    }
+}
+
+TEST (Json, ParametersOfTheTaskGoBeforeThoseOfTheFile)
+{
+    Copy copy;
+    KLV_putnaintparam (copy.task, "KLV_IPAR_RANDOM_SEED", 3);
+    KLV_putnaintparam (copy.task, "KLV_IPAR_LOG", 1);
+    copy.task.set_format (KLV_FILE_JSON);
+    KLV_putstrparam (copy.task, KLV_SPAR_DATA_FILE_NUMBER, "private");
+    KLV_putnaintparam (copy.again, "KLV_IPAR_RANDOM_SEED", 5);
+    copy.make ();
+    const KLVtask_t again = copy.again;
+    const klv::Parameters& parameters = again->parameters;
+    EXPECT_EQ (parameters.get (klv::IntSetting::random_seed), 5);
+    EXPECT_EQ (parameters.get (klv::IntSetting::log_level), 1);
+    EXPECT_EQ (parameters.get (klv::IntSetting::file_format), KLV_FILE_BY_EXTENSION);
+    EXPECT_EQ (files::load (copy.path).find ("private"), std::string::npos);
+}
+
+TEST (Json, WhatIsWrongIsRefusedByName)
+{
+    const std::string text = files::json_example ();
+    const std::string deep (1'000'000, '['), digits (1'000'000, '9');
+    const struct {
+        std::string old, by, error;
+    } cases[] = {
+        {"\"version\": 1", "\"version\": 2", "f.json:3: column 13: version: version 2 is unknown"},
+        {"kalvo task", "other", "f.json:2: column 17: format: must be \"kalvo task\""},
+        {"\"version\": 1,", "", "the field \"version\" is missing"},
+        {"\"version\": 1,", "\"version\": 1, \"version\": 1,", "the field \"version\" is there twice"},
+        {"\"sense\": \"MINIMIZE\", ", "", "problem.objective: the field \"sense\" is missing"},
+        {"MINIMIZE", "minimize", "problem.objective.sense: \"minimize\" is none of its words"},
+        {"\"name\": \"diet\"", "\"title\": \"diet\"", "problem: the field \"title\" is unknown"},
+        {"\"problem\":", "\"problem.name\":", "the field \"problem.name\" is unknown"},
+        {"\"name\": \"diet\"", "\"name\": 1", "problem.name: must be a name"},
+        {"\"diet\"", "\"di\\u0000et\"", "problem.name: a name has no zero byte"},
+        {"\"diet\"", "[100, 256]", "problem.name: the bytes of a name must be numbers from 1 to 255"},
+        {"\"diet\"", "[[1]]", "problem.name: the bytes of a name"},
+        {"\"milk\"", "{}", "problem.variables.names[1]: must be a name"},
+        {"\"milk\"", "\"\xFF\"", "problem.variables.names[1]: syntax error while parsing value"},
+        {"\"constant\": 0.5", "\"constant\": \"Inf\"", "problem.objective.constant: must be finite"},
+        {"[2, 3.5]", "[2, \"NaN\"]", "problem.variables.costs[1]: must be finite"},
+        {"[2, 3.5]", "[2, null]", "problem.variables.costs[1]: must be a number"},
+        {"[2, 3.5]", "[2, [3.5]]", "problem.variables.costs[1]: must be a number"},
+        {"[2, 3.5]", "2", "problem.variables.costs: must be a list of numbers"},
+        {"[2, 3.5]", "[2]", "problem.variables.costs: has 1 entries where there are 2 variables"},
+        {"3.5]", "1e400]", "problem.variables.costs[1]: a number is beyond the numbers of double"},
+        {"3.5]", "1e-400]", "problem.variables.costs[1]: \"1e-400\" is beyond the numbers of double"},
+        {"3.5]", digits + "]", "problem.variables.costs[1]: a number is beyond the numbers of double"},
+        {"3.5]", "0x3]", "problem.variables.costs[2]: syntax error while parsing array"},
+        {"3.5]", deep, "problem.variables.costs[1]: must be a number"},
+        {"[300]", "[\"Inf\"]", "problem.constraints.lower[0]: a lower bound is a number or -Inf"},
+        {"[\"Inf\", 10]", "[1, 10]", "problem.variables.keys[0]: the key does not agree with the bounds 0"},
+        {"\"LO\", \"RA\"", "\"LO\", \"BX\"", "problem.variables.keys[1]: \"BX\" is none of its words"},
+        {"\"integers\": [1]", "\"integers\": [2]", "problem.variables.integers[0]: must be the index"},
+        {"\"integers\": [1]", "\"integers\": [1, 1]", "problem.variables.integers[1]: must be the index"},
+        {"\"counts\": [1, 1]", "\"counts\": [1, 2]", "problem.matrix.counts[1]: counts entries that are"},
+        {"\"counts\": [1, 1]", "\"counts\": [-1, 3]", "problem.matrix.counts[0]: counts entries that are"},
+        {"\"counts\": [1, 1]", "\"counts\": [1, 0]", "problem.matrix.rows[1]: belongs to no column"},
+        {"\"counts\": [1, 1]", "\"counts\": [0, 2]", "problem.matrix.rows[1]: the column has this row twice"},
+        {"\"rows\": [0, 0]", "\"rows\": [0, 1]", "problem.matrix.rows[1]: must be the index"},
+        {"\"rows\": [0, 0]", "\"rows\": [0, 0.5]", "problem.matrix.rows[1]: must be a whole number"},
+        {"\"rows\": [0, 0]", "\"rows\": [0, 9e9]", "problem.matrix.rows[1]: must be a whole number"},
+        {"[90, 120]", "[90]", "problem.matrix.values: has 1 entries where there are 2 rows"},
+        {"KLV_DPAR_TIME_LIMIT", "KLV_DPAR_TIME", "parameters: the field \"KLV_DPAR_TIME\" is unknown"},
+        {": 60}", ": -2}", "parameters.KLV_DPAR_TIME_LIMIT: KLV_DPAR_TIME_LIMIT must be between"},
+        {": 60}", ": true}", "parameters.KLV_DPAR_TIME_LIMIT: must be a number"},
+        {"\"xx\": [2, 1]", "\"xx\": [2, \"Inf\"]", "solutions.int.xx[1]: must be finite, or NaN"},
+        {"\"xx\": [2, 1]", "\"xx\": []", "solutions.int.xx: has 0 entries where there are 2 variables"},
+        {"\"xx\": [2, 1]", "\"y\": [1]", "solutions.int: the field \"y\" is unknown"},
+        {"\"skc\": [\"UNKNOWN\"], ", "", "solutions.int: the field \"skc\" is missing"},
+        {"1]}\n}\n}\n", "1]}\n}\n} more",
+         "syntax error while parsing value - invalid literal; expected end of input"},
+        {text, "", "f.json:1: column 1: syntax error while parsing value - unexpected end of input"},
+        {text, "[]", "f.json:1: column 1: must be an object"},
+        {text, deep, "f.json:1: column 1: must be an object"},
+    };
+    for (const auto& [old, by, error] : cases) {
+        Copy copy;
+        KLV_appendvars (copy.again, 3);
+        EXPECT_EQ (copy.read (replaced (text, old, by)), KLV_RES_FILE_SYNTAX) << error;
+        EXPECT_PRED_FORMAT2 (IsSubstring, error, copy.again.last_error ());
+        EXPECT_EQ (copy.again.problem ().variables (), 0) << error;
+        const KLVtask_t task = copy.again;
+        EXPECT_EQ (task->parameters.doubles, klv::Parameters ().doubles) << error;
+        EXPECT_FALSE (task->solutions[KLV_SOL_INT]) << error;
+    }
+}
+
+TEST (Json, EveryAllocationFailsOnce)
+{
+    const std::string text = replaced (files::json_example (), "\"milk\"", "[255, 1]");
+    for (const bool writes : {false, true}) {
+        bool failed = true;
+        for (std::size_t n = 0; failed; ++n) {
+            Copy copy;
+            ASSERT_EQ (copy.read (text), KLV_RES_OK);
+            const files::Task empty;
+            const KLVtask_t task = writes ? copy.again : empty;
+            KLVrescode_t code = KLV_RES_OK;
+            {
+                const FailingNew fault (n);
+                code = (writes ? KLV_writedata : KLV_readdata) (task, copy.path.c_str ());
+                failed = fault.has_failed ();
+            }
+            ASSERT_EQ (code, failed ? KLV_RES_OUT_OF_MEMORY : KLV_RES_OK) << n;
+            ASSERT_EQ (task->problem ().variables (), writes || !failed ? 2 : 0);
+            ASSERT_EQ (task->parameters.get (klv::RealSetting::time_limit), writes || !failed ? 60 : -1);
+            ASSERT_EQ (files::load (copy.path) == text, !writes || failed);
+        }
+    }
+}
+
+}
