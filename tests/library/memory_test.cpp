@@ -86,6 +86,7 @@ TEST (Memory, MayRunOutInEachOperation)
     }
     EXPECT_GT (failures, 30);
     EXPECT_EQ (task.problem ().variables (), 550);
+    EXPECT_EQ (task.problem ().matrix.starts ().size (), 551u);
     const std::int64_t most = std::numeric_limits<std::int64_t>::max ();
     for (const std::int64_t entries : {std::int64_t{1} << 50, most})
         EXPECT_EQ (KLV_putmaxnumanz (task, entries), KLV_RES_OUT_OF_MEMORY) << entries;
