@@ -85,7 +85,8 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::pricing, "KLV_PRICING_AUTOMATIC", KLV_PRICING_AUTOMATIC, "The optimiser chooses."},
     {Group::pricing, "KLV_PRICING_DANTZIG", KLV_PRICING_DANTZIG, "The largest infeasibility."},
     {Group::pricing, "KLV_PRICING_DEVEX", KLV_PRICING_DEVEX, "Approximate steepest edge."},
-    {Group::pricing, "KLV_PRICING_STEEPEST_EDGE", KLV_PRICING_STEEPEST_EDGE, "Steepest edge."},
+    {Group::pricing, "KLV_PRICING_STEEPEST_EDGE", KLV_PRICING_STEEPEST_EDGE,
+     "Steepest edge in the dual method, its approximation in the primal one."},
 
     {Group::interior_method, "KLV_INTPNT_METHOD_AUTOMATIC", KLV_INTPNT_METHOD_AUTOMATIC,
      "The optimiser chooses."},

@@ -190,6 +190,18 @@ TEST (Settings, DecideWhetherASearchBeginsAgain)
     EXPECT_NE (restarts[0], restarts[1]);
 }
 
+TEST (Settings, LetNoEngineWriteOnStandardOutput)
+{
+    testing::internal::CaptureStdout ();
+    for (const char* optimizer : {"OPTIMIZER 0", "OPTIMIZER 1", "OPTIMIZER 3"})
+        for (const char* pricing : {" SIMPLEX_PRICING 1", " SIMPLEX_PRICING 3"})
+            EXPECT_EQ (
+                model::optimized (Task (dense (20, 30), std::string (optimizer) + pricing + " PRESOLVE 0"))
+                    .substr (0, 2),
+                "OK");
+    EXPECT_EQ (testing::internal::GetCapturedStdout (), "");
+}
+
 // A limit is passed by a dual objective that is worse, and by an integer point that is better.
 TEST (Settings, TheObjectiveLimitKnowsTheSense)
 {
@@ -268,5 +280,4 @@ TEST (Settings, LogLevelsAndSwitchesPrintWhatTheySay)
     EXPECT_GT (log_of ("OPTIMIZER 5 MIP_LOG_INTERVAL 0", true).size (),
                log_of ("OPTIMIZER 5 MIP_LOG_INTERVAL 1000", true).size ());
 }
-
 }

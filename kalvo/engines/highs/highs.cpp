@@ -197,7 +197,8 @@ void Session::set_options ()
         set ("simplex_scale_strategy", HighsInt{job_.reformulate ? scaling : KLV_SCALING_OFF});
     const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;    // ours start with "choose"
     set ("simplex_dual_edge_weight_strategy", pricing);
-    set ("simplex_primal_edge_weight_strategy", pricing);
+    // Its exact weights for the primal method print lines of their own on the process's standard output.
+    set ("simplex_primal_edge_weight_strategy", std::min (pricing, HighsInt{KLV_PRICING_DEVEX - 1}));
 
     set ("threads", HighsInt{job_.threads});
     set ("random_seed", HighsInt{settings.get (IntSetting::random_seed)});
