@@ -38,6 +38,7 @@ bool LineReader::next ()
 void LineReader::refill ()
 {
     pacer_.tick ();
+    line_ = {};    // its place is used again
     std::memmove (buffer_.data (), buffer_.data () + begin_, end_ - begin_);
     end_ -= begin_;
     begin_ = 0;
