@@ -164,7 +164,7 @@ bool Runner::wait_for_room ()
 
 void Runner::start (const std::shared_ptr<Engine>& engine, Job job)
 {
-    if (!wait_for_room ())
+    if (!running () && !wait_for_room ())
         return;
     job.seconds = seconds_left ();
     Run run{.late = seconds () + job.seconds + patience_with_clock,

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -163,9 +164,12 @@ Answer Runs::race (Method method, std::shared_ptr<const StartPoint> start)
     start_run (method, true, std::move (start));
     std::optional<Runner::Ended> ended = runner_.wait (settings_->get (RealSetting::race_delay));
     if (!ended) {    // it is still at it
-        task_.information.set (IntItem::race, 1);
-        // A presolve that takes that long is not begun twice.
-        start_run (Method::interior_point, runner_.phase_of_first () != KLV_CALLER_PRESOLVE, nullptr);
+        try {
+            // A presolve that takes that long is not begun twice.
+            start_run (Method::interior_point, runner_.phase_of_first () != KLV_CALLER_PRESOLVE, nullptr);
+            task_.information.set (IntItem::race, 1);
+        } catch (const std::system_error&) {    // no thread to be had: it goes on alone
+        }
         ended = runner_.wait ();
     }
     Answer answer = judge_run (std::move (*ended));

@@ -474,8 +474,7 @@ void Session::look_for_ray (Claims& claims)
 Claims Session::solve ()
 {
     Claims claims;
-    // A run from a start point has no presolve.
-    listener_.begin (job_.start ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRESOLVE);
+    listener_.begin (job_.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRESOLVE);
     set_options ();
     claims.warning = warning_;
     if (refused_option_) {
