@@ -45,8 +45,8 @@ inline bool ended_early (Outcome outcome)
 // What an engine says of a run. Signs of duals are the library's (see kalvo.h); arrays are empty where nothing is claimed.
 struct Claims {
     Outcome outcome = Outcome::unknown;
-    std::vector<double> x;                            // a primal point: columns
-    std::vector<double> y, reduced_cost;              // duals: rows, columns; c - A'y
+    std::vector<double> x;                  // a primal point: columns
+    std::vector<double> y, reduced_cost;    // duals: rows, columns; c - A'y also where it is not claimed
     std::vector<std::int32_t> column_key, row_key;    // status keys of a basis: KLVstakey
     std::vector<double> dual_ray;                     // rows: proves that no point is feasible
     std::vector<double> primal_ray;                   // columns: a direction of unbounded improvement

@@ -88,7 +88,8 @@ Solution Check::point (Claims&& claims) const
     const std::size_t n = static_cast<std::size_t> (problem_->variables ());
     Solution solution = unknown_solution ();
     solution.has_primal = finite (claims.x, n);
-    solution.has_dual = !integers_ && finite (claims.y, m) && finite (claims.reduced_cost, n);
+    solution.has_dual = !integers_ && finite (claims.y, m) &&
+                        (claims.reduced_cost.empty () || finite (claims.reduced_cost, n));
     if (solution.has_primal)
         measure_primal (*problem_, std::move (claims.x), solution);
     if (solution.has_dual)

@@ -68,8 +68,7 @@ private:
 // What a solution that the task held is worth for the problem as it is now.
 std::optional<Answer> Optimization::earlier_answer (KLVsoltype which)
 {
-    std::optional<Claims> claims =
-        runner_.compute (work_of (*problem_), [&] { return claim_again (*problem_, earlier_[which]); });
+    std::optional<Claims> claims = claim_again (earlier_[which]);
     return claims ? std::optional (runs_.judge (std::move (*claims))) : std::nullopt;
 }
 

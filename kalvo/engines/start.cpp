@@ -2,7 +2,6 @@
 
 #include "kalvo/engines/check.h"
 #include "kalvo/report/certificate.h"
-#include "kalvo/report/quality.h"
 
 #include <algorithm>
 #include <cmath>
@@ -62,7 +61,7 @@ std::shared_ptr<const StartPoint> find_start (const Solutions& solutions, bool i
     return nullptr;
 }
 
-std::optional<Claims> claim_again (const Problem& problem, const std::optional<Solution>& solution)
+std::optional<Claims> claim_again (const std::optional<Solution>& solution)
 {
     if (!solution || !is_point (*solution) || !solution->has_dual)
         return std::nullopt;
@@ -70,7 +69,6 @@ std::optional<Claims> claim_again (const Problem& problem, const std::optional<S
     claims.outcome = Outcome::optimal;
     claims.x = solution->xx;
     claims.y = solution->y;
-    claims.reduced_cost = reduced_costs (problem, claims.y);
     return claims;
 }
 
@@ -89,9 +87,6 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
     claims.x = given.xx;
     claims.y = given.y.empty () ? combined (given.slc, given.suc) : std::move (given.y);
     claims.reduced_cost = combined (given.slx, given.sux);
-    if (claims.reduced_cost.empty () &&
-        claims.y.size () == static_cast<std::size_t> (problem->constraints ()))
-        claims.reduced_cost = reduced_costs (*problem, claims.y);
 
     Answer answer = check (std::move (claims));
     Solution solution = answer.solution ? std::move (*answer.solution) : check.unknown_solution ();

@@ -17,7 +17,7 @@ using Solutions = std::array<std::optional<Solution>, KLV_SOL_COUNT>;
 std::shared_ptr<const StartPoint> find_start (const Solutions& solutions, bool integers);
 
 // The interior or basic solution as a claim, to be checked on the problem as it is now; or nothing.
-std::optional<Claims> claim_again (const Problem& problem, const std::optional<Solution>& solution);
+std::optional<Claims> claim_again (const std::optional<Solution>& solution);
 
 // Values as a user gives them; empty where they are not given, NaN where one is unknown.
 struct GivenSolution {
