@@ -1,9 +1,11 @@
 // The lines of a text file, numbered, read in large blocks; a line is copied only when it spans two blocks.
 #pragma once
 
+#include "kalvo/files/fault.h"
 #include "kalvo/files/input_file.h"
 #include "kalvo/files/pacer.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -40,5 +42,18 @@ private:
     std::string_view line_;
     std::int64_t number_ = 0;
 };
+
+// What a reader does line by line: a fault that names no line, and is not the file's own, is one of the line at hand.
+template <class Reading>
+void with_lines_of_faults (const LineReader& lines, const Reading& reading)
+{
+    try {
+        reading ();
+    } catch (FileFault& fault) {
+        if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
+            fault.line = std::max<std::int64_t> (lines.number (), 1);
+        throw;
+    }
+}
 
 }

@@ -10,17 +10,13 @@ namespace klv {
 
 Problem LpReader::read ()
 {
-    try {
+    with_lines_of_faults (lines_, [&] {
         while (section_ != LpSection::end)
             section ();
         if (!at (LpToken::end_of_file))
             throw syntax ("text after End");
         finish ();
-    } catch (FileFault& fault) {
-        if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
-            fault.line = std::max<std::int64_t> (lines_.number (), 1);
-        throw;
-    }
+    });
     return std::move (draft_.problem);
 }
 

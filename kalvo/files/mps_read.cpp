@@ -43,7 +43,7 @@ static std::string_view name_of (MpsSection section)
 
 Problem MpsReader::read ()
 {
-    try {
+    with_lines_of_faults (lines_, [&] {
         while (lines_.next ()) {
             const std::string_view line = lines_.line ();
             if (line.empty () || line.front () == '*' || trim (line).empty ())
@@ -58,11 +58,7 @@ Problem MpsReader::read ()
         if (section_ != MpsSection::endata)
             throw syntax ("the file ends without ENDATA");
         finish ();
-    } catch (FileFault& fault) {
-        if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
-            fault.line = std::max<std::int64_t> (lines_.number (), 1);
-        throw;
-    }
+    });
     return std::move (draft_.problem);
 }
 
