@@ -49,6 +49,12 @@ struct LinearProblem {
 // All but the last take every variable as continuous.
 enum class Method { primal_simplex, dual_simplex, interior_point, mixed_integer };
 
+// Whether a simplex run may use more than one thread.
+inline bool is_parallel_simplex (const Parameters& settings, Method method)
+{
+    return method == Method::dual_simplex && settings.get (IntSetting::simplex_parallel) != KLV_OFF;
+}
+
 // Where a run starts. Arrays are empty where nothing is known.
 struct StartPoint {
     std::vector<std::int32_t> row_key, column_key;    // a basis, of which nothing else is known: KLVstakey

@@ -83,9 +83,7 @@ Answer Runs::judge (Claims&& claims)
 int Runs::threads (Method method) const
 {
     const int asked = settings_->get (IntSetting::threads);
-    const bool parallel_simplex =
-        method == Method::dual_simplex && settings_->get (IntSetting::simplex_parallel) != KLV_OFF;
-    if (method != Method::mixed_integer && !parallel_simplex)
+    if (method != Method::mixed_integer && !is_parallel_simplex (*settings_, method))
         return 1;
     if (asked > 0)
         return asked;

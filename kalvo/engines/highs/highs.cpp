@@ -2,6 +2,7 @@
 
 #include "kalvo/engines/highs/api.h"
 #include "kalvo/engines/highs/listener.h"
+#include "kalvo/engines/highs/options.h"
 #include "kalvo/task/text.h"
 
 #include <algorithm>
@@ -10,60 +11,6 @@
 namespace klv::highs {
 
 static_assert (sizeof (HighsInt) == sizeof (std::int32_t));
-
-// ---- Options that take a setting's value as it is, with the same default; a negative limit is none -------------------------
-
-template <class Setting>
-struct Option {
-    Setting setting;
-    const char* name;
-};
-
-constexpr Option<IntSetting> switches[] = {
-    {IntSetting::symmetry, "mip_detect_symmetry"},
-    {IntSetting::restarts, "mip_allow_restart"},
-    {IntSetting::cuts_at_nodes, "mip_allow_cut_separation_at_nodes"},
-    {IntSetting::feasibility_jump, "mip_heuristic_run_feasibility_jump"},
-    {IntSetting::relaxation_enforced_search, "mip_heuristic_run_rens"},
-    {IntSetting::relaxation_induced_search, "mip_heuristic_run_rins"},
-    {IntSetting::reduced_cost_search, "mip_heuristic_run_root_reduced_cost"},
-    {IntSetting::zi_round, "mip_heuristic_run_zi_round"},
-    {IntSetting::shifting, "mip_heuristic_run_shifting"},
-};
-
-constexpr Option<IntSetting> numbers[] = {
-    {IntSetting::presolve_reduction_limit, "presolve_reduction_limit"},
-    {IntSetting::presolve_fill_limit, "presolve_substitution_maxfillin"},
-    {IntSetting::scaling_limit, "allowed_matrix_scale_factor"},
-    {IntSetting::simplex_update_limit, "simplex_update_limit"},
-    {IntSetting::interior_dualization, "ipx_dualize_strategy"},
-    {IntSetting::leaf_limit, "mip_max_leaves"},
-    {IntSetting::cut_age_limit, "mip_pool_age_limit"},
-    {IntSetting::cut_pool_size, "mip_pool_soft_limit"},
-    {IntSetting::row_age_limit, "mip_lp_age_limit"},
-    {IntSetting::branching_reliability, "mip_pscost_minreliable"},
-};
-
-constexpr Option<RealSetting> factors[] = {
-    {RealSetting::cost_perturbation, "dual_simplex_cost_perturbation_multiplier"},
-    {RealSetting::bound_perturbation, "primal_simplex_bound_perturbation_multiplier"},
-    {RealSetting::pivot_threshold, "factor_pivot_threshold"},
-    {RealSetting::heuristic_effort, "mip_heuristic_effort"},
-    {RealSetting::integer_log_interval, "mip_min_logging_interval"},
-};
-
-// What the engine calls the values of a setting, in their order; the first is the default.
-struct Choice {
-    IntSetting setting;
-    const char* name;
-    const char* words[4];
-};
-
-constexpr Choice choices[] = {
-    {IntSetting::newton_system, "hipo_system", {"choose", "augmented", "normaleq"}},
-    {IntSetting::interior_ordering, "hipo_ordering", {"choose", "amd", "metis", "rcm"}},
-    {IntSetting::relaxation_method, "mip_lp_solver", {"choose", "simplex", "ipx"}},
-};
 
 // ---- One problem in the engine ---------------------------------------------------------------------------------------------
 
@@ -84,31 +31,6 @@ public:
 private:
     const Problem& problem () const { return *job_.problem->stated; }
     bool integers () const { return job_.method == Method::mixed_integer; }
-    bool parallel_simplex () const
-    {
-        return job_.method == Method::dual_simplex &&
-               job_.settings->get (IntSetting::simplex_parallel) != KLV_OFF;
-    }
-
-    void set (const char* option, bool value) { note (api ().setBoolOptionValue (handle_, option, value)); }
-    void set (const char* option, HighsInt value)
-    {
-        note (api ().setIntOptionValue (handle_, option, value));
-    }
-    void set (const char* option, double value)
-    {
-        note (api ().setDoubleOptionValue (handle_, option, value));
-    }
-    void set (const char* option, const char* value)
-    {
-        note (api ().setStringOptionValue (handle_, option, value));
-    }
-    void note (HighsInt status) { refused_option_ = refused_option_ || status == kHighsStatusError; }
-
-    void set_options ();
-    void set_method ();
-    void set_plain_options ();
-    void set_limits ();
     bool pass_problem ();
     void pass_start ();
     void pass_known_values (const std::vector<double>& x);
@@ -123,128 +45,7 @@ private:
     const Job& job_;
     Listener listener_;
     void* handle_;
-    bool refused_option_ = false;
-    bool presolved_ = true;
-    std::string warning_;
 };
-
-void Session::set_method ()
-{
-    const Parameters& settings = *job_.settings;
-    switch (job_.method) {
-    case Method::primal_simplex:
-        set ("solver", "simplex");
-        set ("simplex_strategy", HighsInt{4});
-        break;
-    case Method::dual_simplex:
-        set ("solver", "simplex");
-        if (parallel_simplex ()) {
-            set ("simplex_strategy", HighsInt{3});
-            set ("parallel", "on");
-        }
-        break;
-    case Method::interior_point:
-        set ("run_crossover", "off");
-        // Refused where the library's extras are missing.
-        if (settings.get (IntSetting::interior_method) != KLV_INTPNT_METHOD_FACTORIZATION)
-            set ("solver", "ipx");
-        else if (api ().setStringOptionValue (handle_, "solver", "hipo") != kHighsStatusOk) {
-            set ("solver", "ipx");
-            warning_ = "The interior-point method by factorisation needs a file that is missing; the "
-                       "iterative one takes its place.";
-        }
-        break;
-    case Method::mixed_integer:
-        if (settings.get (IntSetting::integer_parallel) != KLV_OFF)
-            set ("parallel", "on");
-        break;
-    }
-}
-
-// Only what differs from the default: an option is found by comparing all names.
-void Session::set_plain_options ()
-{
-    const Parameters& settings = *job_.settings;
-    const auto changed = [&] (const auto& rows, auto setting) {
-        return settings.get (setting) != rows[parameter_number (setting)].fallback;
-    };
-    for (const auto& [setting, name] : switches)
-        if (changed (int_parameters, setting))
-            set (name, settings.get (setting) != KLV_OFF);
-    for (const auto& [setting, name] : numbers)
-        if (changed (int_parameters, setting))
-            set (name, HighsInt{settings.get (setting)});
-    for (const auto& [setting, name] : factors)
-        if (changed (real_parameters, setting))
-            set (name, settings.get (setting));
-    for (const auto& [setting, name, words] : choices)
-        if (changed (int_parameters, setting))
-            set (name, words[settings.get (setting)]);
-}
-
-void Session::set_options ()
-{
-    const Parameters& settings = *job_.settings;
-    set ("log_to_console", false);
-    set_method ();
-    set_plain_options ();
-
-    const std::int32_t presolve = settings.get (IntSetting::presolve);
-    presolved_ = job_.reformulate && presolve != KLV_PRESOLVE_OFF && (!job_.start || integers ());
-    set ("presolve", !presolved_ ? "off" : presolve == KLV_PRESOLVE_ON ? "on" : "choose");
-    const std::int32_t scaling = settings.get (IntSetting::scaling);
-    if (!job_.reformulate || scaling != KLV_SCALING_AUTOMATIC)
-        set ("simplex_scale_strategy", HighsInt{job_.reformulate ? scaling : KLV_SCALING_OFF});
-    const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;    // ours start with "choose"
-    set ("simplex_dual_edge_weight_strategy", pricing);
-    // Its exact weights for the primal method print lines of their own on the process's standard output.
-    set ("simplex_primal_edge_weight_strategy", std::min (pricing, HighsInt{KLV_PRICING_DEVEX - 1}));
-
-    set ("threads", HighsInt{job_.threads});
-    set ("random_seed", HighsInt{settings.get (IntSetting::random_seed)});
-    if (job_.problem->smallest_entry <= default_smallest_entry)
-        set ("small_matrix_value", smallest_entry);
-
-    // The engine's tolerances are absolute and on the scaled problem: it is asked for more than is checked.
-    const auto finer = [] (double tolerance, double factor) {
-        return std::clamp (factor * tolerance, 1e-10, 1e-2);
-    };
-    set ("primal_feasibility_tolerance", finer (settings.get (RealSetting::primal_tolerance), 0.1));
-    set ("dual_feasibility_tolerance", finer (settings.get (RealSetting::dual_tolerance), 0.1));
-    const double interior_tolerance = settings.get (RealSetting::interior_tolerance);
-    set ("ipm_optimality_tolerance",
-         std::clamp (interior_tolerance > 0 ? interior_tolerance
-                                            : 0.01 * settings.get (RealSetting::gap_tolerance),
-                     1e-12, 1e-2));
-    if (integers ()) {
-        set ("mip_feasibility_tolerance", settings.get (RealSetting::integer_tolerance));
-        set ("mip_rel_gap", settings.get (RealSetting::integer_relative_gap));
-        set ("mip_abs_gap", settings.get (RealSetting::integer_absolute_gap));
-    }
-    set_limits ();
-}
-
-void Session::set_limits ()
-{
-    const Parameters& settings = *job_.settings;
-    const auto limit = [&] (const char* option, IntSetting setting, std::int32_t smallest) {
-        if (const std::int32_t value = settings.get (setting); value >= 0)
-            set (option, HighsInt{std::max (value, smallest)});
-    };
-    if (job_.seconds < infinity)
-        set ("time_limit", job_.seconds);
-    if (integers ()) {
-        limit ("mip_max_nodes", IntSetting::node_limit, 0);
-        limit ("mip_max_improving_sols", IntSetting::solution_limit, 1);
-    } else {
-        limit ("simplex_iteration_limit", IntSetting::simplex_iteration_limit, 0);
-        limit ("ipm_iteration_limit", IntSetting::interior_iteration_limit, 0);
-    }
-    // A worsening dual objective that passes the bound, or an integer point that reaches the target.
-    if (const double objective = settings.get (RealSetting::objective_limit); std::isfinite (objective))
-        set (integers () ? "objective_target" : "objective_bound",
-             is_mirrored (job_) ? -objective : objective);
-}
 
 static std::vector<double> negated (std::vector<double> values)
 {
@@ -432,16 +233,13 @@ void Session::take_figures (Claims& claims) const
 // none of infeasibility.
 void Session::look_for_ray (Claims& claims)
 {
-    const bool solved_so = !presolved_ && job_.method == Method::dual_simplex && !parallel_simplex () &&
+    const bool solved_so = !is_presolved (job_) && job_.method == Method::dual_simplex &&
+                           !is_parallel_simplex (*job_.settings, job_.method) &&
                            claims.outcome != Outcome::infeasible_or_unbounded;
     Outcome answer = claims.outcome;
     if (!solved_so) {
         listener_.begin (KLV_CALLER_CERTIFICATE);
-        set ("solver", "simplex");
-        set ("simplex_strategy", HighsInt{1});
-        set ("presolve", "off");
-        if (integers ())
-            set ("solve_relaxation", true);
+        set_options_for_ray (handle_, integers ());
         answer = run ();
         claims.simplex_iterations += std::max<std::int64_t> (info ("simplex_iteration_count"), 0);
     }
@@ -475,9 +273,9 @@ Claims Session::solve ()
 {
     Claims claims;
     listener_.begin (job_.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRESOLVE);
-    set_options ();
-    claims.warning = warning_;
-    if (refused_option_) {
+    const OptionsSet options = set_options (handle_, job_);
+    claims.warning = options.warning;
+    if (options.refused) {
         claims.outcome = Outcome::failed;
         claims.message = "the engine refused a setting";
         return claims;

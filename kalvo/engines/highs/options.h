@@ -1,0 +1,22 @@
+// The engine's options, as the settings of a job ask for them.
+#pragma once
+
+#include "kalvo/engines/engine.h"
+
+#include <string>
+
+namespace klv::highs {
+
+// Whether the engine presolves: never from a start of a continuous problem.
+bool is_presolved (const Job& job);
+
+struct OptionsSet {
+    bool refused = false;    // by the engine: it must not run
+    std::string warning;     // what a user who asked for something else should know; else empty
+};
+OptionsSet set_options (void* handle, const Job& job);
+
+// For the run of the dual simplex method that leaves rays behind.
+void set_options_for_ray (void* handle, bool integers);
+
+}
