@@ -2,14 +2,13 @@
 #pragma once
 
 #include "kalvo/task/task.h"
+#include "tests/support/proof.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
-#include <numeric>
 #include <random>
 #include <sstream>
 #include <string>
@@ -17,7 +16,8 @@
 
 namespace model {
 
-using Values = std::vector<double>;
+using proof::Slot;
+using proof::Values;
 
 constexpr double inf = std::numeric_limits<double>::infinity ();
 
@@ -194,15 +194,6 @@ inline std::string Task::last_error () const
     return message;
 }
 
-// A solution slot, read out.
-struct Slot {
-    bool defined = false;
-    std::int32_t problem = -1, solution = -1;
-    std::vector<std::int32_t> skc, skx;
-    Values xc, xx, y, slc, suc, slx, sux;
-    double primal = 0, dual = 0;
-};
-
 inline Slot slot (KLVtask_t task, std::int32_t which)
 {
     Slot s;
@@ -237,144 +228,6 @@ inline Slot slot (KLVtask_t task, std::int32_t which)
     return s;
 }
 
-// ---- Proofs -----------------------------------------------------------------------------------------------------------
-// What a status says of a slot, recomputed from the problem that the task holds.
-
-inline double largest (std::initializer_list<const Values*> arrays)
-{
-    double most = 0;
-    for (const Values* values : arrays)
-        for (const double value : *values)
-            most = std::max (most, std::abs (value));
-    return most;
-}
-
-struct Proof {
-    const klv::Problem& problem;
-    const Slot& found;
-    double tolerance;
-    double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
-
-    // A value of each variable times its column, summed up by rows.
-    Values activity () const
-    {
-        Values sums (found.xc.size ());
-        for (std::size_t j = 0; j < found.xx.size (); ++j) {
-            const klv::Column column = problem.matrix.column (static_cast<std::int32_t> (j));
-            for (std::size_t k = 0; k < column.rows.size (); ++k)
-                sums[static_cast<std::size_t> (column.rows[k])] += column.values[k] * found.xx[j];
-        }
-        return sums;
-    }
-    double cost () const
-    {
-        return std::inner_product (found.xx.begin (), found.xx.end (), problem.cost.begin (), 0.0);
-    }
-
-    // Largest |c - A'y - (slx - sux)|, without c for a ray.
-    double balance (bool ray) const
-    {
-        double worst = 0;
-        for (std::size_t j = 0; j < found.slx.size (); ++j) {
-            const klv::Column column = problem.matrix.column (static_cast<std::int32_t> (j));
-            double sum = (ray ? 0 : problem.cost[j]) - (found.slx[j] - found.sux[j]);
-            for (std::size_t k = 0; k < column.rows.size (); ++k)
-                sum -= column.values[k] * found.y[static_cast<std::size_t> (column.rows[k])];
-            worst = std::max (worst, std::abs (sum) / (1 + std::abs (problem.cost[j])));
-        }
-        return worst;
-    }
-
-    // Bounds times multipliers; signs and absent bounds are checked on the way.
-    double bound_value (double noise) const
-    {
-        double sum = 0;
-        const auto add = [&] (const Values& bounds, const Values& multipliers, double side) {
-            for (std::size_t i = 0; i < bounds.size (); ++i) {
-                EXPECT_GE (sign * multipliers[i], 0) << "a multiplier of the wrong sign";
-                if (std::isfinite (bounds[i]))
-                    sum += side * bounds[i] * multipliers[i];
-                else
-                    EXPECT_NEAR (multipliers[i], 0, noise) << "the multiplier of a bound that does not exist";
-            }
-        };
-        add (problem.constraint.lower, found.slc, 1);
-        add (problem.constraint.upper, found.suc, -1);
-        add (problem.variable.lower, found.slx, 1);
-        add (problem.variable.upper, found.sux, -1);
-        for (std::size_t i = 0; i < found.y.size (); ++i)
-            EXPECT_NEAR (found.y[i], found.slc[i] - found.suc[i], 1e-12 * (1 + std::abs (found.y[i])));
-        return sum;
-    }
-
-    // Whether values, or moves from anywhere inside, keep within the bounds.
-    void expect_inside (const klv::Bounds& bounds, const Values& values) const
-    {
-        for (std::size_t i = 0; i < values.size (); ++i) {
-            const auto [lower, upper] = bounds.interval (i);
-            EXPECT_GE (values[i], lower - tolerance * (1 + std::abs (lower))) << i;
-            EXPECT_LE (values[i], upper + tolerance * (1 + std::abs (upper))) << i;
-        }
-    }
-    void expect_kept (const klv::Bounds& bounds, const Values& moves, double noise) const
-    {
-        for (std::size_t i = 0; i < moves.size (); ++i) {
-            EXPECT_TRUE (bounds.lower[i] == -inf || moves[i] >= -noise) << i;
-            EXPECT_TRUE (bounds.upper[i] == inf || moves[i] <= noise) << i;
-        }
-    }
-
-    void expect_feasible () const
-    {
-        expect_inside (problem.variable, found.xx);
-        expect_inside (problem.constraint, found.xc);
-        const Values sums = activity ();
-        for (std::size_t i = 0; i < sums.size (); ++i)
-            EXPECT_NEAR (sums[i], found.xc[i], 1e-8 * (1 + std::abs (sums[i])));
-        const double objective = problem.constant + cost ();
-        EXPECT_NEAR (found.primal, objective, 1e-9 * (1 + std::abs (objective)));
-    }
-    void expect_optimal () const
-    {
-        EXPECT_EQ (found.problem, KLV_PRO_FEASIBLE);
-        EXPECT_LE (balance (false), tolerance);
-        const double value = problem.constant + bound_value (tolerance);
-        const double scale = 1 + std::abs (found.primal) + std::abs (value);
-        EXPECT_NEAR (found.dual, value, 1e-9 * scale);
-        EXPECT_NEAR (found.primal, value, tolerance * scale);
-    }
-    // Whole numbers come as such, unless a loose tolerance allows for others.
-    void expect_integer_optimal () const
-    {
-        EXPECT_EQ (found.problem, KLV_PRO_PRIMAL_FEASIBLE);
-        for (std::size_t j = 0; j < found.xx.size (); ++j)
-            if (problem.integer[j] == KLV_VAR_INTEGER) {
-                EXPECT_NEAR (found.xx[j], std::nearbyint (found.xx[j]), tolerance > 1e-6 ? tolerance : 0);
-            }
-    }
-    void expect_infeasible () const
-    {
-        EXPECT_TRUE (found.problem == KLV_PRO_PRIMAL_INFEASIBLE || found.problem == KLV_PRO_BOTH_INFEASIBLE);
-        const double noise = 2e-8 * largest ({&found.slc, &found.suc, &found.slx, &found.sux});
-        EXPECT_LE (balance (true), noise);
-        EXPECT_NEAR (bound_value (noise), sign, 1e-6);
-        EXPECT_EQ (found.dual, sign);
-        EXPECT_EQ (found.primal, 0);
-        EXPECT_EQ (largest ({&found.xx, &found.xc}), 0);
-        for (const auto* keys : {&found.skc, &found.skx})
-            EXPECT_EQ (std::ranges::count (*keys, KLV_SK_UNKNOWN), std::ssize (*keys));
-    }
-    void expect_unbounded () const
-    {
-        EXPECT_EQ (found.problem, KLV_PRO_DUAL_INFEASIBLE);
-        const double noise = 2e-8 * largest ({&found.xx});
-        expect_kept (problem.variable, found.xx, noise);
-        expect_kept (problem.constraint, activity (), noise);
-        EXPECT_NEAR (cost (), -sign, 1e-9);
-        EXPECT_EQ (found.dual, 0);
-    }
-};
-
 // Proves what each slot says of itself and tells it: "itr OPTIMAL bas OPTIMAL"; where a solution's status is unknown, it is
 // the problem's.
 inline std::string proved (KLVtask_t task, double tolerance = 1e-6)
@@ -391,20 +244,11 @@ inline std::string proved (KLVtask_t task, double tolerance = 1e-6)
         else
             KLV_prostatostr (task, found.problem, status);
         told += (told.empty () ? "" : " ") + std::string (name) + status;
-        SCOPED_TRACE (told);
-        const Proof proof{task->problem (), found, tolerance};
-        const bool best = found.solution == KLV_SOLSTA_OPTIMAL,
-                   whole = found.solution == KLV_SOLSTA_INTEGER_OPTIMAL;
-        if (best || whole || found.solution == KLV_SOLSTA_PRIMAL_FEASIBLE)
-            proof.expect_feasible ();
-        if (best)
-            proof.expect_optimal ();
-        if (whole)
-            proof.expect_integer_optimal ();
-        if (found.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE)
-            proof.expect_infeasible ();
-        if (found.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE)
-            proof.expect_unbounded ();
+        try {
+            proof::Judge (task->problem (), found, tolerance).judge ();
+        } catch (const std::exception& fault) {
+            ADD_FAILURE () << told << ": " << fault.what ();
+        }
     }
     return told;
 }

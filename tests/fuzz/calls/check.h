@@ -1,5 +1,4 @@
-// A judge of answers that shares nothing with the library's: it reads the problem as the user stated it, and
-// holds each solution to what its status claims.
+// Answers of calls, held to what their status claims for the problem as the user stated it.
 #pragma once
 
 #include <string>

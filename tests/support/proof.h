@@ -1,0 +1,236 @@
+// A judge of answers of its own: what a solution's status claims, recomputed from the problem as stated. Of the library it uses
+// nothing but the shape in which problems are held.
+#pragma once
+
+#include "kalvo/task/problem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace proof {
+
+using Values = std::vector<double>;
+
+// A solution, read out. Of keys and the problem's status nothing is known where they are empty and negative.
+struct Slot {
+    bool defined = false;
+    std::int32_t problem = -1, solution = -1;
+    std::vector<std::int32_t> skc = {}, skx = {};
+    Values xc = {}, xx = {}, y = {}, slc = {}, suc = {}, slx = {}, sux = {};
+    double primal = 0, dual = 0;
+};
+
+inline double largest (const Values& values)
+{
+    double most = 0;
+    for (const double value : values)
+        most = std::max (most, std::abs (value));
+    return most;
+}
+
+// A sum, and how much of it may be rounding.
+struct Sum {
+    long double value = 0, noise = 0;
+
+    void add (long double a, long double b = 1)
+    {
+        value += a * b;
+        noise += 1e-12L * std::abs (a * b);
+    }
+};
+
+class Judge {
+public:
+    Judge (const klv::Problem& problem, const Slot& slot, double tolerance)
+        : p_ (problem), s_ (slot), tolerance_ (tolerance)
+    {
+        activity_.resize (s_.xc.size ());
+        for (std::size_t j = 0; j < s_.xx.size (); ++j)
+            each_entry (j, [&] (std::size_t i, double value) { activity_[i].add (value, s_.xx[j]); });
+    }
+
+    // Throws what is wrong.
+    void judge () const
+    {
+        require (s_.xx.size () == p_.cost.size () && s_.xc.size () == p_.constraint.lower.size (), "sizes");
+        switch (s_.solution) {
+        case KLV_SOLSTA_OPTIMAL:
+            same (s_.primal, s_.dual, 0, "gap");
+            [[fallthrough]];
+        case KLV_SOLSTA_FEASIBLE:
+            problem_is (KLV_PRO_FEASIBLE);
+            point ();
+            return multipliers ();
+        case KLV_SOLSTA_INTEGER_OPTIMAL:
+            whole ();
+            [[fallthrough]];
+        case KLV_SOLSTA_PRIMAL_FEASIBLE:
+            problem_is (KLV_PRO_PRIMAL_FEASIBLE);
+            return point ();
+        case KLV_SOLSTA_DUAL_FEASIBLE:
+            problem_is (KLV_PRO_DUAL_FEASIBLE);
+            return multipliers ();
+        case KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE:
+            require (s_.problem < 0 || s_.problem == KLV_PRO_PRIMAL_INFEASIBLE ||
+                         s_.problem == KLV_PRO_BOTH_INFEASIBLE,
+                     "the problem's status");
+            return dual_ray ();
+        case KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE:
+            problem_is (KLV_PRO_DUAL_INFEASIBLE);
+            return primal_ray ();
+        default:
+            return;
+        }
+    }
+
+private:
+    static void require (bool condition, const char* what)
+    {
+        if (!condition)
+            throw std::runtime_error (what);
+    }
+    void problem_is (std::int32_t status) const
+    {
+        require (s_.problem < 0 || s_.problem == status, "the problem's status");
+    }
+    void same (long double a, long double b, long double noise, const char* what) const
+    {
+        require (std::abs (a - b) <= tolerance_ * (1 + std::abs (a) + std::abs (b)) + noise, what);
+    }
+    static void exact (long double a, long double b, long double noise, const char* what)
+    {
+        // What is too large for a double is infinite.
+        require (a == static_cast<double> (b) || std::abs (a - b) <= 1e-9 * (1 + std::abs (b)) + noise, what);
+    }
+    double sign () const { return p_.sense == KLV_SENSE_MAXIMIZE ? -1 : 1; }
+
+    template <class Function>
+    void each_entry (std::size_t j, const Function& function) const
+    {
+        const klv::Column column = p_.matrix.column (static_cast<std::int32_t> (j));
+        for (std::size_t k = 0; k < column.rows.size (); ++k)
+            function (static_cast<std::size_t> (column.rows[k]), column.values[k]);
+    }
+
+    Sum cost () const
+    {
+        Sum sum;
+        for (std::size_t j = 0; j < s_.xx.size (); ++j)
+            sum.add (p_.cost[j], s_.xx[j]);
+        return sum;
+    }
+
+    void inside (const klv::Bounds& bounds, std::size_t i, const Sum& at) const
+    {
+        const auto holds = [&] (double bound, long double distance) {
+            return std::isinf (bound) || distance <= tolerance_ * (1 + std::abs (bound)) + at.noise;
+        };
+        require (holds (bounds.lower[i], bounds.lower[i] - at.value) &&
+                     holds (bounds.upper[i], at.value - bounds.upper[i]),
+                 "outside its bounds");
+    }
+    void point () const
+    {
+        for (std::size_t i = 0; i < activity_.size (); ++i) {
+            inside (p_.constraint, i, activity_[i]);
+            exact (s_.xc[i], activity_[i].value, activity_[i].noise, "xc");
+        }
+        for (std::size_t j = 0; j < s_.xx.size (); ++j)
+            inside (p_.variable, j, {s_.xx[j], 0});
+        const Sum objective = cost ();
+        exact (s_.primal, objective.value + p_.constant, objective.noise, "pobjval");
+    }
+
+    // Whole numbers come as such, unless a loose tolerance allows for others.
+    void whole () const
+    {
+        for (std::size_t j = 0; j < s_.xx.size (); ++j)
+            require (p_.integer[j] != KLV_VAR_INTEGER || std::abs (s_.xx[j] - std::nearbyint (s_.xx[j])) <=
+                                                             (tolerance_ > 1e-6 ? tolerance_ : 0),
+                     "not whole");
+    }
+
+    // Bounds times multipliers; signs and absent bounds are looked at on the way.
+    void add_bounds (const klv::Bounds& bounds, const Values& lower, const Values& upper, const Values& scale,
+                     double tolerance, Sum& sum) const
+    {
+        for (std::size_t i = 0; i < lower.size (); ++i) {
+            require (sign () * lower[i] >= 0 && sign () * upper[i] >= 0, "a multiplier of the wrong sign");
+            for (const auto& [bound, multiplier] :
+                 {std::pair (bounds.lower[i], lower[i]), {bounds.upper[i], -upper[i]}})
+                if (std::isfinite (bound))
+                    sum.add (bound, multiplier);
+                else
+                    require (std::abs (multiplier) <=
+                                 tolerance * (scale.empty () ? 1 : 1 + std::abs (scale[i])),
+                             "a multiplier of no bound");
+        }
+    }
+
+    // c - A'y - (slx - sux), without c for a ray, and the value of the bounds.
+    Sum balance (bool ray, double tolerance) const
+    {
+        const Values none;
+        for (std::size_t i = 0; i < s_.y.size (); ++i)
+            require (std::abs (s_.y[i] - (s_.slc[i] - s_.suc[i])) <= 1e-12 * (1 + std::abs (s_.y[i])), "y");
+        for (std::size_t j = 0; j < s_.slx.size (); ++j) {
+            const double c = ray ? 0 : p_.cost[j];
+            Sum residual;
+            residual.add (c);
+            residual.add (-s_.slx[j]);
+            residual.add (s_.sux[j]);
+            each_entry (j, [&] (std::size_t i, double value) { residual.add (-value, s_.y[i]); });
+            require (std::abs (residual.value) <= tolerance * (ray ? 1 : 1 + std::abs (c)) + residual.noise,
+                     "dual residual");
+        }
+        Sum value;
+        add_bounds (p_.constraint, s_.slc, s_.suc, none, tolerance, value);
+        add_bounds (p_.variable, s_.slx, s_.sux, ray ? none : p_.cost, tolerance, value);
+        return value;
+    }
+    void multipliers () const
+    {
+        const Sum value = balance (false, tolerance_);
+        exact (s_.dual, value.value + p_.constant, value.noise, "dobjval");
+    }
+
+    void dual_ray () const
+    {
+        const double most =
+            std::max ({largest (s_.slc), largest (s_.suc), largest (s_.slx), largest (s_.sux)});
+        const Sum value = balance (true, 2e-8 * most);
+        require (std::abs (value.value - sign ()) <= 1e-6 + value.noise, "the certificate's value");
+        require (s_.dual == sign () && s_.primal == 0 && largest (s_.xx) + largest (s_.xc) == 0,
+                 "what a certificate leaves at 0");
+        for (const auto* keys : {&s_.skc, &s_.skx})
+            require (std::ranges::count (*keys, KLV_SK_UNKNOWN) == std::ssize (*keys), "keys");
+    }
+
+    void primal_ray () const
+    {
+        const double noise = 2e-8 * largest (s_.xx);
+        const auto kept = [&] (const klv::Bounds& bounds, std::size_t i, const Sum& move) {
+            require ((std::isinf (bounds.lower[i]) || move.value >= -noise - move.noise) &&
+                         (std::isinf (bounds.upper[i]) || move.value <= noise + move.noise),
+                     "a direction out of its bounds");
+        };
+        for (std::size_t i = 0; i < activity_.size (); ++i)
+            kept (p_.constraint, i, activity_[i]);
+        for (std::size_t j = 0; j < s_.xx.size (); ++j)
+            kept (p_.variable, j, {s_.xx[j], 0});
+        const Sum value = cost ();
+        require (std::abs (value.value + sign ()) <= 1e-9 + value.noise && s_.dual == 0,
+                 "the direction's value");
+    }
+
+    const klv::Problem& p_;
+    const Slot& s_;
+    double tolerance_;
+    std::vector<Sum> activity_;
+};
+
+}
