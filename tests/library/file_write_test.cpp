@@ -1,4 +1,4 @@
-// Writing MPS files: what they look like, and that what is written is read back to the last bit and name.
+// Writing MPS and LP files: what they look like, and that what is written is read back to the last bit and name.
 #include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
