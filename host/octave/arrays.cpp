@@ -14,13 +14,13 @@
 #include <new>
 
 #include "host/host.h"
+#include "host/octave/values.h"
 
 extern "C" {
 void* __real_mxCalloc (std::size_t count, std::size_t size);
 mxArray* __real_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity complexity);
 mxArray* __real_mxCreateDoubleScalar (double value);
 mxArray* __real_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxComplexity complexity);
-mxArray* __real_mxCreateString (const char* text);
 mxArray* __real_mxCreateCharArray (mwSize dimensions, const mwSize* sizes);
 mxArray* __real_mxCreateStructArray (mwSize dimensions, const mwSize* sizes, int fields, const char** names);
 mxArray* __real_mxCreateCellArray (mwSize dimensions, const mwSize* sizes);
@@ -96,7 +96,11 @@ mxArray* __wrap_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity 
     const mwSize sizes[] = {rows, columns};
     if (!can_exist (2, sizes, sizeof (double)))
         return nullptr;
-    return null_without_memory ([=] { return __real_mxCreateDoubleMatrix (rows, columns, complexity); });
+    return null_without_memory ([=] {
+        if (complexity == mxREAL && rows * columns > 1)
+            return static_cast<mxArray*> (make_zeros_value (rows, columns));
+        return __real_mxCreateDoubleMatrix (rows, columns, complexity);
+    });
 }
 
 mxArray* __wrap_mxCreateDoubleScalar (double value)
@@ -108,12 +112,16 @@ mxArray* __wrap_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxCom
 {
     if (rows < 0 || !can_exist (1, &columns, sizeof (mwIndex)) || !can_exist (1, &nzmax, sizeof (double)))
         return nullptr;
-    return null_without_memory ([=] { return __real_mxCreateSparse (rows, columns, nzmax, complexity); });
+    return null_without_memory ([=] {
+        if (complexity == mxREAL)
+            return static_cast<mxArray*> (make_sparse_value (rows, columns, nzmax));
+        return __real_mxCreateSparse (rows, columns, nzmax, complexity);
+    });
 }
 
 mxArray* __wrap_mxCreateString (const char* text)
 {
-    return null_without_memory ([=] { return __real_mxCreateString (text); });
+    return null_without_memory ([=] { return static_cast<mxArray*> (make_text_value (text)); });
 }
 
 mxArray* __wrap_mxCreateCharArray (mwSize dimensions, const mwSize* sizes)

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "host/holders.h"
-#include "host/octave/record_value.h"
+#include "host/octave/values.h"
 
 // The build names the gateway's mexFunction gateway_function, and mex.h has declared that; what Octave calls
 // is here.

@@ -1,8 +1,12 @@
-#include "host/octave/record_value.h"
+#include "host/octave/values.h"
 
+#include <octave/dNDArray.h>
+#include <octave/dSparse.h>
 #include <octave/mxarray.h>
 #include <octave/oct-map.h>
 #include <octave/ov.h>
+
+#include <string>
 
 namespace {
 
@@ -28,4 +32,21 @@ void* make_record_value (const void* record)
         map.setfield (fields.get_field_name_by_number (k), field->get_scalar ());
     }
     return new mxArray (false, octave_value (map));
+}
+
+// Values are counted references: all empty texts are one.
+void* make_text_value (const char* text)
+{
+    static const octave_value empty{std::string ()};
+    return new mxArray (false, *text == '\0' ? empty : octave_value (std::string (text)));
+}
+
+void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns)
+{
+    return new mxArray (false, octave_value (NDArray (dim_vector (rows, columns), 0.0)));
+}
+
+void* make_sparse_value (std::ptrdiff_t rows, std::ptrdiff_t columns, std::ptrdiff_t room)
+{
+    return new mxArray (false, octave_value (SparseMatrix (rows, columns, room)));
 }
