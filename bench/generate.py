@@ -118,6 +118,19 @@ def staircase(name, periods, goods, seed):
     return model
 
 
+def assignment(name, tasks, machines, seed):
+    """Each task is shared among machines of limited time: highly degenerate."""
+    rng, model = random.Random(seed), Model(name)
+    for _ in range(tasks):
+        model.row("E", 1)
+    for _ in range(machines):
+        model.row("L", 15 * tasks // machines // 2 + 1)
+    for i in range(tasks):
+        for machine in range(tasks, tasks + machines):
+            model.column(rng.randint(1, 50), {i: 1, machine: rng.randint(5, 25)})
+    return model
+
+
 def knapsack(name, rows, columns, seed):
     rng, model = random.Random(seed), Model(name)
     weights = [[rng.randint(5, 100) for _ in range(columns)] for _ in range(rows)]
@@ -146,10 +159,14 @@ FILES = [
     network("network-b", 4000, 30000, 2),
     multicommodity("multicommodity-a", 60, 260, 12, 3),
     multicommodity("multicommodity-b", 100, 500, 20, 4),
+    multicommodity("multicommodity-c", 250, 1500, 40, 13),
     dense("dense-a", 150, 300, 5),
     dense("dense-b", 300, 600, 6),
+    dense("dense-c", 600, 1500, 14),
     staircase("staircase-a", 40, 12, 7),
     staircase("staircase-b", 120, 20, 8),
+    staircase("staircase-c", 300, 40, 15),
+    assignment("assignment-a", 800, 80, 16),
     knapsack("knapsack-a", 5, 40, 9),
     knapsack("knapsack-b", 3, 80, 10),
     covering("covering-a", 60, 200, 11),
