@@ -63,9 +63,9 @@ TEST (Settings, ChangeTheWayAndNotTheAnswer)
     // Presolve leaves nothing of a chain to iterate on.
     const auto chain =
         work (model::parse ("min 1 1 1; .. .. ..; 1 0 0 in 1..1; -2 1 0 in 0..0; 0 -2 1 in 0..0"),
-              {"PRESOLVE 0", "PRESOLVE 1", "PRESOLVE 2"});
+              {"PRESOLVE 0", "PRESOLVE 1"});
     EXPECT_GT (chain[0], 0);
-    EXPECT_EQ (chain[1] + chain[2], 0);
+    EXPECT_EQ (chain[1], 0);
 
     Model badly_scaled = dense (60, 90);
     for (std::size_t i = 0; i < badly_scaled.rows.size (); ++i) {
@@ -110,13 +110,14 @@ TEST (Settings, ChangeTheWayThroughPublishedProblems)
                       factorized = interior + "INTPNT_METHOD 2 ";
     std::map<std::string, std::string> plain;
     for (const auto& [file, method, setting, optimum] : {
-             std::tuple{std::string ("lp/israel.mps"), dual, "PRESOLVE_REDUCTION_LIMIT 0", "OK bas OPTIMAL"},
-             {"lp/share2b.mps", dual, "PRESOLVE_FILL_LIMIT 0", "OK bas OPTIMAL"},
+             std::tuple{std::string ("lp/israel.mps"), dual + "PRESOLVE 1 ", "PRESOLVE_REDUCTION_LIMIT 0",
+                        "OK bas OPTIMAL"},
+             {"lp/share2b.mps", dual + "PRESOLVE 1 ", "PRESOLVE_FILL_LIMIT 0", "OK bas OPTIMAL"},
              {"lp/israel.mps", dual, "SCALING_LIMIT 2", "OK bas OPTIMAL"},
              {"lp/israel.mps", dual, "SIMPLEX_PARALLEL 1", "OK bas OPTIMAL"},
              {"lp/israel.mps", dual, "SIMPLEX_UPDATE_LIMIT 1", "OK bas OPTIMAL"},
              {"lp/israel.mps", dual, "SIMPLEX_COST_PERTURBATION 0", "OK bas OPTIMAL"},
-             {"lp/israel.mps", primal, "SIMPLEX_BOUND_PERTURBATION 0", "OK bas OPTIMAL"},
+             {"lp/israel.mps", primal + "PRESOLVE 1 ", "SIMPLEX_BOUND_PERTURBATION 0", "OK bas OPTIMAL"},
              {"lp/israel.mps", dual + "PRESOLVE 0 ", "SIMPLEX_PIVOT_THRESHOLD 0.5", "OK bas OPTIMAL"},
              {"lp/israel.mps", interior, "INTPNT_METHOD 2", "OK itr OPTIMAL bas OPTIMAL"},
              {"lp/israel.mps", interior, "INTPNT_DUALIZE 1", "OK itr OPTIMAL bas OPTIMAL"},

@@ -99,10 +99,20 @@ private:
     OptionsSet result_;
 };
 
+// A problem of fewer entries, rows and columns is solved by a simplex method in the time that it takes to reduce it.
+constexpr std::int64_t worth_presolving = 3000;
+
 bool is_presolved (const Job& job)
 {
-    return job.reformulate && job.settings->get (IntSetting::presolve) != KLV_PRESOLVE_OFF &&
-           (!job.start || job.method == Method::mixed_integer);
+    const std::int32_t presolve = job.settings->get (IntSetting::presolve);
+    if (!job.reformulate || presolve == KLV_PRESOLVE_OFF)
+        return false;
+    if (job.method == Method::mixed_integer)
+        return true;
+    const Problem& problem = *job.problem->stated;
+    return !job.start &&
+           (presolve == KLV_PRESOLVE_ON || job.method == Method::interior_point ||
+            problem.matrix.entries () + problem.variables () + problem.constraints () >= worth_presolving);
 }
 
 void Options::set_method ()

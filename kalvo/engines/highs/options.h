@@ -7,7 +7,7 @@
 
 namespace klv::highs {
 
-// Whether the engine presolves: never from a start of a continuous problem.
+// Whether the engine presolves: never from a start of a continuous problem, and tiny ones only if it is asked for.
 bool is_presolved (const Job& job);
 
 struct OptionsSet {
