@@ -91,7 +91,7 @@ private:
 // What the JSON library calls for each piece of a document, in order; it sees to the grammar.
 class JsonFieldReader {
 public:
-    explicit JsonFieldReader (std::vector<JsonField>& fields) : fields_ (fields) {}
+    JsonFieldReader (std::vector<JsonField>& fields, const JsonText& text) : fields_ (fields), text_ (text) {}
 
     std::string place () const;    // of the value that is read
 
@@ -116,6 +116,7 @@ private:
     [[noreturn]] void wrong_type () const;
 
     std::vector<JsonField>& fields_;
+    const JsonText& text_;
     JsonField document_;
     JsonField* field_ = &document_;    // the one whose value is read; null between the fields of an object
     std::string object_;               // path of the object that is open
@@ -157,9 +158,9 @@ bool JsonFieldReader::key (std::string& name)
     const auto field = std::ranges::find (fields_, path, &JsonField::path);
     if (field == fields_.end () || name.find ('.') != name.npos)
         throw syntax ("the field " + quote (name) + " is unknown");
-    if (field->seen)
+    if (field->line > 0)
         throw syntax ("the field " + quote (name) + " is there twice");
-    field->seen = true;
+    field->line = text_.line ();
     field_ = &*field;
     return true;
 }
@@ -171,7 +172,7 @@ bool JsonFieldReader::end_object ()
     for (const JsonField& field : fields_) {
         if (!field.path.starts_with (prefix) || field.path.find ('.', prefix.size ()) != field.path.npos)
             continue;
-        if (field.required && !field.seen)
+        if (field.required && field.line == 0)
             throw syntax ("the field " + quote (field.path.substr (prefix.size ())) + " is missing");
     }
     const std::size_t dot = object_.rfind ('.');
@@ -278,7 +279,7 @@ bool JsonFieldReader::parse_error (std::size_t, const std::string&, const std::e
 void read_json_fields (const std::string& path, std::vector<JsonField>& fields, Pacer& pacer)
 {
     JsonText text (path, pacer);
-    JsonFieldReader reader (fields);
+    JsonFieldReader reader (fields, text);
     try {
         nlohmann::json::sax_parse (JsonIterator (&text), JsonIterator (nullptr), &reader);
     } catch (FileFault& fault) {

@@ -4,6 +4,7 @@
 
 #include "kalvo/files/pacer.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -22,7 +23,7 @@ struct JsonField {
     // given as the list of its bytes.
     std::function<void (double)> take_number = {};
     std::function<void (std::string&)> take_text = {};
-    bool seen = false;
+    std::int64_t line = 0;    // where the document has it; 0: nowhere
 };
 
 // Throws FileFault, which names line and field, for a document that is anything else than one object with these fields.

@@ -145,6 +145,7 @@ private:
     void finish_integers ();
     void finish_matrix ();
     GivenSolution finish_solution (std::size_t which);
+    FileContent finish ();
 
     std::vector<JsonField> fields_;
     std::shared_ptr<Problem> problem_;
@@ -159,7 +160,7 @@ private:
 bool JsonTask::has (std::string_view path) const
 {
     const auto field = std::ranges::find (fields_, path, &JsonField::path);
-    return field != fields_.end () && field->seen;
+    return field != fields_.end () && field->line > 0;
 }
 
 // ---- Its fields
@@ -341,20 +342,8 @@ GivenSolution JsonTask::finish_solution (std::size_t which)
     return std::move (given);
 }
 
-// ---- Reading
-
-FileContent JsonTask::read (const std::string& path, Pacer& pacer)
+FileContent JsonTask::finish ()
 {
-    add_head ();
-    add_problem ();
-    add (object ("parameters"));
-    add_parameters (real_parameters, parameters_.doubles);
-    add_parameters (int_parameters, parameters_.integers);
-    add (object ("solutions"));
-    for (std::size_t which = 0; which < KLV_SOL_COUNT; ++which)
-        add_solution (which);
-    read_json_fields (path, fields_, pacer);
-
     finish_items (variables_, problem_->variable_name);
     check_length ("problem.variables.costs", problem_->cost.size (), problem_->variable.key.size (),
                   "variables");
@@ -367,6 +356,31 @@ FileContent JsonTask::read (const std::string& path, Pacer& pacer)
             content.solutions[which] = complete (finish_solution (which), content.problem, content.parameters,
                                                  static_cast<KLVsoltype> (which));
     return content;
+}
+
+// ---- Reading
+
+// A fault between fields begins with the path of one.
+FileContent JsonTask::read (const std::string& path, Pacer& pacer)
+{
+    add_head ();
+    add_problem ();
+    add (object ("parameters"));
+    add_parameters (real_parameters, parameters_.doubles);
+    add_parameters (int_parameters, parameters_.integers);
+    add (object ("solutions"));
+    for (std::size_t which = 0; which < KLV_SOL_COUNT; ++which)
+        add_solution (which);
+    read_json_fields (path, fields_, pacer);
+
+    try {
+        return finish ();
+    } catch (FileFault& fault) {
+        for (const JsonField& field : fields_)
+            if (fault.text.starts_with (field.path) && field.kind != JsonKind::object)
+                fault.line = field.line;
+        throw;
+    }
 }
 
 FileContent read_json (const Task& task, const std::string& path, Pacer& pacer)
