@@ -5,9 +5,9 @@
 
 #include "callbacks/log.h"
 #include "gateway/console.h"
+#include "gateway/refuse.h"
 #include "host/holders.h"
 #include "input/arrays.h"
-#include "input/refuse.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <limits>
 
+#include "gateway/refuse.h"
 #include "input/arrays.h"
 #include "input/readers.h"
-#include "input/refuse.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
+#include "gateway/refuse.h"
 #include "input/arrays.h"
 #include "input/readers.h"
-#include "input/refuse.h"
 
 // A sub that is no dense vector marks nothing; an index out of range is refused.
 KLVrescode_t putints (KLVtask_t task, const mxArray* ints)

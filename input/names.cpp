@@ -1,11 +1,11 @@
 #include <cstring>
 #include <string_view>
 
+#include "gateway/refuse.h"
 #include "gateway/text.h"
 #include "host/holders.h"
 #include "input/arrays.h"
 #include "input/readers.h"
-#include "input/refuse.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "input/problem.h"
 
 #include "gateway/console.h"
+#include "gateway/refuse.h"
 #include "host/holders.h"
 #include "input/arrays.h"
 #include "input/readers.h"
-#include "input/refuse.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // The initial solution of a problem record: the same record as in a result, any part of it.
 
+#include "gateway/refuse.h"
 #include "host/holders.h"
 #include "input/arrays.h"
-#include "input/refuse.h"
 #include "output/sizes.h"
 #include "output/solution.h"
 

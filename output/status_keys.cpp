@@ -1,6 +1,6 @@
+#include "gateway/refuse.h"
 #include "host/holders.h"
 #include "input/arrays.h"
-#include "input/refuse.h"
 #include "output/solution.h"
 
 namespace {

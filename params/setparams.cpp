@@ -3,9 +3,9 @@
 #include "gateway/command.h"
 #include "gateway/console.h"
 #include "gateway/number.h"
+#include "gateway/refuse.h"
 #include "gateway/text.h"
 #include "input/arrays.h"
-#include "input/refuse.h"
 #include "params/parameters.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "gateway/refuse.h"
 #include "input/arrays.h"
-#include "input/refuse.h"
 
 namespace {
 

@@ -253,7 +253,7 @@ KLVrescode_t Optimization::finish (Answer&& interior)
         start->x = point->xx;
         start->activity = point->xc;
         start->y = point->y;
-        start->reduced_cost = reduced_costs (*problem_, start->y);
+        start->reduced_cost = reduced_costs (problem_->matrix, problem_->cost, start->y);
         start->finishes = true;
     }
     Answer basic = runs_.attempt (Method::dual_simplex, std::move (start));

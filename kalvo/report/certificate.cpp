@@ -81,20 +81,6 @@ static void put_multipliers (std::span<const double> multipliers, double scale, 
     }
 }
 
-// -A'y. The costs of the problem have no part in it.
-static std::vector<double> balance (const Problem& problem, std::span<const double> y)
-{
-    std::vector<double> z (static_cast<std::size_t> (problem.variables ()));
-    for (std::int32_t j = 0; j < problem.variables (); ++j) {
-        const Column column = problem.matrix.column (j);
-        long double sum = 0;
-        for (std::size_t k = 0; k < column.rows.size (); ++k)
-            sum -= static_cast<long double> (column.values[k]) * y[static_cast<std::size_t> (column.rows[k])];
-        z[static_cast<std::size_t> (j)] = static_cast<double> (sum);
-    }
-    return z;
-}
-
 // For y as it is, in the signs of minimisation.
 static std::optional<Solution> certify (const Problem& problem, std::vector<double> y)
 {
@@ -105,7 +91,7 @@ static std::optional<Solution> certify (const Problem& problem, std::vector<doub
         multiplier /= most;
     RayValue ray;
     add_value (problem.constraint, y, ray_tolerance, ray);
-    std::vector<double> z = balance (problem, y);
+    std::vector<double> z = reduced_costs (problem.matrix, {}, y);    // the costs have no part in it
     const double tolerance = ray_tolerance * std::max (1.0, largest (z));
     add_value (problem.variable, z, tolerance, ray);
     if (!(ray.at_absent_bounds <= tolerance) || !(ray.value > value_tolerance * ray.terms) ||

@@ -49,13 +49,15 @@ std::vector<double> activities (const Problem& problem, std::span<const double> 
     return activity;
 }
 
-std::vector<double> reduced_costs (const Problem& problem, std::span<const double> y)
+std::vector<double> reduced_costs (const ColumnMatrix& matrix, std::span<const double> cost,
+                                   std::span<const double> y)
 {
-    std::vector<double> reduced (index (problem.variables ()));
-    for (std::int32_t j = 0; j < problem.variables (); ++j) {
+    std::vector<double> reduced (index (matrix.columns ()));
+    for (std::int32_t j = 0; j < matrix.columns (); ++j) {
         Sum sum;
-        sum.add (problem.cost[index (j)]);
-        const Column column = problem.matrix.column (j);
+        if (!cost.empty ())
+            sum.add (cost[index (j)]);
+        const Column column = matrix.column (j);
         for (std::size_t k = 0; k < column.rows.size (); ++k)
             sum.add_product (-column.values[k], y[index (column.rows[k])]);
         reduced[index (j)] = sum.value ();
@@ -149,7 +151,7 @@ void measure_dual (const Problem& problem, std::vector<double> y, std::vector<do
     Violations& violations = solution.violations;
     violations.dual = violations.dual_absolute = 0;
     solution.y = std::move (y);
-    std::vector<double> exact = reduced_costs (problem, solution.y);
+    std::vector<double> exact = reduced_costs (problem.matrix, problem.cost, solution.y);
     if (reduced_cost.empty ())
         reduced_cost = std::move (exact);
     else

@@ -17,10 +17,11 @@ struct Tolerances {
     double integer = 1e-6;
 };
 
-// A x and c - A'y in one pass over the matrix each; sums are compensated, so that what is measured is the
+// A x and c - A'y (c empty: all zeros) in one pass over the matrix each; sums are compensated, so that what is measured is the
 // point's error and not the measurement's.
 std::vector<double> activities (const Problem& problem, std::span<const double> x);
-std::vector<double> reduced_costs (const Problem& problem, std::span<const double> y);
+std::vector<double> reduced_costs (const ColumnMatrix& matrix, std::span<const double> cost,
+                                   std::span<const double> y);
 double objective (const Problem& problem, std::span<const double> x);
 
 // Fills a slot from a primal point: xx, xc, the primal objective and the primal violations.

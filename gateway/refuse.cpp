@@ -1,4 +1,4 @@
-#include "input/refuse.h"
+#include "gateway/refuse.h"
 
 #include <cstdarg>
 #include <cstdio>
