@@ -4,9 +4,8 @@
 
 namespace klv {
 
-constexpr std::size_t most_lines = 2000;
+constexpr std::size_t most_told = 2000;
 constexpr std::size_t longest_line = 1000;
-constexpr std::size_t most_steps = 1000;
 constexpr std::size_t most_phases = 1000;
 
 void Bell::ring () noexcept
@@ -25,8 +24,8 @@ void Bell::wait (double seconds)
 
 void EventChannel::end_line ()
 {
-    if (news_.lines.size () < most_lines)
-        news_.lines.push_back (std::move (partial_line_));
+    if (news_.told.size () < most_told)
+        news_.told.emplace_back (std::move (partial_line_));
     else
         ++news_.dropped_lines;
     partial_line_.clear ();
@@ -49,8 +48,9 @@ void EventChannel::note (const Progress& now)
 {
     const bool another_phase = now.caller != news_.progress.caller;
     news_.progress = now;
+    news_.progress.at = Clock::now ();
     if (another_phase && news_.phases.size () < most_phases)
-        news_.phases.push_back ({now.caller, Clock::now ()});
+        news_.phases.push_back ({now.caller, news_.progress.at});
 }
 
 void EventChannel::progress (const Progress& now) noexcept
@@ -67,8 +67,8 @@ void EventChannel::step (const Progress& now) noexcept
     try {
         const std::lock_guard lock (mutex_);
         note (now);
-        if (news_.steps.size () < most_steps)
-            news_.steps.push_back (now);
+        if (news_.told.size () < most_told)
+            news_.told.emplace_back (news_.progress);
     } catch (...) {
     }
 }

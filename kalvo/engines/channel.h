@@ -1,15 +1,19 @@
 // What a worker tells the calling thread.
 #pragma once
 
+#include "kalvo/include/kalvo.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace klv {
@@ -42,6 +46,21 @@ inline bool ended_early (Outcome outcome)
     return outcome >= Outcome::time_limit && outcome <= Outcome::stopped;
 }
 
+// Of a problem that an optimiser works on; integers: columns.
+struct Sizes {
+    std::int64_t rows = 0, columns = 0, entries = 0, integers = 0;
+};
+
+// What an integer search counts.
+struct Search {
+    std::int64_t nodes = 0, open_nodes = 0, solutions = 0, restarts = 0;
+    std::int64_t cuts = 0, cuts_in_use = 0, conflicts = 0;    // in its pool, in its relaxation; in its pool
+    std::int64_t strong_branching = 0, separation = 0, heuristics = 0;    // of its iterations
+    std::optional<double> root_bound;                                     // of the first relaxation
+    double integral = 0;                                                  // of the gap over time
+    std::optional<Clock::time_point> first_solution, best_solution;       // when they were found
+};
+
 // What an engine says of a run. Signs of duals are the library's (see kalvo.h); arrays are empty where nothing is claimed.
 struct Claims {
     Outcome outcome = Outcome::unknown;
@@ -52,18 +71,22 @@ struct Claims {
     std::vector<double> primal_ray;                   // columns: a direction of unbounded improvement
     double best_bound = 0;                            // integer problems: bound on the objective
     bool has_best_bound = false;
-    std::int64_t simplex_iterations = 0, interior_iterations = 0, nodes = 0, solutions = 0;
-    std::string message;    // why it failed, in plain words
+    std::int64_t simplex_iterations = 0, interior_iterations = 0;
+    std::int32_t interior_method = KLV_INTPNT_METHOD_AUTOMATIC;    // that was used, where it has several
+    std::string message;                                           // why it failed, in plain words
     std::string warning;    // what was not done as it was asked for, a sentence
 };
 
-// The newest state of a run, for progress lines and callbacks.
+// The newest state of a run, for progress lines, callbacks and information.
 struct Progress {
     std::uint32_t caller = 0;    // KLVcallercode: the phase
-    std::int64_t iterations = 0, nodes = 0, solutions = 0;
+    std::int64_t iterations = 0;
     double primal_objective = 0, dual_objective = 0;    // or incumbent and bound
     double primal_violation = 0, dual_violation = 0;    // as the method measures them
     bool has_primal = false, has_dual = false;
+    std::optional<Sizes> presolved = {};    // the problem that presolve left, or that goes without
+    Search search = {};
+    Clock::time_point at = {};    // set by the channel
 };
 
 struct PhaseChange {
@@ -99,10 +122,9 @@ public:
 
     // Calling side.
     struct News {
-        std::vector<std::string> lines;
+        std::vector<std::variant<std::string, Progress>> told;    // lines and steps, as they came
         std::uint64_t dropped_lines = 0;
         std::vector<PhaseChange> phases;
-        std::vector<Progress> steps;
         Progress progress;
         bool new_incumbent = false;
         bool finished = false;

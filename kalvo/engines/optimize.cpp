@@ -51,6 +51,7 @@ private:
 
     std::vector<KLVsoltype> slots () const;
     KLVrescode_t store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source);
+    void describe_slot (KLVsoltype slot, int source);
     KLVrescode_t code_of (const Answer& answer);
     bool answered () const { return runner_.answer () != 0; }
 
@@ -101,6 +102,37 @@ KLVrescode_t Optimization::code_of (const Answer& answer)
     return KLV_RES_NUMERICAL_TROUBLE;
 }
 
+// Where there are two solutions, each has figures of its own.
+void Optimization::describe_slot (KLVsoltype slot, int source)
+{
+    struct Items {
+        KLVsoltype slot;
+        IntItem source;
+        RealItem primal_objective, dual_objective, primal_violation, dual_violation,
+            complementarity_violation;
+    };
+    static constexpr Items each[] = {
+        {KLV_SOL_ITR, IntItem::interior_source, RealItem::interior_primal_objective,
+         RealItem::interior_dual_objective, RealItem::interior_primal_violation,
+         RealItem::interior_dual_violation, RealItem::interior_complementarity_violation},
+        {KLV_SOL_BAS, IntItem::basic_source, RealItem::basic_primal_objective, RealItem::basic_dual_objective,
+         RealItem::basic_primal_violation, RealItem::basic_dual_violation,
+         RealItem::basic_complementarity_violation},
+    };
+    Information& information = task_.information;
+    const Solution& solution = *task_.solutions[slot];
+    for (const Items& items : each) {
+        if (items.slot != slot)
+            continue;
+        information.set (items.source, source + 1);
+        information.set (items.primal_objective, solution.primal_objective);
+        information.set (items.dual_objective, solution.dual_objective);
+        information.set (items.primal_violation, solution.violations.primal);
+        information.set (items.dual_violation, solution.violations.dual);
+        information.set (items.complementarity_violation, solution.violations.complementarity);
+    }
+}
+
 // Fills the slots with the answer; `source` is the optimiser that it came from.
 KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source)
 {
@@ -133,12 +165,8 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     for (std::size_t k = 1; k < slots.size (); ++k)
         task_.solutions[slots[k]] = solution;
     task_.solutions[slots.front ()] = std::move (solution);
-    for (const KLVsoltype slot : slots) {
-        if (slot == KLV_SOL_ITR)
-            information.set (IntItem::interior_source, source + 1);
-        if (slot == KLV_SOL_BAS)
-            information.set (IntItem::basic_source, source + 1);
-    }
+    for (const KLVsoltype slot : slots)
+        describe_slot (slot, source);
     return code;
 }
 

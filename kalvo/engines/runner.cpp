@@ -33,9 +33,10 @@ static std::optional<RealItem> time_of (std::uint32_t phase)
         return RealItem::time_presolve;
     case KLV_CALLER_PRIMAL_SIMPLEX:
     case KLV_CALLER_DUAL_SIMPLEX:
-    case KLV_CALLER_SIMPLEX_FINISH:
     case KLV_CALLER_CERTIFICATE:
         return RealItem::time_simplex;
+    case KLV_CALLER_SIMPLEX_FINISH:
+        return RealItem::time_finish;
     case KLV_CALLER_INTERIOR_POINT:
         return RealItem::time_interior_point;
     case KLV_CALLER_MIXED_INTEGER:
@@ -77,13 +78,49 @@ void Runner::enter (std::uint32_t phase)
 
 // ---- News of a run ------------------------------------------------------------------------------------------------------
 
-void Runner::note (const Progress& now)
+void Runner::note (const Sizes& presolved)
 {
     Information& information = task_.information;
+    information.set (IntItem::presolved_constraints, presolved.rows);
+    information.set (IntItem::presolved_variables, presolved.columns);
+    information.set (IntItem::presolved_entries, presolved.entries);
+    information.set (IntItem::presolved_integers, presolved.integers);
+}
+
+void Runner::note (const Search& search)
+{
+    Information& information = task_.information;
+    for (const auto& [item, count] : {std::pair{IntItem::nodes, search.nodes},
+                                      {IntItem::open_nodes, search.open_nodes},
+                                      {IntItem::improving_solutions, search.solutions},
+                                      {IntItem::restarts, search.restarts},
+                                      {IntItem::cuts, search.cuts},
+                                      {IntItem::cuts_in_use, search.cuts_in_use},
+                                      {IntItem::conflicts, search.conflicts},
+                                      {IntItem::strong_branching_iterations, search.strong_branching},
+                                      {IntItem::separation_iterations, search.separation},
+                                      {IntItem::heuristic_iterations, search.heuristics}})
+        information.set (item, count);
+    information.set (RealItem::mip_integral, search.integral);
+    if (search.root_bound)
+        information.set (RealItem::mip_root_bound, *search.root_bound);
+    if (search.first_solution)
+        information.set (RealItem::time_first_solution, seconds_between (began_, *search.first_solution));
+    if (search.best_solution)
+        information.set (RealItem::time_best_solution, seconds_between (began_, *search.best_solution));
+}
+
+void Runner::note (const Run& run)
+{
+    Information& information = task_.information;
+    const Progress& now = run.progress;
+    if (now.presolved)
+        note (*now.presolved);
+    if (run.job.method == Method::mixed_integer)
+        note (now.search);
     switch (now.caller) {
     case KLV_CALLER_MIXED_INTEGER:
-        information.set (IntItem::nodes, now.nodes);
-        information.set (IntItem::improving_solutions, now.solutions);
+        information.set (IntItem::simplex_iterations, now.iterations);
         if (now.has_primal)
             information.set (RealItem::mip_objective, now.primal_objective);
         if (now.has_dual)
@@ -114,15 +151,17 @@ void Runner::note (const Progress& now)
 bool Runner::take_news (Run& run)
 {
     const EventChannel::News news = run.worker->channel ().take_news ();
-    for (const std::string& line : news.lines)
-        log_.engine_line (line);
+    for (const auto& told : news.told)
+        if (const auto* step = std::get_if<Progress> (&told))
+            log_.step (run.log, *step, seconds_between (began_, step->at));
+        else
+            log_.engine_line (std::get<std::string> (told));
     if (news.dropped_lines > 0)
         log_.engine_line (text ("(", news.dropped_lines, " lines were lost)"));
-    for (const Progress& step : news.steps)
-        log_.step (run.log, step, seconds ());
     if (!news.finished)
         log_.pulse (run.log, news.progress, seconds ());
-    note (news.progress);
+    run.progress = news.progress;
+    note (run);
     bool asked = false;
     for (const PhaseChange& phase : news.phases) {
         change_phase (run.phase, phase.caller, phase.since);
@@ -183,6 +222,7 @@ std::optional<Runner::Ended> Runner::take_ended ()
     if (ended == runs_.end ())
         return std::nullopt;
     change_phase (ended->phase, ended->phase.caller, Clock::now ());
+    note (*ended);    // not that of a run beside it
     ended->worker->join ();
     Ended result{std::move (ended->job), ended->worker->channel ().take_claims ()};
     runs_.erase (ended);
@@ -209,6 +249,10 @@ Runner::Ended Runner::stop ()
         Run& run = runs_.front ();
         best = Ended{std::move (run.job), {}};
         best->claims.outcome = Outcome::stopped;
+        note (run);
+        (best->job.method == Method::interior_point ? best->claims.interior_iterations
+                                                    : best->claims.simplex_iterations) =
+            run.progress.iterations;
         if (best->job.method == Method::mixed_integer)
             best->claims.x = run.worker->channel ().take_incumbent ();
     }

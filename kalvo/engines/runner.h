@@ -82,13 +82,16 @@ private:
         Phase phase;
         Job job = {};    // without problem and settings
         std::unique_ptr<Worker> worker = nullptr;
+        Progress progress = {};    // the newest
         bool finished = false;
     };
 
     void ask (std::uint32_t caller);
     void ask_once_more ();
     void change_phase (Phase& phase, std::uint32_t caller, Clock::time_point since);
-    void note (const Progress& now);
+    void note (const Sizes& presolved);
+    void note (const Search& search);
+    void note (const Run& run);
     bool take_news (Run& run);
     void take_all_news ();
     bool wait_for_room ();

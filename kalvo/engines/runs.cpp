@@ -45,6 +45,7 @@ KLVrescode_t Runs::lower_problem ()
         return task_.fail (KLV_RES_TOO_LARGE,
                            text ("No optimiser can take this problem: ", lowering.refused, "."));
     task_.information.set (IntItem::lowered_infinite_bounds, lowering.infinite_bounds);
+    task_.information.set (IntItem::lowered_dropped_entries, lowering.dropped_entries);
     if (lowering.infinite_bounds > 0)
         task_.warn (text (lowering.infinite_bounds,
                           " finite bounds are so large that the optimiser takes them as infinite; "
@@ -103,11 +104,9 @@ void Runs::count (const Runner::Ended& run)
     if (job.method != Method::interior_point || claims.simplex_iterations > 0)
         information.set (job.finishes () ? IntItem::finish_iterations : IntItem::simplex_iterations,
                          claims.simplex_iterations);
-    if (job.method == Method::interior_point)
+    if (job.method == Method::interior_point) {
         information.set (IntItem::interior_iterations, claims.interior_iterations);
-    if (job.method == Method::mixed_integer) {
-        information.set (IntItem::nodes, claims.nodes);
-        information.set (IntItem::improving_solutions, claims.solutions);
+        information.set (IntItem::interior_method, claims.interior_method);
     }
 }
 

@@ -96,9 +96,10 @@ void Log::step (std::size_t number_of_run, const Progress& now, double seconds)
                                         "gap", "seconds")
                            : formatted ("%10s %18s %18s %9s %9s %8s", "iteration", "primal objective",
                                         "dual objective", "primal", "dual", "seconds"));
-    std::string line = formatted ("%10lld", static_cast<long long> (integer ? now.nodes : now.iterations));
+    std::string line =
+        formatted ("%10lld", static_cast<long long> (integer ? now.search.nodes : now.iterations));
     if (integer)
-        line += formatted (" %10lld", static_cast<long long> (now.solutions));
+        line += formatted (" %10lld", static_cast<long long> (now.search.solutions));
     line += number (now.has_primal, now.primal_objective) + number (now.has_dual, now.dual_objective);
     const bool measured =
         now.has_primal || now.has_dual || now.primal_violation != 0 || now.dual_violation != 0;

@@ -33,6 +33,21 @@ enum class RealItem {
     smallest_bound,
     largest_bound,
     progress_time,
+    mip_root_bound,
+    mip_integral,
+    time_first_solution,
+    time_best_solution,
+    time_finish,
+    interior_primal_objective,
+    interior_dual_objective,
+    interior_primal_violation,
+    interior_dual_violation,
+    interior_complementarity_violation,
+    basic_primal_objective,
+    basic_dual_objective,
+    basic_primal_violation,
+    basic_dual_violation,
+    basic_complementarity_violation,
     count
 };
 
@@ -57,6 +72,20 @@ enum class IntItem {
     abandoned_workers,
     start,
     race,
+    presolved_variables,
+    presolved_constraints,
+    presolved_integers,
+    presolved_entries,
+    open_nodes,
+    restarts,
+    cuts,
+    cuts_in_use,
+    conflicts,
+    strong_branching_iterations,
+    separation_iterations,
+    heuristic_iterations,
+    interior_method,
+    lowered_dropped_entries,
     count
 };
 

@@ -198,7 +198,7 @@ TEST (WorkerAbandoned, ASearchThatDoesNotStopLeavesItsIncumbent)
     const InFront front ([&] (auto& job, auto&, auto& channel) {
         const double poor[] = {9, 9}, better[] = {3, 0};
         klv::Progress now = in_phase (KLV_CALLER_MIXED_INTEGER);
-        now.nodes = 17;
+        now.search.nodes = 17;
         now.dual_objective = 1.5;
         now.has_dual = true;
         channel.progress (now);
@@ -225,6 +225,7 @@ TEST (WorkerAbandoned, ASearchThatDoesNotStopLeavesItsIncumbent)
         EXPECT_EQ (model::proved (task), "int PRIMAL_FEASIBLE");
         EXPECT_EQ (model::slot (task, KLV_SOL_INT).xx, (model::Values{3, 0}));
         EXPECT_EQ (task.information ("ABANDONED_WORKERS"), 1);
+        EXPECT_EQ (task.information ("MIP_NODES"), 17);
         const double costs[] = {100, 100};
         EXPECT_EQ (KLV_putcslice (task, 0, 2, costs), 0);
         task.set ("PRIMAL_TOLERANCE 0.05");

@@ -38,7 +38,7 @@ private:
     Outcome outcome (HighsInt model_status) const;
     void take_point (Claims& claims) const;
     void take_basis (Claims& claims) const;
-    void take_figures (Claims& claims) const;
+    void take_figures (Claims& claims);
     void look_for_ray (Claims& claims);
     std::int64_t info (const char* name) const;
 
@@ -124,15 +124,12 @@ void Session::pass_start ()
                             data (start.y));
 }
 
+// Counts that a run did not use are -1.
 std::int64_t Session::info (const char* name) const
 {
     HighsInt value = 0;
-    if (api ().getIntInfoValue (handle_, name, &value) == kHighsStatusOk)
-        return value;
-    std::int64_t long_value = 0;
-    if (api ().getInt64InfoValue (handle_, name, &long_value) == kHighsStatusOk)
-        return long_value;
-    return 0;
+    api ().getIntInfoValue (handle_, name, &value);
+    return std::max (value, 0);
 }
 
 Outcome Session::outcome (HighsInt model_status) const
@@ -217,14 +214,16 @@ void Session::take_basis (Claims& claims) const
     claims.row_key = keys_from (rows, problem ().constraint);
 }
 
-void Session::take_figures (Claims& claims) const
+void Session::take_figures (Claims& claims)
 {
-    claims.simplex_iterations = std::max<std::int64_t> (info ("simplex_iteration_count"), 0);
-    claims.interior_iterations = std::max<std::int64_t> (info ("ipm_iteration_count"), 0);
+    claims.simplex_iterations = info ("simplex_iteration_count");
+    claims.interior_iterations = info ("ipm_iteration_count");
+    std::int64_t nodes = 0;
+    if (integers ())
+        api ().getInt64InfoValue (handle_, "mip_node_count", &nodes);
+    listener_.end (std::max<std::int64_t> (nodes, 0));
     if (!integers ())
         return;
-    claims.nodes = std::max<std::int64_t> (info ("mip_node_count"), 0);
-    claims.solutions = listener_.solutions ();
     claims.has_best_bound =
         api ().getDoubleInfoValue (handle_, "mip_dual_bound", &claims.best_bound) == kHighsStatusOk;
 }
@@ -241,7 +240,7 @@ void Session::look_for_ray (Claims& claims)
         listener_.begin (KLV_CALLER_CERTIFICATE);
         set_options_for_ray (handle_, integers ());
         answer = run ();
-        claims.simplex_iterations += std::max<std::int64_t> (info ("simplex_iteration_count"), 0);
+        claims.simplex_iterations += info ("simplex_iteration_count");
     }
 
     HighsInt has_ray = 0;
@@ -275,6 +274,7 @@ Claims Session::solve ()
     listener_.begin (job_.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRESOLVE);
     const OptionsSet options = set_options (handle_, job_);
     claims.warning = options.warning;
+    claims.interior_method = options.interior_method;
     if (options.refused) {
         claims.outcome = Outcome::failed;
         claims.message = "the engine refused a setting";

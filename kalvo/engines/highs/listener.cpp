@@ -1,7 +1,9 @@
 #include "kalvo/engines/highs/listener.h"
 
+#include "kalvo/engines/highs/lines.h"
+#include "kalvo/engines/highs/options.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace klv::highs {
@@ -40,10 +42,16 @@ Listener::Listener (const Job& job, const StopFlag& stop, EventChannel& channel)
       channel_ (channel),
       method_ (job.method),
       phase_of_method_ (phase_of (job)),
-      simplex_sign_ (is_mirrored (job) ? -1 : 1),
-      interior_sign_ (is_maximized (job) ? -1 : 1),
+      sign_ ((job.method == Method::interior_point ? is_maximized (job) : is_mirrored (job)) ? -1 : 1),
       passes_text_on_ (job.settings->get (IntSetting::log_level) >= 3)
-{}
+{
+    // The sizes of a finish say nothing of the problem that was solved.
+    if (is_presolved (job) || job.finishes ())
+        return;
+    const Problem& stated = *job.problem->stated;
+    now_.presolved = {stated.constraints (), stated.variables (), stated.matrix.entries (),
+                      job.method == Method::mixed_integer ? stated.integers : 0};
+}
 
 // The counts of an interior-point run come in its log only, or only not there, as its method is.
 void Listener::called (int type, const char* message, const HighsCallbackDataOut* out,
@@ -55,12 +63,13 @@ void Listener::called (int type, const char* message, const HighsCallbackDataOut
         self.take_message (message, out != nullptr ? out->log_type : 0);
         return;
     case kHighsCallbackMipImprovingSolution:
-        ++self.now_.solutions;
+        self.take_solution_time ();
         if (out->mip_solution != nullptr)
             self.channel_.incumbent (out->mip_solution, static_cast<std::size_t> (out->mip_solution_size));
         return;
     case kHighsCallbackMipLogging:
         self.take_integer_state (*out);
+        self.take_row (*out);
         self.channel_.step (self.now_);
         return;
     case kHighsCallbackSimplexInterrupt:
@@ -86,6 +95,12 @@ void Listener::begin (std::uint32_t phase)
     channel_.progress (now_);
 }
 
+void Listener::end (std::int64_t nodes)
+{
+    now_.search.nodes = nodes;
+    channel_.progress (now_);
+}
+
 // Comes with each iteration and must cost next to nothing. The first one ends presolve.
 void Listener::take_iterations (std::int64_t iterations)
 {
@@ -98,11 +113,21 @@ void Listener::take_iterations (std::int64_t iterations)
     }
 }
 
+void Listener::take_solution_time ()
+{
+    Search& search = now_.search;
+    ++search.solutions;
+    search.best_solution = Clock::now ();
+    if (!search.first_solution)
+        search.first_solution = search.best_solution;
+}
+
 void Listener::take_integer_state (const HighsCallbackDataOut& out)
 {
     if (now_.caller == KLV_CALLER_PRESOLVE)
         begin (phase_of_method_);
-    now_.nodes = out.mip_node_count;
+    now_.search.nodes = out.mip_node_count;
+    now_.iterations = out.mip_total_lp_iterations;
     now_.has_primal = std::isfinite (out.mip_primal_bound);
     now_.has_dual = std::isfinite (out.mip_dual_bound);
     now_.primal_objective = now_.has_primal ? out.mip_primal_bound : 0;
@@ -114,98 +139,65 @@ void Listener::take_integer_state (const HighsCallbackDataOut& out)
 }
 
 // ---- Lines of the log ---------------------------------------------------------------------------------------------------
-// Objectives and violations of linear methods come in the lines of their iterations only. Other lines say nothing here.
 
-// Takes numbers and words from a line, one after another; what is not there is not taken.
-class Words {
-public:
-    explicit Words (std::string_view line) : rest_ (line) {}
-
-    template <class Number>
-    bool number (Number& value)
-    {
-        skip_blanks ();
-        const auto [end, error] = std::from_chars (rest_.data (), rest_.data () + rest_.size (), value);
-        if (error != std::errc ())
-            return false;
-        rest_.remove_prefix (static_cast<std::size_t> (end - rest_.data ()));
-        return true;
-    }
-    bool word (std::string_view expected)
-    {
-        skip_blanks ();
-        if (!rest_.starts_with (expected))
-            return false;
-        rest_.remove_prefix (expected.size ());
-        return true;
-    }
-
-private:
-    void skip_blanks () { rest_.remove_prefix (std::min (rest_.find_first_not_of (' '), rest_.size ())); }
-
-    std::string_view rest_;
-};
-
-// "133 -8.9664482186e+05 Pr: 0(0); Du: 0(1.06581e-14) 0.0s"; in a first phase Ph1 stands for Pr, and the objective is not
-// the problem's.
-bool Listener::read_simplex_line (std::string_view line)
+// A row of the table of an integer search comes right before the call that hands out its bounds.
+void Listener::take_row (const HighsCallbackDataOut& out)
 {
-    Words words (line);
-    std::int64_t iterations = 0, count = 0;
-    double objective = 0, primal = 0, dual = 0;
-    if (!words.number (iterations) || !words.number (objective))
+    Search& search = now_.search;
+    const bool is_relaxation = search.nodes == 0 && search.restarts == 0 && search.cuts == 0 &&
+                               search.cuts_in_use == 0 && out.mip_total_lp_iterations > 0;
+    if (is_relaxation && !search.root_bound && std::isfinite (out.mip_dual_bound))
+        search.root_bound = out.mip_dual_bound;
+}
+
+// What is maximised is minimised with its sign changed by an interior-point method.
+bool Listener::read_iteration (std::string_view line)
+{
+    const bool interior = method_ == Method::interior_point, primal = method_ == Method::primal_simplex;
+    const std::optional<Iteration> read =
+        interior ? read_interior_iteration (line) : read_simplex_iteration (line);
+    if (!read)
         return false;
-    const bool first_phase = words.word ("Ph1:");
-    if ((!first_phase && !words.word ("Pr:")) || !words.number (count) || !words.word ("(") ||
-        !words.number (primal))
-        return false;
-    if (words.word ("); Du:") && (!words.number (count) || !words.word ("(") || !words.number (dual)))
-        return false;
-    const bool primal_method = method_ == Method::primal_simplex;
-    now_.iterations = iterations;
-    now_.has_primal = primal_method && !first_phase;
-    now_.has_dual = !primal_method && !first_phase;
-    (primal_method ? now_.primal_objective : now_.dual_objective) = simplex_sign_ * objective;
-    now_.primal_violation = primal;
-    now_.dual_violation = dual;
+    now_.iterations = read->number;
+    now_.has_primal = interior || (primal && !read->first_phase);
+    now_.has_dual = interior || (!primal && !read->first_phase);
+    if (interior || primal)
+        now_.primal_objective = sign_ * read->objective;
+    if (interior || !primal)
+        now_.dual_objective = sign_ * (interior ? read->dual_objective : read->objective);
+    now_.primal_violation = read->primal_violation;
+    now_.dual_violation = read->dual_violation;
     return true;
 }
 
-// "17 -8.96456999e+05 -8.96840531e+05 6.98e-16 6.35e-12 4.28e-04 0.0", or "17*": objectives, violations, gap, seconds.
-// What is maximised is minimised with its sign changed.
-bool Listener::read_interior_line (std::string_view line)
+void Listener::read_line (std::string_view line)
 {
-    Words words (line);
-    std::int64_t iterations = 0;
-    double primal_objective = 0, dual_objective = 0, primal = 0, dual = 0, gap = 0;
-    if (!words.number (iterations))
-        return false;
-    words.word ("*");
-    if (!words.number (primal_objective) || !words.number (dual_objective) || !words.number (primal) ||
-        !words.number (dual) || !words.number (gap))
-        return false;
-    now_.iterations = iterations;
-    now_.has_primal = now_.has_dual = true;
-    now_.primal_objective = interior_sign_ * primal_objective;
-    now_.dual_objective = interior_sign_ * dual_objective;
-    now_.primal_violation = primal;
-    now_.dual_violation = dual;
-    return true;
+    if (const std::optional<Sizes> left = read_presolved (line); left && !now_.presolved) {
+        now_.presolved = left;
+        channel_.step (now_);
+    } else if (method_ == Method::mixed_integer) {
+        if (const std::optional<std::int64_t> integers = read_integers (line); integers && now_.presolved)
+            now_.presolved->integers = *integers;
+        read_search (line, now_.search);
+    } else if (read_iteration (line)) {
+        now_.caller = phase_of_method_;
+        channel_.step (now_);
+    }
 }
 
-void Listener::take_message (const char* message, int type)
+void Listener::take_message (std::string_view message, int type)
 {
     if (passes_text_on_)
         channel_.text (message);
     if (type == error_message)
         last_error_ = message;
-    const bool reads = now_.caller == KLV_CALLER_PRESOLVE || now_.caller == phase_of_method_;
-    if (!reads || method_ == Method::mixed_integer)
+    if (now_.caller != KLV_CALLER_PRESOLVE && now_.caller != phase_of_method_)
         return;
-    if (method_ == Method::interior_point ? !read_interior_line (message) : !read_simplex_line (message))
-        return;
-    now_.caller = phase_of_method_;
-    channel_.step (now_);
+    while (!message.empty ()) {
+        const std::size_t end = std::min (message.find ('\n'), message.size ());
+        read_line (message.substr (0, end));
+        message.remove_prefix (std::min (end + 1, message.size ()));
+    }
 }
 
 }

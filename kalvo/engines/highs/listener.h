@@ -23,21 +23,24 @@ public:
 
     void begin (std::uint32_t phase);
     bool stopped () const { return stop_.load (std::memory_order_relaxed); }
-    std::int64_t solutions () const { return now_.solutions; }
+    void end (std::int64_t nodes);    // what was read last, and the search's nodes
+    std::int64_t solutions () const { return now_.search.solutions; }
     const std::string& last_error () const { return last_error_; }
 
 private:
-    void take_message (const char* message, int type);
+    void take_message (std::string_view message, int type);
+    void read_line (std::string_view line);
+    bool read_iteration (std::string_view line);
     void take_iterations (std::int64_t iterations);
     void take_integer_state (const HighsCallbackDataOut& out);
-    bool read_simplex_line (std::string_view line);
-    bool read_interior_line (std::string_view line);
+    void take_row (const HighsCallbackDataOut& out);
+    void take_solution_time ();
 
     const StopFlag& stop_;
     EventChannel& channel_;
     const Method method_;
     const std::uint32_t phase_of_method_;
-    const double simplex_sign_, interior_sign_;    // of the objectives in log lines
+    const double sign_;    // of the objectives in log lines
     const bool passes_text_on_;
     Progress now_;
     Clock::time_point reported_ = Clock::now ();

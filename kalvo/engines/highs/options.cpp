@@ -132,14 +132,16 @@ void Options::set_method ()
         break;
     case Method::interior_point:
         set ("run_crossover", "off");
-        // Refused where the library's extras are missing.
+        result_.interior_method = KLV_INTPNT_METHOD_ITERATIVE;
+        set ("solver", "ipx");
         if (settings.get (IntSetting::interior_method) != KLV_INTPNT_METHOD_FACTORIZATION)
-            set ("solver", "ipx");
-        else if (api ().setStringOptionValue (handle_, "solver", "hipo") != kHighsStatusOk) {
-            set ("solver", "ipx");
+            break;
+        // Refused where the library's extras are missing.
+        if (api ().setStringOptionValue (handle_, "solver", "hipo") == kHighsStatusOk)
+            result_.interior_method = KLV_INTPNT_METHOD_FACTORIZATION;
+        else
             result_.warning = "The interior-point method by factorisation needs a file that is missing; the "
                               "iterative one takes its place.";
-        }
         break;
     case Method::mixed_integer:
         if (settings.get (IntSetting::integer_parallel) != KLV_OFF)

@@ -13,6 +13,7 @@ bool is_presolved (const Job& job);
 struct OptionsSet {
     bool refused = false;    // by the engine: it must not run
     std::string warning;     // what a user who asked for something else should know; else empty
+    std::int32_t interior_method = KLV_INTPNT_METHOD_AUTOMATIC;    // of an interior-point run: which it is
 };
 OptionsSet set_options (void* handle, const Job& job);
 
