@@ -72,8 +72,8 @@ std::optional<Claims> claim_again (const std::optional<Solution>& solution)
     return claims;
 }
 
-Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& problem,
-                   const Parameters& parameters, KLVsoltype which)
+static Solution checked_point (GivenSolution& given, const std::shared_ptr<const Problem>& problem,
+                               const Parameters& parameters, KLVsoltype which)
 {
     const Check check (problem, parameters, which == KLV_SOL_INT);
     const auto combined = [] (std::vector<double>& plus, std::vector<double>& minus) {
@@ -97,6 +97,17 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
         solution.problem_status = KLV_PRO_UNKNOWN;
         solution.solution_status = KLV_SOLSTA_UNKNOWN;
     }
+    return solution;
+}
+
+Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& problem,
+                   const Parameters& parameters, KLVsoltype which)
+{
+    std::optional<Solution> certificate;
+    if (given.certificate)
+        certificate = certify_again (*problem, given, parameters.get (RealSetting::fixing_tolerance));
+    Solution solution =
+        certificate ? std::move (*certificate) : checked_point (given, problem, parameters, which);
     // Keys are a user's word on where to start, and no one else's.
     const auto keep_keys = [] (std::vector<std::int32_t>& keys, std::vector<std::int32_t>& given_keys) {
         if (given_keys.empty ())

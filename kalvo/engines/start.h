@@ -19,12 +19,6 @@ std::shared_ptr<const StartPoint> find_start (const Solutions& solutions, bool i
 // The interior or basic solution as a claim, to be checked on the problem as it is now; or nothing.
 std::optional<Claims> claim_again (const std::optional<Solution>& solution);
 
-// Values as a user gives them; empty where they are not given, NaN where one is unknown.
-struct GivenSolution {
-    std::vector<std::int32_t> skc, skx;
-    std::vector<double> xx, y, slc, suc, slx, sux;
-};
-
 // The solution that a task with this problem holds then: completed, its statuses those that it deserves.
 Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& problem,
                    const Parameters& parameters, KLVsoltype which);

@@ -251,6 +251,15 @@ void JsonTask::add_solution (std::size_t which)
     add_values (".xx", given.xx);
     if (which == KLV_SOL_INT)
         return;
+    add ({.path = path + ".certificate",
+          .kind = JsonKind::word,
+          .required = false,
+          .take_text = [&] (const std::string& word) {
+              const std::int32_t status = word_of (Group::problem_status, word);
+              if (status != KLV_PRO_PRIMAL_INFEASIBLE && status != KLV_PRO_DUAL_INFEASIBLE)
+                  throw syntax ("must be PRIMAL_INFEASIBLE or DUAL_INFEASIBLE");
+              given.certificate = true;
+          }});
     add_values (".y", given.y);
     add_values (".slx", given.slx);
     add_values (".sux", given.sux);

@@ -230,6 +230,9 @@ static void write_solution (JsonWriter& json, const Solution& solution)
     const std::int32_t status = solution.solution_status;
     json.words ("skc", Group::status_key, solution.skc);
     json.words ("skx", Group::status_key, solution.skx);
+    if (status == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE ||
+        status == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE)
+        json.word ("certificate", Group::problem_status, solution.problem_status);
     if (solution.has_primal || status == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE ||
         std::ranges::any_of (solution.xx, [] (double value) { return std::isnan (value); }))
         json.numbers ("xx", solution.xx);

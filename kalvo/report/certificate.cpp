@@ -71,16 +71,6 @@ static void add_value (const Bounds& bounds, std::span<double> multipliers, doub
     }
 }
 
-static void put_multipliers (std::span<const double> multipliers, double scale, std::span<double> lower,
-                             std::span<double> upper)
-{
-    // With a negative scale (maximisation) all signs are reversed, those of 0 too, which adding 0 undoes.
-    for (std::size_t i = 0; i < multipliers.size (); ++i) {
-        lower[i] = scale * std::max (multipliers[i], 0.0) + 0.0;
-        upper[i] = scale * std::max (-multipliers[i], 0.0) + 0.0;
-    }
-}
-
 // For y as it is, in the signs of minimisation.
 static std::optional<Solution> certify (const Problem& problem, std::vector<double> y)
 {
@@ -99,11 +89,15 @@ static std::optional<Solution> certify (const Problem& problem, std::vector<doub
         return std::nullopt;
 
     Solution certificate = infeasible_solution (problem);
-    const double scale = certificate.dual_objective / ray.value;
-    put_multipliers (y, scale, certificate.slc, certificate.suc);
-    put_multipliers (z, scale, certificate.slx, certificate.sux);
-    for (std::size_t i = 0; i < y.size (); ++i)
-        certificate.y[i] = scale * y[i] + 0.0;
+    const double sign = certificate.dual_objective;
+    const auto scaled = [&] (std::vector<double>&& multipliers) {
+        for (double& multiplier : multipliers)
+            multiplier = sign / ray.value * multiplier + 0.0;
+        return std::move (multipliers);
+    };
+    certificate.y = scaled (std::move (y));
+    split (certificate.y, sign, certificate.slc, certificate.suc);
+    split (scaled (std::move (z)), sign, certificate.slx, certificate.sux);
     certificate.violations.dual = ray.at_absent_bounds;
     certificate.violations.dual_absolute = ray.at_absent_bounds / ray.value;
     return certificate;
@@ -206,6 +200,37 @@ std::optional<Solution> certify_unbounded (const Problem& problem, std::span<con
     for (double& entry : reversed)
         entry = -entry;
     return certify_direction (problem, std::move (reversed));
+}
+
+// ---- A certificate that was stored ----------------------------------------------------------------------------
+
+// What differs by rounding only stays as it was stored.
+static void keep (const std::vector<double>& stored, std::vector<double>& verified)
+{
+    constexpr double rounding = 1e-12;
+    if (std::ranges::equal (stored, verified, [] (double a, double b) {
+            return std::abs (a - b) <= rounding * std::max (std::abs (b), 1.0);
+        }))
+        verified = stored;
+}
+
+std::optional<Solution> certify_again (const Problem& problem, const GivenSolution& stored, double tolerance)
+{
+    std::optional<Solution> found;
+    if (!stored.xx.empty ())
+        found = certify_unbounded (problem, stored.xx);
+    else if (std::ranges::any_of (stored.y, [] (double multiplier) { return multiplier != 0; }))
+        found = certify_infeasible (problem, stored.y);
+    else if (const CrossedBounds crossed = find_crossed (problem, tolerance); crossed.count > 0)
+        return certify_crossed (problem, crossed);
+    if (found) {
+        keep (stored.xx, found->xx);
+        keep (stored.y, found->y);
+        keep (stored.slx, found->slx);
+        keep (stored.sux, found->sux);
+        split (found->y, problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1, found->slc, found->suc);
+    }
+    return found;
 }
 
 }

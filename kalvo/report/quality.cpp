@@ -105,9 +105,8 @@ void measure_primal (const Problem& problem, std::vector<double> x, Solution& so
     measure_against (problem.constraint, solution.xc, solution.violations);
 }
 
-// Splits multipliers into those of the lower and those of the upper bounds.
-static void split (std::span<const double> multipliers, double sign, std::vector<double>& lower,
-                   std::vector<double>& upper)
+void split (std::span<const double> multipliers, double sign, std::vector<double>& lower,
+            std::vector<double>& upper)
 {
     lower.resize (multipliers.size ());
     upper.resize (multipliers.size ());

@@ -33,6 +33,10 @@ void measure_primal (const Problem& problem, std::vector<double> x, Solution& so
 void measure_dual (const Problem& problem, std::vector<double> y, std::vector<double> reduced_cost,
                    Solution& solution);
 
+// Splits multipliers into those of the lower and those of the upper bounds; `sign`: 1, or -1 for maximisation.
+void split (std::span<const double> multipliers, double sign, std::vector<double>& lower,
+            std::vector<double>& upper);
+
 // Distance of the integer variables from whole numbers.
 void measure_integers (const Problem& problem, Solution& solution);
 

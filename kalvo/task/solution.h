@@ -30,4 +30,11 @@ struct Solution {
     Violations violations;
 };
 
+// Values as a user or a file gives them; empty where they are not given, NaN where one is unknown.
+struct GivenSolution {
+    std::vector<std::int32_t> skc, skx;
+    std::vector<double> xx, y, slc, suc, slx, sux;
+    bool certificate = false;    // of infeasibility: y, slx and sux; or xx, of unboundedness
+};
+
 }
