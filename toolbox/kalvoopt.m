@@ -153,7 +153,7 @@
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
 %       a value out of range is an error. docs/parameters.md lists all parameters, docs/information.md the fields of
-%       res.info; reserved ones accept only their default.
+%       res.info, docs/log.md the lines of the log; reserved ones accept only their default.
 %
 %   CALLBACKS (callback): a structure with any of
 %

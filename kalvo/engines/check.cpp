@@ -148,7 +148,7 @@ Answer Check::check_integer (Claims&& claims) const
         const double rounding = 1e-9 * (1 + size);
         closed = answer.outcome == Outcome::optimal &&
                  distance <= std::max (absolute_gap_, relative_gap_ * size) + rounding;
-        answer.integer_gap = IntegerGap{bound, distance, distance / std::max (1e-10, size)};
+        answer.integer_gap = IntegerGap{bound, distance, relative_gap (solution.primal_objective, bound)};
     }
     judge_integer (tolerances_, closed, solution);
     derive_keys (*problem_, tolerances_.primal, solution);

@@ -260,8 +260,10 @@ KLVrescode_t Optimization::solve_by_interior_point ()
     std::optional<Answer> earlier = earlier_answer (KLV_SOL_ITR);
     if (!earlier || !earlier->proved)
         earlier = runs_.attempt (Method::interior_point, nullptr);
-    else
+    else {
         task_.information.set (IntItem::start, 2);
+        log_.no_run ("the given interior solution is an answer");
+    }
     if (is_certificate (*earlier))
         return store (std::move (*earlier), slots (), KLV_OPTIMIZER_INTERIOR_POINT);
     return finish (std::move (*earlier));
@@ -315,6 +317,7 @@ KLVrescode_t Optimization::solve ()
         return store (std::move (answer), slots (), optimizer_of (first_method ()));
     }
     if (problem_->matrix.entries () == 0) {
+        log_.no_run ("no entries: each variable goes to its better bound");
         Claims claims = solve_separable (*problem_, integers_);
         if (integers_ && claims.outcome == Outcome::optimal) {
             claims.best_bound = objective (*problem_, claims.x);

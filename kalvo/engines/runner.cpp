@@ -155,9 +155,9 @@ bool Runner::take_news (Run& run)
         if (const auto* step = std::get_if<Progress> (&told))
             log_.step (run.log, *step, seconds_between (began_, step->at));
         else
-            log_.engine_line (std::get<std::string> (told));
+            log_.engine_line (run.log, std::get<std::string> (told));
     if (news.dropped_lines > 0)
-        log_.engine_line (text ("(", news.dropped_lines, " lines were lost)"));
+        log_.engine_line (run.log, text ("(", news.dropped_lines, " lines were lost)"));
     if (!news.finished)
         log_.pulse (run.log, news.progress, seconds ());
     run.progress = news.progress;
@@ -207,7 +207,7 @@ void Runner::start (const std::shared_ptr<Engine>& engine, Job job)
         return;
     job.seconds = seconds_left ();
     Run run{.late = seconds () + job.seconds + patience_with_clock,
-            .log = log_.begin_run (job, engine->name (), running ()),
+            .log = log_.begin_run (job, engine->name (), running (), seconds ()),
             .phase = {KLV_CALLER_BEGIN_OPTIMIZE, Clock::now ()}};
     run.job = job;
     run.job.problem.reset ();

@@ -1,5 +1,6 @@
 #include "kalvo/report/log.h"
 
+#include "kalvo/report/quality.h"
 #include "kalvo/task/text.h"
 
 #include <algorithm>
@@ -36,53 +37,148 @@ std::string method_name (Method method, bool finish)
     return {};
 }
 
+static std::string counted (std::int64_t count, const char* noun)
+{
+    return text (count, " ", noun, count == 1 ? "" : "s");
+}
+
 void Log::header ()
 {
     if (level_ < 1)
         return;
     const Problem& problem = task_.problem ();
-    std::string line =
-        text ("Optimising, ",
-              problem.sense == KLV_SENSE_MAXIMIZE ? "maximise: " : "minimise: ", problem.constraints (),
-              " constraints, ", problem.variables (), " variables");
+    std::string line = text ("Problem", problem.name.empty () ? "" : " " + problem.name,
+                             problem.sense == KLV_SENSE_MAXIMIZE ? ": maximise, " : ": minimise, ",
+                             counted (problem.constraints (), "constraint"), ", ",
+                             counted (problem.variables (), "variable"));
     if (problem.integers > 0)
         line += text (" (", problem.integers, " integer)");
-    task_.say (line + text (", ", problem.matrix.entries (), " entries"));
+    line += text (", ", problem.matrix.entries (), problem.matrix.entries () == 1 ? " entry" : " entries");
+    task_.say (line);
 }
 
-std::size_t Log::begin_run (const Job& job, const char* engine, bool joins)
+void Log::no_run (const char* why)
+{
+    if (level_ >= 2)
+        task_.say (text ("Optimiser: none (", why, ")"));
+}
+
+// Why this method, in plain words.
+static std::string reason (const Job& job, bool joins)
+{
+    if (joins)
+        return job.reformulate ? "simplex is still running"
+                               : "simplex is still in presolve, which this run goes without";
+    if (!job.reformulate)
+        return "once more, without presolve and scaling";
+    if (job.finishes ())
+        return "a basic solution of the interior one";
+    const std::int32_t integers = job.problem->stated->integers;
+    if (job.method == Method::mixed_integer)
+        return text (counted (integers, "integer variable"), job.start ? ", from given values" : "");
+    const bool from_basis = job.start && !job.start->column_key.empty ();
+    const std::int32_t optimizer = job.settings->get (IntSetting::optimizer);
+    const bool asked = optimizer != KLV_OPTIMIZER_AUTOMATIC && optimizer != KLV_OPTIMIZER_MIXED_INTEGER;
+    if (!asked && job.method == Method::primal_simplex)
+        return "automatic: the given basis is feasible, but not optimal";
+    return text (asked ? "asked for" : "automatic: continuous variables",
+                 integers > 0 ? ", integer ones taken as such" : "",
+                 from_basis  ? ", from the given basis"
+                 : job.start ? ", from the given point"
+                 : asked     ? ""
+                             : ", no start");
+}
+
+std::size_t Log::begin_run (const Job& job, const char* engine, bool joins, double seconds)
 {
     const IntSetting switched = job.method == Method::interior_point  ? IntSetting::log_interior_point
                                 : job.method == Method::mixed_integer ? IntSetting::log_mixed_integer
                                                                       : IntSetting::log_simplex;
     const bool shows_progress = level_ >= 2 && task_.parameters.get (switched) != 0;
-    runs_.push_back ({job.method, method_name (job.method, job.finishes ()), shows_progress});
+    runs_.push_back ({job.method, method_name (job.method, job.finishes ()), shows_progress, seconds});
     side_by_side_ = joins;
     titled_ = titled_ && joins;
     if (shows_progress)
-        task_.say (text (joins ? "Joined by " : "Running ", runs_.back ().name, " (", engine, "), ",
-                         job.threads, job.threads == 1 ? " thread" : " threads",
-                         job.reformulate ? "" : ", without presolve and scaling"));
+        task_.say (
+            text (joins ? formatted ("Joined after %.2f s: ", seconds) : "Optimiser: ", runs_.back ().name,
+                  " (", reason (job, joins), "); ", engine, ", ", counted (job.threads, "thread")));
     return runs_.size () - 1;
 }
 
-static std::string number (bool known, double value)
+// ---- Progress -------------------------------------------------------------------------------------------------------------
+
+void Log::presolved (const Run& run, const Sizes& left, double seconds)
 {
-    return known && std::isfinite (value) ? formatted (" %18.10e", value) : formatted (" %18s", "-");
+    const Problem& problem = task_.problem ();
+    const std::pair<std::int64_t, std::int64_t> constraints (problem.constraints (), left.rows),
+        variables (problem.variables (), left.columns), entries (problem.matrix.entries (), left.entries);
+    std::string change = " nothing to reduce,";
+    if (constraints.first != constraints.second || variables.first != variables.second ||
+        entries.first != entries.second) {
+        change.clear ();
+        for (const auto& [from_to, what] :
+             {std::pair{constraints, "constraints"}, {variables, "variables"}, {entries, "entries"}})
+            change += text (" ", from_to.first, " -> ", from_to.second, " ", what, ",");
+    }
+    task_.say (text ("Presolve", side_by_side_ ? " of " + run.name : "", ":", change,
+                     formatted (" %.2f s", seconds - run.began)));
 }
 
-static std::string violation (bool known, double value)
+static std::string number (int width, int digits, bool known, double value)
 {
-    return known ? formatted (" %9.1e", value) : formatted (" %9s", "-");
+    return known && std::isfinite (value) ? formatted (" %*.*e", width, digits, value)
+                                          : formatted (" %*s", width, "-");
+}
+
+// Digits as the engine tells them.
+static std::string linear_row (Method method, const Progress& now, bool measured)
+{
+    const int digits = method == Method::interior_point ? 8 : 10;
+    return formatted ("%10lld", static_cast<long long> (now.iterations)) +
+           number (18, digits, now.has_primal, now.primal_objective) +
+           number (18, digits, now.has_dual, now.dual_objective) +
+           number (9, 1, measured, now.primal_violation) + number (9, 1, measured, now.dual_violation);
 }
 
 // What is left to prove, relative to the incumbent.
 static std::string percentage (const Progress& now)
 {
-    const double distance = std::abs (now.primal_objective - now.dual_objective);
-    return now.has_primal && now.has_dual
-               ? formatted (" %8.2f%%", 100 * distance / std::max (1.0, std::abs (now.primal_objective)))
-               : formatted (" %9s", "-");
+    const double gap = 100 * relative_gap (now.primal_objective, now.dual_objective);
+    if (!now.has_primal || !now.has_dual)
+        return "-";
+    return gap < 1e5 ? formatted ("%.2f%%", gap) : "large";
+}
+
+// A star is where the search found a better point.
+static std::string search_row (const Progress& now, bool improved)
+{
+    const auto value = [] (bool known, double number) {
+        return known ? formatted ("%.10g", number) : std::string ("-");
+    };
+    return formatted (
+        "%c%8lld %7lld %16s %16s %9s %10lld", improved ? '*' : ' ', static_cast<long long> (now.search.nodes),
+        static_cast<long long> (now.search.open_nodes), value (now.has_primal, now.primal_objective).c_str (),
+        value (now.has_dual, now.dual_objective).c_str (), percentage (now).c_str (),
+        static_cast<long long> (now.iterations));
+}
+
+void Log::row (Run& run, const Progress& now, bool measured, double seconds)
+{
+    const bool search = run.method == Method::mixed_integer;
+    const std::string line = search ? search_row (now, now.search.solutions > run.solutions)
+                                    : linear_row (run.method, now, measured);
+    if (line == run.printed && seconds - run.printed_at < 1)
+        return;
+    if (!titled_)
+        task_.say (search ? formatted ("%9s %7s %16s %16s %9s %10s %8s", "nodes", "open", "incumbent",
+                                       "bound", "gap", "iterations", "seconds")
+                          : formatted ("%10s %18s %18s %9s %9s %8s", "iteration", "primal objective",
+                                       "dual objective", "primal", "dual", "seconds"));
+    task_.say (line + formatted (" %8.2f", seconds) + (side_by_side_ ? "  " + run.name : ""));
+    titled_ = true;
+    run.printed = line;
+    run.printed_at = seconds;
+    run.solutions = now.search.solutions;
 }
 
 void Log::step (std::size_t number_of_run, const Progress& now, double seconds)
@@ -90,52 +186,30 @@ void Log::step (std::size_t number_of_run, const Progress& now, double seconds)
     Run& run = runs_[number_of_run];
     if (!run.shows_progress)
         return;
-    const bool integer = run.method == Method::mixed_integer;
-    if (!titled_)
-        task_.say (integer ? formatted ("%10s %10s %18s %18s %9s %8s", "node", "points", "incumbent", "bound",
-                                        "gap", "seconds")
-                           : formatted ("%10s %18s %18s %9s %9s %8s", "iteration", "primal objective",
-                                        "dual objective", "primal", "dual", "seconds"));
-    std::string line =
-        formatted ("%10lld", static_cast<long long> (integer ? now.search.nodes : now.iterations));
-    if (integer)
-        line += formatted (" %10lld", static_cast<long long> (now.search.solutions));
-    line += number (now.has_primal, now.primal_objective) + number (now.has_dual, now.dual_objective);
-    const bool measured =
-        now.has_primal || now.has_dual || now.primal_violation != 0 || now.dual_violation != 0;
-    line += integer ? percentage (now)
-                    : violation (measured, now.primal_violation) + violation (measured, now.dual_violation);
-    line += formatted (" %8.2f", seconds);
-    task_.say (side_by_side_ ? line + "  " + run.name : line);
-    titled_ = true;
-    run.printed_at = seconds;
+    if (now.caller == KLV_CALLER_PRESOLVE && now.presolved)
+        presolved (run, *now.presolved, seconds);
+    else
+        row (run, now, true, seconds);
 }
 
 // The longer a run takes, the more rarely. Between its steps a linear method tells the iteration only.
 void Log::pulse (std::size_t number_of_run, const Progress& now, double seconds)
 {
-    const Run& run = runs_[number_of_run];
-    if (seconds - run.printed_at < std::max (1.0, seconds / 20) ||
-        (now.iterations == 0 && run.method != Method::mixed_integer))
+    Run& run = runs_[number_of_run];
+    const bool search = run.method == Method::mixed_integer;
+    if (!run.shows_progress || seconds - run.printed_at < std::max (1.0, seconds / 20) ||
+        (now.iterations == 0 && !search) || now.caller == KLV_CALLER_PRESOLVE)
         return;
     Progress known = now;
-    if (run.method != Method::mixed_integer) {
-        known.has_primal = known.has_dual = false;
-        known.primal_violation = known.dual_violation = 0;
-    }
-    step (number_of_run, known, seconds);
+    known.has_primal = known.has_primal && search;
+    known.has_dual = known.has_dual && search;
+    row (run, known, false, seconds);
 }
 
-void Log::engine_line (const std::string& line)
+void Log::engine_line (std::size_t number_of_run, const std::string& line)
 {
     if (level_ >= 3)
-        task_.say (text ("  | ", line));
-}
-
-void Log::summary_line (const std::string& line)
-{
-    if (level_ >= 1)
-        task_.say (line);
+        task_.say (text ("  ", side_by_side_ ? runs_[number_of_run].name + " " : "", "| ", line));
 }
 
 }

@@ -24,12 +24,12 @@ public:
     explicit Log (Task& task) : task_ (task), level_ (task.parameters.get (IntSetting::log_level)) {}
 
     void header ();
-    std::size_t begin_run (const Job& job, const char* engine, bool joins);    // the run's number
-    void step (std::size_t run, const Progress& now, double seconds);          // one line
-    void pulse (std::size_t run, const Progress& now,
-                double seconds);    // the same, but only after a long silence
-    void engine_line (const std::string& line);
-    void summary_line (const std::string& line);    // where anything at all is printed
+    void no_run (const char* why);
+    // The run's number. Seconds are those of the optimisation.
+    std::size_t begin_run (const Job& job, const char* engine, bool joins, double seconds);
+    void step (std::size_t run, const Progress& now, double seconds);     // one line
+    void pulse (std::size_t run, const Progress& now, double seconds);    // the same, after a long silence
+    void engine_line (std::size_t run, const std::string& line);
 
 private:
     // Runs side by side have the same columns, and each line then says whose it is.
@@ -37,8 +37,13 @@ private:
         Method method;
         std::string name;
         bool shows_progress;
-        double printed_at = 0;
+        double began, printed_at = 0;
+        std::int64_t solutions = 0;
+        std::string printed = {};
     };
+
+    void presolved (const Run& run, const Sizes& left, double seconds);
+    void row (Run& run, const Progress& now, bool measured, double seconds);
 
     Task& task_;
     int level_;

@@ -191,6 +191,11 @@ void measure_integers (const Problem& problem, Solution& solution)
     solution.violations.integer = worst;
 }
 
+double relative_gap (double objective, double bound)
+{
+    return std::abs (objective - bound) / std::max (1e-10, std::abs (objective));
+}
+
 void judge (const Tolerances& tolerances, Solution& solution)
 {
     const Violations& found = solution.violations;

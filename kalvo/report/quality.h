@@ -40,6 +40,9 @@ void split (std::span<const double> multipliers, double sign, std::vector<double
 // Distance of the integer variables from whole numbers.
 void measure_integers (const Problem& problem, Solution& solution);
 
+// How far an integer point is from a bound on its objective, relative to it.
+double relative_gap (double objective, double bound);
+
 // The statuses that a measured point of a continuous problem deserves.
 void judge (const Tolerances& tolerances, Solution& solution);
 

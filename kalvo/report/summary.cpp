@@ -6,6 +6,7 @@
 #include "kalvo/task/text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace klv {
 
@@ -55,8 +56,9 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
     }
     if (slot == KLV_SOL_INT) {
         const Information& information = task.information;
-        say (formatted ("  objective %.10e, bound %.10e (the bound is the optimiser's word)",
-                        solution.primal_objective, information.get (RealItem::mip_bound)));
+        say (formatted ("  objective %.10e, bound %.10e, gap %.2f%% (the bound is the optimiser's word)",
+                        solution.primal_objective, information.get (RealItem::mip_bound),
+                        100 * information.get (RealItem::mip_relative_gap)));
     } else
         say (formatted ("  primal objective %.10e, dual objective %.10e", solution.primal_objective,
                         solution.dual_objective));
@@ -91,18 +93,33 @@ KLVrescode_t optimizer_summary (Task& task, std::int32_t stream)
         return KLV_RES_OK;
     const Information& information = task.information;
     std::string line = formatted ("Time: %.2f s", information.get (RealItem::time_optimize));
-    const auto add = [&] (IntItem item, const char* what) {
-        if (const std::int32_t value = information.get (item))
-            line += text (", ", value, " ", what);
+    std::string phases;
+    for (const auto& [item, name] : {std::pair{RealItem::time_presolve, "presolve"},
+                                     {RealItem::time_simplex, "simplex"},
+                                     {RealItem::time_interior_point, "interior point"},
+                                     {RealItem::time_finish, "simplex finish"},
+                                     {RealItem::time_mixed_integer, "integer search"},
+                                     {RealItem::time_check, "check"}})
+        if (const double seconds = information.get (item); seconds >= 0.005)
+            phases += formatted ("%s%s %.2f", phases.empty () ? "" : ", ", name, seconds);
+    if (!phases.empty ())
+        line += " (" + phases + ")";
+    struct Count {
+        IntItem item;
+        const char *one, *many;
     };
-    add (IntItem::simplex_iterations, "simplex iterations");
-    add (IntItem::interior_iterations, "interior-point iterations");
-    add (IntItem::finish_iterations, "iterations of the simplex finish");
-    add (IntItem::nodes, "nodes");
-    add (IntItem::improving_solutions, "improving points");
+    for (const auto& [item, one, many] :
+         {Count{IntItem::simplex_iterations, "simplex iteration", "simplex iterations"},
+          {IntItem::interior_iterations, "interior-point iteration", "interior-point iterations"},
+          {IntItem::finish_iterations, "iteration of the simplex finish", "iterations of the simplex finish"},
+          {IntItem::nodes, "node", "nodes"},
+          {IntItem::improving_solutions, "improving point", "improving points"}})
+        if (const std::int32_t value = information.get (item))
+            line += text (", ", value, " ", value == 1 ? one : many);
     task.streams.print_on (stream, line);
     if (const std::int32_t alive = information.get (IntItem::abandoned_workers))
-        task.streams.print_on (stream, text (alive, " stopped runs have not ended yet."));
+        task.streams.print_on (
+            stream, text (alive, alive == 1 ? " stopped run has" : " stopped runs have", " not ended yet."));
     return KLV_RES_OK;
 }
 

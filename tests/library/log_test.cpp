@@ -1,0 +1,160 @@
+// The log: what it says of a run and why, in lines that stay the same and columns that can be read back.
+#include "tests/library/model.h"
+#include "tests/library/scripted_engine.h"
+
+#include <regex>
+
+namespace {
+
+using model::Task;
+using scripted::claims;
+using scripted::right;
+using scripted::small;
+using scripted::small_integers;
+
+// The lines of an optimisation and of its summaries, seconds as "T".
+std::vector<std::string> log_of (KLVtask_t task)
+{
+    std::string text;
+    KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, &text, [] (void* handle, const char* line) {
+        *static_cast<std::string*> (handle) += line;
+    });
+    KLV_optimize (task);
+    KLV_solutionsummary (task, KLV_STREAM_MESSAGES);
+    KLV_optimizersummary (task, KLV_STREAM_MESSAGES);
+    KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, nullptr, nullptr);
+    std::vector<std::string> lines;
+    std::istringstream all (text);
+    const std::regex seconds ("[0-9]+\\.[0-9][0-9]( s|:|$|  [a-z])");
+    for (std::string line; std::getline (all, line);)
+        lines.push_back (std::regex_replace (line, seconds, "T$1"));
+    return lines;
+}
+
+std::string first_with (const std::vector<std::string>& lines, const std::string& words)
+{
+    const auto found = std::ranges::find_if (lines, [&] (auto& line) { return line.starts_with (words); });
+    return found != lines.end () ? *found : "";
+}
+
+TEST (Log, TellsWhichOptimiserRunsAndWhy)
+{
+    const scripted::InFront front ([] (auto& job, auto&, auto&) {
+        return claims (job.method == klv::Method::primal_simplex && job.reformulate && !job.start ? "unknown"
+                                                                                                  : right);
+    });
+    const struct {
+        const char *problem, *settings, *why;
+        bool again = false;    // from the solution of a first run
+    } cases[] = {
+        {small, "", "dual simplex (automatic: continuous variables, no start); scripted, 1 thread"},
+        {small, "OPTIMIZER 1", "dual simplex (asked for); scripted, 1 thread"},
+        {small, "OPTIMIZER 3", "interior point (asked for); scripted, 1 thread"},
+        {small, "OPTIMIZER 1", "dual simplex (asked for, from the given basis); scripted, 1 thread", true},
+        {small_integers, "MAX_THREADS 3", "integer search (2 integer variables); scripted, 3 threads"},
+        {small_integers, "MAX_THREADS 1",
+         "integer search (2 integer variables, from given values); scripted, 1 thread", true},
+        {small_integers, "RELAX_INTEGERS 1",
+         "dual simplex (automatic: continuous variables, integer ones taken as such, no start); scripted, 1 "
+         "thread"},
+        {"min 1 2; 0..10 0..10", "", "none (no entries: each variable goes to its better bound)"},
+    };
+    for (const auto& c : cases) {
+        const Task task (c.problem, c.settings);
+        if (c.again)
+            KLV_optimize (task);
+        EXPECT_EQ (first_with (log_of (task), "Optimiser"), std::string ("Optimiser: ") + c.why);
+    }
+    const auto twice = log_of (Task (small, "OPTIMIZER 0"));
+    EXPECT_NE (first_with (twice, "Optimiser: primal simplex (once more, without presolve and scaling)"), "");
+    const auto finished = log_of (Task (small, "OPTIMIZER 3"));
+    EXPECT_NE (first_with (finished, "Optimiser: simplex finish (a basic solution of the interior one)"), "");
+}
+
+// A search that reports as this test wants it.
+klv::Claims tell_a_search (const klv::Job&, const klv::StopFlag&, klv::EventChannel& channel)
+{
+    klv::Progress now;
+    now.caller = KLV_CALLER_PRESOLVE;
+    now.presolved = {1, 1, 1, 1};
+    channel.text ("first\n");
+    channel.step (now);
+    now.caller = KLV_CALLER_MIXED_INTEGER;
+    now.iterations = 77;
+    now.search.nodes = 5;
+    now.search.open_nodes = 3;
+    now.dual_objective = -10.5;
+    now.has_dual = true;
+    channel.step (now);
+    channel.step (now);    // nothing new
+    channel.text ("second\n");
+    now.search.solutions = 1;
+    now.primal_objective = 12;
+    now.has_primal = true;
+    channel.step (now);
+    return claims (right);
+}
+
+TEST (Log, HasOneFormAtEachLevel)
+{
+    const scripted::InFront front (tell_a_search);
+    const std::vector<std::string> whole = {
+        "Problem: minimise, 1 constraint, 2 variables (2 integer), 2 entries",
+        "Optimiser: integer search (2 integer variables); scripted, 1 thread",
+        "  | first",
+        "Presolve: 1 -> 1 constraints, 2 -> 1 variables, 2 -> 1 entries, T s",
+        "    nodes    open        incumbent            bound       gap iterations  seconds",
+        "        5       3                -            -10.5         -         77     T",
+        "  | second",
+        "*       5       3               12            -10.5   187.50%         77     T",
+        "The integer solution: INTEGER_OPTIMAL; the problem: PRIMAL_FEASIBLE",
+        "  objective 2.0000000000e+00, bound 2.0000000000e+00, gap 0.00% (the bound is the optimiser's word)",
+        "  checked: primal violation 0.0e+00, distance from whole numbers 0.0e+00",
+        "Time: T s, 5 nodes, 1 improving point"};
+    const auto without = [&] (std::initializer_list<std::size_t> lines) {
+        std::vector<std::string> rest;
+        for (std::size_t i = 0; i < whole.size (); ++i)
+            if (std::ranges::count (lines, i) == 0)
+                rest.push_back (whole[i]);
+        return rest;
+    };
+    EXPECT_EQ (log_of (Task (small_integers, "MAX_THREADS 1 LOG 3")), whole);
+    EXPECT_EQ (log_of (Task (small_integers, "MAX_THREADS 1")), without ({2, 6}));
+    EXPECT_EQ (log_of (Task (small_integers, "LOG_MIP 0")), without ({1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ (log_of (Task (small_integers, "LOG 1")), without ({1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ (log_of (Task (small_integers, "LOG 0")), std::vector<std::string> ());
+}
+
+TEST (Log, SaysWhoseALineOfARaceIs)
+{
+    const scripted::InFront front ([] (auto& job, auto& stop, auto& channel) {
+        if (job.finishes ())
+            return claims (right);
+        if (job.method != klv::Method::interior_point) {
+            scripted::Gate::wait_for (stop);
+            return claims ("stopped");
+        }
+        klv::Progress now;
+        now.caller = KLV_CALLER_PRESOLVE;
+        now.presolved = {1, 2, 2};
+        channel.step (now);
+        now.caller = KLV_CALLER_INTERIOR_POINT;
+        now.primal_objective = 1.5;
+        now.has_primal = true;
+        channel.step (now);
+        channel.text ("said\n");
+        return claims (right);
+    });
+    const auto lines = log_of (Task (small, "RACE_DELAY 0 MAX_THREADS 2 LOG 3"));
+    ASSERT_GE (lines.size (), 6U);
+    EXPECT_EQ (
+        std::vector (lines.begin () + 2, lines.begin () + 7),
+        (std::vector<std::string>{
+            "Joined after T s: interior point (simplex is still running); scripted, 1 thread",
+            "Presolve of interior point: nothing to reduce, T s",
+            " iteration   primal objective     dual objective    primal      dual  seconds",
+            "         0     1.50000000e+00                  -   0.0e+00   0.0e+00     T  interior point",
+            "  interior point | said"}));
+}
+
+}
