@@ -14,6 +14,13 @@
 
 namespace klv {
 
+// Asked once: the system looks into a file for it.
+static int processors ()
+{
+    static const int count = static_cast<int> (std::thread::hardware_concurrency ());
+    return count;
+}
+
 Runs::Runs (Task& task, Runner& runner, std::shared_ptr<const Parameters> settings,
             std::shared_ptr<const Problem> problem, bool integers)
     : task_ (task),
@@ -88,8 +95,7 @@ int Runs::threads (Method method) const
         return 1;
     if (asked > 0)
         return asked;
-    const int processors = static_cast<int> (std::thread::hardware_concurrency ());
-    return std::max ((processors + 1) / 2 - abandoned_workers (), 1);
+    return std::max ((processors () + 1) / 2 - abandoned_workers (), 1);
 }
 
 void Runs::add (IntItem item)
@@ -148,9 +154,8 @@ bool Runs::may_race () const
 {
     const int optimizer = settings_->get (IntSetting::optimizer);
     const int asked = settings_->get (IntSetting::threads);
-    const int processors = static_cast<int> (std::thread::hardware_concurrency ());
     return !integers_ && (optimizer == KLV_OPTIMIZER_AUTOMATIC || optimizer == KLV_OPTIMIZER_MIXED_INTEGER) &&
-           (asked > 1 || (asked == 0 && processors - abandoned_workers () > 1)) &&
+           (asked > 1 || (asked == 0 && processors () - abandoned_workers () > 1)) &&
            !std::isfinite (settings_->get (RealSetting::objective_limit));
 }
 
