@@ -62,7 +62,11 @@ void Book::check_thread (const char* function)
 
 bool Book::refuses ()
 {
-    return ++session.allocations == session.failing_allocation;
+    if (++session.allocations != session.failing_allocation)
+        return false;
+    if (session.failure_ends_call)
+        throw MexError ("Out of memory.");
+    return true;
 }
 
 mxArray& Book::used (const mxArray* array, const char* function)

@@ -55,7 +55,7 @@ struct Book {
     void fault (std::string text);
     void check_thread (const char* function);
 
-    // Counts one request for memory; true when it is the one that fails.
+    // Counts one request for memory; true when it is the one that gives null.
     bool refuses ();
 
     // The array, once it is sure that it may be used. Anything else ends the call.

@@ -1,4 +1,4 @@
-// libmex and libut: the session, calls in both directions, the interrupt flag.
+// libmex: the session, and calls in both directions.
 
 #include <algorithm>
 #include <cstdarg>
@@ -66,24 +66,6 @@ mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, m
     } catch (const std::exception&) {
         return book ().create (mxOBJECT_CLASS, {1, 1});
     }
-}
-
-bool utSetInterruptEnabled (bool enabled)
-{
-    return std::exchange (session ().interrupt_enabled, enabled);
-}
-
-bool utIsInterruptPending ()
-{
-    book ().check_thread ("utIsInterruptPending");
-    if (++session ().interrupt_polls == session ().interrupting_poll)
-        session ().interrupt_pending = true;
-    return session ().interrupt_pending;
-}
-
-void utSetInterruptPending (bool pending)
-{
-    session ().interrupt_pending = pending;
 }
 
 namespace {

@@ -1,6 +1,6 @@
-// The part of MATLAB's external interface that the gateway uses, in its large-array variant with separate
-// complex storage, for programs that run without MATLAB: behaviour as MATLAB documents it, checked as
-// standalone.h says.
+// The part of MATLAB's external interface that the gateway uses, as MATLAB documents it: release R2017b, with
+// large arrays and separate complex storage. For programs that run without MATLAB, and for a module that is
+// built where there is none.
 #pragma once
 
 #include <cstddef>
@@ -93,6 +93,6 @@ double mxGetInf ();
 // The session
 int mexPrintf (const char* format, ...) __attribute__ ((format (printf, 1, 2)));
 int mexEvalString (const char* command);
-[[noreturn]] void mexErrMsgTxt (const char* message);
+void mexErrMsgTxt (const char* message);
 void mexLock ();
 }

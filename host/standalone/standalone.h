@@ -118,8 +118,9 @@ struct Session {
     std::vector<std::string> evaluated;
     std::vector<std::pair<std::string, Function>> functions;
 
-    long allocations = 0;           // blocks and arrays that were asked for
-    long failing_allocation = 0;    // the number of the one that fails; 0: none
+    long allocations = 0;              // blocks and arrays that were asked for
+    long failing_allocation = 0;       // the number of the one that fails; 0: none
+    bool failure_ends_call = false;    // by an error, as in MATLAB; otherwise null is given
 
     bool interrupt_enabled = true;
     bool interrupt_pending = false;

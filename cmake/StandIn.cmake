@@ -1,0 +1,36 @@
+# A stand-in for MATLAB: the standalone host in the libraries and at the places that MATLAB has, so that the module for
+# MATLAB can be built (KALVO_MATLAB, Matlab_ROOT_DIR) and loaded where there is no MATLAB. tests/module/run does both.
+
+set (stand_in "${CMAKE_BINARY_DIR}/matlab")
+file (MAKE_DIRECTORY "${stand_in}/extern/include" "${stand_in}/bin")
+file (CREATE_LINK "${CMAKE_SOURCE_DIR}/host/standalone/mex.h" "${stand_in}/extern/include/mex.h" SYMBOLIC)
+file (WRITE "${stand_in}/bin/mexext" "#!/bin/sh\necho mexa64\n")
+file (CHMOD "${stand_in}/bin/mexext" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+
+# add_stand_in (library object-pattern): one of MATLAB's libraries, of these objects of the standalone host
+set_target_properties (host_standalone PROPERTIES CXX_VISIBILITY_PRESET default)
+function (add_stand_in library pattern)
+    add_library (${library} SHARED "$<FILTER:$<TARGET_OBJECTS:host_standalone>,INCLUDE,/(${pattern})\\.cpp>")
+    set_target_properties (${library} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${stand_in}/bin/glnxa64" LINKER_LANGUAGE CXX)
+    target_link_libraries (${library} PRIVATE ${ARGN})
+    target_link_options (${library} PRIVATE -Wl,-z,defs)
+endfunction ()
+add_stand_in (mx "mx|array|values")
+add_stand_in (mex "mex" mx)
+add_stand_in (ut "ut" mx)
+
+# The unit tests that speak to the gateway through its entry alone, for a module that is named on the command line.
+file (GLOB tests CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}/tests/unit" "${CMAKE_SOURCE_DIR}/tests/unit/*.cpp")
+foreach (test IN LISTS tests)
+    file (STRINGS "${CMAKE_SOURCE_DIR}/tests/unit/${test}" inside LIMIT_COUNT 1
+        REGEX "#include \"(callbacks|gateway|input|output|params|sensitivity)/")
+    if (inside)
+        list (APPEND inner_tests "${test}")
+    endif ()
+endforeach ()
+list (JOIN inner_tests "|" inner_tests)
+add_executable (module_tests "${CMAKE_SOURCE_DIR}/tests/module/module.cpp"
+    "$<FILTER:$<TARGET_OBJECTS:unit_tests>,EXCLUDE,/(${inner_tests})\\.o>")
+target_include_directories (module_tests PRIVATE "${CMAKE_SOURCE_DIR}" SYSTEM PRIVATE "${CMAKE_SOURCE_DIR}/host/standalone")
+target_link_libraries (module_tests PRIVATE kalvo_warnings GTest::gtest kalvo64 mex ut mx)
+target_link_options (module_tests PRIVATE -Wl,--no-as-needed)        # all three are there when the module is loaded
