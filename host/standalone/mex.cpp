@@ -167,18 +167,18 @@ Call standalone::call (int outputs, const std::vector<Value>& inputs, EntryPoint
     Frame frame (inputs);
     try {
         entry (outputs, assigned.data (), frame.count (), frame.inputs ());
-        if (session ().interrupt_enabled != interrupt_enabled)
-            book ().fault ("the interrupt setting was not restored");
     } catch (const MexError& error) {
         result.error = error.what ();
-        session ().interrupt_enabled = interrupt_enabled;
-        std::fill (assigned.begin (), assigned.end (), nullptr);
     }
+    if (std::exchange (session ().interrupt_enabled, interrupt_enabled) != interrupt_enabled)
+        book ().fault ("the interrupt setting was not restored");
     if (std::any_of (assigned.begin () + static_cast<std::ptrdiff_t> (slots), assigned.end (),
                      [] (const mxArray* array) { return array != nullptr; }))
         book ().fault ("an output that was not requested was assigned");
     for (std::size_t output = 0; output < slots; ++output)
         result.outputs.push_back (Frame::take (assigned[output]));
+    if (result.error)
+        result.outputs.assign (slots, {});
     Frame::release_rest (result);
     return result;
 }
