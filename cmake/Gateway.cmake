@@ -29,7 +29,7 @@ endfunction ()
 function (add_toolbox_module host suffix)
     add_mex_module (kalvoopt ${host} ${suffix} "${no_source}")
     set_target_properties (kalvoopt PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}")
-    target_link_libraries (kalvoopt PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,gateway_${host}>" kalvo64)
+    target_link_libraries (kalvoopt PRIVATE gateway_${host} kalvo64)
     add_dependencies (kalvoopt toolbox_highs)
 endfunction ()
 

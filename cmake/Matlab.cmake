@@ -7,7 +7,8 @@ add_gateway (matlab "${Matlab_INCLUDE_DIRS}")
 # Separate complex storage and 64-bit sizes: the interface that the gateway asks for.
 target_compile_definitions (host_matlab PUBLIC MATLAB_MEX_FILE MATLAB_DEFAULT_RELEASE=R2017b)
 target_link_libraries (host_matlab INTERFACE Matlab::mex Matlab::mx "${matlab_ut}")
-target_link_options (host_matlab INTERFACE -Wl,-z,defs)
+# Nothing but MATLAB calls the entry: without -u the linker would leave the gateway out.
+target_link_options (host_matlab INTERFACE -Wl,-u,mexFunction -Wl,-z,defs)
 
 add_toolbox_module (matlab "${Matlab_MEX_EXTENSION}")
 # MATLAB brings a C++ run-time library of its own, which may be older than the compiler's.

@@ -10,18 +10,18 @@ prob.blx = [0 0];
 
 [r, res] = kalvoopt ('minimize echo(0)', prob);
 bas = res.sol.bas;
-printf ('%s, %s; the code is %d: infeasible is an answer, not a failure\n', bas.prosta, bas.solsta, r);
+fprintf ('%s, %s; the code is %d: infeasible is an answer, not a failure\n', bas.prosta, bas.solsta, r);
 
 % The certificate is in the duals. Add up the constraints with the multipliers y, and the variables' bounds with
 % slx and sux: all coefficients cancel ...
 leftover = prob.a' * bas.y + bas.slx - bas.sux;
-printf ('coefficients of the sum: %g %g\n', leftover);
+fprintf ('coefficients of the sum: %g %g\n', leftover);
 
 % ... while the right-hand sides add up to more than 0: the constraints together say that 0 is at least 1.
 has_lower = isfinite (prob.blc');
 has_upper = isfinite (prob.buc');
 sum_of_sides = prob.blc(has_lower) * bas.slc(has_lower) - prob.buc(has_upper) * bas.suc(has_upper);
-printf ('0 >= %g\n', sum_of_sides);
+fprintf ('0 >= %g\n', sum_of_sides);
 
 % Constraints with a multiplier are the ones that contradict each other.
-printf ('constraints that contradict each other: %s\n', mat2str (find (abs (bas.y') > 1e-9)));
+fprintf ('constraints that contradict each other: %s\n', mat2str (find (abs (bas.y') > 1e-9)));

@@ -1,17 +1,20 @@
 % A log function: receives the text that would go to the console, line by line.
-1;
+%
+% kalvoopt calls a function of this name, so it must be on the path or in the current folder. Called without inputs, this
+% one solves a small problem and has the log sent to itself.
 
-function collect (handle, text)
+function log_function (handle, text)
     global lines
-    lines{end + 1} = [handle.prefix text];
+    if nargin == 2
+        lines{end + 1} = [handle.prefix text];
+        return
+    end
+    lines = {};
+    prob = struct ('a', [1 2; 3 1], 'c', [1 1], 'blc', [4 3], 'blx', [0 0]);
+
+    callback = struct ('log', 'log_function', 'loghandle', struct ('prefix', 'run 1: '));
+    r = kalvoopt ('minimize', prob, [], callback);
+
+    fprintf ('The response code is %d. %d lines were collected; the first and the last:\n', r, numel (lines));
+    fprintf ('%s', lines{[1 end]});
 end
-
-global lines
-lines = {};
-prob = struct ('a', [1 2; 3 1], 'c', [1 1], 'blc', [4 3], 'blx', [0 0]);
-
-callback = struct ('log', 'collect', 'loghandle', struct ('prefix', 'run 1: '));
-[r, res] = kalvoopt ('minimize', prob, [], callback);
-
-printf ('%d lines were collected; the first and the last:\n', numel (lines));
-printf ('%s', lines{[1 end]});

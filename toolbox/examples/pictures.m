@@ -15,11 +15,11 @@ matrix = [tempname() '.png'];
 kalvoplot ('matrix', prob, matrix);
 param = struct ('KLV_DPAR_TIME_LIMIT', 1);
 [r, res] = kalvoopt ('maximize echo(0)', prob, param, kalvoplot ('progress', progress));
-printf ('%s, %s: %g\n', res.rcodestr, res.sol.int.solsta, res.sol.int.pobjval);
+fprintf ('%s, %s: %g\n', res.rcodestr, res.sol.int.solsta, res.sol.int.pobjval);
 
 % What the picture shows, as numbers: seconds, objective, bound.
 data = kalvoplot ('data');
 last = data(end, :);
-printf ('%d points; at the end the objective is %g, the bound %g\n', size (data, 1), last(2), last(3));
+fprintf ('%d points; at the end the objective is %g, the bound %g\n', size (data, 1), last(2), last(3));
 delete (progress);
 delete (matrix);

@@ -6,20 +6,20 @@ file = fullfile (folder, 'diet.mps');
 % "read" returns the problem as data; without "minimize" nothing is solved.
 [r, res] = kalvoopt (['read(' file ') echo(0)']);
 prob = res.prob;
-printf ('%s: %d constraints, %d variables, to %s\n', prob.names.name, size (prob.a, 1), size (prob.a, 2), prob.objsense);
+fprintf ('%s: %d constraints, %d variables, to %s\n', prob.names.name, size (prob.a, 1), size (prob.a, 2), prob.objsense);
 
 % Solved as it is, straight from the file.
 [r, res] = kalvoopt (['read(' file ') minimize echo(0)']);
-printf ('as it is: %g\n', res.sol.bas.pobjval);
+fprintf ('as it is: %g\n', res.sol.bas.pobjval);
 
 % Changed as data: at least one egg. The names and everything else come along.
 prob.blx(2) = 1;
 [r, res] = kalvoopt ('minimize echo(0)', prob);
-printf ('with at least 1 of %s: %g\n', prob.names.var{2}, res.sol.bas.pobjval);
+fprintf ('with at least 1 of %s: %g\n', prob.names.var{2}, res.sol.bas.pobjval);
 
 % Written again. A write that fails leaves what was there before as it was.
 copy = [tempname() '.mps'];
 r = kalvoopt (['min write(' copy ') echo(0)'], prob);
 [r, again] = kalvoopt (['read(' copy ') minimize echo(0)']);
-printf ('from the copy: %g\n', again.sol.bas.pobjval);
+fprintf ('from the copy: %g\n', again.sol.bas.pobjval);
 delete (copy);

@@ -7,7 +7,7 @@ prob.blx = zeros (60, 1);
 prob.names.name = 'a run to report';
 param = struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_DUAL_SIMPLEX', 'KLV_IPAR_PRESOLVE', 'KLV_PRESOLVE_OFF');
 [r, res] = kalvoopt ('minimize info echo(0)', prob, param);
-printf ('the run: %.12g, %d iterations\n', res.sol.bas.pobjval, res.info.KLV_IINF_SIMPLEX_ITERATIONS);
+fprintf ('the run: %.12g, %d iterations\n', res.sol.bas.pobjval, res.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
 % The file to attach, without and with the solution.
 report = [tempname() '.json'];
@@ -18,18 +18,18 @@ r = kalvoopt (['min echo(0) write(' solved ')'], prob, param);
 
 % Anyone replays it: the same parameters, the same way to the same answer.
 [r, again] = kalvoopt (['minimize info echo(0) read(' report ')']);
-assert (r, 0);
-assert (again.sol.bas.xx, res.sol.bas.xx);
-assert (again.info.KLV_IINF_SIMPLEX_ITERATIONS, res.info.KLV_IINF_SIMPLEX_ITERATIONS);
-printf ('replayed: %.12g, %d iterations\n', again.sol.bas.pobjval, again.info.KLV_IINF_SIMPLEX_ITERATIONS);
+assert (r == 0);
+assert (isequal (again.sol.bas.xx, res.sol.bas.xx));
+assert (again.info.KLV_IINF_SIMPLEX_ITERATIONS == res.info.KLV_IINF_SIMPLEX_ITERATIONS);
+fprintf ('replayed: %.12g, %d iterations\n', again.sol.bas.pobjval, again.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
 % With the solution, it is where the run starts.
 [r, again] = kalvoopt (['minimize info echo(0) read(' solved ')']);
-assert (again.sol.bas.pobjval, res.sol.bas.pobjval, 1e-9);
-assert (again.info.KLV_IINF_SIMPLEX_ITERATIONS, 0);
-printf ('from its solution: %d iterations\n', again.info.KLV_IINF_SIMPLEX_ITERATIONS);
+assert (abs (again.sol.bas.pobjval - res.sol.bas.pobjval) < 1e-9);
+assert (again.info.KLV_IINF_SIMPLEX_ITERATIONS == 0);
+fprintf ('from its solution: %d iterations\n', again.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
 % Parameters of the call go before those of the file.
 [r, again] = kalvoopt (['minimize echo(0) read(' report ')'], [], struct ('KLV_IPAR_OPTIMIZER', 'KLV_OPTIMIZER_PRIMAL_SIMPLEX'));
-printf ('by another method: %.12g\n', again.sol.bas.pobjval);
+fprintf ('by another method: %.12g\n', again.sol.bas.pobjval);
 delete (report, solved);

@@ -13,17 +13,17 @@ prob.buc = [25 * ones(depots, 1); Inf(customers, 1)];      % a depot has 25
 prob.blx = zeros (ways, 1);
 
 [r, res] = kalvoopt ('minimize info echo(0)', prob);
-printf ('first: %g, after %d iterations\n', res.sol.bas.pobjval, res.info.KLV_IINF_SIMPLEX_ITERATIONS);
+fprintf ('first: %g, after %d iterations\n', res.sol.bas.pobjval, res.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
 % One customer needs more. res.sol is taken as it is; a basis is what counts.
 prob.sol = res.sol;
 prob.blc(depots + 1) = 12;
 [r, again] = kalvoopt ('minimize info echo(0)', prob);
-printf ('second: %g, after %d iterations\n', again.sol.bas.pobjval, again.info.KLV_IINF_SIMPLEX_ITERATIONS);
+fprintf ('second: %g, after %d iterations\n', again.sol.bas.pobjval, again.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
 % Where whole numbers are asked for, some known values are a start too: NaN is what is not known.
 prob.ints.sub = 1:ways;
 prob.sol = struct ('int', struct ('xx', NaN (ways, 1)));
 prob.sol.int.xx(again.sol.bas.xx == 0) = 0;
 [r, whole] = kalvoopt ('minimize echo(0)', prob);
-printf ('in whole numbers: %g\n', whole.sol.int.pobjval);
+fprintf ('in whole numbers: %g\n', whole.sol.int.pobjval);

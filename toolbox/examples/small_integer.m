@@ -15,9 +15,9 @@ prob.ints.sub = 1:6;                        % all six are whole numbers: with th
 [r, res] = kalvoopt ('maximize echo(0)', prob);
 int = res.sol.int;
 
-printf ('%s: start projects %s, worth %g\n', int.solsta, mat2str (find (int.xx' > 0.5)), int.pobjval);
+fprintf ('%s: start projects %s, worth %g\n', int.solsta, mat2str (find (int.xx' > 0.5)), int.pobjval);
 
 % Without the whole numbers the problem is a bound on what is possible.
 relaxed = struct ('KLV_IPAR_RELAX_INTEGERS', 1);
 [r, bound] = kalvoopt ('maximize echo(0)', prob, relaxed);
-printf ('no choice can be worth more than %g\n', bound.sol.bas.pobjval);
+fprintf ('no choice can be worth more than %g\n', bound.sol.bas.pobjval);

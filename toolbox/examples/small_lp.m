@@ -15,19 +15,19 @@ prob.names.var = {'tables'; 'chairs'; 'shelves'};
 [r, res] = kalvoopt ('maximize echo(0)', prob);
 bas = res.sol.bas;
 
-printf ('%s: the plan earns %g\n', bas.solsta, bas.pobjval);
+fprintf ('%s: the plan earns %g\n', bas.solsta, bas.pobjval);
 for j = 1:3
-    printf ('  %-10s %g\n', prob.names.var{j}, bas.xx(j));
+    fprintf ('  %-10s %g\n', prob.names.var{j}, bas.xx(j));
 end
 
 % A resource's dual y is what one more unit of it would earn; it is 0 where some is left over.
 for i = 1:3
-    printf ('  %-10s %5g of %g used; one more unit is worth %g\n', prob.names.con{i}, bas.xc(i), prob.buc(i), bas.y(i));
+    fprintf ('  %-10s %5g of %g used; one more unit is worth %g\n', prob.names.con{i}, bas.xc(i), prob.buc(i), bas.y(i));
 end
 
 % A product's reduced cost slx - sux is what making one unit of it by force would change.
 reduced_cost = bas.slx - bas.sux;
-printf ('  forcing a chair into the plan would change what it earns by %g\n', reduced_cost(2));
+fprintf ('  forcing a chair into the plan would change what it earns by %g\n', reduced_cost(2));
 
 % Both together prove that no plan earns more: the bound that the duals give is the plan's own value.
-printf ('  proved bound %g\n', bas.dobjval);
+fprintf ('  proved bound %g\n', bas.dobjval);
