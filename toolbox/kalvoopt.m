@@ -242,5 +242,6 @@
 %       fault in a file; unsupported section     3105, 3106, the line is named
 %       names or bounds no file can hold         3108, the item is named; disk full: 3107
 %       unknown word in cmd                      1200, nothing is done, res is not set
+%       "..." in MATLAB (a string object)        not a text: 1200 or 1201; write '...'
 %
 %   See also: kalvoplot, glpk

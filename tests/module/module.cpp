@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 
 #include "host/standalone/standalone.h"
@@ -42,8 +43,11 @@ int main (int count, char** arguments)
 {
     testing::InitGoogleTest (&count, arguments);
     const char* const file = count == 2 ? arguments[1] : "";
-    if (const void* const function = load (file); function == nullptr || !is_beside (file, function)) {
-        std::fprintf (stderr, "module_tests: '%s' or its library cannot be loaded: %s\n", file, dlerror ());
+    const void* const function = load (file);
+    if (function == nullptr || !is_beside (file, function)) {
+        const char* const reason = dlerror ();
+        std::fprintf (stderr, "module_tests: '%s': %s\n", file,
+                      reason != nullptr ? reason : "the solver library in use is not the one beside it");
         return 1;
     }
     return RUN_ALL_TESTS ();
