@@ -22,6 +22,8 @@ TEST (Settings, LimitsEndTheRunWithTheirCode)
                                {"OPTIMIZER 1 SIMPLEX_ITERATION_LIMIT 5", "ITERATION_LIMIT"},
                                {"OPTIMIZER 0 SIMPLEX_ITERATION_LIMIT 5", "ITERATION_LIMIT"},
                                {"OPTIMIZER 3 INTPNT_ITERATION_LIMIT 2", "ITERATION_LIMIT"},
+                               {"OPTIMIZER 3 INTPNT_METHOD 2 INTPNT_ITERATION_LIMIT 2", "ITERATION_LIMIT"},
+                               {"OPTIMIZER 3 INTPNT_METHOD 2 TIME_LIMIT 0", "TIME_LIMIT"},
                                {"OPTIMIZER 1 TIME_LIMIT 0", "TIME_LIMIT"},
                                {"OPTIMIZER 3 TIME_LIMIT 0", "TIME_LIMIT"},
                                {"TIME_LIMIT 0", "TIME_LIMIT", true},

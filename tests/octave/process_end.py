@@ -1,4 +1,4 @@
-"""A hundred processes that exit right after a stopped solve: each ends with the status that it was given."""
+"""Processes that exit right after a stopped solve: each ends with the status that it was given."""
 
 import concurrent.futures
 import os
@@ -26,14 +26,39 @@ STOP = "function stop = stop_at_once (handle, caller, info)\n  stop = double (in
 OPTIMIZERS = ["KLV_OPTIMIZER_AUTOMATIC", "KLV_OPTIMIZER_DUAL_SIMPLEX", "KLV_OPTIMIZER_INTERIOR_POINT"]
 
 
+# Its first factorisation takes a second and sees no stop: it is at it when the process ends.
+FACTORIZATION = r"""
+rand ('twister', 1);
+nodes = 6500;
+arcs = 50000;
+tail = ceil (nodes * rand (arcs, 1));
+head = mod (tail + ceil ((nodes - 1) * rand (arcs, 1)) - 1, nodes) + 1;
+k = (1:arcs)';
+prob.a = [sparse([tail; head], [k; k], [ones(arcs, 1); -ones(arcs, 1)], nodes, arcs), speye(nodes), -speye(nodes)];
+prob.c = [round(99 * rand (arcs, 1)) + 1; 1000 * ones(2 * nodes, 1)];
+prob.blc = prob.buc = round (40 * rand (nodes, 1) - 20);
+prob.blx = zeros (arcs + 2 * nodes, 1);
+prob.bux = [round(59 * rand (arcs, 1)) + 1; inf(2 * nodes, 1)];
+param = struct ('KLV_IPAR_OPTIMIZER', 3, 'KLV_IPAR_INTPNT_METHOD', 2, 'KLV_IPAR_PRESOLVE', 0);
+[r, res] = kalvoopt ('minimize info echo(0)', prob, param, struct ('iter', 'stop_at_once', 'iterhandle', 0));
+printf ('%d %d\n', r, res.info.KLV_IINF_ABANDONED_WORKERS);
+exit (3);
+"""
+
+
+def octave(seconds, code):
+    """Ends in a process of its own, where a run is stopped after so many seconds."""
+    # A script file may not begin with a function definition.
+    return subprocess.run(["octave-cli", "--no-history", "--norc", "-q", "--path", os.environ["KALVO_TOOLBOX"],
+                           "--eval", "1;\n" + STOP % seconds + code],
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
+
+
 def run(case):
     status = case % 2 * 3 + case % 5
-    # A script file may not begin with a function definition.
-    code = "1;\n" + STOP % [0, 0.02, 0.1][case % 3] + CODE % {
+    done = octave([0, 0.02, 0.1][case % 3], CODE % {
         "seed": case, "status": status, "optimizer": OPTIMIZERS[case % 3],
-        "integers": "prob.ints.sub = 1:n;" if case % 4 else ""}
-    done = subprocess.run(["octave-cli", "--no-history", "--norc", "-q", "--path", os.environ["KALVO_TOOLBOX"],
-                           "--eval", code], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
+        "integers": "prob.ints.sub = 1:n;" if case % 4 else ""})
     return status, done
 
 
@@ -44,3 +69,12 @@ class ProcessEnd(unittest.TestCase):
                 with self.subTest(case):
                     self.assertEqual(done.returncode, status, done.stdout)
                     self.assertRegex(done.stdout, r"^r=(100007|0)\n$")
+
+    def test_a_factorisation_that_goes_on_is_waited_for(self):
+        abandoned = 0
+        with concurrent.futures.ThreadPoolExecutor(2) as pool:
+            for done in pool.map(lambda seconds: octave(seconds, FACTORIZATION), [0.3, 0.5, 0.7, 1.3, 1.6, 1.9]):
+                self.assertEqual(done.returncode, 3, done.stdout)
+                self.assertRegex(done.stdout, r"^100007 [01]\n$")
+                abandoned += done.stdout.endswith(" 1\n")
+        self.assertGreater(abandoned, 0)

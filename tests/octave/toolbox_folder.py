@@ -10,10 +10,9 @@ TOOLBOX = pathlib.Path(os.environ["KALVO_TOOLBOX"])
 AFIRO = pathlib.Path(os.environ["KALVO_TEST_DATA"]) / "lp" / "afiro.mps"
 
 
-def solve(toolbox, **environment):
-    code = f"""[r, res] = kalvoopt ('minimize echo(0) read({AFIRO})');
-               assert (r, 0); assert (res.sol.bas.pobjval, -464.753142857, 1e-6);
-               printf ('%s', fileread ('/proc/self/maps'));"""
+def solve(toolbox, arguments="", then="printf ('%s', fileread ('/proc/self/maps'));", **environment):
+    code = f"""[r, res] = kalvoopt ('minimize info echo(2) read({AFIRO})'{arguments});
+               assert (r, 0); assert (res.sol.bas.pobjval, -464.753142857, 1e-6); {then}"""
     command = ["octave-cli", "--no-history", "--norc", "--path", str(toolbox), "--eval", code]
     done = subprocess.run(command, env={**os.environ, **environment}, text=True, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, timeout=60)
@@ -49,3 +48,16 @@ class ToolboxFolder(unittest.TestCase):
         loaded = solve(TOOLBOX, LD_PRELOAD=str(other))
         self.assertIn(str(other), loaded)
         self.assertIn(str(TOOLBOX / "libhighs.so"), loaded)
+
+    def test_without_the_extras_the_iterative_method_takes_the_place_of_the_factorising_one(self):
+        copy = pathlib.Path("a copy without extras").resolve()
+        shutil.copytree(TOOLBOX, copy)
+        asked = ", [], struct ('KLV_IPAR_OPTIMIZER', 3, 'KLV_IPAR_INTPNT_METHOD', 2)"
+        ran = "printf ('method %d', res.info.KLV_IINF_INTPNT_METHOD);"
+        told = solve(copy, asked, ran)
+        self.assertIn("method 2", told)
+        self.assertNotIn("Warning", told)
+        (copy / "libhighs_extras.so").unlink()
+        told = solve(copy, asked, ran)
+        self.assertIn("method 1", told)
+        self.assertIn("Warning: The interior-point method by factorisation needs a file that is missing", told)

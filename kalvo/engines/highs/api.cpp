@@ -52,6 +52,19 @@ static bool find (void* library, const char* name, Function& function)
     return function != nullptr;
 }
 
+// The library takes hold of its extras when it is first asked for what they do, and lets go of them at the end of the process,
+// also while a run is in the midst of them. What is older than the watch of that end lives longer.
+static bool take_hold_of_extras (const Api& found)
+{
+    void* const handle = found.create ();
+    if (handle == nullptr)
+        return false;
+    found.setBoolOptionValue (handle, "log_to_console", 0);
+    found.setStringOptionValue (handle, "solver", "hipo");
+    found.destroy (handle);
+    return true;
+}
+
 static std::string load_once ()
 {
     const std::string folder = own_folder ();
@@ -89,6 +102,8 @@ static std::string load_once ()
     if (found.version () != std::string_view (wanted_version))
         return text ("the engine's file ", folder, "/", library_file, " has version ", found.version (),
                      ", needed is ", wanted_version);
+    if (!take_hold_of_extras (found))
+        return "there is not enough memory for the engine";
     table = found;
     watch_process_end ();
     return {};
