@@ -1,11 +1,9 @@
 # A stand-in for MATLAB: the standalone host in the libraries and at the places that MATLAB has, so that the module for
-# MATLAB can be built (KALVO_MATLAB, Matlab_ROOT_DIR) and loaded where there is no MATLAB. tests/module/run does both.
+# MATLAB can be built and loaded where there is no MATLAB. tests/module/run does both.
 
 set (stand_in "${CMAKE_BINARY_DIR}/matlab")
-file (MAKE_DIRECTORY "${stand_in}/extern/include" "${stand_in}/bin")
+file (MAKE_DIRECTORY "${stand_in}/extern/include")
 file (CREATE_LINK "${CMAKE_SOURCE_DIR}/host/standalone/mex.h" "${stand_in}/extern/include/mex.h" SYMBOLIC)
-file (WRITE "${stand_in}/bin/mexext" "#!/bin/sh\necho mexa64\n")
-file (CHMOD "${stand_in}/bin/mexext" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
 
 # add_stand_in (library object-pattern): one of MATLAB's libraries, of these objects of the standalone host
 set_target_properties (host_standalone PROPERTIES CXX_VISIBILITY_PRESET default)

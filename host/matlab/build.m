@@ -20,9 +20,10 @@ function folder = build (root, work)
     end
     check_folder (root);
     fprintf ('Building for the MATLAB in %s: this takes some minutes\n', root);
-    run_program (['cmake -S ' quoted(source) ' -B ' quoted(work) ' --preset matlab -DMatlab_ROOT_DIR=' quoted(root)]);
-    run_program (['cmake --build ' quoted(work)]);
     folder = fullfile (work, 'toolbox');
+    run_program (['cmake --preset release -S ' quoted(source) ' -B ' quoted(work) ' -DKALVO_TESTS=OFF' ...
+                  ' -DKALVO_MATLAB=' quoted(root) ' -DKALVO_TOOLBOX_DIR=' quoted(folder)]);
+    run_program (['cmake --build ' quoted(work)]);
     fprintf ('The toolbox is %s\n', folder);
     if is_for_this
         try_toolbox (folder);
