@@ -4,7 +4,7 @@
 #include "kalvo.h"
 
 // Prints at most 2047 characters, and has the host show them at once.
-void mx_printf (const char* format, ...) __attribute__ ((format (printf, 1, 2)));
+void mx_printf (const char* format, ...) __attribute__ ((format (__printf__, 1, 2)));
 
 // Prints an error line: the code, and the path of the faulty input or a sentence.
 void mx_error (KLVrescode_t code, const char* text);

@@ -5,7 +5,7 @@
 #include "kalvo.h"
 
 // Prints an error line with a text of at most 254 characters, and answers its code.
-KLVrescode_t refuse (KLVrescode_t code, const char* format, ...) __attribute__ ((format (printf, 2, 3)));
+KLVrescode_t refuse (KLVrescode_t code, const char* format, ...) __attribute__ ((format (__printf__, 2, 3)));
 
 // Refuses a field of the problem record, not an empty one, whose values are not numbers or truth values. Of complex
 // numbers the real parts are read.
