@@ -2,8 +2,6 @@
 #include "tests/library/model.h"
 #include "tests/library/scripted_engine.h"
 
-#include <regex>
-
 namespace {
 
 using model::Task;
@@ -11,6 +9,19 @@ using scripted::claims;
 using scripted::right;
 using scripted::small;
 using scripted::small_integers;
+
+// Numbers with two decimals are seconds, percentages apart.
+std::string without_seconds (std::string line)
+{
+    constexpr std::string_view digits = "0123456789";
+    for (std::size_t dot = line.find ('.'); dot != line.npos; dot = line.find ('.', dot + 1)) {
+        const std::size_t begin = line.find_last_not_of (digits, dot - 1) + 1;
+        const std::size_t end = std::min (line.find_first_not_of (digits, dot + 1), line.size ());
+        if (end == dot + 3 && !line.substr (end).starts_with ('%'))
+            line.replace (begin, end - begin, "T");
+    }
+    return line;
+}
 
 // The lines of an optimisation and of its summaries, seconds as "T".
 std::vector<std::string> log_of (KLVtask_t task)
@@ -25,9 +36,8 @@ std::vector<std::string> log_of (KLVtask_t task)
     KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, nullptr, nullptr);
     std::vector<std::string> lines;
     std::istringstream all (text);
-    const std::regex seconds ("[0-9]+\\.[0-9][0-9]( s|:|$|  [a-z])");
     for (std::string line; std::getline (all, line);)
-        lines.push_back (std::regex_replace (line, seconds, "T$1"));
+        lines.push_back (without_seconds (line));
     return lines;
 }
 
