@@ -110,18 +110,17 @@ std::size_t Log::begin_run (const Job& job, const char* engine, bool joins, doub
 void Log::presolved (const Run& run, const Sizes& left, double seconds)
 {
     const Problem& problem = task_.problem ();
-    const std::pair<std::int64_t, std::int64_t> constraints (problem.constraints (), left.rows),
-        variables (problem.variables (), left.columns), entries (problem.matrix.entries (), left.entries);
-    std::string change = " nothing to reduce,";
-    if (constraints.first != constraints.second || variables.first != variables.second ||
-        entries.first != entries.second) {
-        change.clear ();
-        for (const auto& [from_to, what] :
-             {std::pair{constraints, "constraints"}, {variables, "variables"}, {entries, "entries"}})
-            change += text (" ", from_to.first, " -> ", from_to.second, " ", what, ",");
-    }
-    task_.say (text ("Presolve", side_by_side_ ? " of " + run.name : "", ":", change,
-                     formatted (" %.2f s", seconds - run.began)));
+    std::string change;
+    bool reduced = false;
+    const auto add = [&] (std::int64_t from, std::int64_t to, const char* what) {
+        change += text (" ", from, " -> ", to, " ", what, ",");
+        reduced = reduced || from != to;
+    };
+    add (problem.constraints (), left.rows, "constraints");
+    add (problem.variables (), left.columns, "variables");
+    add (problem.matrix.entries (), left.entries, "entries");
+    task_.say (text ("Presolve", side_by_side_ ? " of " + run.name : "", ":",
+                     reduced ? change : " nothing to reduce,", formatted (" %.2f s", seconds - run.began)));
 }
 
 static std::string number (int width, int digits, bool known, double value)
