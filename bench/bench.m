@@ -75,6 +75,14 @@ function against_glpk (file)
     for j = 1:rows (calls)
         printf ('%-24s %8.3f ms %7.2f\n', calls{j, 1}, 1e3 * middle(j), middle(j) / middle(1));
     end
+    % What the library says of its part: all of it, and in the engine.
+    items = {'OPTIMIZE', 'PRESOLVE', 'SIMPLEX', 'CHECK'};
+    times = zeros (numel (items), repeats);
+    for k = 1:repeats
+        [~, res] = solved ('minimize info echo(0)', prob, param);
+        times(:, k) = cellfun (@(item) res.info.(['KLV_DINF_TIME_' item]), items)';
+    end
+    printf ('of which %s %.3f ms\n', [lower(items); num2cell(1e3 * median (times, 2)')]{:});
 end
 
 % A second solve after a small change, from the first solution, against one without it.
