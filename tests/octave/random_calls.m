@@ -1,5 +1,5 @@
 % Random calls in one session, 500 or as many as KALVO_CALLS says, from KALVO_FIRST on: each returns a code, with a result
-% whose optimal solutions hold on the problem as it was stated; then good calls work, and memory stays where it was.
+% that agrees with it; then good calls work, and memory stays where it was.
 % Call number k is the same in every run. The last number printed before an end of the session is the call that ended it.
 1;
 function one = any_of (list)
@@ -98,34 +98,11 @@ function stop = again (varargin)
     [r, res] = kalvoopt ('minimize echo(0)', struct ('a', 1, 'blc', 1));
 end
 
-% Of an optimal solution of a minimisation: the point in its bounds, the duals of the costs, one objective for both.
-function check_optimal (prob, s)
-    vector = @(name, count, absent) ifelse_ (isfield (prob, name) && ! isempty (prob.(name)), ...
-        @() real (double (full (prob.(name)(:)))), @() absent * ones (count, 1));
-    [m, n] = size (prob.a);
-    is_in = @(v, l, u) all (! (l - v > 2e-6 * (1 + abs (l)))) && all (! (v - u > 2e-6 * (1 + abs (u))));
-    assert (is_in (s.xx, vector ('blx', n, -Inf), vector ('bux', n, Inf)));
-    assert (is_in (prob.a * s.xx, vector ('blc', m, -Inf), vector ('buc', m, Inf)));
-    c = vector ('c', n, 0);
-    assert (abs (c - prob.a' * s.y - s.slx + s.sux) <= 2e-6 * (1 + abs (c)));
-    assert (all ([s.slc; s.suc; s.slx; s.sux] >= 0));
-    assert (abs (s.pobjval - s.dobjval) <= 2e-6 * (1 + abs (s.pobjval) + abs (s.dobjval)));
-end
-
-function value = ifelse_ (condition, yes, no)
-    if condition, value = yes (); else, value = no (); end
-end
-
-function check_result (r, res, inputs)
+function check_result (r, res)
     assert (isa (r, 'double') && isreal (r) && isscalar (r) && r >= 0);
     assert (isstruct (res) || (isempty (res) && r != 0));
     if isempty (res), return; end
     assert (res.rcode == r && ischar (res.rmsg) && strncmp (res.rcodestr, 'KLV_RES_', 8));
-    if numel (inputs) < 2 || ! isstruct (inputs{2}) || ! isscalar (inputs{2}) || ! isfield (res, 'sol') || ...
-            any (regexp (inputs{1}, 'read|max|\(1\)')), return; end
-    for s = struct2cell (res.sol)'
-        if strcmp (s{1}.solsta, 'OPTIMAL') && isfield (s{1}, 'y'), check_optimal (inputs{2}, s{1}); end
-    end
 end
 
 % A call whose set-up fails leaves its second output undefined, which the session calls an error.
@@ -146,7 +123,8 @@ function bytes = resident ()
 end
 
 function number = setting (name, absent)
-    number = ifelse_ (isempty (getenv (name)), @() absent, @() str2double (getenv (name)));
+    number = str2double (getenv (name));
+    number(isnan (number)) = absent;
 end
 
 count = setting ('KALVO_CALLS', 500);
@@ -164,7 +142,7 @@ for k = first:first + count - 1
             evalc ('kalvoopt (inputs{:});');
         else
             [r, res] = called (inputs);
-            check_result (r, res, inputs);
+            check_result (r, res);
             codes(end + 1) = r;
         end
         [r, res] = kalvoopt ('minimize echo(0)', good);
