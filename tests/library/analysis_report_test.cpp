@@ -10,9 +10,7 @@ namespace {
 std::string printed (KLVtask_t task, KLVrescode_t (*call) (KLVtask_t, std::int32_t), int code = KLV_RES_OK)
 {
     std::string text, words;
-    KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, &text, [] (void* handle, const char* line) {
-        *static_cast<std::string*> (handle) += line;
-    });
+    files::collect (task, KLV_STREAM_MESSAGES, text);
     EXPECT_EQ (call (task, KLV_STREAM_MESSAGES), code);
     std::istringstream in (text);
     for (std::string word; in >> word;)

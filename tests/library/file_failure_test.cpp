@@ -1,8 +1,6 @@
 // Reading and writing that fail for reasons outside of the problem: no half problem and no half file is left.
+#include "tests/library/model.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/problem_file.h"
-
-#include <gtest/gtest.h>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -12,16 +10,13 @@ using testing::IsSubstring;
 
 namespace {
 
-// Names that need memory of their own, every section, and warnings.
+// Names that need memory of their own, one that is no text, every section, and warnings.
 const std::string small = files::lines (
-    "NAME a problem of some length|ROWS| N the_cost_of_everything| L the_first_of_the_limits| E "
-    "the_only_equation|"
+    "NAME a problem of some length|ROWS| N the_cost_of_everything| L the_first_of_the_limits| E only\xFF|"
     " N another_free_row|COLUMNS| M1 'MARKER' 'INTORG'| the_first_of_the_columns the_cost_of_everything 1|"
-    " M2 'MARKER' 'INTEND'| the_second_of_the_columns the_first_of_the_limits 3|RHS| R "
-    "the_cost_of_everything 5|"
-    " R the_first_of_the_limits 7|RANGES| R the_first_of_the_limits -2|BOUNDS| UP B "
-    "the_second_of_the_columns -1|"
-    "ENDATA|");
+    " M2 'MARKER' 'INTEND'| the_second_of_the_columns the_first_of_the_limits 3|RHS|"
+    " R the_cost_of_everything 5| R the_first_of_the_limits 7|RANGES| R the_first_of_the_limits -2|"
+    "BOUNDS| UP B the_second_of_the_columns -1|ENDATA|");
 
 std::string large ()
 {
@@ -31,7 +26,7 @@ std::string large ()
     return text + "ENDATA\n";
 }
 
-// A file in a folder of its own, and a task with its problem.
+// A file in a folder of its own, and a task with its problem and a start.
 struct Failure {
     files::Folder folder;
     std::string path;
@@ -44,6 +39,8 @@ struct Failure {
         const std::string source = folder / "source.mps";
         files::save (source, text);
         EXPECT_EQ (KLV_readdata (task, source.c_str ()), KLV_RES_OK) << task.last_error ();
+        EXPECT_EQ (
+            model::put_start (task, KLV_SOL_INT, {}, {}, model::Values (task.problem ().cost.size (), 1)), 0);
         EXPECT_EQ (KLV_writedata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
         std::filesystem::remove (source);
         old = files::load (path);
@@ -138,21 +135,6 @@ TEST (MpsFailure, LinkAndPermissionsOfATargetAreKept)
     EXPECT_EQ (status.st_mode & 07777, 0640U);
 }
 
-// Answers of the progress callback.
-struct Answers {
-    std::uint32_t stop_at;
-    std::int32_t answer = 1;
-    std::vector<std::uint32_t> callers = {};
-
-    static std::int32_t give (KLVtask_t, void* handle, std::uint32_t caller, const double*,
-                              const std::int32_t*, const std::int64_t*)
-    {
-        Answers& answers = *static_cast<Answers*> (handle);
-        answers.callers.push_back (caller);
-        return caller == answers.stop_at ? answers.answer : 0;
-    }
-};
-
 TEST (MpsFailure, CallbackIsAskedAndStops)
 {
     static const struct {
@@ -161,16 +143,19 @@ TEST (MpsFailure, CallbackIsAskedAndStops)
     } cases[] = {{KLV_readdata, KLV_CALLER_BEGIN_READ, KLV_CALLER_END_READ},
                  {KLV_writedata, KLV_CALLER_BEGIN_WRITE, KLV_CALLER_END_WRITE}};
     for (const auto& [operation, begin, end] : cases) {
-        for (Answers answers :
-             {Answers{begin}, Answers{end}, Answers{end, KLV_RES_OUT_OF_MEMORY}, Answers{0}}) {
+        for (const std::uint32_t stop_at : {begin, end, 0U}) {
             Failure failure;
-            KLV_putcallbackfunc (failure.task, Answers::give, &answers);
+            std::vector<std::uint32_t> callers;
+            failure.task.on_progress ([&] (std::uint32_t caller) {
+                callers.push_back (caller);
+                return caller == stop_at ? 1 : 0;
+            });
             const KLVrescode_t code = operation (failure.task, failure.path.c_str ());
-            EXPECT_EQ (answers.callers.front (), begin);
-            EXPECT_EQ (answers.callers.back (), answers.stop_at == begin ? begin : end);
-            if (answers.stop_at == 0)
+            EXPECT_EQ (callers.front (), begin);
+            EXPECT_EQ (callers.back (), stop_at == begin ? begin : end);
+            if (stop_at == 0)
                 continue;
-            EXPECT_EQ (code, answers.answer == 1 ? KLV_RES_USER_STOP : KLV_RES_OUT_OF_MEMORY);
+            EXPECT_EQ (code, KLV_RES_USER_STOP);
             EXPECT_EQ (failure.task.problem ().variables (), operation == KLV_readdata ? 0 : 2);
             EXPECT_EQ (failure.task.printed.find ("rror"), std::string::npos) << "a stop is no error";
             failure.expect_old_file ();
@@ -180,7 +165,7 @@ TEST (MpsFailure, CallbackIsAskedAndStops)
 
 TEST (MpsFailure, EveryAllocationFailsOnce)
 {
-    for (const char* name : {"f.mps", "f.lp", "f.lp.gz"}) {
+    for (const char* name : {"f.mps", "f.lp", "f.lp.gz", "f.json"}) {
         for (const bool writes : {false, true}) {
             bool failed = true;
             for (std::size_t n = 0; failed; ++n) {
@@ -198,6 +183,8 @@ TEST (MpsFailure, EveryAllocationFailsOnce)
                 }
                 ASSERT_EQ (code, failed ? KLV_RES_OUT_OF_MEMORY : KLV_RES_OK);
                 ASSERT_EQ (task->problem ().variables (), failed && !writes ? 0 : 2);
+                const bool has_start = writes || (!failed && name == std::string ("f.json"));
+                ASSERT_EQ (task->solutions[KLV_SOL_INT].has_value (), has_start);
                 ASSERT_EQ (failure.folder.count (), 1U);
                 ASSERT_EQ (files::load (failure.path) == failure.old, failed || !writes);
             }

@@ -1,7 +1,5 @@
 // JSON files: everything comes back to the last bit, and whatever is wrong is refused by name.
 #include "tests/library/model.h"
-#include "tests/support/failing_new.h"
-#include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
 
@@ -118,18 +116,11 @@ TEST (Json, CertificatesComeBackWhereTheyProve)
     }
 }
 
-TEST (Json, OddNumbersNamesAndBoundsComeBack)
+TEST (Json, NamesOfAnyBytesAndStartsInPartComeBack)
 {
-    const auto lowest = std::numeric_limits<double>::denorm_min ();
-    const auto largest = std::numeric_limits<double>::max ();
     Copy copy;
     KLV_appendcons (copy.task, 2);
     KLV_appendvars (copy.task, 5);
-    const double costs[] = {-0.0, lowest, -largest, 123456789012345678.0, 1.8446744073709552e19};
-    KLV_putcslice (copy.task, 0, 5, costs);
-    const std::int32_t keys[] = {KLV_BK_RA, KLV_BK_FX, KLV_BK_UP, KLV_BK_LO, KLV_BK_RA};
-    const double lower[] = {1, 1, 0, 1e25, 3}, upper[] = {1, 1, -1e25, 0, 2};
-    ASSERT_EQ (KLV_putvarboundslice (copy.task, 0, 5, keys, lower, upper), KLV_RES_OK);
     const std::int32_t rows[] = {1, 0};
     const double entries[] = {0, -0.0};
     KLV_putacol (copy.task, 3, 2, rows, entries);
@@ -138,21 +129,14 @@ TEST (Json, OddNumbersNamesAndBoundsComeBack)
         KLV_putvarname (copy.task, j, names[j]);
     KLV_putobjname (copy.task, "\xED\xA0\x80");
     KLV_puttaskname (copy.task, "");
-    const double nan = std::numeric_limits<double>::quiet_NaN (), some[] = {nan, 1, nan, -0.0, 2};
-    const std::int32_t skx[] = {KLV_SK_BASIC, KLV_SK_BASIC, KLV_SK_LOWER, KLV_SK_INFEASIBLE, KLV_SK_UPPER};
-    const auto put = [&] (std::int32_t which, const std::int32_t* keys_of, const double* xx) {
-        EXPECT_EQ (KLV_putsolutionnew (copy.task, which, nullptr, keys_of, nullptr, nullptr, xx, nullptr,
-                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
-                   0);
-    };
-    put (KLV_SOL_INT, nullptr, some);
-    put (KLV_SOL_BAS, skx, nullptr);
-    copy.make ();
-    const klv::Problem &a = copy.task.problem (), &b = copy.again.problem ();
-    EXPECT_EQ (a.matrix.column (3).rows[0], b.matrix.column (3).rows[0]) << "entries keep their order";
-    for (std::int32_t j = 0; j < 5; ++j)
-        EXPECT_EQ (b.variable_name.get (j), names[j]);
+    const double nan = std::numeric_limits<double>::quiet_NaN ();
     const KLVtask_t before = copy.task, after = copy.again;
+    EXPECT_EQ (model::put_start (before, KLV_SOL_INT, {}, {}, {nan, 1, nan, -0.0, 2}), 0);
+    EXPECT_EQ (model::put_start (before, KLV_SOL_BAS, {}, {1, 1, 3, KLV_SK_INFEASIBLE, 4}, {}), 0);
+    copy.make ();
+    EXPECT_EQ (after->problem ().matrix.column (3).rows[0], 1) << "entries keep their order";
+    for (std::int32_t j = 0; j < 5; ++j)
+        EXPECT_EQ (after->problem ().variable_name.get (j), names[j]);
     for (const std::size_t which : {KLV_SOL_BAS, KLV_SOL_INT}) {
         ASSERT_TRUE (after->solutions[which]);
         EXPECT_EQ (bits (*before->solutions[which]), bits (*after->solutions[which]));
@@ -245,30 +229,6 @@ TEST (Json, WhatIsWrongIsRefusedByName)
         const KLVtask_t task = copy.again;
         EXPECT_EQ (task->parameters.doubles, klv::Parameters ().doubles) << error;
         EXPECT_FALSE (task->solutions[KLV_SOL_INT]) << error;
-    }
-}
-
-TEST (Json, EveryAllocationFailsOnce)
-{
-    const std::string text = replaced (files::json_example (), "\"milk\"", "[255, 1]");
-    for (const bool writes : {false, true}) {
-        bool failed = true;
-        for (std::size_t n = 0; failed; ++n) {
-            Copy copy;
-            ASSERT_EQ (copy.read (text), KLV_RES_OK);
-            const files::Task empty;
-            const KLVtask_t task = writes ? copy.again : empty;
-            KLVrescode_t code = KLV_RES_OK;
-            {
-                const FailingNew fault (n);
-                code = (writes ? KLV_writedata : KLV_readdata) (task, copy.path.c_str ());
-                failed = fault.has_failed ();
-            }
-            ASSERT_EQ (code, failed ? KLV_RES_OUT_OF_MEMORY : KLV_RES_OK) << n;
-            ASSERT_EQ (task->problem ().variables (), writes || !failed ? 2 : 0);
-            ASSERT_EQ (task->parameters.get (klv::RealSetting::time_limit), writes || !failed ? 60 : -1);
-            ASSERT_EQ (files::load (copy.path) == text, !writes || failed);
-        }
     }
 }
 

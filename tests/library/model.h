@@ -1,7 +1,7 @@
 // Small problems for tests, and proofs of their answers that use nothing of the library but what it holds.
 #pragma once
 
-#include "kalvo/task/task.h"
+#include "tests/support/problem_file.h"
 #include "tests/support/proof.h"
 
 #include <gtest/gtest.h>
@@ -101,44 +101,38 @@ inline Model knapsack (std::size_t m, std::size_t n)
     return made;
 }
 
-class Task {
+class Task : public files::Task {
 public:
-    Task () { EXPECT_EQ (KLV_makeemptytask (nullptr, &task_), 0); }
-    explicit Task (const Model& model, const std::string& settings = "") : Task ()
+    Task () = default;
+    explicit Task (const Model& model, const std::string& settings = "")
     {
         put (model);
         set (settings);
     }
     explicit Task (const char* model, const std::string& settings = "") : Task (parse (model), settings) {}
-    Task (const Task&) = delete;
-    Task& operator= (const Task&) = delete;
-    ~Task () { KLV_deletetask (&task_); }
-    operator KLVtask_t () const { return task_; }
 
     void put (const Model& model);
     void set (const std::string& settings);         // "OPTIMIZER 1 TIME_LIMIT 0.5": names without prefix
     double information (const char* item) const;    // "MIP_NODES": its name without prefix
-    std::string last_error () const;
-
-private:
-    KLVtask_t task_ = nullptr;
 };
 
 inline void Task::put (const Model& model)
 {
     const auto n = static_cast<std::int32_t> (model.cost.size ());
     const auto m = static_cast<std::int32_t> (model.row_bounds.size ());
-    EXPECT_EQ (KLV_appendvars (task_, n), 0);
-    EXPECT_EQ (KLV_appendcons (task_, m), 0);
-    const auto put_bound = [&] (auto put_slice, std::int32_t item, Range range) {
-        const std::int32_t key = range.lower == range.upper ? KLV_BK_FX : KLV_BK_RA;
-        EXPECT_EQ (put_slice (task_, item, item + 1, &key, &range.lower, &range.upper), 0);
+    KLV_appendvars (*this, n);
+    KLV_appendcons (*this, m);
+    const auto put_bounds = [&] (auto put_slice, const std::vector<Range>& ranges) {
+        for (std::int32_t i = 0; const Range& range : ranges) {
+            const std::int32_t key = range.lower == range.upper ? KLV_BK_FX : KLV_BK_RA;
+            EXPECT_EQ (put_slice (*this, i, i + 1, &key, &range.lower, &range.upper), 0);
+            ++i;
+        }
     };
-    for (std::int32_t i = 0; i < m; ++i)
-        put_bound (KLV_putconboundslice, i, model.row_bounds[static_cast<std::size_t> (i)]);
+    put_bounds (KLV_putconboundslice, model.row_bounds);
+    put_bounds (KLV_putvarboundslice, model.bounds);
     for (std::int32_t j = 0; j < n; ++j) {
         const auto column = static_cast<std::size_t> (j);
-        put_bound (KLV_putvarboundslice, j, model.bounds[column]);
         std::vector<std::int32_t> rows;
         Values values;
         for (std::int32_t i = 0; i < m; ++i)
@@ -147,13 +141,13 @@ inline void Task::put (const Model& model)
                 values.push_back (value);
             }
         const auto count = static_cast<std::int32_t> (rows.size ());
-        EXPECT_EQ (KLV_putacol (task_, j, count, rows.data (), values.data ()), 0);
+        EXPECT_EQ (KLV_putacol (*this, j, count, rows.data (), values.data ()), 0);
         const bool integer = !model.integer.empty () && model.integer[column];
-        EXPECT_EQ (KLV_putvartype (task_, j, integer), 0);
+        EXPECT_EQ (KLV_putvartype (*this, j, integer), 0);
     }
-    EXPECT_EQ (KLV_putcslice (task_, 0, n, model.cost.data ()), 0);
-    EXPECT_EQ (KLV_putobjsense (task_, model.maximize), 0);
-    EXPECT_EQ (KLV_putcfix (task_, model.constant), 0);
+    EXPECT_EQ (KLV_putcslice (*this, 0, n, model.cost.data ()), 0);
+    EXPECT_EQ (KLV_putobjsense (*this, model.maximize), 0);
+    EXPECT_EQ (KLV_putcfix (*this, model.constant), 0);
 }
 
 inline void Task::set (const std::string& settings)
@@ -161,37 +155,28 @@ inline void Task::set (const std::string& settings)
     std::istringstream words (settings);
     for (std::string name, value; words >> name >> value;) {
         std::int32_t kind = 0, number = 0;
-        if (KLV_whichparam (task_, ("KLV_IPAR_" + name).c_str (), &kind, &number); kind == KLV_PAR_INTEGER)
-            EXPECT_EQ (KLV_putintparam (task_, number, std::stoi (value)), 0) << name;
-        else {
-            KLV_whichparam (task_, ("KLV_DPAR_" + name).c_str (), &kind, &number);
-            ASSERT_EQ (kind, KLV_PAR_DOUBLE) << name;
-            EXPECT_EQ (KLV_putdouparam (task_, number, std::stod (value)), 0) << name;
-        }
+        KLV_whichparam (*this, ("KLV_DPAR_" + name).c_str (), &kind, &number);
+        EXPECT_EQ (kind == KLV_PAR_DOUBLE
+                       ? KLV_putdouparam (*this, number, std::stod (value))
+                       : KLV_putnaintparam (*this, ("KLV_IPAR_" + name).c_str (), std::stoi (value)),
+                   0)
+            << name;
     }
 }
 
 inline double Task::information (const char* item) const
 {
     char name[KLV_MAX_TEXT];
-    std::int32_t integer = 0;
-    double real = 0;
-    for (int i = 0; KLV_getinfname (task_, KLV_INF_INTEGER, i, name) == 0; ++i)
-        if (name == std::string ("KLV_IINF_") + item && KLV_getintinf (task_, i, &integer) == 0)
-            return integer;
-    for (int i = 0; KLV_getinfname (task_, KLV_INF_DOUBLE, i, name) == 0; ++i)
-        if (name == std::string ("KLV_DINF_") + item && KLV_getdouinf (task_, i, &real) == 0)
-            return real;
+    std::int32_t whole = 0;
+    double value = 0;
+    for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_INTEGER, i, name) == 0; ++i)
+        if (name == std::string ("KLV_IINF_") + item && KLV_getintinf (*this, i, &whole) == 0)
+            return whole;
+    for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_DOUBLE, i, name) == 0; ++i)
+        if (name == std::string ("KLV_DINF_") + item && KLV_getdouinf (*this, i, &value) == 0)
+            return value;
     ADD_FAILURE () << "no information item " << item;
     return 0;
-}
-
-inline std::string Task::last_error () const
-{
-    std::int32_t code = 0;
-    char message[KLV_MAX_TEXT] = "";
-    KLV_getlasterror (task_, &code, sizeof message, nullptr, message);
-    return message;
 }
 
 inline Slot slot (KLVtask_t task, std::int32_t which)
@@ -226,6 +211,15 @@ inline Slot slot (KLVtask_t task, std::int32_t which)
     get (s.slx, n, KLV_getslxslice);
     get (s.sux, n, KLV_getsuxslice);
     return s;
+}
+
+// Keys and values of a start as far as they are given.
+inline KLVrescode_t put_start (KLVtask_t task, std::int32_t which, const std::vector<std::int32_t>& skc,
+                               const std::vector<std::int32_t>& skx, const Values& xx, const Values& y = {})
+{
+    const auto data = [] (const auto& values) { return values.empty () ? nullptr : values.data (); };
+    return KLV_putsolutionnew (task, which, data (skc), data (skx), nullptr, nullptr, data (xx), data (y),
+                               nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
 }
 
 // Proves what each slot says of itself and tells it: "itr OPTIMAL bas OPTIMAL"; where a solution's status is unknown, it is

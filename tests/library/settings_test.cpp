@@ -256,9 +256,7 @@ TEST (Settings, LogLevelsAndSwitchesPrintWhatTheySay)
     const auto log_of = [] (const std::string& settings, bool integer) {
         const Task task (integer ? knapsack (5, 30) : dense (20, 30), settings);
         std::string log;
-        KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, &log, [] (void* handle, const char* line) {
-            *static_cast<std::string*> (handle) += line;
-        });
+        files::collect (task, KLV_STREAM_MESSAGES, log);
         EXPECT_EQ (KLV_optimize (task), 0);
         return log;
     };

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -66,6 +67,13 @@ inline std::string json_example ()
     return manual.substr (begin, manual.find ("```", begin) - begin);
 }
 
+// Collects the lines of a stream in a text.
+inline void collect (KLVtask_t task, std::int32_t stream, std::string& text)
+{
+    KLV_linkfunctotaskstream (task, stream, &text,
+                              [] (void* to, const char* line) { *static_cast<std::string*> (to) += line; });
+}
+
 // A task whose warnings and errors are collected.
 class Task {
 public:
@@ -74,14 +82,22 @@ public:
         KLVtask_t task = nullptr;
         KLV_makeemptytask (nullptr, &task);
         task_.reset (task);
-        KLV_linkfunctotaskstream (task, KLV_STREAM_WARNINGS, &printed, [] (void* handle, const char* text) {
-            *static_cast<std::string*> (handle) += text;
-        });
+        collect (task, KLV_STREAM_WARNINGS, printed);
     }
 
     operator KLVtask_t () const { return task_.get (); }
     const klv::Problem& problem () const { return task_->problem (); }
     void set_format (std::int32_t format) { KLV_putnaintparam (*this, "KLV_IPAR_FILE_FORMAT", format); }
+
+    void on_progress (const std::function<std::int32_t (std::uint32_t caller)>& answer)
+    {
+        answer_ = answer;
+        KLV_putcallbackfunc (
+            *this,
+            [] (KLVtask_t, void* handle, std::uint32_t caller, const double*, const std::int32_t*,
+                const std::int64_t*) { return static_cast<Task*> (handle)->answer_ (caller); },
+            this);
+    }
 
     std::string last_error () const
     {
@@ -98,6 +114,7 @@ private:
         void operator() (KLVtask_t task) const { KLV_deletetask (&task); }
     };
     std::unique_ptr<KLV_task, Delete> task_;
+    std::function<std::int32_t (std::uint32_t)> answer_;
 };
 
 // Problems as texts: "min 5: x int LO 0, 2, r1 3; r1 UP 7;" has every variable with its bounds, its cost and its
