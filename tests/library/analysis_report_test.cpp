@@ -65,14 +65,9 @@ TEST (Analysis, WarnsOfWhatLooksBad)
 
 TEST (Analysis, OfALargeProblemCanBeStopped)
 {
-    const model::Task task;
+    model::Task task;
     KLV_appendvars (task, 2'000'000);
-    KLV_putcallbackfunc (
-        task,
-        [] (KLVtask_t, void*, std::uint32_t caller, const double*, const std::int32_t*, const std::int64_t*) {
-            return caller == KLV_CALLER_ANALYZE ? 1 : 0;
-        },
-        nullptr);
+    task.on_progress ([] (std::uint32_t caller) { return caller == KLV_CALLER_ANALYZE ? 1 : 0; });
     std::this_thread::sleep_for (std::chrono::milliseconds (25));
     EXPECT_EQ (printed (task, KLV_analyzeproblem, KLV_RES_USER_STOP), "");
 }

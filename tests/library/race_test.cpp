@@ -96,12 +96,8 @@ TEST (Race, EndsForBothByAStopOrALimit)
                 ++stopped;
                 return claims (job.method == Method::interior_point ? "stopped x 5 5 y 1 d 0 1" : "stopped");
             });
-        const Task task (small, at_once + std::string (limited ? "TIME_LIMIT 0.1" : ""));
-        int calls = 0;
-        const auto stop_soon = [] (KLVtask_t, void* asked, std::uint32_t, const double*, const std::int32_t*,
-                                   const std::int64_t*) { return ++*static_cast<int*> (asked) > 6 ? 1 : 0; };
-        if (!limited)
-            KLV_putcallbackfunc (task, stop_soon, &calls);
+        Task task (small, at_once + std::string (limited ? "TIME_LIMIT 0.1" : ""));
+        task.on_progress ([limited, calls = 0] (std::uint32_t) mutable { return !limited && ++calls > 6; });
         EXPECT_EQ (KLV_optimize (task), limited ? KLV_RES_TIME_LIMIT : KLV_RES_USER_STOP);
         EXPECT_EQ (stopped, 2);
         EXPECT_EQ (task.information ("ABANDONED_WORKERS"), 0);
