@@ -11,9 +11,9 @@ assert (isempty (setdiff (listed(:, 1), parameters)), strjoin (setdiff (listed(:
 for i = 1:rows (listed)
     default = res.param.(listed{i, 1});
     if ischar (default)
-        assert (strrep (listed{i, 2}, "''", ""), default, listed{i, 1});
+        assert (isequal (strrep (listed{i, 2}, "''", ""), default), listed{i, 1});
     else
-        assert (str2double (listed{i, 2}), default, listed{i, 1});
+        assert (isequal (str2double (listed{i, 2}), default), listed{i, 1});
     end
 end
 known = [parameters; fieldnames(res.info); fieldnames(res.symbcon)];
