@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "gateway/number.h"
+#include "input/arrays.h"
 #include "output/problem.h"
 #include "output/records.h"
 #include "output/solution.h"
@@ -27,13 +28,23 @@ bool wants_problem (const cmdoptions& options)
     return options.read || options.prob;
 }
 
-using ResultFields = FieldList<9>;
+// A field of the problem record that asks for a field of the result, be it empty. A file takes the record's
+// place.
+bool problem_has (const Request& request, const char* field)
+{
+    const mxArray* prob = request.options.read ? nullptr : request.input (2);
+    return is_given (prob) && mxGetField (prob, 0, field) != nullptr;
+}
+
+using ResultFields = FieldList<11>;
 
 ResultFields list_fields (const Request& request)
 {
     const cmdoptions& options = request.options;
     ResultFields fields;
     fields.add_if (request.is_finished () && has_solution (request.task.get ()), {"sol"});
+    for (const char* analysis : {"prisen", "duasen"})
+        fields.add_if (request.is_finished () && problem_has (request, analysis), {analysis});
     if (request.code != KLV_RES_OUT_OF_MEMORY) {
         fields.add_if (wants_problem (options), {"prob"});
         fields.add_if (options.param, {"param"});

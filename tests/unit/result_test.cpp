@@ -45,6 +45,19 @@ TEST_F (Result, HasTheFieldsThatTheRequestNeeds)
     }
 }
 
+// Its place is there once the problem has the field, even if nothing is asked in it.
+TEST_F (Result, HasAPlaceForEachAnalysis)
+{
+    const struct {
+        const char *command, *prob, *fields;
+    } cases[] = {{"minimize", "(a=1, blx=0, c=1, duasen=[], prisen=[])", "sol prisen duasen "},
+                 {"min prob", "(a=1, duasen=[])", "duasen prob "},
+                 {"prob", "(a=1, prisen=[], c='x')", "prob "}};
+    for (const auto& c : cases)
+        EXPECT_EQ (names_of (ask (std::string ("echo(0) ") + c.command, {c.prob})[1]),
+                   std::string (c.fields) + "rcode rmsg rcodestr ");
+}
+
 TEST_F (Result, IsMadeOnlyWhenAskedFor)
 {
     const struct {
