@@ -51,10 +51,9 @@ bool at_word_end (char c)
     return c == ' ' || c == '\0';
 }
 
-// A number without parentheses is 0.
+// A number without parentheses is the last one before it, or 0.
 bool set_number (const char* command, std::size_t& position, CommandText& argument, std::int32_t& setting)
 {
-    argument[0] = '\0';
     std::int32_t number = 0;
     if (!getarg (command, position, argument) || !strtointeger (argument, &number))
         return false;
@@ -94,7 +93,8 @@ KLVrescode_t executecmd (const char* command, cmdoptions& options, CommandText& 
             return KLV_RES_OK;
         const std::size_t word = position;
         if (!take_word (command, position, options, argument)) {
-            std::snprintf (message, sizeof message, "cmd at -> %s\n", command + word);
+            constexpr int room = command_text_size - sizeof "cmd at -> \n";
+            std::snprintf (message, sizeof message, "cmd at -> %.*s\n", room, command + word);
             return KLV_RES_ARGUMENT;
         }
     }

@@ -57,7 +57,8 @@ TEST (Command, GivesSettings)
         {"read( my file (2.mps)", "read=1 < my file (2.mps> "},
         {"read write(x)", "read=1 write=1 <x> "},
         {"read(a) read", "read=1 <a> "},
-        {"echo(2) debug", "echo=2 "},
+        {"echo(2) debug", "echo=2 debug=2 "},
+        {"debug echo(2)", "echo=2 "},
         {"echo()", "echo=0 "},
         {"echo( 7 )", "echo=7 "},
         {"log(" + longest + ")", "log=1 <" + longest + "> "},
@@ -79,11 +80,11 @@ TEST (Command, GivesSettings)
         EXPECT_EQ (changed (options), c.settings);
         EXPECT_EQ (message, c.rest.empty () ? "" : "cmd at -> " + c.rest + "\n");
     }
-    // A file name that does not fit is refused whole; the message is cut to its buffer.
+    // A file name that does not fit is refused whole; the message is cut to its buffer, its line ends.
     cmdoptions options;
     CommandText argument = "", message = "";
     EXPECT_EQ (executecmd (("log(" + longest + "f)").c_str (), options, argument, message), 1200);
-    EXPECT_EQ (std::string (message), ("cmd at -> log(" + longest).substr (0, 1023));
+    EXPECT_EQ (std::string (message), ("cmd at -> log(" + longest).substr (0, 1022) + "\n");
 }
 
 }
