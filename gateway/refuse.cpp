@@ -12,7 +12,7 @@ KLVrescode_t refuse (KLVrescode_t code, const char* format, ...)
     va_start (values, format);
     std::vsnprintf (text, sizeof text, format, values);
     va_end (values);
-    mx_error (code, text);
+    mx_error (code == KLV_RES_ARGUMENT_LENGTH ? KLV_RES_ARGUMENT : code, text);
     return code;
 }
 

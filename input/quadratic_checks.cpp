@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "gateway/console.h"
+#include "gateway/refuse.h"
 #include "input/arrays.h"
 #include "input/readers.h"
 
@@ -22,8 +22,7 @@ KLVrescode_t check_quadratic_fields (const ProblemFields& fields)
     const auto is_vector_of = [&] (const char* path, const mxArray* field, std::uint64_t length) {
         if (isvector (field, length, 0) && is_countable (length))
             return true;
-        mx_error (KLV_RES_ARGUMENT, path);
-        code = KLV_RES_ARGUMENT_LENGTH;
+        code = refuse (KLV_RES_ARGUMENT_LENGTH, "%s", path);
         return false;
     };
 

@@ -21,10 +21,8 @@ KLVrescode_t read_weights (const mxArray* record, const char* name, const char* 
     const mxArray* field = mxGetField (record, 0, name);
     if (field == nullptr)
         return KLV_RES_OK;
-    if (!isvector (field, static_cast<std::uint64_t> (length), 0)) {
-        refuse (KLV_RES_ARGUMENT, "prob.%s", path);
-        return KLV_RES_ARGUMENT_LENGTH;
-    }
+    if (!isvector (field, static_cast<std::uint64_t> (length), 0))
+        return refuse (KLV_RES_ARGUMENT_LENGTH, "prob.%s", path);
     if (length == 0)
         return KLV_RES_OK;
     if (const KLVrescode_t code = check_values (path, field))

@@ -223,14 +223,14 @@
 %       complex numbers but in a                 their real parts are read
 %       NaN or Inf in a or c                     refused by the solver; res.rmsg names the entry
 %       c of another length, sparse row          1200 "prob.c has wrong length"
-%       bounds of another length or class        1201 "prob.blc has invalid dimension"
+%       bounds of another length or class        1201 (the line says 1200) "prob.blc has invalid dimension"
 %       blc, blx = Inf; buc, bux = -Inf          1400, the item is named
 %       buc, bux finite and above 1e20           no bound (in a full vector), a bound (in a sparse one)
 %       lower bound above upper bound            infeasible, with that pair as certificate; r is 0
 %       cfix empty                               1200 "prob.cfix" (absent is 0)
 %       ints not a structure; index out of range 1200, the item is named
 %       ints.sub sparse or not a vector          ignored
-%       names of another number                  1201 "prob.names.con"; an unknown field of names: 1200
+%       names of another number                  1201 (the line says 1200) "prob.names.con"; unknown names: 1200
 %       sol not a structure                      1200 "prob.sol"; its fields of another length: named likewise
 %       NaN in sol; Inf in sol                   not known; refused by the solver
 %       param an array of structures             ignored; not a structure: 1200 "param"

@@ -88,7 +88,7 @@ TEST_F (Matlab, StringsAreRefusedByName)
          "1200 prob.names.name; ",
          1200},
         {{command, record ({{"a", value ("[1 2]")}, {"names", with ("var")}})},
-         "1201 prob.names.var; ",
+         "1200 prob.names.var; ",
          1201},
         {{command, prob, with ("KLV_IPAR_OPTIMIZER")}, "1200 param.KLV_IPAR_OPTIMIZER; " + refused, 1200},
         {{command, prob, with ("KLV_SPAR_DATA_FILE")}, "1200 param.KLV_SPAR_DATA_FILE; " + refused, 1200},
