@@ -21,6 +21,7 @@ void* __real_mxCalloc (std::size_t count, std::size_t size);
 mxArray* __real_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity complexity);
 mxArray* __real_mxCreateDoubleScalar (double value);
 mxArray* __real_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxComplexity complexity);
+mxArray* __real_mxCreateString (const char* text);
 mxArray* __real_mxCreateCharArray (mwSize dimensions, const mwSize* sizes);
 mxArray* __real_mxCreateStructArray (mwSize dimensions, const mwSize* sizes, int fields, const char** names);
 mxArray* __real_mxCreateCellArray (mwSize dimensions, const mwSize* sizes);
@@ -121,7 +122,10 @@ mxArray* __wrap_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxCom
 
 mxArray* __wrap_mxCreateString (const char* text)
 {
-    return null_without_memory ([=] { return static_cast<mxArray*> (make_text_value (text)); });
+    return null_without_memory ([=] {
+        return *text == '\0' ? static_cast<mxArray*> (make_empty_text_value ())
+                             : __real_mxCreateString (text);
+    });
 }
 
 mxArray* __wrap_mxCreateCharArray (mwSize dimensions, const mwSize* sizes)

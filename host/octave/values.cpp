@@ -35,10 +35,10 @@ void* make_record_value (const void* record)
 }
 
 // Values are counted references: all empty texts are one.
-void* make_text_value (const char* text)
+void* make_empty_text_value ()
 {
     static const octave_value empty{std::string ()};
-    return new mxArray (false, *text == '\0' ? empty : octave_value (std::string (text)));
+    return new mxArray (false, empty);
 }
 
 void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns)

@@ -11,7 +11,7 @@
 void* make_record_value (const void* record);
 
 // These throw where there is no memory.
-void* make_text_value (const char* text);
+void* make_empty_text_value ();
 void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns);    // more than one
 // Without entries, but with room for them.
 void* make_sparse_value (std::ptrdiff_t rows, std::ptrdiff_t columns, std::ptrdiff_t room);
