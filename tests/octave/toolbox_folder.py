@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import resource
 import shutil
 import subprocess
 import unittest
@@ -61,3 +62,11 @@ class ToolboxFolder(unittest.TestCase):
         told = solve(copy, asked, ran)
         self.assertIn("method 1", told)
         self.assertIn("Warning: The interior-point method by factorisation needs a file that is missing", told)
+
+    def test_too_little_memory_for_the_engine_is_said_and_not_waited_for(self):
+        code = "r = kalvoopt ('minimize echo(0)', struct ('a', 1, 'c', 1, 'blc', 1)); printf ('code %d', r);"
+        command = ["octave-cli", "--no-history", "--norc", "--path", str(TOOLBOX), "--eval", code]
+        for megabytes, codes in [(350, "code 3201"), (550, "code (0|3201)"), (4000, "code 0")]:
+            done = subprocess.run(command, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60,
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (megabytes << 20,) * 2))
+            self.assertRegex(done.stdout, codes)

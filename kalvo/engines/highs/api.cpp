@@ -6,15 +6,18 @@
 #include <filesystem>
 #include <mutex>
 #include <system_error>
+#include <thread>
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/mman.h>
 
 namespace klv::highs {
 
 constexpr const char* wanted_version = "1.15.1";
 constexpr const char* library_file = "libhighs.so";
 constexpr const char* extras_file = "libhighs_extras.so";
+constexpr const char* no_memory = "there is not enough memory for the engine";
 
 // A copy of our own, whatever other copies the process has loaded: by its full path, with symbols that neither see the
 // others nor are seen by them. Sanitizers intercept too much for DEEPBIND.
@@ -65,9 +68,26 @@ static bool take_hold_of_extras (const Api& found)
     return true;
 }
 
+// While the extras are loaded, which the library does by itself, their linear algebra takes so much address space a processor;
+// where there is none it tries for ever.
+static bool has_space_for_extras ()
+{
+    constexpr std::size_t space = std::size_t{136} << 20;
+    const std::size_t size = space * (1 + std::thread::hardware_concurrency ());
+    void* const place =
+        mmap (nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (place == MAP_FAILED)
+        return false;
+    munmap (place, size);
+    return true;
+}
+
 static std::string load_once ()
 {
     const std::string folder = own_folder ();
+    std::error_code ignored;
+    if (std::filesystem::exists (text (folder, "/", extras_file), ignored) && !has_space_for_extras ())
+        return no_memory;
     // The library looks for its extras by name wherever the system does: it is to find this copy, loaded before it. Without
     // extras it lacks one interior-point method.
     dlopen (text (folder, "/", extras_file).c_str (), load_flags);
@@ -103,7 +123,7 @@ static std::string load_once ()
         return text ("the engine's file ", folder, "/", library_file, " has version ", found.version (),
                      ", needed is ", wanted_version);
     if (!take_hold_of_extras (found))
-        return "there is not enough memory for the engine";
+        return no_memory;
     table = found;
     watch_process_end ();
     return {};
