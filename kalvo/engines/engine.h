@@ -5,9 +5,9 @@
 // it is believed before it was checked on the problem as stated.
 #pragma once
 
-#include "kalvo/engines/channel.h"
-#include "kalvo/task/problem.h"
+#include "kalvo/model/problem.h"
 #include "kalvo/task/values.h"
+#include "kalvo/worker/channel.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,8 +1,8 @@
-// Problem files: which format, and what a task gets to hold or to say of a fault.
+#include "kalvo/files/files.h"
+
 #include "kalvo/files/json.h"
 #include "kalvo/files/lp.h"
 #include "kalvo/files/mps.h"
-#include "kalvo/task/operations.h"
 
 #include <algorithm>
 #include <cmath>

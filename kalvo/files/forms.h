@@ -2,7 +2,7 @@
 #pragma once
 
 #include "kalvo/files/fault.h"
-#include "kalvo/task/problem.h"
+#include "kalvo/model/problem.h"
 
 namespace klv {
 

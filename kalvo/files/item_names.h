@@ -1,7 +1,7 @@
 // The names of a problem's items as a file gets them: as they are, or made for items that have none.
 #pragma once
 
-#include "kalvo/task/problem.h"
+#include "kalvo/model/problem.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,8 @@
 // JSON files: a whole task. docs/json.md describes the format.
 #pragma once
 
-#include "kalvo/engines/start.h"
 #include "kalvo/files/output_file.h"
+#include "kalvo/verify/given.h"
 
 #include <string_view>
 

@@ -2,9 +2,9 @@
 
 #include "kalvo/files/draft.h"
 #include "kalvo/files/json_fields.h"
+#include "kalvo/model/refusal.h"
+#include "kalvo/model/text.h"
 #include "kalvo/tables/constants.h"
-#include "kalvo/task/entry.h"
-#include "kalvo/task/text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "kalvo/files/fault.h"
-#include "kalvo/task/entry.h"
+#include "kalvo/task/task.h"
 
 namespace klv {
 

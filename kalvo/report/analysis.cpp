@@ -1,6 +1,6 @@
 #include "kalvo/report/analysis.h"
 
-#include "kalvo/task/entry.h"
+#include "kalvo/model/describe.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "kalvo/report/log.h"
 
-#include "kalvo/report/quality.h"
-#include "kalvo/task/text.h"
+#include "kalvo/model/text.h"
+#include "kalvo/verify/quality.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,8 @@
-// What was found, and how: the summaries that follow an optimisation.
+#include "kalvo/report/summary.h"
 
+#include "kalvo/model/text.h"
 #include "kalvo/report/log.h"
 #include "kalvo/tables/constants.h"
-#include "kalvo/task/operations.h"
-#include "kalvo/task/text.h"
 
 #include <algorithm>
 #include <utility>

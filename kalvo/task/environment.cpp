@@ -1,7 +1,7 @@
 #include "kalvo/task/environment.h"
 
+#include "kalvo/model/text.h"
 #include "kalvo/task/streams.h"
-#include "kalvo/task/text.h"
 
 #include <mutex>
 

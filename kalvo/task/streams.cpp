@@ -1,6 +1,6 @@
 #include "kalvo/task/streams.h"
 
-#include "kalvo/task/text.h"
+#include "kalvo/model/text.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "kalvo/task/task.h"
 
-#include "kalvo/task/text.h"
+#include "kalvo/model/text.h"
 
 #include <utility>
 
@@ -107,4 +107,11 @@ KLVrescode_t KLV_task::note_out_of_memory () noexcept
     last_error_.code = KLV_RES_OUT_OF_MEMORY;
     last_error_.message.clear ();
     return KLV_RES_OUT_OF_MEMORY;
+}
+
+KLVrescode_t klv::stop_code (std::int32_t answer)
+{
+    if (answer == 0)
+        return KLV_RES_OK;
+    return answer == KLV_RES_OUT_OF_MEMORY ? KLV_RES_OUT_OF_MEMORY : KLV_RES_USER_STOP;
 }

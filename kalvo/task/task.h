@@ -2,15 +2,13 @@
 #pragma once
 
 #include "kalvo/include/kalvo.h"
-#include "kalvo/task/problem.h"
-#include "kalvo/task/solution.h"
+#include "kalvo/model/problem.h"
+#include "kalvo/model/solution.h"
 #include "kalvo/task/streams.h"
 #include "kalvo/task/values.h"
 
-#include <array>
 #include <chrono>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -37,7 +35,7 @@ struct KLV_task {
     klv::Parameters parameters;
     klv::Information information;
     klv::Streams streams;
-    std::array<std::optional<klv::Solution>, KLV_SOL_COUNT> solutions;
+    klv::Solutions solutions;
     klv::RepeatedRows repeated_rows;
 
     // Records an error, prints it on the error streams and returns its code: `return task.fail (code,
@@ -79,5 +77,10 @@ private:
 };
 
 namespace klv {
+
 using Task = KLV_task;
+
+// A callback's answer other than 0 ends an operation.
+KLVrescode_t stop_code (std::int32_t answer);
+
 }

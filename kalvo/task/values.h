@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kalvo/include/kalvo.h"
+#include "kalvo/model/refusal.h"
 #include "kalvo/tables/information.h"
 #include "kalvo/tables/parameters.h"
 
@@ -51,5 +52,17 @@ public:
     std::array<double, KLV_DOUBLE_INFORMATION> doubles{};
     std::array<std::int32_t, KLV_INTEGER_INFORMATION> integers{};
 };
+
+// Whether the parameter of a row takes a value.
+template <class Row, class Value>
+void check_value (const Row& row, Value value)
+{
+    if (row.reserved () && value != row.fallback)
+        refuse (KLV_RES_PARAMETER_RESERVED, row.name, " is reserved: it accepts ", row.fallback,
+                " only, not ", value, ".");
+    if (!(value >= row.smallest && value <= row.largest))
+        refuse (KLV_RES_PARAMETER_RANGE, row.name, " must be between ", row.smallest, " and ", row.largest,
+                ", not ", value, ".");
+}
 
 }

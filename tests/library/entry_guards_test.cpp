@@ -118,7 +118,7 @@ TEST (InternalFailure, MakesTheTaskUnusableAndCallsTheExitFunctionOnce)
     for (const Operation& operation : operations ())
         EXPECT_EQ (operation.call (task), KLV_RES_TASK_UNUSABLE);
     EXPECT_EQ (task.last_error (), "the console is gone");
-    EXPECT_EQ (exits, "entry_operations.cpp: the console is gone");
+    EXPECT_EQ (exits, "operations.cpp: the console is gone");
 
     const SmallTask another;
     KLV_linkfunctotaskstream (another, KLV_STREAM_MESSAGES, nullptr, fails);

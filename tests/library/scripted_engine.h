@@ -2,7 +2,7 @@
 #pragma once
 
 #include "kalvo/engines/engine.h"
-#include "kalvo/engines/worker.h"
+#include "kalvo/worker/worker.h"
 
 #include <algorithm>
 #include <atomic>

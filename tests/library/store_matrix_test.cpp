@@ -1,5 +1,5 @@
 // The constraint matrix against a plain model of it, under any order of changes, and the problem while runs hold it.
-#include "kalvo/task/matrix.h"
+#include "kalvo/model/matrix.h"
 #include "kalvo/task/task.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // nothing but the shape in which problems are held.
 #pragma once
 
-#include "kalvo/task/problem.h"
+#include "kalvo/model/problem.h"
 
 #include <algorithm>
 #include <cmath>

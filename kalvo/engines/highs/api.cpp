@@ -1,7 +1,7 @@
 #include "kalvo/engines/highs/api.h"
 
-#include "kalvo/engines/worker.h"
-#include "kalvo/task/text.h"
+#include "kalvo/model/text.h"
+#include "kalvo/worker/worker.h"
 
 #include <filesystem>
 #include <mutex>

@@ -3,7 +3,7 @@
 #include "kalvo/engines/highs/api.h"
 #include "kalvo/engines/highs/listener.h"
 #include "kalvo/engines/highs/options.h"
-#include "kalvo/task/text.h"
+#include "kalvo/model/text.h"
 
 #include <algorithm>
 #include <cmath>

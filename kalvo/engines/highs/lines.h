@@ -1,7 +1,7 @@
 // Lines of the log of HiGHS whose figures come in no other way. A line that is not quite what it is taken for says nothing.
 #pragma once
 
-#include "kalvo/engines/channel.h"
+#include "kalvo/worker/channel.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,0 +1,59 @@
+#include "kalvo/interface/entry.h"
+
+#include "kalvo/task/environment.h"
+
+#include <string_view>
+
+namespace klv {
+
+KLVrescode_t end_with_internal_failure (const std::source_location& where, const char* message)
+{
+    // The folder in which the library was built is nobody's business.
+    std::string_view file = where.file_name ();
+    if (const std::size_t slash = file.rfind ('/'); slash != file.npos)
+        file.remove_prefix (slash + 1);
+    if (const environment::ExitFunction exit = environment::exit_function (); exit.func != nullptr)
+        exit.func (exit.handle, file.data (), static_cast<std::int32_t> (where.line ()), message);
+    return KLV_RES_INTERNAL;
+}
+
+std::string_view given_text (const char* text, const char* name)
+{
+    return &output (text, name);
+}
+
+void check_index (std::int64_t index, std::int64_t count, const char* item)
+{
+    if (index >= 0 && index < count)
+        return;
+    if (count == 0)
+        refuse (KLV_RES_INDEX_RANGE, "There is no ", item, " with index ", index, ": there is none at all.");
+    refuse (KLV_RES_INDEX_RANGE, "There is no ", item, " with index ", index, ": indices are 0 to ",
+            count - 1, ".");
+}
+
+void check_slice (std::int32_t first, std::int32_t last, std::int32_t count, const char* item)
+{
+    if (first < 0 || last < first || last > count)
+        refuse (KLV_RES_INDEX_RANGE, "The slice from ", first, " to ", last, " is not part of the ", count,
+                " ", item, "s.");
+}
+
+void check_stream (std::int32_t stream)
+{
+    if (stream < 0 || stream >= stream_count)
+        refuse (KLV_RES_STREAM_UNKNOWN, "There is no stream ", stream, ": streams are 0 to ",
+                stream_count - 1, ".");
+}
+
+KLVrescode_t give_text (std::string_view source, std::int32_t size, char* buffer, const char* name)
+{
+    if (size > 0)
+        output (buffer, name);
+    if (copy_text (source, buffer, size > 0 ? static_cast<std::size_t> (size) : 0))
+        return KLV_RES_OK;
+    refuse (KLV_RES_BUFFER_TOO_SMALL, "The argument '", name, "' has ", size, " bytes; the text needs ",
+            source.size () + 1, ".");
+}
+
+}

@@ -1,0 +1,76 @@
+// The C interface: solutions are put, for an optimisation to start from.
+
+#include "kalvo/interface/entry.h"
+#include "kalvo/verify/given.h"
+
+#include <cmath>
+#include <utility>
+
+using namespace klv;
+
+static std::vector<std::int32_t> given_keys (const std::int32_t* keys, std::int32_t count, const char* name)
+{
+    if (keys == nullptr)
+        return {};
+    const auto given = array (keys, count, name);
+    for (std::size_t i = 0; i < given.size (); ++i)
+        if (given[i] < KLV_SK_UNKNOWN || given[i] > KLV_SK_INFEASIBLE)
+            refuse (KLV_RES_STATUS_KEY_UNKNOWN, "Entry ", i + 1, " of ", name, " is ", given[i],
+                    ", which is no status key.");
+    return {given.begin (), given.end ()};
+}
+
+static std::vector<double> given_values (const double* values, std::int32_t count, const char* name)
+{
+    if (values == nullptr)
+        return {};
+    const auto given = array (values, count, name);
+    for (std::size_t i = 0; i < given.size (); ++i)
+        if (std::isinf (given[i]))
+            refuse (KLV_RES_VALUE_NOT_FINITE, "Entry ", i + 1, " of ", name, " is ", given[i],
+                    "; it must be finite, or NaN where it is unknown.");
+    return {given.begin (), given.end ()};
+}
+
+KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc, const int32_t* skx,
+                                 const int32_t*, const double*, const double* xx, const double* y,
+                                 const double* slc, const double* suc, const double* slx, const double* sux,
+                                 const double*, const double*)
+{
+    return change (task, [&] (Task& t) {
+        check_index (which, KLV_SOL_COUNT, "solution");
+        const std::int32_t m = t.problem ().constraints (), n = t.problem ().variables ();
+        GivenSolution given;
+        given.skc = given_keys (skc, m, "skc");
+        given.skx = given_keys (skx, n, "skx");
+        given.xx = given_values (xx, n, "xx");
+        if (which != KLV_SOL_INT) {
+            given.y = given_values (y, m, "y");
+            given.slc = given_values (slc, m, "slc");
+            given.suc = given_values (suc, m, "suc");
+            given.slx = given_values (slx, n, "slx");
+            given.sux = given_values (sux, n, "sux");
+        }
+        Solution solution =
+            complete (std::move (given), t.share_problem (), t.parameters, static_cast<KLVsoltype> (which));
+        t.solutions[static_cast<std::size_t> (which)] = std::move (solution);
+    });
+}
+
+static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t j)
+{
+    return change (task, [&] (Task&) {
+        check_index (which, KLV_SOL_COUNT, "solution");
+        check_index (j, 0, "semidefinite variable");
+    });
+}
+
+KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double*)
+{
+    return put_matrix (task, which, j);
+}
+
+KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double*)
+{
+    return put_matrix (task, which, j);
+}

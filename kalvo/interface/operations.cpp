@@ -1,0 +1,93 @@
+// The C interface: what is done with a whole problem.
+
+#include "kalvo/files/files.h"
+#include "kalvo/interface/entry.h"
+#include "kalvo/report/analysis.h"
+#include "kalvo/report/summary.h"
+#include "kalvo/solve/optimize.h"
+
+using namespace klv;
+
+// An operation that takes time: the item progress_time counts from here.
+template <class Operation>
+static KLVrescode_t run (KLVtask_t task, const Operation& operation,
+                         const std::source_location& where = std::source_location::current ())
+{
+    return change (
+        task,
+        [&] (Task& t) {
+            t.begin_timing ();
+            return operation (t);
+        },
+        where);
+}
+
+KLVrescode_t KLV_readdata (KLVtask_t task, const char* filename)
+{
+    return run (task, [&] (Task& t) {
+        const std::string path = filename != nullptr ? filename : t.parameters.get (TextSetting::data_file);
+        if (path.empty ())
+            refuse (KLV_RES_FILE_NAME_MISSING, "No problem file to read was named.");
+        return read_problem (t, path.c_str ());
+    });
+}
+
+KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename)
+{
+    return run (task, [&] (Task& t) {
+        if (given_text (filename, "filename").empty ())
+            refuse (KLV_RES_FILE_NAME_MISSING, "No problem file to write was named.");
+        return write_problem (t, filename);
+    });
+}
+
+KLVrescode_t KLV_optimize (KLVtask_t task)
+{
+    return run (task, [&] (Task& t) { return optimize (t); });
+}
+
+KLVrescode_t KLV_toconic (KLVtask_t task)
+{
+    return change (task, [] (Task&) {});
+}
+
+KLVrescode_t KLV_primalrepair (KLVtask_t task, const double*, const double*, const double*, const double*)
+{
+    return change (task, [] (Task&) {
+        refuse (KLV_RES_NOT_AVAILABLE, "This version can't repair infeasible problems.");
+    });
+}
+
+// ---- Reports on a stream ---------------------------------------------------------------------------------
+
+static KLVrescode_t report (KLVtask_t task, std::int32_t stream, KLVrescode_t (*print) (Task&, std::int32_t),
+                            const std::source_location& where = std::source_location::current ())
+{
+    return run (
+        task,
+        [&] (Task& t) {
+            check_stream (stream);
+            return print (t, stream);
+        },
+        where);
+}
+
+KLVrescode_t KLV_readsummary (KLVtask_t task, int32_t stream)
+{
+    return report (task, stream, problem_summary);
+}
+
+KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream)
+{
+    return report (task, stream, analyze_problem);
+}
+
+KLVrescode_t KLV_solutionsummary (KLVtask_t task, int32_t stream)
+{
+    return report (task, stream, solution_summary);
+}
+
+KLVrescode_t KLV_optimizersummary (KLVtask_t task, int32_t stream)
+{
+    return report (task, stream, optimizer_summary);
+}

@@ -1,0 +1,68 @@
+#include "kalvo/model/problem.h"
+
+#include "kalvo/model/room.h"
+
+#include <algorithm>
+
+namespace klv {
+
+void Names::put (std::int32_t item, std::int32_t count, std::string name)
+{
+    if (names_.size () < static_cast<std::size_t> (count)) {
+        if (name.empty () && names_.empty ())
+            return;
+        names_.resize (static_cast<std::size_t> (count));
+    }
+    names_[static_cast<std::size_t> (item)] = std::move (name);
+}
+
+const std::string& Names::get (std::int32_t item) const
+{
+    static const std::string none;
+    const auto place = static_cast<std::size_t> (item);
+    return place < names_.size () ? names_[place] : none;
+}
+
+std::size_t Names::longest () const
+{
+    std::size_t length = 0;
+    for (const std::string& name : names_)
+        length = std::max (length, name.size ());
+    return length;
+}
+
+static void make_room (Bounds& bounds, std::size_t more)
+{
+    klv::make_room (bounds.key, more);
+    klv::make_room (bounds.lower, more);
+    klv::make_room (bounds.upper, more);
+}
+
+static void append_free (Bounds& bounds, std::size_t more)
+{
+    const std::size_t count = bounds.key.size () + more;
+    bounds.key.resize (count, KLV_BK_FR);
+    bounds.lower.resize (count, -infinity);
+    bounds.upper.resize (count, infinity);
+}
+
+void Problem::append_variables (std::int32_t count)
+{
+    const auto more = static_cast<std::size_t> (count);
+    make_room (variable, more);
+    make_room (cost, more);
+    make_room (integer, more);
+    matrix.append_columns (count);
+
+    append_free (variable, more);
+    cost.resize (cost.size () + more, 0.0);
+    integer.resize (integer.size () + more, KLV_VAR_CONTINUOUS);
+}
+
+void Problem::append_constraints (std::int32_t count)
+{
+    make_room (constraint, static_cast<std::size_t> (count));
+    append_free (constraint, static_cast<std::size_t> (count));
+}
+
+}

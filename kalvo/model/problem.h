@@ -1,0 +1,72 @@
+// The problem as the user stated it: what a task stores, what answers are checked on, what engines read.
+#pragma once
+
+#include "kalvo/include/kalvo.h"
+#include "kalvo/model/matrix.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace klv {
+
+constexpr double infinity = std::numeric_limits<double>::infinity ();
+
+struct Interval {
+    double lower, upper;
+};
+
+// Bounds of variables or constraints. An absent bound is infinite here, whatever value came with its key.
+struct Bounds {
+    std::vector<std::uint8_t> key;
+    std::vector<double> lower;
+    std::vector<double> upper;
+
+    std::int32_t count () const { return static_cast<std::int32_t> (key.size ()); }
+
+    // What an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is taken
+    // the other way round.
+    Interval interval (std::size_t item) const
+    {
+        return {std::min (lower[item], upper[item]), std::max (lower[item], upper[item])};
+    }
+};
+
+// Names of one kind of item; takes no room while none has a name.
+class Names {
+public:
+    void put (std::int32_t item, std::int32_t count, std::string name);
+    const std::string& get (std::int32_t item) const;
+    bool any () const { return !names_.empty (); }
+    std::size_t longest () const;
+
+private:
+    std::vector<std::string> names_;
+};
+
+// An operation that throws std::bad_alloc leaves the problem as it was.
+struct Problem {
+    std::int32_t sense = KLV_SENSE_MINIMIZE;
+    double constant = 0;
+    std::vector<double> cost;
+    Bounds variable;
+    Bounds constraint;
+    std::vector<std::uint8_t> integer;    // one a variable: KLVvartype
+    std::int32_t integers = 0;
+    ColumnMatrix matrix;
+
+    std::string name;
+    std::string objective_name;
+    Names variable_name;
+    Names constraint_name;
+
+    std::int32_t variables () const { return variable.count (); }
+    std::int32_t constraints () const { return constraint.count (); }
+    void append_variables (std::int32_t count);      // continuous, free, without cost and entries
+    void append_constraints (std::int32_t count);    // free
+};
+
+}
