@@ -177,11 +177,11 @@ static std::vector<double> cleaned (const Kind& kind, std::vector<double> ray, d
     return ray;
 }
 
-// Makes the products that should be 0 smaller, by the least relative change of the ray's entries: conjugate gradients on the
+// Makes the products smaller that should be 0, as those are that come near to it and may have one sign only, by the least relative change of the ray's entries: conjugate gradients on the
 // least squares, each product taken relative to its terms. The rounds are limited, so that a large ray costs some passes only;
 // one that is wrong by more than noise stays as it is.
 template <class Kind>
-static std::vector<double> refined (const Kind& kind, std::vector<double> ray)
+static std::vector<double> refined (const Kind& kind, std::vector<double> ray, double small)
 {
     using Vector = std::vector<long double>;
     const std::vector<double> products = kind.products (ray);
@@ -193,7 +193,9 @@ static std::vector<double> refined (const Kind& kind, std::vector<double> ray)
         const bool allowed = kind.allows_product (i, products[i]);
         if (!allowed && std::abs (products[i]) > far * terms[i])
             return ray;
-        if (terms[i] > 0 && (!allowed || (!kind.allows_product (i, 1) && !kind.allows_product (i, -1))))
+        const bool near = std::abs (products[i]) <= small * terms[i] &&
+                          !(kind.allows_product (i, 1) && kind.allows_product (i, -1));
+        if (terms[i] > 0 && (!allowed || near))
             weights[i] = 1 / static_cast<long double> (terms[i]);
     }
     std::int64_t values = 1;
@@ -260,7 +262,8 @@ static std::optional<Proof> prove (const Kind& kind, std::span<const double> cla
             const std::vector<double> clean = cleaned (kind, *way, small);
             if (std::optional<Proof> proof = verify_scaled (kind, clean))
                 return proof;
-            if (std::optional<Proof> proof = verify_scaled (kind, cleaned (kind, refined (kind, clean), 0)))
+            if (std::optional<Proof> proof =
+                    verify_scaled (kind, cleaned (kind, refined (kind, clean, small), 0)))
                 return proof;
         }
     return std::nullopt;

@@ -119,11 +119,11 @@ private:
             switch (below (4)) {
             case 0:    // a column that is a multiple of another one, or empty
                 for (model::Values& values : made_.rows)
-                    values[to] = factor * values[from];
+                    values[to] = factor * values[from] + 0.0;
                 break;
             case 1:    // the same for rows
                 for (std::size_t j = 0; j < n_; ++j)
-                    made_.rows[row][j] = factor * made_.rows[other][j];
+                    made_.rows[row][j] = factor * made_.rows[other][j] + 0.0;
                 break;
             case 2:
                 made_.rows[row].assign (n_, 0);
@@ -166,10 +166,11 @@ private:
         bounds.lower *= factor;
         bounds.upper *= factor;
     }
+    // By powers of 2, so that rows and columns that depend on each other do so to the last bit.
     void scale ()
     {
-        const int widest = 1 + static_cast<int> (below (6));
-        const auto power = [&] { return std::pow (10, whole (-widest, widest)); };
+        const int widest = 1 + static_cast<int> (below (20));
+        const auto power = [&] { return std::exp2 (whole (-widest, widest)); };
         for (std::size_t i = 0; i < m_; ++i) {
             if (one_in (2))
                 continue;

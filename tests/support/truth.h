@@ -344,7 +344,8 @@ struct Truth {
     bool feasible = false, bounded = false;    // the problem and its dual have points
     double value = 0;                          // the optimum
     double least = 0, most = 0;                // of the objectives of answers within their tolerances
-    bool robust = false;                       // tolerances change nothing of the first two
+    bool robust =
+        false;    // tolerances change nothing of the first two, and no bound that engines take as infinite decides
 
     bool optimal () const { return feasible && bounded; }
 };
@@ -366,7 +367,8 @@ inline Truth truth (const klv::Problem& problem)
                .least = objective (relaxed),
                .most = objective (dual_relaxed),
                .robust = stated.feasible == relaxed.feasible && stated.feasible == tightened.feasible &&
-                         stated.bounded == dual_relaxed.bounded && stated.bounded == dual_tightened.bounded};
+                         stated.bounded == dual_relaxed.bounded && stated.bounded == dual_tightened.bounded &&
+                         abs (stated.value) < 1'000'000'000'000};
     if (sign < 0)
         std::swap (told.least, told.most);
     return told;
