@@ -177,23 +177,24 @@ static std::vector<double> cleaned (const Kind& kind, std::vector<double> ray, d
     return ray;
 }
 
-// Makes the products smaller that should be 0, as those are that come near to it and may have one sign only, by the least relative change of the ray's entries: conjugate gradients on the
-// least squares, each product taken relative to its terms. The rounds are limited, so that a large ray costs some passes only;
-// one that is wrong by more than noise stays as it is.
+// Makes products smaller that should be 0 (those of the wrong sign, and those that come near to 0 and may have one sign at
+// most) by the least relative change of the ray's entries: conjugate gradients on the least squares, each product taken
+// relative to its terms. What is wrong by more than noise stays as it is. The rounds are limited by the size of the matrix,
+// which keeps the time below a second.
 template <class Kind>
-static std::vector<double> refined (const Kind& kind, std::vector<double> ray, double small)
+static std::vector<double> refined (const Kind& kind, std::vector<double> ray)
 {
     using Vector = std::vector<long double>;
     const std::vector<double> products = kind.products (ray);
     const std::vector<double> terms = own_terms (kind, ray, products.size ());
     Vector weights (products.size ());    // 0 where a product may be what it is
     Vector residual (products.size ());
-    constexpr double far = 0.01;
+    constexpr double far = 0.01, near_zero = 1e-6;
     for (std::size_t i = 0; i < products.size (); ++i) {
         const bool allowed = kind.allows_product (i, products[i]);
         if (!allowed && std::abs (products[i]) > far * terms[i])
             return ray;
-        const bool near = std::abs (products[i]) <= small * terms[i] &&
+        const bool near = std::abs (products[i]) <= near_zero * terms[i] &&
                           !(kind.allows_product (i, 1) && kind.allows_product (i, -1));
         if (terms[i] > 0 && (!allowed || near))
             weights[i] = 1 / static_cast<long double> (terms[i]);
@@ -220,8 +221,8 @@ static std::vector<double> refined (const Kind& kind, std::vector<double> ray, d
     };
     Vector slope = gradient (), step = slope;
     long double steepness = square (slope);
-    const std::int64_t rounds = std::clamp<std::int64_t> (50'000'000 / values, 3, 50);
-    for (std::int64_t round = 0; round < rounds && steepness > 1e-40L; ++round) {
+    const std::int64_t rounds = std::clamp<std::int64_t> (50'000'000 / values, 3, 500);
+    for (std::int64_t round = 0; round < rounds && steepness > 1e-34L; ++round) {
         Vector effect (products.size ());
         kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
             effect[to] += weights[to] * value * ray[from] * step[from];
@@ -262,8 +263,7 @@ static std::optional<Proof> prove (const Kind& kind, std::span<const double> cla
             const std::vector<double> clean = cleaned (kind, *way, small);
             if (std::optional<Proof> proof = verify_scaled (kind, clean))
                 return proof;
-            if (std::optional<Proof> proof =
-                    verify_scaled (kind, cleaned (kind, refined (kind, clean, small), 0)))
+            if (std::optional<Proof> proof = verify_scaled (kind, cleaned (kind, refined (kind, clean), 0)))
                 return proof;
         }
     return std::nullopt;
