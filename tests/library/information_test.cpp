@@ -188,7 +188,7 @@ TEST (Information, HasFiguresOfEachSolutionAndOfWhatMadeThem)
         Task task;
         read_file (task, "lp/share2b.mps", settings);
         EXPECT_EQ (task.information ("INTPNT_METHOD"), method);
-        EXPECT_EQ (task.information ("TIME_FINISH") > 0, finish);
+        EXPECT_EQ (task.information ("TIME_CROSSOVER") > 0, finish);
         for (const auto& [which, name] : {std::pair{KLV_SOL_ITR, "ITR"}, {KLV_SOL_BAS, "BAS"}}) {
             const model::Slot slot = model::slot (task, which);
             const auto item = [&] (const char* what) {

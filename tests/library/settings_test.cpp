@@ -100,7 +100,7 @@ std::string way_of (const std::string& file, const std::string& settings)
     EXPECT_EQ (KLV_readdata (task, (KALVO_TEST_DATA "/" + file).c_str ()), KLV_RES_OK);
     task.set ("MAX_THREADS 1 " + settings);
     std::string way = model::optimized (task);
-    for (const char* item : {"SIMPLEX_ITERATIONS", "INTPNT_ITERATIONS", "FINISH_ITERATIONS", "MIP_NODES"})
+    for (const char* item : {"SIMPLEX_ITERATIONS", "INTPNT_ITERATIONS", "CROSSOVER_ITERATIONS", "MIP_NODES"})
         way += ' ' + std::to_string (std::lround (task.information (item)));
     return way;
 }

@@ -151,7 +151,7 @@ TEST (RealEngine, CanBeStoppedInEachPhase)
                                            {KLV_CALLER_PRIMAL_SIMPLEX, "OPTIMIZER 0"},
                                            {KLV_CALLER_INTERIOR_POINT, "OPTIMIZER 3"},
                                            {KLV_CALLER_INTERIOR_POINT, "OPTIMIZER 3 INTPNT_METHOD 2"},
-                                           {KLV_CALLER_SIMPLEX_FINISH, "OPTIMIZER 3"},
+                                           {KLV_CALLER_CROSSOVER, "OPTIMIZER 3"},
                                            {KLV_CALLER_MIXED_INTEGER, "OPTIMIZER 5"}}) {
         SCOPED_TRACE (caller);
         Task task (caller == KLV_CALLER_MIXED_INTEGER ? model::knapsack (20, 100) : linear, settings);

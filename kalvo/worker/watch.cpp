@@ -1,9 +1,11 @@
-#include "kalvo/worker/runner.h"
+#include "kalvo/worker/watch.h"
 
 #include "kalvo/model/text.h"
+#include "kalvo/tables/phases.h"
 
 #include <algorithm>
-#include <optional>
+#include <future>
+#include <thread>
 #include <utility>
 
 namespace klv {
@@ -12,73 +14,59 @@ namespace klv {
 constexpr double patience = 0.5;
 constexpr double patience_with_clock = 0.1;
 
-Runner::Runner (Task& task, Log& log) : task_ (task), log_ (log)
+Watch::Watch (Task& task) : task_ (task), log_ (task)
 {
     time_limit_ = task.parameters.get (RealSetting::time_limit);
     if (time_limit_ < 0)
         time_limit_ = infinity;
+    log_.header ();
 }
 
-double Runner::seconds_left () const
+double Watch::seconds_left () const
 {
     return std::max (time_limit_ - seconds (), 0.0);
 }
 
+void Watch::compute_beside (const std::function<void ()>& function)
+{
+    std::future<void> result;
+    {
+        const BlockedSignals blocked;
+        result = std::async (std::launch::async, std::cref (function));
+    }
+    while (result.wait_for (between_questions) != std::future_status::ready)
+        if (answer_ == 0)
+            ask (phase_.caller);
+    result.get ();
+}
+
 // ---- Phases -----------------------------------------------------------------------------------------------------------
 
-static std::optional<RealItem> time_of (std::uint32_t phase)
-{
-    switch (phase) {
-    case KLV_CALLER_PRESOLVE:
-        return RealItem::time_presolve;
-    case KLV_CALLER_PRIMAL_SIMPLEX:
-    case KLV_CALLER_DUAL_SIMPLEX:
-    case KLV_CALLER_CERTIFICATE:
-        return RealItem::time_simplex;
-    case KLV_CALLER_SIMPLEX_FINISH:
-        return RealItem::time_finish;
-    case KLV_CALLER_INTERIOR_POINT:
-        return RealItem::time_interior_point;
-    case KLV_CALLER_MIXED_INTEGER:
-        return RealItem::time_mixed_integer;
-    case KLV_CALLER_CHECK:
-        return RealItem::time_check;
-    default:
-        return std::nullopt;
-    }
-}
-
-void Runner::ask (std::uint32_t caller)
+void Watch::ask (std::uint32_t caller)
 {
     task_.information.set (RealItem::time_optimize, seconds ());
-    if (const std::int32_t answer = task_.ask_callback (caller); answer_ == 0)
-        answer_ = answer;
+    answer_ = task_.ask_callback (caller);
 }
 
-void Runner::ask_once_more ()
-{
-    if (answer_ == 0)
-        ask (phase_.caller);
-}
-
-void Runner::change_phase (Phase& phase, std::uint32_t caller, Clock::time_point since)
+void Watch::change_phase (Phase& phase, std::uint32_t caller, Clock::time_point since)
 {
     Information& information = task_.information;
-    if (const auto item = time_of (phase.caller))
-        information.set (*item, information.get (*item) + seconds_between (phase.since, since));
+    const auto* const row = std::ranges::find (phase_rows, phase.caller, &PhaseRow::caller);
+    if (row != std::end (phase_rows))
+        information.set (row->time, information.get (row->time) + seconds_between (phase.since, since));
     phase = {caller, since};
 }
 
-void Runner::enter (std::uint32_t phase)
+void Watch::enter (std::uint32_t phase)
 {
     change_phase (phase_, phase, Clock::now ());
-    if (answer_ == 0 || phase == KLV_CALLER_END_OPTIMIZE)
+    if (answer_ == 0)
         ask (phase);
 }
 
 // ---- News of a run ------------------------------------------------------------------------------------------------------
 
-void Runner::note (const Sizes& presolved)
+void Watch::note (const Sizes& presolved)
 {
     Information& information = task_.information;
     information.set (IntItem::presolved_constraints, presolved.rows);
@@ -87,7 +75,7 @@ void Runner::note (const Sizes& presolved)
     information.set (IntItem::presolved_integers, presolved.integers);
 }
 
-void Runner::note (const Search& search)
+void Watch::note (const Search& search)
 {
     Information& information = task_.information;
     for (const auto& [item, count] : {std::pair{IntItem::nodes, search.nodes},
@@ -110,13 +98,13 @@ void Runner::note (const Search& search)
         information.set (RealItem::time_best_solution, seconds_between (began_, *search.best_solution));
 }
 
-void Runner::note (const Run& run)
+void Watch::note (const Run& run)
 {
     Information& information = task_.information;
     const Progress& now = run.progress;
     if (now.presolved)
         note (*now.presolved);
-    if (run.job.method == Method::mixed_integer)
+    if (run.method == Method::mixed_integer)
         note (now.search);
     switch (now.caller) {
     case KLV_CALLER_MIXED_INTEGER:
@@ -129,8 +117,8 @@ void Runner::note (const Run& run)
     case KLV_CALLER_INTERIOR_POINT:
         information.set (IntItem::interior_iterations, now.iterations);
         break;
-    case KLV_CALLER_SIMPLEX_FINISH:
-        information.set (IntItem::finish_iterations, now.iterations);
+    case KLV_CALLER_CROSSOVER:
+        information.set (IntItem::crossover_iterations, now.iterations);
         break;
     case KLV_CALLER_PRIMAL_SIMPLEX:
     case KLV_CALLER_DUAL_SIMPLEX:
@@ -147,37 +135,54 @@ void Runner::note (const Run& run)
         information.set (RealItem::dual_objective, now.dual_objective);
 }
 
-// True when the callback was asked.
-bool Runner::take_news (Run& run)
+// Objectives as the problem states them.
+static Progress stated (Progress now, double sign)
 {
-    const EventChannel::News news = run.worker->channel ().take_news ();
+    now.primal_objective *= sign;
+    now.dual_objective *= sign;
+    if (now.search.root_bound)
+        *now.search.root_bound *= sign;
+    return now;
+}
+
+void Watch::tell (const Run& run, const EventChannel::News& news)
+{
     for (const auto& told : news.told)
         if (const auto* step = std::get_if<Progress> (&told))
-            log_.step (run.log, *step, seconds_between (began_, step->at));
+            log_.step (run.id, stated (*step, run.sign), seconds_between (began_, step->at));
         else
-            log_.engine_line (run.log, std::get<std::string> (told));
+            log_.engine_line (run.id, std::get<std::string> (told));
     if (news.dropped_lines > 0)
-        log_.engine_line (run.log, text ("(", news.dropped_lines, " lines were lost)"));
+        log_.engine_line (run.id, text ("(", news.dropped_lines, " lines were lost)"));
     if (!news.finished)
-        log_.pulse (run.log, news.progress, seconds ());
-    run.progress = news.progress;
+        log_.pulse (run.id, run.progress, seconds ());
+}
+
+// True when the callback was asked.
+bool Watch::take_news (Run& run)
+{
+    const EventChannel::News news = run.worker->channel ().take_news ();
+    run.progress = stated (news.progress, run.sign);
+    tell (run, news);
     note (run);
     bool asked = false;
+    const auto ask_once = [&] (std::uint32_t caller) {
+        if (answer_ == 0) {
+            ask (caller);
+            asked = true;
+        }
+    };
     for (const PhaseChange& phase : news.phases) {
         change_phase (run.phase, phase.caller, phase.since);
-        asked = answer_ == 0;
-        if (asked)
-            ask (phase.caller);
+        ask_once (phase.caller);
     }
-    if (news.new_incumbent && !news.finished && answer_ == 0) {
-        ask (KLV_CALLER_NEW_INCUMBENT);
-        asked = true;
-    }
+    if (news.new_incumbent && !news.finished)
+        ask_once (KLV_CALLER_NEW_INCUMBENT);
     run.finished = news.finished;
     return asked;
 }
 
-void Runner::take_all_news ()
+void Watch::take_all_news ()
 {
     bool asked = false, finished = false;
     for (Run& run : runs_) {
@@ -190,8 +195,28 @@ void Runner::take_all_news ()
 
 // ---- Runs -----------------------------------------------------------------------------------------------------------------
 
+const Watch::Run& Watch::find (Id run) const
+{
+    return *std::ranges::find (runs_, run, &Run::id);
+}
+
+const Progress& Watch::newest (Id run) const
+{
+    return find (run).progress;
+}
+
+double Watch::seconds (Id run) const
+{
+    return seconds_between (find (run).began, Clock::now ());
+}
+
+void Watch::drop (Id run)
+{
+    std::erase_if (runs_, [run] (const Run& candidate) { return candidate.id == run; });
+}
+
 // Abandoned workers use up memory and processors: with too many of them a new one waits. False: it must not begin any more.
-bool Runner::wait_for_room ()
+bool Watch::wait_for_room ()
 {
     while (answer_ == 0 && abandoned_workers () >= most_abandoned_workers && seconds_left () > 0) {
         std::this_thread::sleep_for (between_questions);
@@ -201,22 +226,30 @@ bool Runner::wait_for_room ()
     return answer_ == 0 && !out_of_time_;
 }
 
-void Runner::start (const std::shared_ptr<Engine>& engine, Job job)
+Runs::Id Watch::start (const std::shared_ptr<Engine>& engine, Job job, const std::string& why)
 {
-    if (!running () && !wait_for_room ())
-        return;
-    job.seconds = seconds_left ();
-    Run run{.late = seconds () + job.seconds + patience_with_clock,
-            .log = log_.begin_run (job, engine->name (), running (), seconds ()),
-            .phase = {KLV_CALLER_BEGIN_OPTIMIZE, Clock::now ()}};
-    run.job = job;
-    run.job.problem.reset ();
-    run.job.settings.reset ();
+    const bool joins = running ();
+    const Log::Begin begin{job.method, joins, job.budget.threads, engine->name (), why, seconds ()};
+    if (!joins && !wait_for_room ())
+        return log_.runs ();    // wait () says so
+    const double left = seconds_left ();
+    const Clock::time_point now = Clock::now ();
+    if (left < infinity)
+        job.budget.deadline = now + std::chrono::duration_cast<Clock::duration> (
+                                        std::chrono::duration<double> (std::min (left, 1e9)));
+    Run run{.id = log_.runs (),
+            .method = job.method,
+            .sign = std::visit ([] (const auto& form) { return form.sign; }, *job.form),
+            .began = now,
+            .late = seconds () + left + patience_with_clock,
+            .phase = {KLV_CALLER_BEGIN_OPTIMIZE, now}};
+    runs_.reserve (runs_.size () + 1);
     run.worker = std::make_unique<Worker> (engine, std::move (job), bell_);
     runs_.push_back (std::move (run));
+    return log_.begin_run (begin);
 }
 
-std::optional<Runner::Ended> Runner::take_ended ()
+std::optional<Runs::Ended> Watch::take_ended ()
 {
     const auto ended = std::ranges::find_if (runs_, &Run::finished);
     if (ended == runs_.end ())
@@ -224,14 +257,14 @@ std::optional<Runner::Ended> Runner::take_ended ()
     change_phase (ended->phase, ended->phase.caller, Clock::now ());
     note (*ended);    // not that of a run beside it
     ended->worker->join ();
-    Ended result{std::move (ended->job), ended->worker->channel ().take_claims ()};
+    Ended result{ended->id, ended->worker->channel ().take_claims ()};
     runs_.erase (ended);
     return result;
 }
 
 // Waits for the answers of runs that must end, and abandons those that give none in time. The first that knows a point is
 // the answer.
-Runner::Ended Runner::stop ()
+Runs::Ended Watch::stop ()
 {
     std::optional<Ended> best;
     for (const Run& run : runs_)
@@ -247,20 +280,19 @@ Runner::Ended Runner::stop ()
     }
     if (!best) {
         Run& run = runs_.front ();
-        best = Ended{std::move (run.job), {}};
+        best.emplace (run.id);
         best->claims.outcome = Outcome::stopped;
         note (run);
-        (best->job.method == Method::interior_point ? best->claims.interior_iterations
-                                                    : best->claims.simplex_iterations) =
+        (is_interior (run.method) ? best->claims.interior_iterations : best->claims.simplex_iterations) =
             run.progress.iterations;
-        if (best->job.method == Method::mixed_integer)
+        if (run.method == Method::mixed_integer)
             best->claims.x = run.worker->channel ().take_incumbent ();
     }
-    abandon ();
+    runs_.clear ();
     return std::move (*best);
 }
 
-std::optional<Runner::Ended> Runner::wait (double most_seconds)
+std::optional<Runs::Ended> Watch::wait (double most_seconds)
 {
     const Clock::time_point began = Clock::now ();
     std::optional<Ended> ended;
