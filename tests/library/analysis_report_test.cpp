@@ -19,7 +19,7 @@ std::string printed (KLVtask_t task, KLVrescode_t (*call) (KLVtask_t, std::int32
 }
 
 const char* const mixture =
-    "max 0 4 -0.25 0 0; 0.. 0..1i 20..20i ..-500 ..; -0.5 0 0 0 0 in 0..0; 3 0 0 0 0 in ..8; "
+    "max 0 4 -0.25 0 0; 0.. 0..1i =20i ..-500 ..; -0.5 0 0 0 0 in =0; 3 0 0 0 0 in ..8; "
     "1e3 0 0 0 1e3 in ..2; 0 0 0 0 0 in ..";
 
 TEST (Analysis, CountsWhatIsThere)

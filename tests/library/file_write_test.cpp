@@ -9,7 +9,7 @@
 #include <random>
 #include <sstream>
 
-using files::describe;
+using model::text_of;
 using testing::IsSubstring;
 
 namespace {
@@ -38,7 +38,7 @@ void expect_same_after_writing (const klv::Problem& problem, std::int32_t format
     if (format < KLV_FILE_LP)    // told apart by themselves
         writing.task.set_format (KLV_FILE_BY_EXTENSION);
     ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
-    EXPECT_EQ (files::difference (problem, writing.task.problem ()), std::nullopt);
+    EXPECT_EQ (model::difference (problem, writing.task.problem ()), std::nullopt);
 }
 
 const std::string small = files::lines (
@@ -237,9 +237,8 @@ TEST (MpsRound, MissingNamesAreMadeWithoutAClash)
     ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
     ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
     EXPECT_EQ (writing.task.problem ().objective_name, "OBJ_");
-    EXPECT_EQ (describe (writing.task.problem ()),
-               "min 5: C3 LO 0, 1, R1 -1.5, R3 1e-07; C_ int RA 0 4, 0.1; C__3 UP 7, 0; "
-               "R1 RA 1 3; OBJ FR; R3 FX 2; R4 UP 6;");
+    EXPECT_EQ (text_of (writing.task.problem ()), "min 1 0.1 0 +5; C3 0.. C_ 0..4i C__3 ..7; R1: -1.5 in "
+                                                  "1..3; OBJ: in ..; R3: 1e-07 in =2; R4: in ..6");
 }
 
 TEST (MpsRound, PublishedInstancesOfKnownSizes)

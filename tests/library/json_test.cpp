@@ -31,7 +31,7 @@ struct Copy {
     {
         ASSERT_EQ (KLV_writedata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
         ASSERT_EQ (KLV_readdata (again, path.c_str ()), KLV_RES_OK) << again.last_error ();
-        ASSERT_EQ (files::difference (task.problem (), again.problem ()).value_or (""), "");
+        ASSERT_EQ (model::difference (task.problem (), again.problem ()).value_or (""), "");
     }
 };
 
@@ -51,8 +51,8 @@ TEST (Json, ExampleOfTheManualIsReadAndSolved)
 {
     Copy copy;
     ASSERT_EQ (copy.read (files::json_example ()), KLV_RES_OK) << copy.again.last_error ();
-    EXPECT_EQ (files::describe (copy.again.problem ()),
-               "min 0.5: bread LO 0, 2, energy 90; milk int RA 0 10, 3.5, energy 120; energy LO 300;");
+    EXPECT_EQ (model::text_of (copy.again.problem ()),
+               "min 2 3.5 +0.5; bread 0.. milk 0..10i; energy: 90 120 in 300..");
     double limit = 0;
     KLV_getdouparam (copy.again, 6, &limit);
     EXPECT_EQ (limit, 60);

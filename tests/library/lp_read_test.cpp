@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-using files::describe;
+using model::text_of;
 
 namespace {
 
@@ -31,31 +31,30 @@ struct Reading {
 TEST (LpRead, Meaning)
 {
     static const Case cases[] = {
-        {"Maximize|Subject To|End", "max 0:"},
+        {"Maximize|Subject To|End", "max"},
         {"MINIMISE|obj:|  2x + 3.5 y|  - z|SUBJECT   to|r:|x + y|>=|2\\ two|Bounds|End|| \\ done",
-         "min 0: x LO 0, 2, r 1; y LO 0, 3.5, r 1; z LO 0, -1; r LO 2;"},
+         "min 2 3.5 -1; x 0.. y 0.. z 0..; r: 1 1 in 2.."},
         {"max - x + 3 + 2.5e1 y - 1.5|such that|x - - 2 * y >= 1|bound|x<=4|gen|y|end",
-         "max 1.5: x RA 0 4, -1, R1 1; y int LO 0, 25, R1 2; R1 LO 1;"},
+         "max -1 25 +1.5; x 0..4 y 0..i; R1: 1 2 in 1.."},
         {"min|x|s.t.|e1: x = 1|-1 <= r: x <= 1|3 >= x >= 2|x + 0 z => -1e30|End",
-         "min 0: x LO 0, 1, e1 1, r 1, R3 1, R4 1; z LO 0, 0, R4 0; e1 FX 1; r RA -1 1; R3 RA 2 3; R4 FR;"},
+         "min 1 0; x 0.. z 0..; e1: 1 in =1; r: 1 in -1..1; R3: 1 in 2..3; R4: 1 +0 in .."},
         {" r: -2 <= x|s: 0 >= 3|t: 1 <= 0 <= 2|u: 4 <= x + y <= 4|v: y >= -Inf",
-         "min 0: x LO 0, 1, r 1, u 1; y LO 0, 2, u 1, v 1; r LO -2; s LO 3; t RA 1 2; u RA 4 4; v FR;"},
-        {" r: x + 3 y - x - -0.5 y =< 1", "min 0: x LO 0, 1, r 0; y LO 0, 2, r 3.5; r UP 1;"},
+         "min 1 2; x 0.. y 0..; r: 1 in -2..; s: in 3..; t: in 1..2; u: 1 1 in 4..4; v: 0 1 in .."},
+        {" r: x + 3 y - x - -0.5 y =< 1", "min 1 2; x 0.. y 0..; r: +0 3.5 in ..1"},
         {" a!\"#$%&(),.;?@_'`{}~/\xC3\xBC: x < 1",
-         "min 0: x LO 0, 1, a!\"#$%&(),.;?@_'`{}~/\xC3\xBC 1; y LO 0, 2; "
-         "a!\"#$%&(),.;?@_'`{}~/\xC3\xBC UP 1;"},
-        {" Bounds|x free|y = -2", "min 0: x FR, 1; y FX -2, 2;"},
-        {" Bounds|-infinity <= x <= 4|2 >= y|y >= 2", "min 0: x UP 4, 1; y RA 2 2, 2;"},
-        {" Bounds|-2 <= x|y <= -3", "min 0: x LO -2, 1; y UP -3, 2;"},
-        {" Bounds|1 <= x <= 0|inf >= y >= -1e20|Generals|y x", "min 0: x int RA 1 0, 1; y int FR, 2;"},
-        {" Binary|x|Bounds|y = 1|Binaries|y y", "min 0: x int RA 0 1, 1; y int FX 1, 2;"},
-        {" Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 0: x int RA 0 -1, 1; y int RA 0 0.5, 2;"},
+         "min 1 2; x 0.. y 0..; a!\"#$%&(),.;?@_'`{}~/\xC3\xBC: 1 in ..1"},
+        {" Bounds|x free|y = -2", "min 1 2; x .. y =-2"},
+        {" Bounds|-infinity <= x <= 4|2 >= y|y >= 2", "min 1 2; x ..4 y 2..2"},
+        {" Bounds|-2 <= x|y <= -3", "min 1 2; x -2.. y ..-3"},
+        {" Bounds|1 <= x <= 0|inf >= y >= -1e20|Generals|y x", "min 1 2; x 1..0i y ..i"},
+        {" Binary|x|Bounds|y = 1|Binaries|y y", "min 1 2; x 0..1i y =1i"},
+        {" Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 1 2; x 0..-1i y 0..0.5i"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE (c.text);
         const Reading reading (c.text);
         ASSERT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
-        EXPECT_EQ (describe (reading.task.problem ()), c.expected);
+        EXPECT_EQ (text_of (reading.task.problem ()), c.expected);
     }
     EXPECT_EQ (Reading ("\\ comment|\\ Problem name: no  name |min|st|end").task.problem ().name, "no  name");
     EXPECT_EQ (Reading ("min|\\ Problem name: none|c:|st|end").task.problem ().name, "");
@@ -124,7 +123,7 @@ TEST (LpRead, FaultsHaveLineAndCause)
         const Reading reading (c.text);
         EXPECT_EQ (reading.code, c.code);
         EXPECT_PRED_FORMAT2 (testing::IsSubstring, "f.lp:" + c.expected, reading.task.last_error ());
-        EXPECT_EQ (describe (reading.task.problem ()), "min 0:");
+        EXPECT_EQ (text_of (reading.task.problem ()), "min");
     }
 }
 

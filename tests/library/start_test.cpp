@@ -66,7 +66,7 @@ TEST (Start, AfterAChangeLeadsToTheNewAnswer)
 
 TEST (Start, ThatIsBadCostsTimeOnly)
 {
-    const model::Model problem = model::dense (20, 30);
+    const std::string problem = model::dense (20, 30);
     Task cold (problem);
     ASSERT_EQ (KLV_optimize (cold), 0);
     const double optimum = model::slot (cold, KLV_SOL_BAS).primal;
@@ -99,7 +99,7 @@ TEST (Start, ThatIsBadCostsTimeOnly)
 
 TEST (Start, OfAnIntegerSearchMayBeInPart)
 {
-    const model::Model problem = model::knapsack (4, 20);
+    const std::string problem = model::knapsack (4, 20);
     Task cold (problem);
     ASSERT_EQ (KLV_optimize (cold), 0);
     const model::Slot best = model::slot (cold, KLV_SOL_INT);

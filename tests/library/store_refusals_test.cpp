@@ -110,7 +110,7 @@ TEST (Refusals, NameTheFaultAndChangeNothing)
         EXPECT_EQ (refusal.call (task), refusal.code) << refusal.message;
         EXPECT_NE (task.last_error ().find (refusal.message), std::string::npos) << task.last_error ();
         EXPECT_EQ (task.printed, "Error " + std::to_string (refusal.code) + ": " + task.last_error () + "\n");
-        EXPECT_EQ (files::difference (before, task.problem ()), std::nullopt) << refusal.message;
+        EXPECT_EQ (model::difference (before, task.problem ()), std::nullopt) << refusal.message;
     }
 }
 
