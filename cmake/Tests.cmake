@@ -20,6 +20,7 @@ add_test_program (library_tests library GTest::gtest_main kalvo_core)
 add_test_program (unit_tests unit GTest::gtest_main gateway_standalone kalvo_core)
 add_test_program (fuzz_files fuzz/files kalvo_core)
 add_test_program (fuzz_calls fuzz/calls gateway_standalone kalvo_core)
+add_test_program (fuzz_ways fuzz/ways GTest::gtest kalvo_core gmpxx gmp)
 target_sources (fuzz_calls PRIVATE "${CMAKE_SOURCE_DIR}/tests/unit/notation.cpp")
 
 if (NOT KALVO_SANITIZE AND NOT KALVO_MATLAB)
