@@ -1,8 +1,8 @@
 #include "kalvo/files/files.h"
 
-#include "kalvo/files/json.h"
-#include "kalvo/files/lp.h"
-#include "kalvo/files/mps.h"
+#include "kalvo/files/json/json.h"
+#include "kalvo/files/lp/lp.h"
+#include "kalvo/files/mps/mps.h"
 
 #include <algorithm>
 #include <cmath>

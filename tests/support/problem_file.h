@@ -1,7 +1,7 @@
 // For tests of problem files: a folder for them, a task that remembers what was printed, problems as texts.
 #pragma once
 
-#include "kalvo/files/item_names.h"
+#include "kalvo/files/text/item_names.h"
 #include "kalvo/task/task.h"
 
 #include <algorithm>
