@@ -20,9 +20,9 @@ struct FileContent {
 };
 
 // Values of the file for parameters that have their default in the task, and those of the task for the others.
-FileContent read_json (const Task& task, const std::string& path, Pacer& pacer);
+FileContent read_json (Task& task, const std::string& path, Pacer& pacer);
 
-void write_json (const Task& task, OutputFile& file);
+void write_json (Task& task, OutputFile& file);
 
 // Where a task was kept is nothing that belongs to it: such a parameter is in no file.
 constexpr bool is_kept_in_json (IntSetting setting)

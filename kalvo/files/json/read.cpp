@@ -311,8 +311,6 @@ void JsonTask::finish_matrix ()
     check_length ("problem.matrix.counts", counts_.size (), problem.variable.key.size (), "variables");
     check_length ("problem.matrix.values", values_.size (), rows_.size (), "rows");
     matrix.append_columns (problem.variables ());
-    if (!matrix.has_room_for (rows_.size ()))
-        throw syntax ("problem.matrix.rows: more entries than a task can hold");
     matrix.reserve (static_cast<std::int64_t> (rows_.size ()));
     RepeatedRows repeated_rows;
     std::size_t begin = 0;
@@ -392,7 +390,7 @@ FileContent JsonTask::read (const std::string& path, Pacer& pacer)
     }
 }
 
-FileContent read_json (const Task& task, const std::string& path, Pacer& pacer)
+FileContent read_json (Task& task, const std::string& path, Pacer& pacer)
 {
     return JsonTask (task).read (path, pacer);
 }

@@ -243,7 +243,7 @@ static void write_solution (JsonWriter& json, const Solution& solution)
     }
 }
 
-void write_json (const Task& task, OutputFile& file)
+void write_json (Task& task, OutputFile& file)
 {
     JsonWriter json (file);
     json.open ("");

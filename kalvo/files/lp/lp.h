@@ -2,16 +2,19 @@
 #pragma once
 
 #include "kalvo/files/text/output_file.h"
-#include "kalvo/task/task.h"
+
+#include <string>
 
 namespace klv {
 
 // The problem of an LP file. Prints its warnings on the task.
 Problem read_lp (Task& task, const std::string& path, Pacer& pacer);
 
-// Writes what check_names has accepted, so that reading it gives the same problem: the objective has a term for
-// every variable, which keeps their order. Variables without a name are written as C1, C2, ... by their place;
-// rows without one have no label.
+// The first item whose name LP cannot hold: names have no blanks, and no signs and words of LP.
+std::string unfit_for_lp (const Problem& problem);
+
+// Writes what LP can hold, so that reading it gives the same problem: the objective has a term for every variable,
+// which keeps their order. Items without a name are written as in MPS files.
 void write_lp (Task& task, OutputFile& file);
 
 }

@@ -1,10 +1,10 @@
 // The statements of an LP file: its sections, objective, constraints, bounds and types.
+#include "kalvo/files/lp/grouped.h"
 #include "kalvo/files/lp/lp.h"
 #include "kalvo/files/lp/reader.h"
 #include "kalvo/files/text/words.h"
 
 #include <cmath>
-#include <numeric>
 
 namespace klv {
 
@@ -17,7 +17,7 @@ Problem LpReader::read ()
             throw syntax ("text after End");
         finish ();
     });
-    return std::move (draft_.problem);
+    return draft_.take ();
 }
 
 void LpReader::refuse (const char* wanted)
@@ -205,42 +205,25 @@ void LpReader::finish ()
     finish_matrix ();
 }
 
-// From rows to columns.
 void LpReader::finish_matrix ()
 {
     ColumnMatrix& matrix = draft_.problem.matrix;
-    std::vector<std::int64_t> place (static_cast<std::size_t> (matrix.columns ()) + 1, 0);
-    for (const std::int32_t j : entry_columns_)
-        ++place[static_cast<std::size_t> (j) + 1];
-    std::partial_sum (place.begin (), place.end (), place.begin ());
-
-    std::vector<std::int32_t> rows (entry_columns_.size ());
-    std::vector<double> values (entry_columns_.size ());
-    for (std::size_t i = 0, k = 0; i < row_end_.size (); ++i)
-        for (; k < static_cast<std::size_t> (row_end_[i]); ++k) {
-            const auto at = static_cast<std::size_t> (place[static_cast<std::size_t> (entry_columns_[k])]++);
-            rows[at] = static_cast<std::int32_t> (i);
-            values[at] = entry_values_[k];
-        }
+    const Grouped by_columns (matrix.columns (), std::ssize (entry_columns_), [this] (const auto& visit) {
+        std::size_t k = 0;
+        for (std::int32_t i = 0; i < draft_.problem.constraints (); ++i)
+            for (; k < static_cast<std::size_t> (row_end_[static_cast<std::size_t> (i)]); ++k)
+                visit (entry_columns_[k], i, entry_values_[k]);
+    });
     entry_columns_ = {};
     entry_values_ = {};
-
-    matrix.reserve (static_cast<std::int64_t> (rows.size ()));
-    std::size_t begin = 0;
-    for (std::int32_t j = 0; j < matrix.columns (); ++j) {
-        const auto end = static_cast<std::size_t> (place[static_cast<std::size_t> (j)]);
-        matrix.put (j, std::span (rows).subspan (begin, end - begin),
-                    std::span (values).subspan (begin, end - begin));
-        begin = end;
-    }
+    matrix.reserve (row_end_.empty () ? 0 : row_end_.back ());
+    for (std::int32_t j = 0; j < matrix.columns (); ++j)
+        matrix.put (j, by_columns.others (j), by_columns.values (j));
 }
 
 Problem read_lp (Task& task, const std::string& path, Pacer& pacer)
 {
-    LpReader reader (task, path, pacer);
-    Problem problem = reader.read ();
-    reader.warnings ().print (task, path);
-    return problem;
+    return LpReader (task, path, pacer).read ();
 }
 
 }

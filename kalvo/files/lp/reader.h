@@ -9,13 +9,14 @@ namespace klv {
 class LpReader {
 public:
     LpReader (Task& task, const std::string& path, Pacer& pacer)
-        : lines_ (path, pacer), pacer_ (pacer), draft_ (task, lines_), scanner_ (lines_, draft_.column_names)
+        : lines_ (path, pacer),
+          pacer_ (pacer),
+          draft_ (task, path, lines_),
+          scanner_ (lines_, draft_.column_names)
     {}
 
-    // Throws FileFault with the line of the fault.
+    // Prints the warnings. Throws FileFault with the line of the fault.
     Problem read ();
-
-    const Warnings& warnings () const { return draft_.warnings; }
 
 private:
     // A side of a relation: terms are put behind the entries, numbers without a variable add up.

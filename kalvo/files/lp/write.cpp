@@ -1,23 +1,37 @@
 // Writes LP files: every number to the last bit, every name as it is.
+#include "kalvo/files/lp/grouped.h"
 #include "kalvo/files/lp/lp.h"
 #include "kalvo/files/lp/scan.h"
-#include "kalvo/files/text/item_names.h"
-#include "kalvo/files/text/numbers.h"
+#include "kalvo/files/text/name_rules.h"
+#include "kalvo/files/text/text_writer.h"
 
 #include <cmath>
-#include <numeric>
 
 namespace klv {
 
-class LpWriter {
+// ---- What LP cannot hold
+
+static const char* why_not_of_row (std::string_view name)
+{
+    constexpr std::size_t longest = 255;    // that other programs read
+    return name.size () > longest ? "is too long" : why_not_in_lp (name);
+}
+
+static const char* why_not_of_variable (std::string_view name)
+{
+    return reads_like_exponent (name) ? "reads like an exponent" : why_not_of_row (name);
+}
+
+std::string unfit_for_lp (const Problem& problem)
+{
+    return unfit_name (problem, {why_not_of_row, why_not_of_variable});
+}
+
+// ---- The writer
+
+class LpWriter : private TextWriter {
 public:
-    LpWriter (const Problem& problem, OutputFile& file)
-        : problem_ (problem),
-          file_ (file),
-          rows_ (constraint_names (problem)),
-          columns_ (variable_names (problem)),
-          objective_ (problem.objective_name.empty () ? unused_name ("OBJ", rows_) : problem.objective_name)
-    {}
+    LpWriter (const Problem& problem, OutputFile& file) : TextWriter (problem, file) {}
 
     void write ();
 
@@ -28,26 +42,16 @@ private:
     void types ();
 
     void gather_rows ();
-    void expression (std::size_t row);
+    void expression (std::int32_t row);
     void term (double coefficient, std::string_view name);
     void bounds_of (std::int32_t j);
-    bool is_binary (std::size_t j) const;
+    bool is_binary (std::int32_t j) const;
 
-    void put (std::string_view text);
+    using TextWriter::put;
     void put (double number);
-    void end_line ();
 
-    const Problem& problem_;
-    OutputFile& file_;
-    ItemNames rows_, columns_;
-    std::string objective_;
-    std::size_t width_ = 0;    // of the line so far
     bool expression_begun_ = false;
-
-    // The matrix by rows.
-    std::vector<std::int64_t> row_begin_;
-    std::vector<std::int32_t> entry_columns_;
-    std::vector<double> entry_values_;
+    Grouped by_rows_;
 };
 
 void LpWriter::write ()
@@ -65,12 +69,6 @@ void LpWriter::write ()
     end_line ();
 }
 
-void LpWriter::put (std::string_view text)
-{
-    file_.put (text);
-    width_ += text.size ();
-}
-
 void LpWriter::put (double number)
 {
     char text[number_room];
@@ -79,19 +77,13 @@ void LpWriter::put (double number)
     put ({text, static_cast<std::size_t> (put_number (text, number) - text)});
 }
 
-void LpWriter::end_line ()
-{
-    file_.put ("\n");
-    width_ = 0;
-}
-
 // ---- Expressions
 
 // A variable without a name stands for none: the term is a constant.
 void LpWriter::term (double coefficient, std::string_view name)
 {
     constexpr std::size_t widest = 100;
-    if (width_ > widest) {
+    if (width () > widest) {
         end_line ();
         put (" ");
     }
@@ -129,35 +121,26 @@ void LpWriter::objective ()
 
 void LpWriter::gather_rows ()
 {
-    row_begin_.assign (static_cast<std::size_t> (problem_.constraints ()) + 1, 0);
-    for (std::int32_t j = 0; j < problem_.variables (); ++j)
-        for (const std::int32_t i : problem_.matrix.column (j).rows)
-            ++row_begin_[static_cast<std::size_t> (i) + 1];
-    std::partial_sum (row_begin_.begin (), row_begin_.end (), row_begin_.begin ());
-
-    entry_columns_.resize (static_cast<std::size_t> (problem_.matrix.entries ()));
-    entry_values_.resize (entry_columns_.size ());
-    std::vector<std::int64_t> place (row_begin_.begin (), row_begin_.end () - 1);
-    for (std::int32_t j = 0; j < problem_.variables (); ++j) {
-        const Column column = problem_.matrix.column (j);
-        for (std::size_t k = 0; k < column.rows.size (); ++k) {
-            const auto at = static_cast<std::size_t> (place[static_cast<std::size_t> (column.rows[k])]++);
-            entry_columns_[at] = j;
-            entry_values_[at] = column.values[k];
+    const ColumnMatrix& matrix = problem_.matrix;
+    by_rows_ = Grouped (problem_.constraints (), matrix.entries (), [&] (const auto& visit) {
+        for (std::int32_t j = 0; j < matrix.columns (); ++j) {
+            const Column column = matrix.column (j);
+            for (std::size_t k = 0; k < column.rows.size (); ++k)
+                visit (column.rows[k], j, column.values[k]);
         }
-    }
+    });
 }
 
-void LpWriter::expression (std::size_t row)
+void LpWriter::expression (std::int32_t row)
 {
-    const auto begin = static_cast<std::size_t> (row_begin_[row]),
-               end = static_cast<std::size_t> (row_begin_[row + 1]);
+    const auto columns = by_rows_.others (row);
+    const auto values = by_rows_.values (row);
     expression_begun_ = false;
-    for (std::size_t k = begin; k < end; ++k)
-        columns_.prefetch (entry_columns_[k]);
-    for (std::size_t k = begin; k < end; ++k)
-        term (entry_values_[k], columns_ (entry_columns_[k]));
-    if (begin == end)
+    for (const std::int32_t j : columns)
+        columns_.prefetch (j);
+    for (std::size_t k = 0; k < columns.size (); ++k)
+        term (values[k], columns_ (columns[k]));
+    if (columns.empty ())
         put (" 0");
 }
 
@@ -177,7 +160,7 @@ void LpWriter::constraints ()
             put (problem_.constraint.lower[i]);
             put (" <=");
         }
-        expression (i);
+        expression (number);
         const bool is_upper = key == KLV_BK_UP || key == KLV_BK_RA;
         put (key == KLV_BK_FX ? " = " : is_upper ? " <= " : " >= ");
         put (is_upper ? problem_.constraint.upper[i] : problem_.constraint.lower[i]);
@@ -187,9 +170,10 @@ void LpWriter::constraints ()
 
 // ---- Bounds and types of variables
 
-bool LpWriter::is_binary (std::size_t j) const
+bool LpWriter::is_binary (std::int32_t number) const
 {
-    return problem_.integer[j] == KLV_VAR_INTEGER && problem_.variable.key[j] == KLV_BK_RA &&
+    const auto j = static_cast<std::size_t> (number);
+    return is_integer (number) && problem_.variable.key[j] == KLV_BK_RA &&
            is_plain_zero (problem_.variable.lower[j]) && problem_.variable.upper[j] == 1;
 }
 
@@ -209,7 +193,7 @@ void LpWriter::bounds_of (std::int32_t number)
     const std::uint8_t key = problem_.variable.key[j];
     const double lower = problem_.variable.lower[j], upper = problem_.variable.upper[j];
     const bool lower_is_plain = is_plain_zero (lower) && !(upper < 0);
-    if (is_binary (j) || (key == KLV_BK_LO && lower_is_plain))
+    if (is_binary (number) || (key == KLV_BK_LO && lower_is_plain))
         return;
     put (" ");
     if (key == KLV_BK_UP || (key == KLV_BK_RA && !lower_is_plain)) {
@@ -232,8 +216,7 @@ void LpWriter::types ()
     for (const bool binary : {false, true}) {
         bool begun = false;
         for (std::int32_t j = 0; j < problem_.variables () && problem_.integers > 0; ++j) {
-            const auto at = static_cast<std::size_t> (j);
-            if (problem_.integer[at] != KLV_VAR_INTEGER || is_binary (at) != binary)
+            if (!is_integer (j) || is_binary (j) != binary)
                 continue;
             if (!begun) {
                 put (binary ? "Binaries" : "Generals");
@@ -250,6 +233,7 @@ void LpWriter::types ()
 void write_lp (Task& task, OutputFile& file)
 {
     LpWriter (task.problem (), file).write ();
+    warn_of_huge_bounds (task);
 }
 
 }

@@ -7,8 +7,6 @@
 
 namespace klv {
 
-constexpr std::string_view marker = "'MARKER'";
-
 // ---- Free form
 
 struct Tokens {
@@ -54,7 +52,7 @@ static MpsFields pairs_of (const Tokens& t, bool named)
     return fields;
 }
 
-MpsFields split_free (MpsSection section, std::string_view line)
+static MpsFields split_free (MpsSection section, std::string_view line)
 {
     const Tokens t = tokens_of (line);
     switch (section) {
@@ -63,7 +61,7 @@ MpsFields split_free (MpsSection section, std::string_view line)
             throw syntax ("a line of ROWS has a type and a name, separated by blanks");
         return {.key = t[0], .name = t[1]};
     case MpsSection::columns:
-        if (t.count == 3 && t[1] == marker)
+        if (t.count == 3 && t[1] == mps_marker)
             return {.name = t[0], .item = {t[1], t[2]}};
         if (t.count != 3 && t.count != 5)
             throw syntax ("a line of COLUMNS has a column and one or two pairs of a row and a number");
@@ -124,14 +122,14 @@ static void check_complete (MpsSection section, const MpsFields& fields)
         need (fields.name, "the name in the columns 5 to 12");
     if (section != MpsSection::rows)
         need (fields.item[0], "the name in the columns 15 to 22");
-    if (section == MpsSection::bounds || section == MpsSection::rows || fields.item[0] == marker)
+    if (section == MpsSection::bounds || section == MpsSection::rows || fields.item[0] == mps_marker)
         return;
     need (fields.number[0], "the number in the columns 25 to 36");
     if (fields.item[1].empty () != fields.number[1].empty ())
         throw syntax ("a name in the columns 40 to 47 and a number in the columns 50 to 61 belong together");
 }
 
-MpsFields split_fixed (MpsSection section, std::string_view line)
+static MpsFields split_fixed (MpsSection section, std::string_view line)
 {
     if (section < MpsSection::rows || section > MpsSection::bounds)
         throw syntax (quote (trim (line)) + " is not expected here");
@@ -167,6 +165,13 @@ MpsFields split_fixed (MpsSection section, std::string_view line)
                            .number = {trim (fields[3]), trim (fields[5])}};
     check_complete (section, result);
     return result;
+}
+
+// ---- Either form
+
+MpsFields split (MpsForm form, MpsSection section, std::string_view line)
+{
+    return form == MpsForm::free ? split_free (section, line) : split_fixed (section, line);
 }
 
 static bool has_blank (const MpsFields& fields)

@@ -7,8 +7,10 @@ namespace klv {
 
 enum class MpsSection { none, name, objsense, objname, rows, columns, rhs, ranges, bounds, endata };
 
+enum class MpsForm { free, fixed };
+
 // Fields in the order of fixed form; those that a line does not have are empty. A marker has the items
-// "'MARKER'" and its kind. In free form a line of BOUNDS with three fields has its last two in name and
+// mps_marker and its kind. In free form a line of BOUNDS with three fields has its last two in name and
 // item[0], whichever they are.
 struct MpsFields {
     std::string_view key{};
@@ -17,9 +19,10 @@ struct MpsFields {
     std::string_view number[2]{};
 };
 
-// Throw FileFault when the line does not have the fields of a line of its section.
-MpsFields split_free (MpsSection section, std::string_view line);
-MpsFields split_fixed (MpsSection section, std::string_view line);
+constexpr std::string_view mps_marker = "'MARKER'";
+
+// Throws FileFault when the line does not have the fields of a line of its section.
+MpsFields split (MpsForm form, MpsSection section, std::string_view line);
 
 // Whether a line fits the columns of fixed form with a blank inside a name, so that free form cannot mean it.
 bool only_fixed (MpsSection section, std::string_view line);

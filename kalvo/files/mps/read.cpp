@@ -59,7 +59,7 @@ Problem MpsReader::read ()
             throw syntax ("the file ends without ENDATA");
         finish ();
     });
-    return std::move (draft_.problem);
+    return draft_.take ();
 }
 
 void MpsReader::header_line ()
@@ -162,8 +162,7 @@ void MpsReader::data_line ()
         break;
     }
 
-    const MpsFields fields =
-        form_ == FileForm::free_mps ? split_free (section_, line) : split_fixed (section_, line);
+    const MpsFields fields = split (form_, section_, line);
     if (guessed_ && section_ != MpsSection::rows && section_ != MpsSection::bounds &&
         free_and_fixed_differ (section_, line))
         throw syntax ("the line reads differently in free and in fixed form; "
@@ -209,23 +208,23 @@ std::int32_t MpsReader::known_row (std::string_view name) const
 
 // ---- Forms
 
-Problem read_mps (Task& task, const std::string& path, FileForm form, Pacer& pacer)
+Problem read_free_mps (Task& task, const std::string& path, Pacer& pacer)
 {
-    MpsReader reader (task, path, form, false, pacer);
-    Problem problem = reader.read ();
-    reader.warnings ().print (task, path);
-    return problem;
+    return MpsReader (task, path, MpsForm::free, false, pacer).read ();
+}
+
+Problem read_fixed_mps (Task& task, const std::string& path, Pacer& pacer)
+{
+    return MpsReader (task, path, MpsForm::fixed, false, pacer).read ();
 }
 
 Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer)
 {
     FileFault free_fault;
     {
-        MpsReader reader (task, path, FileForm::free_mps, true, pacer);
+        MpsReader reader (task, path, MpsForm::free, true, pacer);
         try {
-            Problem problem = reader.read ();
-            reader.warnings ().print (task, path);
-            return problem;
+            return reader.read ();
         } catch (const FileFault& fault) {
             if (fault.code != KLV_RES_FILE_SYNTAX || !reader.fault_shows_fixed_form ())
                 throw;
@@ -233,7 +232,7 @@ Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer)
         }
     }
     try {
-        return read_mps (task, path, FileForm::fixed_mps, pacer);
+        return read_fixed_mps (task, path, pacer);
     } catch (const FileFault& fault) {
         // What is no fixed form up to the line in question was meant as free form.
         if (fault.code == KLV_RES_FILE_SYNTAX && fault.line <= free_fault.line)

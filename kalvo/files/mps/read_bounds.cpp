@@ -104,7 +104,7 @@ void MpsReader::bound_line (const MpsFields& fields)
     // Free form may leave the name of the set out: three fields are then type, column and number.
     std::string_view set = fields.name, name = fields.item[0], number = fields.number[0];
     const bool needs_value = type->value != Value::none;
-    if (form_ == FileForm::free_mps && number.empty () && !set.empty ()) {
+    if (form_ == MpsForm::free && number.empty () && !set.empty ()) {
         const bool named = draft_.column_names.find (name) != NameTable::none;
         const bool unnamed = draft_.column_names.find (set) != NameTable::none;
         if (!needs_value && named && unnamed)

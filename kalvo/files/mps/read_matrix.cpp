@@ -38,7 +38,7 @@ void MpsReader::row_line (const MpsFields& fields)
 
 void MpsReader::column_line (const MpsFields& fields)
 {
-    if (fields.item[0] == "'MARKER'")
+    if (fields.item[0] == mps_marker)
         return marker_line (fields.item[1]);
     if (column_ < 0 || draft_.column_names[column_] != fields.name)
         begin_column (fields.name);

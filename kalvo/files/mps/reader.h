@@ -13,14 +13,12 @@ struct MpsHeader;    // of a section
 
 class MpsReader {
 public:
-    MpsReader (Task& task, const std::string& path, FileForm form, bool guessed, Pacer& pacer)
-        : lines_ (path, pacer), pacer_ (pacer), form_ (form), guessed_ (guessed), draft_ (task, lines_)
+    MpsReader (Task& task, const std::string& path, MpsForm form, bool guessed, Pacer& pacer)
+        : lines_ (path, pacer), pacer_ (pacer), form_ (form), guessed_ (guessed), draft_ (task, path, lines_)
     {}
 
-    // Throws FileFault with the line of the fault.
+    // Prints the warnings. Throws FileFault with the line of the fault.
     Problem read ();
-
-    const Warnings& warnings () const { return draft_.warnings; }
 
     // After a fault in free form: whether the line is meant for fixed form.
     bool fault_shows_fixed_form () const
@@ -89,8 +87,8 @@ private:
 
     LineReader lines_;
     Pacer& pacer_;
-    FileForm form_;
-    bool guessed_;
+    MpsForm form_;
+    bool guessed_;    // the form: a line that the other form reads differently is refused
     Draft draft_;
 
     MpsSection section_ = MpsSection::none;

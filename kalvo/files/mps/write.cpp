@@ -1,7 +1,8 @@
 // Writes MPS files: every number to the last bit, every name as it is, or nothing at all.
+#include "kalvo/files/mps/line.h"
 #include "kalvo/files/mps/mps.h"
-#include "kalvo/files/text/item_names.h"
-#include "kalvo/files/text/numbers.h"
+#include "kalvo/files/text/name_rules.h"
+#include "kalvo/files/text/text_writer.h"
 
 #include <algorithm>
 #include <bit>
@@ -31,18 +32,63 @@ static Ranged ranged_row (double lower, double upper)
     return {0, 0, 0};
 }
 
+// ---- What a form cannot hold
+
+static const char* why_not_in_any_form (std::string_view name)
+{
+    if (has_control_character (name))
+        return "has a control character";
+    return name == mps_marker ? "is the word of markers" : nullptr;
+}
+
+static const char* why_not_in_free_form (std::string_view name)
+{
+    if (name.find (' ') != name.npos)
+        return "has a blank";
+    return name.size () > longest_name ? "is too long" : why_not_in_any_form (name);
+}
+
+static const char* why_not_in_fixed_form (std::string_view name)
+{
+    constexpr std::size_t longest = 8;
+    if (name.starts_with (' ') || name.ends_with (' '))
+        return "begins or ends with a blank";
+    if (name.starts_with ('$'))
+        return "begins with the sign of comments";
+    return name.size () > longest ? "is too long" : why_not_in_any_form (name);
+}
+
+static std::string unfit (const Problem& problem, WhyNot why_not)
+{
+    if (const std::string item = unfit_name (problem, {why_not, why_not}); !item.empty ())
+        return item;
+    const Bounds& bounds = problem.constraint;
+    for (std::int32_t number = 0; number < problem.constraints (); ++number) {
+        const auto i = static_cast<std::size_t> (number);
+        if (bounds.key[i] == KLV_BK_RA && ranged_row (bounds.lower[i], bounds.upper[i]).kind == 0)
+            return "constraint " + std::to_string (i + 1) + " " +
+                   quote (constraint_names (problem) (number)) +
+                   ", whose bounds are crossed or differ in the sign of zero alone";
+    }
+    return {};
+}
+
+std::string unfit_for_free_mps (const Problem& problem)
+{
+    return unfit (problem, why_not_in_free_form);
+}
+
+std::string unfit_for_fixed_mps (const Problem& problem)
+{
+    return unfit (problem, why_not_in_fixed_form);
+}
+
 // ---- The writer
 
-class MpsWriter {
+class MpsWriter : private TextWriter {
 public:
-    MpsWriter (const Problem& problem, FileForm form, OutputFile& file)
-        : problem_ (problem),
-          form_ (form),
-          file_ (file),
-          rows_ (constraint_names (problem)),
-          columns_ (variable_names (problem)),
-          objective_ (problem.objective_name.empty () ? unused_name ("OBJ", rows_) : problem.objective_name),
-          bound_set_ (unused_name ("BND", columns_))
+    MpsWriter (const Problem& problem, MpsForm form, OutputFile& file)
+        : TextWriter (problem, file), form_ (form), bound_set_ (unused_name ("BND", columns_))
     {}
 
     void write ();
@@ -66,16 +112,14 @@ private:
     void line (std::string_view key, std::string_view name, std::string_view item, std::string_view number);
     void line (std::string_view key, std::string_view name, std::string_view item, double value);
     void bound (std::string_view key, std::int32_t j, double value);
+    void section (std::string_view word);
     void pad_to (std::size_t column);
-    void put (std::string_view text);
 
-    const Problem& problem_;
-    FileForm form_;
-    OutputFile& file_;
-    ItemNames rows_, columns_;
-    std::string objective_, bound_set_;
+    static constexpr std::size_t name_column = 4, item_column = 14;
+
+    const MpsForm form_;
+    const std::string bound_set_;
     std::int64_t long_numbers_ = 0;
-    std::size_t width_ = 0;    // of the line so far
 };
 
 void MpsWriter::write ()
@@ -86,32 +130,31 @@ void MpsWriter::write ()
     right_hand_sides ();
     ranges ();
     bounds ();
-    file_.put ("ENDATA\n");
+    put ("ENDATA");
+    end_line ();
 }
 
-void MpsWriter::put (std::string_view text)
+void MpsWriter::section (std::string_view word)
 {
-    file_.put (text);
-    width_ += text.size ();
+    put (word);
+    end_line ();
 }
 
 void MpsWriter::pad_to (std::size_t column)
 {
     constexpr std::string_view blanks = "                                        ";
-    put (blanks.substr (0, column > width_ ? column - width_ : 0));
+    put (blanks.substr (0, column > width () ? column - width () : 0));
 }
 
 void MpsWriter::line (std::string_view key, std::string_view name, std::string_view item,
                       std::string_view number)
 {
-    constexpr std::size_t key_column = 1, name_column = 4, item_column = 14, number_column = 24,
-                          number_width = 12;
-    width_ = 0;
+    constexpr std::size_t key_column = 1, number_column = 24, number_width = 12;
     pad_to (key_column);
     put (key);
     pad_to (name_column);
     put (name);
-    if (form_ == FileForm::fixed_mps) {
+    if (form_ == MpsForm::fixed) {
         pad_to (item_column);
         put (item);
         if (!number.empty ())
@@ -124,7 +167,7 @@ void MpsWriter::line (std::string_view key, std::string_view name, std::string_v
             put (" ");
     }
     put (number);
-    put ("\n");
+    end_line ();
 }
 
 void MpsWriter::line (std::string_view key, std::string_view name, std::string_view item, double value)
@@ -135,9 +178,14 @@ void MpsWriter::line (std::string_view key, std::string_view name, std::string_v
 
 void MpsWriter::heading ()
 {
-    file_.put (problem_.name.empty () ? "NAME" : "NAME          ");
-    file_.put (problem_.name);
-    file_.put (problem_.sense == KLV_SENSE_MAXIMIZE ? "\nOBJSENSE\n    MAX\n" : "\n");
+    put (problem_.name.empty () ? "NAME" : "NAME          ");
+    put (problem_.name);
+    end_line ();
+    if (problem_.sense == KLV_SENSE_MAXIMIZE) {
+        section ("OBJSENSE");
+        put ("    MAX");
+        end_line ();
+    }
 }
 
 char MpsWriter::kind_of_row (std::int32_t number) const
@@ -162,37 +210,37 @@ void MpsWriter::rows ()
 {
     const auto row = [this] (char kind, std::string_view name) {
         const char key[] = {' ', kind, ' ', ' '};
-        file_.put ({key, sizeof key});
-        file_.put (name);
-        file_.put ("\n");
+        put ({key, sizeof key});
+        put (name);
+        end_line ();
     };
-    file_.put ("ROWS\n");
+    section ("ROWS");
     row ('N', objective_);
-    for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
-        const char kind = kind_of_row (i);
-        if (kind == 0)
-            throw cannot_hold ("MPS cannot hold constraint " + std::to_string (i + 1) + " " +
-                               quote (rows_ (i)) +
-                               ", whose bounds are crossed or differ in the sign of zero alone");
-        row (kind, rows_ (i));
-    }
+    for (std::int32_t i = 0; i < problem_.constraints (); ++i)
+        row (kind_of_row (i), rows_ (i));
 }
 
 void MpsWriter::columns ()
 {
-    file_.put ("COLUMNS\n");
+    section ("COLUMNS");
     bool integers = false;
     std::int32_t markers = 0;
-    const auto mark = [&] (const char* kind) {
-        const std::string name = "M" + std::to_string (++markers);
-        file_.put (form_ == FileForm::free_mps
-                       ? "    " + name + " 'MARKER' " + kind + "\n"
-                       : "    " + name + std::string (10 - std::min<std::size_t> (9, name.size ()), ' ') +
-                             "'MARKER'                 " + kind + "\n");
+    const auto mark = [&] (std::string_view kind) {
+        constexpr std::size_t kind_column = 39;
+        pad_to (name_column);
+        put ("M" + std::to_string (++markers) + " ");
+        if (form_ == MpsForm::fixed)
+            pad_to (item_column);
+        put (mps_marker);
+        put (" ");
+        if (form_ == MpsForm::fixed)
+            pad_to (kind_column);
+        put (kind);
+        end_line ();
     };
     for (std::int32_t number = 0; number < problem_.variables (); ++number) {
         const std::size_t j = static_cast<std::size_t> (number);
-        if ((problem_.integer[j] == KLV_VAR_INTEGER) != integers) {
+        if (is_integer (number) != integers) {
             integers = !integers;
             mark (integers ? "'INTORG'" : "'INTEND'");
         }
@@ -228,7 +276,7 @@ double MpsWriter::side_of_row (std::int32_t number) const
 
 void MpsWriter::right_hand_sides ()
 {
-    file_.put ("RHS\n");
+    section ("RHS");
     if (!is_plain_zero (problem_.constant))
         line ({}, "RHS", objective_, -problem_.constant);
     for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
@@ -247,7 +295,7 @@ void MpsWriter::ranges ()
         if (bounds.key[at] != KLV_BK_RA)
             continue;
         if (!begun)
-            file_.put ("RANGES\n");
+            section ("RANGES");
         begun = true;
         char text[number_room];
         const char* const end = put_range (text, ranged_row (bounds.lower[at], bounds.upper[at]).range);
@@ -257,7 +305,7 @@ void MpsWriter::ranges ()
 
 void MpsWriter::bounds ()
 {
-    file_.put ("BOUNDS\n");
+    section ("BOUNDS");
     for (std::int32_t j = 0; j < problem_.variables (); ++j)
         bounds_of (j);
 }
@@ -268,8 +316,8 @@ void MpsWriter::bound (std::string_view key, std::int32_t j, double value)
 }
 
 // The bounds 0 and infinity of a continuous column go without saying; so do a lower bound of 0 beside an
-// upper one that is not negative, and nothing of an integer column, for which programs assume different
-// bounds.
+// upper one that is not negative. The bounds of an integer column are always written: programs assume different
+// ones.
 void MpsWriter::bounds_of (std::int32_t number)
 {
     const std::size_t j = static_cast<std::size_t> (number);
@@ -281,7 +329,7 @@ void MpsWriter::bounds_of (std::int32_t number)
     case KLV_BK_LO:
         if (!is_plain_zero (lower))
             bound ("LO", number, lower);
-        else if (problem_.integer[j] == KLV_VAR_INTEGER)
+        else if (is_integer (number))
             without_value ("PL");
         break;
     case KLV_BK_UP:
@@ -302,7 +350,7 @@ void MpsWriter::bounds_of (std::int32_t number)
     }
 }
 
-void write_mps (Task& task, FileForm form, OutputFile& file)
+static void write_mps (Task& task, MpsForm form, OutputFile& file)
 {
     MpsWriter writer (task.problem (), form, file);
     writer.write ();
@@ -310,6 +358,17 @@ void write_mps (Task& task, FileForm form, OutputFile& file)
         task.warn (std::to_string (writer.long_numbers ()) +
                    " numbers are longer than their 12 columns of fixed MPS; programs that cut there cannot "
                    "read them");
+    warn_of_huge_bounds (task);
+}
+
+void write_free_mps (Task& task, OutputFile& file)
+{
+    write_mps (task, MpsForm::free, file);
+}
+
+void write_fixed_mps (Task& task, OutputFile& file)
+{
+    write_mps (task, MpsForm::fixed, file);
 }
 
 }

@@ -33,13 +33,6 @@ double Draft::upper_bound (double value, std::string_view item)
     return infinity;
 }
 
-std::uint8_t key_of (double lower, double upper)
-{
-    if (std::isinf (lower))
-        return std::isinf (upper) ? KLV_BK_FR : KLV_BK_UP;
-    return std::isinf (upper) ? KLV_BK_LO : KLV_BK_RA;
-}
-
 // ---- Columns
 
 bool Draft::append_column (std::string_view name)
@@ -122,6 +115,12 @@ void Draft::finish_columns (Pacer& pacer)
             columns_[j].fixed ? std::uint8_t{KLV_BK_FX} : key_of (bounds.lower[j], bounds.upper[j]);
     }
     name_items (problem.variable_name, column_names, NameTable::none, pacer);
+}
+
+Problem Draft::take ()
+{
+    warnings.print (task_, path_);
+    return std::move (problem);
 }
 
 // ---- Names

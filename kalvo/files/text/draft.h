@@ -10,8 +10,11 @@ namespace klv {
 
 class Draft {
 public:
-    Draft (const Task& task, const LineReader& lines)
-        : lines_ (lines), huge_ (task.parameters.get (RealSetting::bound_infinity))
+    Draft (Task& task, const std::string& path, const LineReader& lines)
+        : task_ (task),
+          path_ (path),
+          lines_ (lines),
+          huge_ (task.parameters.get (RealSetting::bound_infinity))
     {}
 
     // A bound on its own side and beyond the threshold is no bound; on the other side nothing could meet it.
@@ -36,6 +39,9 @@ public:
 
     void finish_columns (Pacer& pacer);
 
+    // The problem that was read; prints the warnings of its file.
+    Problem take ();
+
     Problem problem;
     Warnings warnings;
     NameTable column_names;
@@ -48,13 +54,12 @@ private:
         bool fixed = false;
     };
 
+    Task& task_;
+    const std::string& path_;
     const LineReader& lines_;
     double huge_;
     std::vector<Column> columns_;
 };
-
-// The key of a pair of bounds that are absent where they are infinite.
-std::uint8_t key_of (double lower, double upper);
 
 // Gives names from a table to items, without the one of a number (none for no such).
 void name_items (Names& names, const NameTable& table, std::int32_t without, Pacer& pacer);

@@ -4,6 +4,7 @@
 #include "kalvo/files/text/fault.h"
 #include "kalvo/files/text/input_file.h"
 #include "kalvo/files/text/pacer.h"
+#include "kalvo/model/refusal.h"
 
 #include <algorithm>
 #include <string_view>
@@ -43,16 +44,20 @@ private:
     std::int64_t number_ = 0;
 };
 
-// What a reader does line by line: a fault that names no line, and is not the file's own, is one of the line at hand.
+// What a reader does line by line: a fault that names no line, and is not the file's own, is one of the line at
+// hand. A refusal by the problem that is read becomes such a fault.
 template <class Reading>
 void with_lines_of_faults (const LineReader& lines, const Reading& reading)
 {
+    const auto line = [&] { return std::max<std::int64_t> (lines.number (), 1); };
     try {
         reading ();
     } catch (FileFault& fault) {
         if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
-            fault.line = std::max<std::int64_t> (lines.number (), 1);
+            fault.line = line ();
         throw;
+    } catch (Refusal& refusal) {
+        throw FileFault{refusal.code, std::move (refusal.message), line ()};
     }
 }
 

@@ -1,23 +1,28 @@
-// The forms of problem files, and which names each can hold.
+// Which names a text format can hold.
 #pragma once
 
-#include "kalvo/files/text/fault.h"
 #include "kalvo/model/problem.h"
+
+#include <string>
+#include <string_view>
 
 namespace klv {
 
-// Free MPS separates fields by blanks, so names have none. Fixed MPS has them in the columns 2-3 (key),
-// 5-12 and 15-22 (names), 25-36 (number), 40-47 (name), 50-61 (number): names have up to 8 bytes and may have
-// blanks inside. LP has no blanks, signs and words of its own in names.
-enum class FileForm { free_mps, fixed_mps, lp };
+// Why a name cannot stand in a file, or null.
+using WhyNot = const char* (*)(std::string_view name);
 
-// Whether all names of a problem's items have the length and the characters that a form can hold.
-bool holds_names (FileForm form, const Problem& problem);
+struct NameRules {
+    WhyNot of_row;    // of the objective too
+    WhyNot of_variable;
+};
 
-// Refuses names that the form cannot hold, of items and of the problem, and names that two items of a kind have.
-void check_names (FileForm form, const Problem& problem);
+// Lines of three names stay below the longest line that is read.
+constexpr std::size_t longest_name = std::size_t{1} << 16;
 
-// What a task holds and a form has no way to say.
-FileFault cannot_hold (const std::string& text);
+bool has_control_character (std::string_view name);
+
+// The first item whose name the rules refuse or another item of its kind has, or the problem when lines cannot hold
+// its name, as messages call it: 'constraint 3 "a b", whose name has a blank'. Empty when all names are fit.
+std::string unfit_name (const Problem& problem, const NameRules& rules);
 
 }
