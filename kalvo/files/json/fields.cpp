@@ -91,7 +91,9 @@ private:
 // What the JSON library calls for each piece of a document, in order; it sees to the grammar.
 class JsonFieldReader {
 public:
-    JsonFieldReader (std::vector<JsonField>& fields, const JsonText& text) : fields_ (fields), text_ (text) {}
+    JsonFieldReader (std::vector<JsonField>& fields, const UnknownField& unknown, const JsonText& text)
+        : fields_ (fields), unknown_ (unknown), text_ (text)
+    {}
 
     std::string place () const;    // of the value that is read
 
@@ -101,8 +103,8 @@ public:
     bool start_array (std::size_t);
     bool end_array ();
     bool string (std::string& text);
-    bool null () { wrong_type (); }
-    bool boolean (bool) { wrong_type (); }
+    bool null () { return skips () || wrong_type (); }
+    bool boolean (bool) { return skips () || wrong_type (); }
     bool binary (std::vector<std::uint8_t>&) { wrong_type (); }
     bool number_integer (std::int64_t value) { return number (static_cast<double> (value)); }
     bool number_unsigned (std::uint64_t value) { return number (static_cast<double> (value)); }
@@ -110,12 +112,14 @@ public:
     bool parse_error (std::size_t, const std::string&, const std::exception& fault);
 
 private:
+    bool skips (int levels = 0);
     bool takes (bool a_list, JsonKind kind) const { return field_->list == a_list && field_->kind == kind; }
     bool number (double value);
     bool name (std::string& text);
-    [[noreturn]] void wrong_type () const;
+    [[noreturn]] bool wrong_type () const;
 
     std::vector<JsonField>& fields_;
+    const UnknownField& unknown_;
     const JsonText& text_;
     JsonField document_;
     JsonField* field_ = &document_;    // the one whose value is read; null between the fields of an object
@@ -124,6 +128,8 @@ private:
     bool in_bytes_ = false;
     std::int64_t index_ = 0;
     std::string bytes_;
+    bool skipping_ = false;
+    std::size_t skipped_levels_ = 0;    // objects and lists that are open in the value that is skipped
 };
 
 std::string JsonFieldReader::place () const
@@ -132,7 +138,17 @@ std::string JsonFieldReader::place () const
     return in_list_ ? path + "[" + std::to_string (index_) + "]" : path;
 }
 
-void JsonFieldReader::wrong_type () const
+// Whether a piece of the document belongs to a value that is skipped; it opens or closes a level.
+bool JsonFieldReader::skips (int levels)
+{
+    if (!skipping_)
+        return false;
+    skipped_levels_ += static_cast<std::size_t> (levels);
+    skipping_ = skipped_levels_ > 0;
+    return true;
+}
+
+bool JsonFieldReader::wrong_type () const
 {
     static constexpr const char* singles[] = {"an object", "a number", "a word", "a name"};
     static constexpr const char* lists[] = {"", "a list of numbers", "a list of words", "a list of names"};
@@ -144,6 +160,8 @@ void JsonFieldReader::wrong_type () const
 
 bool JsonFieldReader::start_object (std::size_t)
 {
+    if (skips (+1))
+        return true;
     if (!takes (in_list_, JsonKind::object))
         wrong_type ();
     object_ = field_->path;
@@ -153,11 +171,16 @@ bool JsonFieldReader::start_object (std::size_t)
 
 bool JsonFieldReader::key (std::string& name)
 {
+    if (skips ())
+        return true;
     field_ = nullptr;
     const std::string path = object_.empty () ? name : object_ + "." + name;
     const auto field = std::ranges::find (fields_, path, &JsonField::path);
-    if (field == fields_.end () || name.find ('.') != name.npos)
-        throw syntax ("the field " + quote (name) + " is unknown");
+    if (field == fields_.end () || name.find ('.') != name.npos) {
+        unknown_ (object_, name, text_.line ());
+        skipping_ = true;
+        return true;
+    }
     if (field->line > 0)
         throw syntax ("the field " + quote (name) + " is there twice");
     field->line = text_.line ();
@@ -167,6 +190,8 @@ bool JsonFieldReader::key (std::string& name)
 
 bool JsonFieldReader::end_object ()
 {
+    if (skips (-1))
+        return true;
     field_ = nullptr;
     const std::string prefix = object_.empty () ? "" : object_ + ".";
     for (const JsonField& field : fields_) {
@@ -182,6 +207,8 @@ bool JsonFieldReader::end_object ()
 
 bool JsonFieldReader::start_array (std::size_t)
 {
+    if (skips (+1))
+        return true;
     if (field_->list && !in_list_) {
         in_list_ = true;
         index_ = 0;
@@ -195,6 +222,8 @@ bool JsonFieldReader::start_array (std::size_t)
 
 bool JsonFieldReader::end_array ()
 {
+    if (skips (-1))
+        return true;
     if (in_bytes_) {
         in_bytes_ = false;
         return name (bytes_);
@@ -205,6 +234,8 @@ bool JsonFieldReader::end_array ()
 
 bool JsonFieldReader::number (double value)
 {
+    if (skips ())
+        return true;
     if (in_bytes_) {
         if (!(value >= 1 && value <= 255 && value == static_cast<unsigned char> (value)))
             wrong_type ();
@@ -221,13 +252,15 @@ bool JsonFieldReader::number (double value)
 // A number too close to zero would silently become zero.
 bool JsonFieldReader::number_float (double value, const std::string& digits)
 {
-    if (value == 0 && digits.find_first_of ("123456789") < digits.find_first_of ("eE"))
+    if (!skipping_ && value == 0 && digits.find_first_of ("123456789") < digits.find_first_of ("eE"))
         throw syntax (quote (digits) + " is beyond the numbers of double precision");
     return number (value);
 }
 
 bool JsonFieldReader::string (std::string& text)
 {
+    if (skips ())
+        return true;
     if (in_bytes_ || field_->list != in_list_)
         wrong_type ();
     switch (field_->kind) {
@@ -276,10 +309,11 @@ bool JsonFieldReader::parse_error (std::size_t, const std::string&, const std::e
 
 // ---- Reading
 
-void read_json_fields (const std::string& path, std::vector<JsonField>& fields, Pacer& pacer)
+void read_json_fields (const std::string& path, std::vector<JsonField>& fields, const UnknownField& unknown,
+                       Pacer& pacer)
 {
     JsonText text (path, pacer);
-    JsonFieldReader reader (fields, text);
+    JsonFieldReader reader (fields, unknown, text);
     try {
         nlohmann::json::sax_parse (JsonIterator (&text), JsonIterator (nullptr), &reader);
     } catch (FileFault& fault) {

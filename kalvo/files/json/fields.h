@@ -1,5 +1,5 @@
-// The fields that a JSON document may have, and a reader that gives each value to its field. Nothing else is
-// accepted, and the document itself is never held in memory.
+// The fields that a JSON document may have, and a reader that gives each value to its field. The document itself is
+// never held in memory.
 #pragma once
 
 #include "kalvo/files/text/pacer.h"
@@ -26,7 +26,13 @@ struct JsonField {
     std::int64_t line = 0;    // where the document has it; 0: nowhere
 };
 
+// Meets a field that is none of the known ones, before its value is read: throws FileFault, or returns and the value is
+// skipped, whatever it is.
+using UnknownField =
+    std::function<void (const std::string& object, const std::string& name, std::int64_t line)>;
+
 // Throws FileFault, which names line and field, for a document that is anything else than one object with these fields.
-void read_json_fields (const std::string& path, std::vector<JsonField>& fields, Pacer& pacer);
+void read_json_fields (const std::string& path, std::vector<JsonField>& fields, const UnknownField& unknown,
+                       Pacer& pacer);
 
 }

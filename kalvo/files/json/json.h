@@ -9,7 +9,7 @@
 namespace klv {
 
 constexpr std::string_view json_format = "kalvo task";
-constexpr double json_version = 1;
+constexpr double json_version = 1;    // the latest that is read and written
 constexpr std::array<const char*, KLV_SOL_COUNT> json_solutions{"itr", "bas", "int"};
 
 // What a file gives a task to hold.
@@ -24,7 +24,7 @@ FileContent read_json (Task& task, const std::string& path, Pacer& pacer);
 
 void write_json (Task& task, OutputFile& file);
 
-// Where a task was kept is nothing that belongs to it: such a parameter is in no file.
+// A parameter that says where a task is kept is no part of the task, and is in no file.
 constexpr bool is_kept_in_json (IntSetting setting)
 {
     return setting != IntSetting::file_format && setting != IntSetting::count;

@@ -119,10 +119,11 @@ static void check_length (const std::string& path, std::size_t length, std::size
 
 class JsonTask {
 public:
-    explicit JsonTask (const Task& task)
-        : problem_ (std::make_shared<Problem> ()), parameters_ (task.parameters)
+    explicit JsonTask (Task& task)
+        : task_ (task), problem_ (std::make_shared<Problem> ()), parameters_ (task.parameters)
     {}
 
+    // Prints the warnings. Throws FileFault with line and field of the fault.
     FileContent read (const std::string& path, Pacer& pacer);
 
 private:
@@ -135,6 +136,7 @@ private:
     void add (JsonField field) { fields_.push_back (std::move (field)); }
     bool has (std::string_view path) const;
     void add_head ();
+    void meet_unknown (const std::string& object, const std::string& name, std::int64_t line);
     void add_problem ();
     void add_items (Items& items);
     template <class Rows, class Values>
@@ -147,7 +149,10 @@ private:
     GivenSolution finish_solution (std::size_t which);
     FileContent finish ();
 
+    Task& task_;
+    Warnings warnings_;
     std::vector<JsonField> fields_;
+    double version_ = 0;
     std::shared_ptr<Problem> problem_;
     Parameters parameters_;
     Items variables_{"variables", problem_->variable};
@@ -171,10 +176,22 @@ void JsonTask::add_head ()
               if (word != json_format)
                   throw syntax ("must be " + quote (json_format));
           }});
-    add ({.path = "version", .kind = JsonKind::number, .take_number = [] (double value) {
-              if (value != json_version)
-                  throw syntax (text ("version ", value, " is unknown; version ", json_version, " is read"));
+    add ({.path = "version", .kind = JsonKind::number, .take_number = [this] (double value) {
+              if (whole (value) < 1)
+                  throw syntax ("versions begin with 1");
+              version_ = value;
           }});
+}
+
+// Later versions state more of a problem inside its object only: without that it would be another problem.
+void JsonTask::meet_unknown (const std::string& object, const std::string& name, std::int64_t line)
+{
+    if (version_ <= json_version)
+        throw syntax ("the field " + quote (name) + " is unknown");
+    if (object == "problem" || object.starts_with ("problem."))
+        throw syntax (text ("the field ", quote (name), " belongs to version ", version_, "; version ",
+                            json_version, " is read"));
+    warnings_.note (Tradition::later_field, line, object.empty () ? name : object + "." + name);
 }
 
 void JsonTask::add_items (Items& items)
@@ -378,10 +395,13 @@ FileContent JsonTask::read (const std::string& path, Pacer& pacer)
     add (object ("solutions"));
     for (std::size_t which = 0; which < KLV_SOL_COUNT; ++which)
         add_solution (which);
-    read_json_fields (path, fields_, pacer);
+    const auto unknown = [this] (const auto&... field) { meet_unknown (field...); };
+    read_json_fields (path, fields_, unknown, pacer);
 
     try {
-        return finish ();
+        FileContent content = finish ();
+        warnings_.print (task_, path);
+        return content;
     } catch (FileFault& fault) {
         for (const JsonField& field : fields_)
             if (fault.text.starts_with (field.path) && field.kind != JsonKind::object)

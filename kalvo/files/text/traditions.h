@@ -1,5 +1,4 @@
-// Points on which programs differ in reading a file. What is decided here is what the readers do, and the
-// warning of it says so.
+// Points on which programs differ in reading a file, and what our readers do there: the text is the warning of it.
 #pragma once
 
 #include "kalvo/task/task.h"
@@ -24,6 +23,7 @@ enum class Tradition {
     no_objective,
     repeated_term,
     binary_bound,
+    later_field,
     count
 };
 
@@ -41,6 +41,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t> (Tradition::coun
     "without an N row the objective is zero",
     "terms of a variable that comes twice in an expression are added",
     "a binary variable has no bound beyond 0 and 1",
+    "a field that only a later version of the format has is skipped",
 };
 
 // Those that a file has met: each kind with its first line and its count.
