@@ -1,4 +1,5 @@
 // Writing MPS and LP files: what they look like, and that what is written is read back to the last bit and name.
+#include "kalvo/files/formats.h"
 #include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
@@ -100,17 +101,16 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         const char* cause;
         std::int32_t format = any;
     } cases[] = {
-        {'r', "a\tb",
-         "constraint 3 \"a?b\", whose name has a control character; no format that is known can"},
-        {'r', "a long name", "constraint 3 \"a long name\", whose name has a blank; no format"},
+        {'r', "a\tb", "constraint 3 \"a?b\", whose name has a control character; JSON can"},
+        {'r', "a long name", "constraint 3 \"a long name\", whose name has a blank; JSON can"},
         {'r', "a b", "free MPS cannot hold constraint 3 \"a b\", whose name has a blank; fixed MPS can",
          free},
-        {'r', "ab ", "begins or ends with a blank; no format", fixed},
+        {'r', "ab ", "begins or ends with a blank; JSON can", fixed},
         {'r', "ninechars", "is too long; free MPS can", fixed},
-        {'r', std::string (65'537, 'x'), "is too long; no format"},
+        {'r', std::string (65'537, 'x'), "is too long; JSON can"},
         {'r', "$a", "begins with the sign of comments; free MPS can", fixed},
         {'r', "'MARKER'", "is the word of markers; LP can"},
-        {'r', "cost", "two items of the same name: constraint 3 \"cost\""},
+        {'r', "cost", "two items of the same name: constraint 3 \"cost\"; JSON can"},
         {'r', "x-1",
          "LP cannot hold constraint 3 \"x-1\", whose name has a blank or a sign that LP uses; free MPS can",
          lp},
@@ -122,7 +122,8 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         {'o', "the whole cost", "objective \"the whole cost\""},
         {'p', "a\nb", "the problem's name \"a?b\", which has a control character"},
         {'p', " a", "begins or ends with a blank"},
-        {'b', "", "constraint 1 \"R1\", whose bounds are crossed"},
+        {'b', "",
+         "constraint 1 \"R1\", whose bounds are crossed or differ in the sign of zero alone; LP can"},
     };
     for (const auto& [item, name, cause, format] : cases) {
         SCOPED_TRACE (cause);
@@ -141,6 +142,15 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
         EXPECT_EQ (writing.folder.count (), 0U);
     }
+}
+
+TEST (Formats, FeatureThatAFormatLacksIsNamed)
+{
+    const klv::Format plain{.name = "plain", .extension = ".txt", .number = 9};
+    klv::Problem problem = small_problem ();
+    EXPECT_EQ (klv::why_not (plain, problem), "plain cannot hold integer variables; free MPS can");
+    problem.integers = 0;
+    EXPECT_EQ (klv::why_not (plain, problem), "");
 }
 
 // ---- Read back

@@ -161,6 +161,24 @@ TEST (Json, ParametersOfTheTaskGoBeforeThoseOfTheFile)
     EXPECT_EQ (files::load (copy.path).find ("private"), std::string::npos);
 }
 
+TEST (Json, FieldsOfALaterVersionOutsideTheProblemAreSkipped)
+{
+    const std::string later = replaced (files::json_example (), "\"version\": 1", "\"version\": 3");
+    for (const char* value :
+         {"null", "1e-400", "\"\\u0000\"", "{}", R"([[{"problem": [1, {"x": "y"}]}, []], true])"})
+        for (const auto& [place, field] : {std::pair{"\n\"problem\": ", "history"},
+                                           {"\"KLV_DPAR_TIME_LIMIT\"", "parameters.history"},
+                                           {"\"skc\"", "solutions.int.history"}}) {
+            Copy copy;
+            const std::string text =
+                replaced (later, place, "\"history\": " + std::string (value) + "," + place);
+            ASSERT_EQ (copy.read (text), KLV_RES_OK) << copy.again.last_error ();
+            EXPECT_PRED_FORMAT2 (IsSubstring, "skipped (\"" + std::string (field) + "\")",
+                                 copy.again.printed);
+            EXPECT_EQ (model::slot (copy.again, KLV_SOL_INT).xx, (model::Values{2, 1}));
+        }
+}
+
 TEST (Json, WhatIsWrongIsRefusedByName)
 {
     const std::string text = files::json_example ();
@@ -168,7 +186,10 @@ TEST (Json, WhatIsWrongIsRefusedByName)
     const struct {
         std::string old, by, error;
     } cases[] = {
-        {"\"version\": 1", "\"version\": 2", "f.json:3: column 13: version: version 2 is unknown"},
+        {"\"version\": 1", "\"version\": 0", "f.json:3: column 13: version: versions begin with 1"},
+        {"\"version\": 1,\n\"problem\": {", "\"version\": 2,\n\"problem\": {\"cones\": [],",
+         "f.json:4: column 19: problem: the field \"cones\" belongs to version 2; version 1 is read"},
+        {"\"version\": 1,", "\"history\": 0, \"version\": 2,", "the field \"history\" is unknown"},
         {"kalvo task", "other", "f.json:2: column 17: format: must be \"kalvo task\""},
         {"\"version\": 1,", "", "the field \"version\" is missing"},
         {"\"version\": 1,", "\"version\": 1, \"version\": 1,", "the field \"version\" is there twice"},
