@@ -10,11 +10,14 @@
 namespace {
 
 // A number whose whole part is not 0, NaN included, asks to stop. Anything but a number does not.
-bool asks_to_stop (const mxArray* answer)
+KLVrescode_t read_answer (const mxArray* answer)
 {
     if (answer == nullptr || mxGetClassID (answer) != mxDOUBLE_CLASS || mxIsEmpty (answer))
-        return false;
-    return !(std::abs (first_number (answer)) < 1);
+        return KLV_RES_OK;
+    const auto number = first_number (answer);
+    if (!number)
+        return KLV_RES_OUT_OF_MEMORY;
+    return std::abs (*number) < 1 ? KLV_RES_OK : KLV_RES_USER_STOP;
 }
 
 KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
@@ -27,7 +30,7 @@ KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
         return KLV_RES_USER_STOP;
     }
     const host::Array answer (output);
-    return asks_to_stop (answer.get ()) ? KLV_RES_USER_STOP : KLV_RES_OK;
+    return read_answer (answer.get ());
 }
 
 KLVrescode_t report (KLVtask_t task, const CallbackHandle& handle, std::uint32_t caller)
