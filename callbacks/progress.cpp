@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "callbacks/chain.h"
 #include "callbacks/handle.h"
 #include "gateway/console.h"
 #include "gateway/number.h"
@@ -20,13 +21,15 @@ KLVrescode_t read_answer (const mxArray* answer)
     return std::abs (*number) < 1 ? KLV_RES_OK : KLV_RES_USER_STOP;
 }
 
+// A function that Ctrl-C or the end of the session has ended stops the run and has not failed.
 KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
 {
     mxArray* inputs[] = {handle.object.get (), caller, handle.info.get ()};
     mxArray* output = nullptr;
     const host::Array error (mexCallMATLABWithTrapWithObject (1, &output, 3, inputs, handle.function.get ()));
     if (error) {
-        mx_error (KLV_RES_USER_STOP, "");
+        if (!take_interrupt ())
+            mx_error (KLV_RES_USER_STOP, "");
         return KLV_RES_USER_STOP;
     }
     const host::Array answer (output);
