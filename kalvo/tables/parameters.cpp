@@ -149,7 +149,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
 
 static constexpr auto live_texts = std::to_array<TextParameter> ({
     {KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
-     "The problem file that is read when no other is named."},
+     "The problem file. kalvoopt sets it from read(file); KLV_readdata reads it when it is given no name."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_PARAMETERS> ("KLV_DPAR_RESERVED_");

@@ -1,8 +1,12 @@
-"""Processes that exit right after a stopped solve: each ends with the status that it was given."""
+"""Processes that exit right after a stopped solve: each ends with the status that it was given. Those that are told to
+end in a solve end at once."""
 
 import concurrent.futures
 import os
+import pathlib
+import signal
 import subprocess
+import time
 import unittest
 
 CODE = r"""
@@ -46,12 +50,15 @@ exit (3);
 """
 
 
+def command(seconds, code):
+    # A script file may not begin with a function definition.
+    return ["octave-cli", "--no-history", "--norc", "-q", "--path", os.environ["KALVO_TOOLBOX"],
+            "--eval", "1;\n" + STOP % seconds + code]
+
+
 def octave(seconds, code):
     """Ends in a process of its own, where a run is stopped after so many seconds."""
-    # A script file may not begin with a function definition.
-    return subprocess.run(["octave-cli", "--no-history", "--norc", "-q", "--path", os.environ["KALVO_TOOLBOX"],
-                           "--eval", "1;\n" + STOP % seconds + code],
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
+    return subprocess.run(command(seconds, code), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
 
 
 def run(case):
@@ -69,6 +76,17 @@ class ProcessEnd(unittest.TestCase):
                 with self.subTest(case):
                     self.assertEqual(done.returncode, status, done.stdout)
                     self.assertRegex(done.stdout, r"^r=(100007|0)\n$")
+
+    def test_a_signal_to_end_is_not_left_waiting_for_the_end_of_a_run(self):
+        code = CODE.replace("echo(0)", "echo(0) log(run.log)") % {
+            "seed": 1, "status": 0, "optimizer": OPTIMIZERS[0], "integers": "prob.ints.sub = 1:n; param = [];"}
+        for number in (signal.SIGTERM, signal.SIGHUP):
+            process = subprocess.Popen(command(1e9, code), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            time.sleep(2)
+            self.assertIsNone(process.poll())
+            process.send_signal(number)
+            self.assertEqual(process.wait(2), 1)
+            self.assertIn("simplex iterations", pathlib.Path("run.log").read_text().splitlines()[-1])
 
     def test_a_factorisation_that_goes_on_is_waited_for(self):
         abandoned = 0

@@ -58,18 +58,25 @@ TEST_F (Callbacks, ThatAreWrongOrFailEndAsTheyShould)
         {"(other=1)", "", 0},
         {"(iter=1)", "", 0},
         {"(log=@, iter=@)", "", 0},
+        {"(log='', iter='')", "", 0},
         {"(log='x')", "1200 callback.loghandle; ", 1200},
         {"(iter='x')", "1200 callback.iterhandle; ", 1200},
         {"(iter='nowhere', iterhandle=[])", "100007 ; ", KLV_RES_USER_STOP},
         {"(iter='failing', iterhandle=[])", "100007 ; ", KLV_RES_USER_STOP},
+        {"(iter='interrupted', iterhandle=[])", "", KLV_RES_USER_STOP},
         {"(log='failing', loghandle=[])", "", 0},
     };
     session ().define ("failing", [] (int, const std::vector<View>&) -> std::vector<Value> {
         throw MatlabError ("on purpose");
     });
+    session ().define ("interrupted", [] (int, const std::vector<View>&) -> std::vector<Value> {
+        session ().interrupt_pending = true;
+        throw MatlabError ("interrupted");
+    });
     for (const auto& c : cases) {
         EXPECT_EQ (code_of (solve (c.callback)), c.code) << c.callback;
         EXPECT_EQ (printed (), c.printed + (c.code == 1200 ? set_up_line (1200) : "")) << c.callback;
+        EXPECT_FALSE (session ().interrupt_pending) << c.callback;
     }
 }
 
