@@ -12,9 +12,6 @@
 
 namespace klv {
 
-// Below so many entries, rows and columns a simplex method is done before a second thread would pay.
-constexpr std::size_t worth_racing = 10'000;
-
 // From a given basis simplex mostly needs less time than this.
 constexpr double head_start = 0.1;
 
@@ -63,7 +60,8 @@ bool LinearPlan::is_automatic () const
 // An objective limit is known to simplex only.
 bool LinearPlan::may_race () const
 {
-    return is_automatic () && attempts_.threads_to_be_had () > 1 && attempts_.size () >= worth_racing &&
+    return is_automatic () && attempts_.threads_to_be_had () > 1 &&
+           attempts_.size () >= static_cast<std::size_t> (setting (IntSetting::race_size)) &&
            attempts_.settings ().get (RealSetting::race_delay) < infinity &&
            !std::isfinite (attempts_.settings ().get (RealSetting::objective_limit));
 }

@@ -82,7 +82,7 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
 }
 
 // A search that reports as this test wants it.
-klv::Claims tell_a_search (const klv::Job&, const klv::StopFlag&, klv::EventChannel& channel)
+klv::Claims tell_a_search (const klv::Job&, const klv::StopFlag&, klv::Events& channel)
 {
     klv::Progress now;
     now.caller = KLV_CALLER_PRESOLVE;
@@ -138,9 +138,7 @@ TEST (Log, HasOneFormAtEachLevel)
 TEST (Log, SaysWhoseALineOfARaceIs)
 {
     const scripted::InFront front ([] (auto& job, auto& stop, auto& channel) {
-        if (job.finishes ())
-            return claims (right);
-        if (job.method != klv::Method::interior_point) {
+        if (job.method != klv::Method::crossover) {
             scripted::Gate::wait_for (stop);
             return claims ("stopped");
         }
@@ -155,12 +153,13 @@ TEST (Log, SaysWhoseALineOfARaceIs)
         channel.text ("said\n");
         return claims (right);
     });
-    const auto lines = log_of (Task (small, "RACE_DELAY 0 MAX_THREADS 2 LOG 3"));
+    const auto lines = log_of (Task (small, "RACE_SIZE 0 MAX_THREADS 2 LOG 3"));
     ASSERT_GE (lines.size (), 6U);
     EXPECT_EQ (
         std::vector (lines.begin () + 2, lines.begin () + 7),
         (std::vector<std::string>{
-            "Joined after T s: interior point (simplex is still running); scripted, 1 thread",
+            "Joined after T s: interior point with crossover (the first answer that holds wins); scripted, 1 "
+            "thread",
             "Presolve of interior point: nothing to reduce, T s",
             " iteration   primal objective     dual objective    primal      dual  seconds",
             "         0     1.50000000e+00                  -   0.0e+00   0.0e+00     T  interior point",

@@ -191,7 +191,8 @@ TEST (WorkerAbandoned, ASearchThatDoesNotStopLeavesItsIncumbent)
         channel.incumbent (poor, 2);
         channel.incumbent (better, 2);
         gate.wait ();
-        seen = job.problem->stated->cost[0] + job.problem->rows.lower ()[0] +
+        seen = std::get<klv::LinearForm> (*job.form).cost.get ()[0] +
+               std::get<klv::LinearForm> (*job.form).row_lower.get ()[0] +
                job.settings->get (klv::RealSetting::primal_tolerance);
         looked.open ();
         return claims ("stopped");

@@ -1,6 +1,6 @@
 #include "tests/support/problem_text.h"
 
-#include "kalvo/files/item_names.h"
+#include "kalvo/files/text/item_names.h"
 
 #include <charconv>
 #include <cmath>
