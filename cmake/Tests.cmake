@@ -28,7 +28,7 @@ set_property (DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS kalvo/include/ka
 set_property (SOURCE tests/library/entry_guards_test.cpp PROPERTY INCLUDE_DIRECTORIES "${CMAKE_BINARY_DIR}")
 add_test_program (unit_tests unit GTest::gtest_main gateway_standalone kalvo_core)
 add_test_program (fuzz_files fuzz/files kalvo_core)
-add_test_program (fuzz_calls fuzz/calls gateway_standalone kalvo_core)
+add_test_program (fuzz_calls fuzz/calls gateway_standalone kalvo_core gmpxx gmp)
 add_test_program (fuzz_ways fuzz/ways GTest::gtest kalvo_core gmpxx gmp)
 target_sources (fuzz_calls PRIVATE "${CMAKE_SOURCE_DIR}/tests/unit/notation.cpp")
 

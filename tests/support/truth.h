@@ -2,12 +2,15 @@
 // stated, and on the same problem with every bound and every cost moved by what an answer's tolerances allow.
 #pragma once
 
-#include "kalvo/model/problem.h"
+#include "tests/support/proof.h"
 
 #include <gmpxx.h>
 
+#include <cmath>
 #include <cstddef>
 #include <optional>
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -372,6 +375,31 @@ inline Truth truth (const klv::Problem& problem)
     if (sign < 0)
         std::swap (told.least, told.most);
     return told;
+}
+
+inline bool is_answer (const proof::Slot& slot)
+{
+    return slot.solution == KLV_SOLSTA_OPTIMAL || slot.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE ||
+           slot.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE;
+}
+
+// Throws what a slot with the default tolerances claims against the truth.
+inline void check_claim (const proof::Slot& slot, const Truth& truth)
+{
+    const auto require = [] (bool condition, const std::string& what) {
+        if (!condition)
+            throw std::runtime_error (what);
+    };
+    const double room = 2e-6 * (1 + std::abs (slot.primal) + std::abs (slot.dual));
+    if (slot.solution == KLV_SOLSTA_OPTIMAL)
+        require (slot.primal >= truth.least - room && slot.primal <= truth.most + room,
+                 "false optimum " + std::to_string (slot.primal));
+    if (slot.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE)
+        require (!truth.feasible, "false infeasible");
+    if (slot.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE) {
+        require (!truth.bounded, "false unbounded");
+        require (!truth.robust || truth.feasible, "unbounded that is infeasible");
+    }
 }
 
 }

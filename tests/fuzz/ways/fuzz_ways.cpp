@@ -68,24 +68,6 @@ std::vector<Way> make_ways (const std::vector<std::string>& words)
 
 // ---- Judging ---------------------------------------------------------------------------------------------
 
-// What is wrong with a slot's claim, in words that name the kind of failure first.
-void check_claim (const proof::Slot& slot, const truth::Truth& truth)
-{
-    const double room = 2e-6 * (1 + std::abs (slot.primal) + std::abs (slot.dual));
-    switch (slot.solution) {
-    case KLV_SOLSTA_OPTIMAL:
-        return require (slot.primal >= truth.least - room && slot.primal <= truth.most + room,
-                        "false optimum " + std::to_string (slot.primal));
-    case KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE:
-        return require (!truth.feasible, "false infeasible");
-    case KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE:
-        require (!truth.bounded, "false unbounded");
-        return require (!truth.robust || truth.feasible, "unbounded that is infeasible");
-    default:
-        return require (!truth.robust, "no answer");
-    }
-}
-
 void check_slots (const model::Task& task, const Way& way, const truth::Truth& truth)
 {
     std::string missing;
@@ -98,7 +80,8 @@ void check_slots (const model::Task& task, const Way& way, const truth::Truth& t
             } catch (const std::exception& fault) {
                 throw std::runtime_error ("judge: " + std::string (fault.what ()));
             }
-            check_claim (slot, truth);
+            truth::check_claim (slot, truth);
+            require (truth::is_answer (slot) || !truth.robust, "no answer");
             ++answered;
         } else if (wanted)
             missing = which == KLV_SOL_ITR ? "itr" : "bas";
