@@ -1,5 +1,4 @@
-// What MATLAB does and Octave does not: errors that end a call in the middle, characters of 16 bits, texts that are
-// objects, presses of Ctrl-C that only raise a flag.
+// What MATLAB does and Octave does not: errors that end a call in the middle, characters of 16 bits, presses of Ctrl-C that only raise a flag.
 
 #include "tests/support/problem_file.h"
 #include "tests/unit/gateway_test.h"
@@ -68,40 +67,6 @@ TEST_F (Matlab, TextsOfAnyLettersComeThrough)
                "name='" + letters + "', var=['" + letters + "';'x']");
     EXPECT_NE (received.find (letters + "Problem '" + letters + "'"), std::string::npos) << received;
     EXPECT_NE (ask ("echo(0) read(" + letters + ")")[1]["rmsg"].text ().find (letters), std::string::npos);
-}
-
-// "text" is an object, in which nothing can be read; 'text' is meant.
-TEST_F (Matlab, StringsAreRefusedByName)
-{
-    const Value text = array (mxUNKNOWN_CLASS, {1, 1});
-    const auto with = [&text] (const char* field) { return record ({{field, text}}); };
-    const Value none = matrix (0, 0), command = value ("'minimize echo(0)'"), prob = value (small_problem);
-    const std::string refused = set_up_line (1200);
-    const struct {
-        std::vector<Value> inputs;
-        std::string printed;
-        KLVrescode_t code;
-    } cases[] = {
-        {{text, prob}, refused, 1200},
-        {{command, text}, "1200 prob; ", 1200},
-        {{command, record ({{"a", value ("[1 2]")}, {"names", with ("name")}})},
-         "1200 prob.names.name; ",
-         1200},
-        {{command, record ({{"a", value ("[1 2]")}, {"names", with ("var")}})},
-         "1200 prob.names.var; ",
-         1201},
-        {{command, prob, with ("KLV_IPAR_OPTIMIZER")}, "1200 param.KLV_IPAR_OPTIMIZER; " + refused, 1200},
-        {{command, prob, with ("KLV_SPAR_DATA_FILE")}, "1200 param.KLV_SPAR_DATA_FILE; " + refused, 1200},
-        {{command, prob, none, with ("log")}, "", 0},
-        {{command, prob, none, with ("iter")}, "", 0},
-        {{command, prob, none, none, with ("host")}, "1200 optserver.host; " + refused, 1200},
-    };
-    for (const auto& c : cases) {
-        session ().printed.clear ();
-        const Call result = call (2, c.inputs);
-        EXPECT_EQ (code_of (result), c.code);
-        EXPECT_EQ (printed (), c.printed);
-    }
 }
 
 // It stops the run that finds it, is taken, and is left to the session after a call that did not look.
