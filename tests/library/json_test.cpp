@@ -109,10 +109,6 @@ TEST (Json, CertificatesComeBackWhereTheyProve)
         EXPECT_EQ (model::proved (copy.again), model::proved (task));
         for (const auto which : {KLV_SOL_BAS, KLV_SOL_ITR})
             EXPECT_EQ (bits (model::slot (task, which)), bits (model::slot (copy.again, which)));
-        if (const std::string text = files::load (copy.path); text.find ("[-2, ") != text.npos) {
-            EXPECT_EQ (copy.read (replaced (text, "[-2, ", "[200, ")), KLV_RES_OK);
-            EXPECT_EQ (model::proved (copy.again), "bas UNKNOWN");
-        }
     }
 }
 
@@ -197,6 +193,7 @@ TEST (Json, WhatIsWrongIsRefusedByName)
          "f.json:21: problem.matrix.rows[1]: belongs to no column"},
         {"\"counts\": [1, 1]", "\"counts\": [0, 2]", "problem.matrix.rows[1]: the column has this row twice"},
         {"\"rows\": [0, 0]", "\"rows\": [0, 1]", "problem.matrix.rows[1]: must be the index"},
+        {"\"rows\": [0, 0]", "\"rows\": [0, 0.5]", "problem.matrix.rows[1]: must be a whole number"},
         {"\"rows\": [0, 0]", "\"rows\": [0, 9e9]", "problem.matrix.rows[1]: must be a whole number"},
         {"KLV_DPAR_TIME_LIMIT", "KLV_DPAR_TIME", "parameters: the field \"KLV_DPAR_TIME\" is unknown"},
         {": 60}", ": -2}", "parameters.KLV_DPAR_TIME_LIMIT: KLV_DPAR_TIME_LIMIT must be between"},
