@@ -109,6 +109,10 @@ TEST (Json, CertificatesComeBackWhereTheyProve)
         EXPECT_EQ (model::proved (copy.again), model::proved (task));
         for (const auto which : {KLV_SOL_BAS, KLV_SOL_ITR})
             EXPECT_EQ (bits (model::slot (task, which)), bits (model::slot (copy.again, which)));
+        if (const std::string text = files::load (copy.path); text.find ("[-2, ") != text.npos) {
+            EXPECT_EQ (copy.read (replaced (text, "[-2, ", "[200, ")), KLV_RES_OK);
+            EXPECT_EQ (model::proved (copy.again), "bas UNKNOWN") << "a false one";
+        }
     }
 }
 

@@ -1,9 +1,5 @@
 // Reading LP files: what is understood, what is refused and where, what is warned of.
-#include "tests/support/problem_file.h"
-
-#include <gtest/gtest.h>
-
-using model::text_of;
+#include "tests/library/reading.h"
 
 namespace {
 
@@ -14,19 +10,10 @@ struct Case {
     KLVrescode_t code = KLV_RES_FILE_SYNTAX;
 };
 
-struct Reading {
-    files::Folder folder;
-    std::string path = folder / "f.lp";
-    files::Task task;
-    KLVrescode_t code;
-
-    explicit Reading (const std::string& text)
-    {
-        const bool whole = text.empty () || text[0] != ' ';
-        files::save (path, files::lines (whole ? text : "min c: x + 2 y|st|" + text + "|end|"));
-        code = KLV_readdata (task, path.c_str ());
-    }
-};
+files::Reading read (const std::string& text)
+{
+    return {"f.lp", text.starts_with (' ') ? "min c: x + 2 y|st|" + text + "|end|" : text};
+}
 
 TEST (LpRead, Meaning)
 {
@@ -50,14 +37,10 @@ TEST (LpRead, Meaning)
         {" Binary|x|Bounds|y = 1|Binaries|y y", "min 1 2; x 0..1i y =1i"},
         {" Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 1 2; x 0..-1i y 0..0.5i"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE (c.text);
-        const Reading reading (c.text);
-        ASSERT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
-        EXPECT_EQ (text_of (reading.task.problem ()), c.expected);
-    }
-    EXPECT_EQ (Reading ("\\ comment|\\ Problem name: no  name |min|st|end").task.problem ().name, "no  name");
-    EXPECT_EQ (Reading ("min|\\ Problem name: none|c:|st|end").task.problem ().name, "");
+    for (const Case& c : cases)
+        EXPECT_EQ (read (c.text).problem (), c.expected) << c.text;
+    EXPECT_EQ (read ("\\ comment|\\ Problem name: no  name |min|st|end").task.problem ().name, "no  name");
+    EXPECT_EQ (read ("min|\\ Problem name: none|c:|st|end").task.problem ().name, "");
 }
 
 TEST (LpRead, FaultsHaveLineAndCause)
@@ -108,10 +91,7 @@ TEST (LpRead, FaultsHaveLineAndCause)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE (c.text);
-        const Reading reading (c.text);
-        EXPECT_EQ (reading.code, c.code);
-        EXPECT_PRED_FORMAT2 (testing::IsSubstring, "f.lp:" + c.expected, reading.task.last_error ());
-        EXPECT_EQ (text_of (reading.task.problem ()), "min");
+        read (c.text).expect_fault (c.expected, c.code);
     }
 }
 
@@ -127,12 +107,8 @@ TEST (LpRead, WarnsOnceOfEachTraditionWithItsFirstLine)
         {" Bounds|x <= -3",
          "4: a negative upper bound without a lower bound takes the lower bound 0 away (\"x\")"},
     };
-    for (const Case& c : cases) {
-        const Reading reading (c.text);
-        ASSERT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
-        EXPECT_PRED_FORMAT2 (testing::IsSubstring, "f.lp:" + c.expected, reading.task.printed);
-        EXPECT_EQ (std::count (reading.task.printed.begin (), reading.task.printed.end (), '\n'), 1);
-    }
+    for (const Case& c : cases)
+        read (c.text).expect_one_warning (c.expected);
 }
 
 }
