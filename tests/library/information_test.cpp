@@ -39,20 +39,16 @@ TEST (EngineLines, SayWhatTheySayOrNothing)
     const std::pair<const char*, const char*> lines[] = {
         {"  133    -8.9e+05 Pr: 0(0); Du: 2(1.5e-14) 0.0s", "simplex 133 0 -890000 0 1.5e-14"},
         {"    0    -1.5 Ph1: 4(4.5); Du: 2(1.75) 0.0s", "simplex 0 1 -1.5 4.5 1.75"},
-        {"    2     2.65 Pr: 1(7)", "simplex 2 0 2.65 7 0"},
         {"   17*  -1.5e+00  -2.5e+00  7e-16  6e-12  4e-04   0.0", "interior 17 -1.5 -2.5 7e-16 6e-12"},
         {"Presolve reductions: rows 163(-11); columns 141(-1); nonzeros 2256(+13) ", "left 163 141 2256"},
-        {"Presolve reductions: rows 0(-2); columns 0(-2); nonzeros 0(-4) - Reduced to empty", "left 0 0 0"},
         {"   25 cols (21 binary, 4 integer, 0 implied int., 7 continuous)", "integers 25"},
         {" L      15       3      7  43.75%   3019.6      3095   2.44%   202   20   30   41   0.0s",
          "row 15 3 202 20 30 "},
         {"    1234k      12m    99   0.00%   -inf     inf    Large    1   2   3   1234m   9999.9s",
          "row 1234000 12000000 1 2 3 "},
         {"25.0% inactive integer columns, restarting", "1 "},
-        {"Restarting search from the root node", "1 "},
         {"  P-D integral      0.25", "0.250000"},
         {"      2030 (strong br.)", "2030 "},
-        {"       628 (separation)", "628 "},
         {"       813 (heuristics)", "813 "},
     };
     for (const auto& [line, meaning] : lines) {

@@ -105,6 +105,7 @@ TEST_F (Result, ListsTheVersionAndTheConstants)
 {
     const Call result = ask ("version symbcon echo(0)");
     EXPECT_EQ (show (result[1]["version"]), "(major=10, minor=2, revision=18)");
+    ASSERT_FALSE (result[1]["symbcon"].field_names ().empty ());
     for (const std::string& name : result[1]["symbcon"].field_names ()) {
         char number[KLV_MAX_TEXT] = "";
         ASSERT_EQ (KLV_symnamtovalue (name.c_str (), number), 1) << name;
