@@ -59,8 +59,9 @@ TEST (Analysis, WarnsOfWhatLooksBad)
         const std::string text = printed (model::Task (problem), KLV_analyzeproblem);
         EXPECT_NE (text.find (warning), text.npos) << warning << "\n" << text;
     }
-    const std::string fine = printed (model::Task ("min 1; 1.000000000001..1; 1 in 1.."), KLV_analyzeproblem);
-    EXPECT_EQ (fine.find ("Warning"), fine.npos) << "crossed within the fixing tolerance";
+    EXPECT_EQ (
+        printed (model::Task ("min 1; 1.000000000001..1; 1 in 1.."), KLV_analyzeproblem).find ("Warning"),
+        std::string::npos);
 }
 
 TEST (Analysis, OfALargeProblemCanBeStopped)

@@ -8,7 +8,6 @@
 #include <cfloat>
 #include <cmath>
 #include <random>
-#include <sstream>
 
 using model::text_of;
 using testing::IsSubstring;
@@ -249,36 +248,6 @@ TEST (MpsRound, MissingNamesAreMadeWithoutAClash)
     EXPECT_EQ (writing.task.problem ().objective_name, "OBJ_");
     EXPECT_EQ (text_of (writing.task.problem ()), "min 1 0.1 0 +5; C3 0.. C_ 0..4i C__3 ..7; R1: -1.5 in "
                                                   "1..3; OBJ: in ..; R3: 1e-07 in =2; R4: in ..6");
-}
-
-TEST (MpsRound, PublishedInstancesOfKnownSizes)
-{
-    std::istringstream index (files::load (KALVO_TEST_DATA "/INDEX.tsv"));
-    int read = 0;
-    for (std::string line, field[5]; std::getline (index, line);) {
-        std::istringstream fields (line);
-        for (std::string& text : field)
-            std::getline (fields, text, '\t');
-        if (!field[2].ends_with (".mps"))
-            continue;
-        files::Task task;
-        ASSERT_EQ (KLV_readdata (task, (KALVO_TEST_DATA "/" + field[2]).c_str ()), KLV_RES_OK)
-            << task.last_error ();
-        klv::Problem p = task.problem ();
-        std::string sizes = std::to_string (p.constraints ()) + "x" + std::to_string (p.variables ()) +
-                            " nnz " + std::to_string (p.matrix.entries ());
-        sizes += p.integers > 0 ? " int " + std::to_string (p.integers) : "";
-        EXPECT_EQ (sizes, field[4].substr (0, sizes.size ())) << line;
-        expect_same_after_writing (p, KLV_FILE_FREE_MPS);
-        expect_same_after_writing (p, KLV_FILE_FIXED_MPS);
-        if (Writing (p, KLV_FILE_LP).write () == KLV_RES_FILE_CANNOT_HOLD) {
-            p.variable_name = p.constraint_name = {};
-            p.objective_name.clear ();
-        }
-        expect_same_after_writing (p, KLV_FILE_LP);
-        ++read;
-    }
-    EXPECT_GE (read, 10);
 }
 
 }

@@ -1,9 +1,5 @@
 // Reading LP files: what is understood, what is refused and where, what is warned of.
-#include "tests/support/problem_file.h"
-
-#include <gtest/gtest.h>
-
-using model::text_of;
+#include "tests/library/reading.h"
 
 namespace {
 
@@ -14,19 +10,10 @@ struct Case {
     KLVrescode_t code = KLV_RES_FILE_SYNTAX;
 };
 
-struct Reading {
-    files::Folder folder;
-    std::string path = folder / "f.lp";
-    files::Task task;
-    KLVrescode_t code;
-
-    explicit Reading (const std::string& text)
-    {
-        const bool whole = text.empty () || text[0] != ' ';
-        files::save (path, files::lines (whole ? text : "min c: x + 2 y|st|" + text + "|end|"));
-        code = KLV_readdata (task, path.c_str ());
-    }
-};
+files::Reading read (const std::string& text)
+{
+    return {"f.lp", text.starts_with (' ') ? "min c: x + 2 y|st|" + text + "|end|" : text};
+}
 
 TEST (LpRead, Meaning)
 {
@@ -50,14 +37,10 @@ TEST (LpRead, Meaning)
         {" Binary|x|Bounds|y = 1|Binaries|y y", "min 1 2; x 0..1i y =1i"},
         {" Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 1 2; x 0..-1i y 0..0.5i"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE (c.text);
-        const Reading reading (c.text);
-        ASSERT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
-        EXPECT_EQ (text_of (reading.task.problem ()), c.expected);
-    }
-    EXPECT_EQ (Reading ("\\ comment|\\ Problem name: no  name |min|st|end").task.problem ().name, "no  name");
-    EXPECT_EQ (Reading ("min|\\ Problem name: none|c:|st|end").task.problem ().name, "");
+    for (const Case& c : cases)
+        EXPECT_EQ (read (c.text).problem (), c.expected) << c.text;
+    EXPECT_EQ (read ("\\ comment|\\ Problem name: no  name |min|st|end").task.problem ().name, "no  name");
+    EXPECT_EQ (read ("min|\\ Problem name: none|c:|st|end").task.problem ().name, "");
 }
 
 TEST (LpRead, FaultsHaveLineAndCause)
@@ -75,23 +58,17 @@ TEST (LpRead, FaultsHaveLineAndCause)
         {"min x st x >= 1|end", "1: a section is needed, not \"st\""},
         {"min x + inf|st|end", "1: an infinite constant of the objective"},
         {"min 1e200 x + 1e308 x + 1e308 x|st|end", "1: an infinite coefficient of \"x\""},
-        {"min inf x|st|end", "1: an infinite coefficient of \"x\""},
         {"min 1e400 x|st|end", "1: \"1e400\" is beyond the numbers"},
-        {"min 1,5 x|st|end", "1: \"1\" goes on with \",\""},
         {"min 1.5.2 x|st|end", "1: \"1.5\" goes on with \".\""},
-        {"min .x|st|end", "1: \".\" is not a number"},
         {"min x y|st|end", "1: a section is needed, not \"y\""},
         {"min x +|st|end", "2: a number or the name of a variable is needed, not \"st\""},
-        {"min 2 *|st|end", "2: a number or the name of a variable is needed, not \"st\""},
         {"min 2 e1|st|end", "1: the variable \"e1\" behind a number reads like its exponent"},
         {"min x + free|st|end", "1: the name \"free\" is a word of LP"},
         {"min x\a|st|end", "1: a control character, of code 7"},
         {"min x \x60 : y|st|end", "1: a section is needed"},
         {std::string ("min x\0|st", 9), "1: a zero byte"},
         {"min [ x ^ 2 ] / 2|st|end", "1: quadratic terms are not supported", unsupported},
-        {"min x * y|st|end", "1: quadratic terms are not supported", unsupported},
         {"minimize multi-objectives|st|end", "1: several objectives are not supported", unsupported},
-        {" c: x >= 1", "3: a second row \"c\""},
         {" r: x >= 1|r: x >= 2", "4: a second row \"r\""},
         {" inf: x >= 1", "3: the name \"inf\" is a word of LP"},
         {" r: >= 1", "3: an expression is needed, not \">=\""},
@@ -99,31 +76,22 @@ TEST (LpRead, FaultsHaveLineAndCause)
         {" r: x >= y", "3: a number is needed, not \"y\""},
         {" r: x >= 1 y", "3: \"y\" behind a constraint"},
         {" r: x + 1 >= 2", "3: a constant among the terms of a constraint"},
-        {" r: 1 <= 2 <= 3", "3: a constant among the terms of a constraint"},
         {" r: 1 <= x >= 3", "3: two relations of a constraint that bound the same side"},
         {" r: x <= -inf", "3: an upper bound that is minus infinity"},
         {" r: x <= 1 <= 2", "3: \"<=\" behind a constraint"},
         {" r: z = 1 -> x <= 1", "3: indicator constraints are not supported", unsupported},
         {" r: 0 <= 3|x + y <= 4", "4: the number before \"x\" may be its coefficient"},
-        {" r: x <= nan", "3: a number is needed, not \"nan\""},
         {" lazy constraints|x <= 1", "3: lazy constraints are not supported", unsupported},
         {" Bounds|z <= 1", "4: unknown variable \"z\""},
         {" Bounds|x <= 1|x <= 2", "5: a second upper bound of column \"x\""},
         {" Bounds|x free y free", "4: \"y\" behind a bound"},
-        {" Bounds|2 x <= 1", "4: a relation is needed, not \"x\""},
         {" Bounds|x = inf", "4: column \"x\" is fixed at a value beyond"},
-        {" Generals|x z", "4: unknown variable \"z\""},
-        {" Generals|x <= 1", "4: the name of a variable is needed, not \"<=\""},
         {" Semi-Continuous|x", "3: semi-continuous variables are not supported", unsupported},
         {" SOS1|s: x:1 y:2", "3: special ordered sets are not supported", unsupported},
-        {" general constraints|x", "3: general constraints are not supported", unsupported},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE (c.text);
-        const Reading reading (c.text);
-        EXPECT_EQ (reading.code, c.code);
-        EXPECT_PRED_FORMAT2 (testing::IsSubstring, "f.lp:" + c.expected, reading.task.last_error ());
-        EXPECT_EQ (text_of (reading.task.problem ()), "min");
+        read (c.text).expect_fault (c.expected, c.code);
     }
 }
 
@@ -139,12 +107,8 @@ TEST (LpRead, WarnsOnceOfEachTraditionWithItsFirstLine)
         {" Bounds|x <= -3",
          "4: a negative upper bound without a lower bound takes the lower bound 0 away (\"x\")"},
     };
-    for (const Case& c : cases) {
-        const Reading reading (c.text);
-        ASSERT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
-        EXPECT_PRED_FORMAT2 (testing::IsSubstring, "f.lp:" + c.expected, reading.task.printed);
-        EXPECT_EQ (std::count (reading.task.printed.begin (), reading.task.printed.end (), '\n'), 1);
-    }
+    for (const Case& c : cases)
+        read (c.text).expect_one_warning (c.expected);
 }
 
 }

@@ -61,12 +61,16 @@ public:
         static_cast<KLVtask_t> (*this)->replace_problem (std::move (problem));
         set (settings);
     }
+    // A text, or a published problem: "lp/afiro.mps".
     explicit Task (const std::string& problem, const std::string& settings = "")
-        : Task (parse (problem), settings)
-    {}
+        : Task (problem.ends_with (".mps") ? klv::Problem () : parse (problem), settings)
+    {
+        if (problem.ends_with (".mps") && KLV_readdata (*this, (KALVO_TEST_DATA "/" + problem).c_str ()) != 0)
+            ADD_FAILURE () << last_error ();
+    }
 
-    void set (const std::string& settings);         // "OPTIMIZER 1 TIME_LIMIT 0.5": names without prefix
-    double information (const char* item) const;    // "MIP_NODES": its name without prefix
+    void set (const std::string& settings);    // "OPTIMIZER 1 TIME_LIMIT 0.5": names without prefix
+    double information (const std::string& item) const;    // "MIP_NODES": its name without prefix
 };
 
 inline void Task::set (const std::string& settings)
@@ -83,16 +87,16 @@ inline void Task::set (const std::string& settings)
     }
 }
 
-inline double Task::information (const char* item) const
+inline double Task::information (const std::string& item) const
 {
     char name[KLV_MAX_TEXT];
     std::int32_t whole = 0;
     double value = 0;
     for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_INTEGER, i, name) == 0; ++i)
-        if (name == std::string ("KLV_IINF_") + item && KLV_getintinf (*this, i, &whole) == 0)
+        if (name == "KLV_IINF_" + item && KLV_getintinf (*this, i, &whole) == 0)
             return whole;
     for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_DOUBLE, i, name) == 0; ++i)
-        if (name == std::string ("KLV_DINF_") + item && KLV_getdouinf (*this, i, &value) == 0)
+        if (name == "KLV_DINF_" + item && KLV_getdouinf (*this, i, &value) == 0)
             return value;
     ADD_FAILURE () << "no information item " << item;
     return 0;

@@ -19,10 +19,9 @@ Values in_part (Values values, std::ptrdiff_t unknown)
 
 TEST (Start, FromTheLastSolutionTakesNoIteration)
 {
-    for (const char* file : {"afiro", "adlittle", "sc50a"}) {
+    for (const char* file : {"lp/afiro.mps", "lp/adlittle.mps", "lp/sc50a.mps"}) {
         SCOPED_TRACE (file);
-        Task task;
-        ASSERT_EQ (KLV_readdata (task, (std::string (KALVO_TEST_DATA "/lp/") + file + ".mps").c_str ()), 0);
+        Task task (file);
         ASSERT_EQ (KLV_optimize (task), 0);
         const model::Slot first = model::slot (task, KLV_SOL_BAS);
         EXPECT_EQ (task.information ("START"), 0);

@@ -73,21 +73,6 @@ TEST (ColumnMatrix, AgreesWithAPlainOneAfterRandomChanges)
     }
 }
 
-TEST (ColumnMatrix, PutInOrderAfterAHintTheArraysNeverMove)
-{
-    klv::ColumnMatrix matrix;
-    matrix.append_columns (1000);
-    matrix.reserve (1000);
-    const std::int32_t row = 0, *place = nullptr;
-    const double value = 1;
-    for (std::int32_t j = 0; j < 1000; ++j) {
-        matrix.put (j, {&row, 1}, {&value, 1});
-        EXPECT_EQ (std::exchange (place, matrix.rows ().data ()), j > 0 ? matrix.rows ().data () : nullptr);
-    }
-    matrix.pack ();
-    EXPECT_EQ (matrix.rows ().data (), place);
-}
-
 TEST (RepeatedRows, AreFoundAlsoAfterAnEarlierSearch)
 {
     klv::RepeatedRows repeated;

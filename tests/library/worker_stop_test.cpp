@@ -291,7 +291,7 @@ TEST (WorkerProcessEnd, StopsTheRunAndWaitsButNotForEver)
     GTEST_FLAG_SET (death_test_style, "threadsafe");
     const auto stops_late = [] (auto&, auto& stop, auto&) {
         Gate::wait_for (stop);
-        std::this_thread::sleep_for (std::chrono::milliseconds (1500));
+        std::this_thread::sleep_for (std::chrono::milliseconds (600));
         std::fputs ("ended in order", stderr);
         return claims ("stopped");
     };

@@ -1,27 +1,15 @@
-// What no call reaches by itself: texts changed in place, and the eyes of the test host.
+// The eyes of the test host.
 
 #include <thread>
 
-#include "input/arrays.h"
 #include "tests/unit/gateway_test.h"
 
 namespace {
 
-using Helpers = GatewayTest;
-
-TEST_F (Helpers, TextsAreChangedInPlace)
-{
-    char spaced[] = " a b ", mixed[] = "quad_2 é";
-    EXPECT_EQ (strtrim (spaced, ' '), 2);
-    EXPECT_STREQ (spaced, "ab");
-    EXPECT_STREQ (local_strupr (mixed), "QUAD_2 é");
-    EXPECT_TRUE (is1ddensevec (value ("1x0").get ()) && !is1ddensevec (value ("3x3").get ()) &&
-                 !is1ddensevec (value ("sparse [1 2]").get ()));
-    EXPECT_EQ (vectorlen (value ("2x3x4").get ()), 24U);
-}
+using TestHost = GatewayTest;
 
 // All tests of the gateway trust the host to see what it does wrong.
-TEST_F (Helpers, TheTestHostSeesMisuse)
+TEST_F (TestHost, SeesMisuse)
 {
     const std::pair<EntryPoint, const char*> cases[] = {
         {[] (int, mxArray**, int, const mxArray**) {
