@@ -1,10 +1,11 @@
 #include "gateway/number.h"
 
-double first_number (const mxArray* array)
+std::optional<double> first_number (const mxArray* array)
 {
     if (mxIsSparse (array) && (mxGetJc (array)[1] == 0 || mxGetIr (array)[0] != 0))
         return 0;
-    return *mxGetPr (array);
+    const double* const values = mxGetPr (array);
+    return values ? std::optional (*values) : std::nullopt;
 }
 
 mxArray* make_number (double value)

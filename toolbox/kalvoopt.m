@@ -157,10 +157,13 @@
 %
 %   CALLBACKS (callback): a structure with any of
 %
-%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console
+%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console; the
+%                         banner goes to the console all the same (echo(0): nowhere)
 %       iter, iterhandle  name of a function stop = g (iterhandle, caller, info) that is called during a run at least
 %                         every 50 ms, with the point of the computation and the record of res.info at that moment.
 %                         A number other than 0, or an error, stops the run. A logical value does not: double (done).
+%
+%       A name needs its handle: any value, [] too, which is the function's first argument. An empty name is none.
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %

@@ -27,7 +27,7 @@ static Solution checked_point (GivenSolution& given, const std::shared_ptr<const
         }
         return difference (plus, minus);
     };
-    Claims claims;
+    Point claims;
     claims.x = given.xx;
     claims.y = given.y.empty () ? combined (given.slc, given.suc) : std::move (given.y);
     claims.reduced_cost = combined (given.slx, given.sux);

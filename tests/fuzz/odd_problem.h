@@ -2,16 +2,36 @@
 #pragma once
 
 #include "tests/fuzz/random.h"
-#include "tests/library/model.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace fuzz {
 
+constexpr double inf = std::numeric_limits<double>::infinity ();
+
+using Values = std::vector<double>;
+
+struct Range {
+    double lower = -inf, upper = inf;
+};
+
+// Zeros of the rows are no entries.
+struct Model {
+    Values cost = {};
+    std::vector<Values> rows = {};
+    std::vector<Range> row_bounds = {};
+    std::vector<Range> bounds = {};    // of the variables
+    bool maximize = false;
+};
+
 // In the notation that model::parse reads.
-inline std::string text_of (const model::Model& model)
+inline std::string text_of (const Model& model)
 {
     const auto number = [] (double value) {
         char text[32];
@@ -24,7 +44,7 @@ inline std::string text_of (const model::Model& model)
         }
         return std::string (text);
     };
-    const auto range = [&] (const model::Range& bounds) {
+    const auto range = [&] (const Range& bounds) {
         return (std::isinf (bounds.lower) ? "" : number (bounds.lower)) + ".." +
                (std::isinf (bounds.upper) ? "" : number (bounds.upper));
     };
@@ -32,7 +52,7 @@ inline std::string text_of (const model::Model& model)
     for (const double cost : model.cost)
         text += ' ' + number (cost);
     text += ';';
-    for (const model::Range& bounds : model.bounds)
+    for (const Range& bounds : model.bounds)
         text += ' ' + range (bounds);
     for (std::size_t i = 0; i < model.rows.size (); ++i) {
         text += ';';
@@ -47,7 +67,7 @@ class OddProblem {
 public:
     explicit OddProblem (Random& random) : random_ (random) {}
 
-    model::Model make ()
+    Model make ()
     {
         m_ = below (6);
         n_ = 1 + below (7);
@@ -76,7 +96,7 @@ private:
     }
 
     // Mostly one that holds `value`: often just so, sometimes not at all.
-    model::Range range (double value)
+    Range range (double value)
     {
         if (one_in (15))
             value += whole (-9, 9);
@@ -87,10 +107,10 @@ private:
         case 1:
             return {value, value};
         case 2:
-            return {-model::inf, value + room};
+            return {-inf, value + room};
         case 3:
         case 4:
-            return {value - room, model::inf};
+            return {value - room, inf};
         default:
             return {value - room, value + whole (0, 4)};
         }
@@ -101,16 +121,15 @@ private:
         for (std::size_t j = 0; j < n_; ++j) {
             if (one_in (2))
                 at_[j] = 0;
-            made_.bounds.push_back (one_in (3) ? model::Range{std::min (at_[j], 0.0), model::inf}
-                                               : range (at_[j]));
+            made_.bounds.push_back (one_in (3) ? Range{std::min (at_[j], 0.0), inf} : range (at_[j]));
         }
     }
 
     void make_rows ()
     {
-        made_.rows.assign (m_, model::Values (n_, 0));
+        made_.rows.assign (m_, Values (n_, 0));
         const std::size_t rarity = 1 + below (3);
-        for (model::Values& row : made_.rows)
+        for (Values& row : made_.rows)
             for (double& value : row)
                 value = one_in (rarity) ? whole (-3, 4) : 0;
         for (std::size_t times = below (3); times > 0 && m_ > 0; --times) {
@@ -118,7 +137,7 @@ private:
             const std::size_t from = below (n_), to = below (n_), row = below (m_), other = below (m_);
             switch (below (4)) {
             case 0:    // a column that is a multiple of another one, or empty
-                for (model::Values& values : made_.rows)
+                for (Values& values : made_.rows)
                     values[to] = factor * values[from] + 0.0;
                 break;
             case 1:    // the same for rows
@@ -133,7 +152,7 @@ private:
                 made_.rows[row][to] = factor;
             }
         }
-        for (const model::Values& row : made_.rows) {
+        for (const Values& row : made_.rows) {
             double activity = 0;
             for (std::size_t j = 0; j < n_; ++j)
                 activity += row[j] * at_[j];
@@ -148,7 +167,7 @@ private:
         if (one_in (6))
             return;
         const bool any = one_in (3);
-        const auto multiplier = [&] (const model::Range& bounds) {
+        const auto multiplier = [&] (const Range& bounds) {
             return any || one_in (2)
                        ? 0
                        : whole (std::isinf (bounds.upper) ? 0 : -2, std::isinf (bounds.lower) ? 0 : 2);
@@ -161,7 +180,7 @@ private:
                     made_.cost[j] += y * made_.rows[i][j];
     }
 
-    static void multiply (model::Range& bounds, double factor)
+    static void multiply (Range& bounds, double factor)
     {
         bounds.lower *= factor;
         bounds.upper *= factor;
@@ -183,7 +202,7 @@ private:
             if (one_in (2))
                 continue;
             const double factor = power ();
-            for (model::Values& row : made_.rows)
+            for (Values& row : made_.rows)
                 row[j] *= factor;
             made_.cost[j] *= factor;
             multiply (made_.bounds[j], 1 / factor);
@@ -197,7 +216,7 @@ private:
                                                  1e6,   1e9,   1 + 1e-5, 1 + 1e-7};
         const double factor = factors[below (factors.size ())];
         const std::size_t j = below (n_);
-        model::Range& column = made_.bounds[j];
+        Range& column = made_.bounds[j];
         if (m_ == 0 || one_in (4))
             made_.cost[j] *= factor;
         else if (one_in (2))
@@ -223,8 +242,8 @@ private:
 
     Random& random_;
     std::size_t m_ = 0, n_ = 0;
-    model::Values at_;    // a point that most bounds are made for
-    model::Model made_;
+    Values at_;    // a point that most bounds are made for
+    Model made_;
 };
 
 }

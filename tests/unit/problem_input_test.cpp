@@ -155,6 +155,8 @@ TEST_F (ProblemInput, FaultsAreNamed)
         {"names=(con={'a', 2})", "1200 prob.names.con{2}; "},
         {"names=(con=cell 2x1)", "1200 prob.names.con{1}; "},
         {"names=(con='ab')", "1200 prob.names.con{1}; "},
+        {"names=(name=string)", "1200 prob.names.name; "},
+        {"names=(var=string)", "1200 prob.names.var; ", 1201},
     };
     for (const auto& c : cases) {
         EXPECT_EQ (code_of (ask ("echo(0)", {with (c.fields)})), c.code) << c.fields;
@@ -168,6 +170,7 @@ TEST_F (ProblemInput, NothingIsReadWithoutAGoodMatrix)
         const char *prob, *line;
     } cases[] = {
         {"'lp.mps'", "1200 prob; "},
+        {"string", "1200 prob; "},
         {"record 1x2 a", "1200 prob; "},
         {"(A=1, f=1)", "1200 prob.a not specified; "},
         {"(a, c='x')", "1200 prob.a not specified; "},

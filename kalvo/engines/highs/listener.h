@@ -10,13 +10,9 @@
 
 namespace klv::highs {
 
-// Whether a maximum is passed as a minimum with its costs negated: only of minima the engine heeds a bound on the dual
-// objective.
-bool is_mirrored (const Job& job);
-
 class Listener {
 public:
-    Listener (const Job& job, const StopFlag& stop, EventChannel& channel);
+    Listener (const Job& job, const StopFlag& stop, Events& events);
 
     static void called (int type, const char* message, const HighsCallbackDataOut* out,
                         HighsCallbackDataIn* in, void* listener);
@@ -37,10 +33,9 @@ private:
     void take_solution_time ();
 
     const StopFlag& stop_;
-    EventChannel& channel_;
+    Events& events_;
     const Method method_;
     const std::uint32_t phase_of_method_;
-    const double sign_;    // of the objectives in log lines
     const bool passes_text_on_;
     Progress now_;
     Clock::time_point reported_ = Clock::now ();

@@ -1,0 +1,64 @@
+// The lines of a text file, numbered, read in large blocks; a line is copied only when it spans two blocks.
+#pragma once
+
+#include "kalvo/files/text/fault.h"
+#include "kalvo/files/text/input_file.h"
+#include "kalvo/files/text/pacer.h"
+#include "kalvo/model/refusal.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+namespace klv {
+
+// No line of a text problem file is longer, so that a file of another kind is refused before it fills the
+// memory.
+constexpr std::size_t longest_line = std::size_t{1} << 24;
+
+class LineReader {
+public:
+    LineReader (const std::string& path, Pacer& pacer);
+
+    // Moves to the next line; false at the end of the file.
+    bool next ();
+
+    // The line without its end (LF or CR LF); valid until the next call of next ().
+    std::string_view line () const { return line_; }
+    std::int64_t number () const { return number_; }
+
+    // What comes behind the line, as far as it is in memory.
+    std::string_view ahead () const { return {buffer_.data () + begin_, end_ - begin_}; }
+
+private:
+    void refill ();
+    void skip_byte_order_mark ();
+
+    Pacer& pacer_;
+    InputFile file_;
+    std::vector<char> buffer_;    // twice as long as the longest line so far, at least
+    std::size_t begin_ = 0;       // what is read and not yet handed out: buffer_[begin_, end_)
+    std::size_t end_ = 0;
+    bool at_end_ = false;
+    std::string_view line_;
+    std::int64_t number_ = 0;
+};
+
+// What a reader does line by line: a fault that names no line, and is not the file's own, is one of the line at
+// hand. A refusal by the problem that is read becomes such a fault.
+template <class Reading>
+void with_lines_of_faults (const LineReader& lines, const Reading& reading)
+{
+    const auto line = [&] { return std::max<std::int64_t> (lines.number (), 1); };
+    try {
+        reading ();
+    } catch (FileFault& fault) {
+        if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
+            fault.line = line ();
+        throw;
+    } catch (Refusal& refusal) {
+        throw FileFault{refusal.code, std::move (refusal.message), line ()};
+    }
+}
+
+}
