@@ -4,60 +4,56 @@
 #include "tests/fuzz/random.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace fuzz {
 
 constexpr double inf = std::numeric_limits<double>::infinity ();
 
-using Values = std::vector<double>;
-
 struct Range {
     double lower = -inf, upper = inf;
 };
+
+using Values = std::vector<double>;
 
 // Zeros of the rows are no entries.
 struct Model {
     Values cost = {};
     std::vector<Values> rows = {};
-    std::vector<Range> row_bounds = {};
-    std::vector<Range> bounds = {};    // of the variables
+    std::vector<Range> row_bounds = {}, bounds = {};
     bool maximize = false;
 };
 
-// In the notation that model::parse reads.
+// Shortest text that reads back to the same bits.
+inline std::string text_of (double value)
+{
+    char text[32];
+    return {text, std::to_chars (text, std::end (text), value).ptr};
+}
+
+// As tests state problems: "min 3 2; 0.. =4; 1 1 in 1..".
 inline std::string text_of (const Model& model)
 {
-    const auto number = [] (double value) {
-        char text[32];
-        std::snprintf (text, sizeof text, "%.17g", value);
-        for (int digits = 1; digits < 17; ++digits) {
-            char shorter[32];
-            std::snprintf (shorter, sizeof shorter, "%.*g", digits, value);
-            if (std::stod (shorter) == value)
-                return std::string (shorter);
-        }
-        return std::string (text);
-    };
-    const auto range = [&] (const Range& bounds) {
-        return (std::isinf (bounds.lower) ? "" : number (bounds.lower)) + ".." +
-               (std::isinf (bounds.upper) ? "" : number (bounds.upper));
+    const auto range = [] (const Range& bounds) {
+        return bounds.lower == bounds.upper
+                   ? '=' + text_of (bounds.lower)
+                   : (std::isinf (bounds.lower) ? "" : text_of (bounds.lower)) + ".." +
+                         (std::isinf (bounds.upper) ? "" : text_of (bounds.upper));
     };
     std::string text = model.maximize ? "max" : "min";
     for (const double cost : model.cost)
-        text += ' ' + number (cost);
+        text += ' ' + text_of (cost);
     text += ';';
     for (const Range& bounds : model.bounds)
         text += ' ' + range (bounds);
     for (std::size_t i = 0; i < model.rows.size (); ++i) {
         text += ';';
         for (const double value : model.rows[i])
-            text += ' ' + number (value);
+            text += ' ' + text_of (value);
         text += " in " + range (model.row_bounds[i]);
     }
     return text;

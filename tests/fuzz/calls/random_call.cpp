@@ -55,13 +55,6 @@ std::string record (const Fields& fields)
     return "(" + text + ")";
 }
 
-std::string number (double value)
-{
-    char text[40];
-    std::snprintf (text, sizeof text, "%.17g", value);
-    return text;
-}
-
 class Maker {
 public:
     explicit Maker (Random& random) : random_ (random) {}
@@ -182,7 +175,7 @@ private:
     // One of odd shape, whose numbers are in order.
     std::string odd_problem ()
     {
-        const model::Model made = OddProblem (random_).make ();
+        const Model made = OddProblem (random_).make ();
         m_ = made.rows.size ();
         n_ = made.cost.size ();
         const auto list = [] (std::size_t count, const auto& entry) {
@@ -194,17 +187,17 @@ private:
         const auto row = [&] (std::size_t i) {
             std::string text;
             for (const double entry : made.rows[i])
-                text += number (entry) + " ";
+                text += text_of (entry) + " ";
             return text;
         };
         const auto lower = [&] (const auto& of) {
-            return [&] (std::size_t k) { return number (of[k].lower); };
+            return [&] (std::size_t k) { return text_of (of[k].lower); };
         };
         const auto upper = [&] (const auto& of) {
-            return [&] (std::size_t k) { return number (of[k].upper); };
+            return [&] (std::size_t k) { return text_of (of[k].upper); };
         };
         Fields fields{{"a", m_ == 0 ? "0x" + std::to_string (n_) : list (m_, row)},
-                      {"c", list (n_, [&] (std::size_t j) { return number (made.cost[j]); })},
+                      {"c", list (n_, [&] (std::size_t j) { return text_of (made.cost[j]); })},
                       {"blc", list (m_, lower (made.row_bounds))},
                       {"buc", list (m_, upper (made.row_bounds))},
                       {"blx", list (n_, lower (made.bounds))},
@@ -264,8 +257,8 @@ private:
     std::string setting (double smallest, double fallback, double largest)
     {
         const std::string values[] = {
-            number (smallest),         number (fallback),
-            number (largest),          number (smallest + static_cast<double> (below (5))),
+            text_of (smallest),        text_of (fallback),
+            text_of (largest),         text_of (smallest + static_cast<double> (below (5))),
             random_.any (odd_numbers), "'" + random_.any (symbols) + "'"};
         return one_in (20) ? odd () : values[below (one_in (8) ? 6 : 4)];
     }
