@@ -61,7 +61,8 @@
 %
 %       sol     solutions to start from: res.sol of another call as it is, or any part of it. bas.skc and bas.skx (a basis),
 %               else xx (and y) of bas or itr, for the simplex methods; int.xx, NaN where a value is not known, for whole
-%               numbers. A bad start costs time, never the answer. Without "minimize" res.sol shows what was understood.
+%               numbers. A bad start costs time, never the answer. Without "minimize" res.sol is what was given, statuses
+%               computed again: certificates stay what they are, INTEGER_OPTIMAL becomes PRIMAL_FEASIBLE.
 %
 %       Fields for quadratic, conic and semidefinite terms (qoval, qcval, f, accs, cones, bardim, prisen, duasen) are refused
 %       unless they are empty. Other fields are ignored.

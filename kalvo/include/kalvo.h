@@ -562,10 +562,12 @@ KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* val
 /* Puts a solution into its place, for the next optimisation to start from (KLV_IPAR_WARM_START), and to keep
  * until then. Every array may be null: nothing is given. skc, xc, y, slc, suc: one entry a constraint; skx,
  * xx, slx, sux: one a variable. A NaN among values is an unknown one, infinite values are refused
- * (KLV_RES_VALUE_NOT_FINITE), as are numbers that are no key. The task keeps the keys as given, xx, y and slx
- * - sux (of y, where they are missing), y from slc - suc where it is missing; all else, and the statuses,
- * follows from these and the problem, so xc is not looked at. The integer solution has no duals, and of conic
- * values (skn, snx, doty) this version has none: they are not looked at. */
+ * (KLV_RES_VALUE_NOT_FINITE), as are numbers that are no key. The task keeps what is given as it is, but for what follows
+ * from xx when all of it is known (xc), and from the multipliers when all of them are (slc and suc from y, y from slc - suc
+ * where it is missing, slx and sux from their difference, or from y where they are missing). Statuses follow from these and
+ * the problem; a certificate that is put as it was handed out is one again, once it is verified. The integer solution has
+ * no duals and no proof of optimality: a point of it is at most PRIMAL_FEASIBLE. Of conic values (skn, snx, doty) this
+ * version has none: they are not looked at. */
 KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
                                          const int32_t* skx, const int32_t* skn, const double* xc,
                                          const double* xx, const double* y, const double* slc,
