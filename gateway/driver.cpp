@@ -188,7 +188,9 @@ KLVrescode_t analyze_problem (Request& request)
 
 KLVrescode_t repair_problem (Request& request)
 {
-    return request.options.primalrepair ? primalrepair (request.task.get (), request.input (2)) : KLV_RES_OK;
+    if (!request.options.primalrepair)
+        return KLV_RES_OK;
+    return primalrepair (request.task.get (), request.input (2), request.options.read != 0);
 }
 
 KLVrescode_t optimize (Request& request)
