@@ -454,7 +454,7 @@ KLV_API KLVrescode_t KLV_getqobj (KLVtask_t task, int64_t room, int64_t* count, 
 KLV_API KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t room, int64_t* count, int32_t* rows,
                                    int32_t* columns, double* values);
 
-// Bound key and values of one item; the value of an absent bound is -1e30 below and 0 above.
+// Bound key and values of one item; the value of an absent bound is infinite.
 KLV_API KLVrescode_t KLV_getvarbound (KLVtask_t task, int32_t j, int32_t* key, double* lower, double* upper);
 KLV_API KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t* key, double* lower, double* upper);
 
