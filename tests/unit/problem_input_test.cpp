@@ -81,6 +81,10 @@ TEST_F (ProblemInput, BoundsBecomeWhatTheyMean)
         const Call result = ask ("prob echo(0)", {with (c.fields), c.param});
         EXPECT_EQ (show (result[1]["prob"], "blx bux"), "blx=" + c.lower + ", bux=" + c.upper);
     }
+    for (const auto& [param, warned] : {std::pair{"[]", true}, {"(KLV_DPAR_BOUND_INFINITY=inf)", false}}) {
+        ask ("prob echo(2)", {with ("blx=[-inf -1e30 0], bux=sparse [inf;0;1e25]"), param});
+        EXPECT_EQ (printed ().find ("Warning: res.prob.bux(3) is beyond the bound infinity, 1 of") != std::string::npos, warned);
+    }
 }
 
 TEST_F (ProblemInput, IntegersAndNamesAreTaken)
