@@ -87,7 +87,8 @@
 %!test check (2, {"barc", "bara", "barf", "primalrepair", "objsense", "unknown"}, "", 73);
 %!test check (2, {"names.cone", "names.acc", "names.barvar"}, "", 73);
 %!test check (2, {"blx", "bux", "a"}, "", 21);
-%!test check (2, {"blc", "buc", "ints"}, "", 14);
+%!test check (2, {"blc", "buc"}, "", 14);
+%!test check (2, {"ints"}, "", 15);
 %!test check (2, {"names.name", "names.obj"}, "", 5);
 %!test check (2, {"names.var", "names.con"}, "", 1);
 %!test check (2, {"sol.bas.skc", "sol.bas.xc", "sol.bas.y"}, "", 13);
@@ -101,7 +102,7 @@
 %!test check (3, {"KLV_IPAR_OPTIMIZER"}, "", 3);
 %!test check (3, {"KLV_SPAR_DATA_FILE"}, "", 5);
 %!test check (3, {"x"}, "", 0);
-%!test check (4, {"log", "iter"}, "callback", 67);
+%!test check (4, {"log", "iter"}, "callback", 68);
 %!test check (4, {"loghandle", "iterhandle"}, "callback", 73);
 %!test check (5, {"host"}, "server", 1);
 
