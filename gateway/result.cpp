@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "gateway/number.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/number.h"
+#include "common/records.h"
 #include "output/problem.h"
-#include "output/records.h"
 #include "output/solution.h"
 #include "params/constants.h"
 #include "params/information.h"

@@ -1,5 +1,5 @@
-#include "gateway/refuse.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "input/readers.h"
 
 // Of several records the first counts. A sub that is no dense vector marks nothing; an index out of range is refused.

@@ -1,10 +1,10 @@
 #include <cstring>
 #include <string_view>
 
-#include "gateway/refuse.h"
-#include "gateway/text.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "host/holders.h"
-#include "input/arrays.h"
 #include "input/readers.h"
 
 namespace {

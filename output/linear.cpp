@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include "gateway/console.h"
+#include "common/console.h"
+#include "common/records.h"
 #include "output/extracts.h"
 #include "output/problem.h"
-#include "output/records.h"
 #include "output/sparse_columns.h"
 
 KLVrescode_t get_costs (KLVtask_t task, mxArray* record)
@@ -94,7 +94,8 @@ void warn_of_large_bounds (KLVtask_t task, const mxArray* prob)
         const double* values = mxGetPr (bounds);
         const bool upper = field[1] == 'u';
         for (std::size_t i = 0; i < mxGetNumberOfElements (bounds); ++i) {
-            const bool differs = upper ? values[i] > threshold || values[i] <= -threshold : values[i] >= threshold;
+            const bool differs =
+                upper ? values[i] > threshold || values[i] <= -threshold : values[i] >= threshold;
             if (!differs || std::isinf (values[i]))
                 continue;
             if (count++ == 0) {
@@ -104,7 +105,8 @@ void warn_of_large_bounds (KLVtask_t task, const mxArray* prob)
         }
     }
     if (count > 0)
-        mx_printf ("Warning: res.prob.%s(%zu) is beyond the bound infinity, %zu of its bounds are: it states the same "
+        mx_printf ("Warning: res.prob.%s(%zu) is beyond the bound infinity, %zu of its bounds are: it states "
+                   "the same "
                    "problem only with KLV_DPAR_BOUND_INFINITY = Inf.\n",
                    first_field, first, count);
 }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "gateway/refuse.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "host/holders.h"
-#include "input/arrays.h"
 
 namespace {
 

@@ -65,7 +65,8 @@ mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, m
         if (outputs.size () < static_cast<std::size_t> (nlhs))
             throw MatlabError ("an output is not assigned");
         for (int output = 0; output < nlhs; ++output)
-            if (plhs[output] = outputs[static_cast<std::size_t> (output)].release (); plhs[output] != nullptr) {
+            if (plhs[output] = outputs[static_cast<std::size_t> (output)].release ();
+                plhs[output] != nullptr) {
                 plhs[output]->depth = book ().depth;
                 mark_unread (*plhs[output]);
             }

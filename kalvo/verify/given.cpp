@@ -20,14 +20,15 @@ static Values difference (const Values& plus, const Values& minus)
 {
     Values result (std::max (plus.size (), minus.size ()));
     std::ranges::copy (plus, result.begin ());
-    std::ranges::transform (result.begin (), result.begin () + std::ssize (minus), minus.begin (), minus.end (),
-                            result.begin (), std::minus{});
+    std::ranges::transform (result.begin (), result.begin () + std::ssize (minus), minus.begin (),
+                            minus.end (), result.begin (), std::minus{});
     return result;
 }
 
 static bool is_known (const Values& values, std::size_t count)
 {
-    return values.size () == count && std::ranges::none_of (values, [] (double value) { return std::isnan (value); });
+    return values.size () == count &&
+           std::ranges::none_of (values, [] (double value) { return std::isnan (value); });
 }
 
 static bool is_zero (const Values& values)
@@ -107,8 +108,8 @@ static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which
 
 // The certificate that is given, once it is verified. One that nobody calls so counts only to the last bit: values
 // that are given are not to be scaled.
-static std::optional<Solution> given_certificate (const GivenSolution& given, const Problem& problem, double tolerance,
-                                                  KLVsoltype which)
+static std::optional<Solution> given_certificate (const GivenSolution& given, const Problem& problem,
+                                                  double tolerance, KLVsoltype which)
 {
     if (!given.certificate && !looks_like_certificate (given, which))
         return std::nullopt;
@@ -134,8 +135,8 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
 {
     Solution solution = checked_point (given, problem, parameters, which);
     if (solution.solution_status != KLV_SOLSTA_OPTIMAL)
-        if (std::optional<Solution> certificate = given_certificate (
-                given, *problem, parameters.get (RealSetting::fixing_tolerance), which))
+        if (std::optional<Solution> certificate =
+                given_certificate (given, *problem, parameters.get (RealSetting::fixing_tolerance), which))
             solution = std::move (*certificate);
     // Keys are a user's word on where to start, and no one else's.
     const auto keep_keys = [] (std::vector<std::int32_t>& keys, std::vector<std::int32_t>& given_keys) {

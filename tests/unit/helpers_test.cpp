@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "input/arrays.h"
+#include "common/arrays.h"
 #include "tests/unit/gateway_test.h"
 
 namespace {

@@ -33,7 +33,8 @@ TEST_F (InitialSolution, IsTakenAsFarAsItIsGiven)
         {"(bas=(xx=[1 nan], xc=[2 5], y=[1 nan], sux=[0 2]))", "bas", "solsta xx xc y slc suc slx sux",
          "solsta=0, xx=[1;nan], xc=[2;5], y=[1;nan], slc=[1;nan], suc=[0;nan], slx=[0;0], sux=[0;2]"},
         {"(bas=(slx=[0 2]))", "bas", "solsta y slx", "solsta=0, y=[0;0], slx=[0;2]"},
-        {"(int=(xx=[1 1.0000001], xc=[1 1]))", "int", "solsta xx xc", "solsta=3, xx=[1;1.0000001], xc=[3.0000002;3.0000001]"},
+        {"(int=(xx=[1 1.0000001], xc=[1 1]))", "int", "solsta xx xc",
+         "solsta=3, xx=[1;1.0000001], xc=[3.0000002;3.0000001]"},
         {"(itr=(snx=[0 0], skn='x', barx=[], doty))", "itr", "solsta", "solsta=0"},
     };
     for (const auto& c : cases) {
@@ -54,9 +55,11 @@ TEST_F (InitialSolution, IsTakenAsFarAsItIsGiven)
 TEST_F (InitialSolution, OfAnAnswerIsThatAnswer)
 {
     for (const std::string problem :
-         {"a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0]", "a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0], bux=[0.5 0.7]",
-          "a=[1 1], c=[1 1], blc=[2], buc=[1]", "a=[1 1], blx=[0 3], bux=[1 2]", "a=[1 -1], c=[-1 0], blc=[0]",
-          "a=[1 -1], c=[-3 0], blc=[1], blx=[1 1], ints=(sub=1)", "a=[2 2], c=[1 1], blc=[3], blx=[0 0], ints=(sub=[1 2])"}) {
+         {"a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0]",
+          "a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0], bux=[0.5 0.7]", "a=[1 1], c=[1 1], blc=[2], buc=[1]",
+          "a=[1 1], blx=[0 3], bux=[1 2]", "a=[1 -1], c=[-1 0], blc=[0]",
+          "a=[1 -1], c=[-3 0], blc=[1], blx=[1 1], ints=(sub=1)",
+          "a=[2 2], c=[1 1], blc=[3], blx=[0 0], ints=(sub=[1 2])"}) {
         SCOPED_TRACE (problem);
         const Call first = ask ("minimize statuskeys(1) echo(0)", {"(" + problem + ")"});
         std::string sol = show (first[1]["sol"]);

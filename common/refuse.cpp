@@ -1,9 +1,9 @@
-#include "gateway/refuse.h"
+#include "common/refuse.h"
 
 #include <cstdarg>
 #include <cstdio>
 
-#include "gateway/console.h"
+#include "common/console.h"
 
 KLVrescode_t refuse (KLVrescode_t code, const char* format, ...)
 {

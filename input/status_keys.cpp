@@ -1,7 +1,7 @@
-#include "gateway/refuse.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "host/holders.h"
-#include "input/arrays.h"
-#include "output/solution.h"
+#include "input/initial_solution.h"
 
 namespace {
 
