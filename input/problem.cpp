@@ -115,7 +115,7 @@ KLVrescode_t put_sparse_columns (KLVtask_t task, const mxArray* a)
     if (code != KLV_RES_OK)
         return code;
     const auto narrow_rows = host::allocate<std::int32_t> (mxGetM (a));
-    if (!narrow_rows)
+    if (!narrow_rows || (!values && starts[numvar] > 0))
         return KLV_RES_OUT_OF_MEMORY;
     for (std::int32_t j = 0; j < numvar && code == KLV_RES_OK; ++j) {
         const mwIndex start = starts[j], count = starts[j + 1] - start;

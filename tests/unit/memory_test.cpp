@@ -47,6 +47,7 @@ TEST_F (Memory, ThatIsMissingIsReportedAndNothingLeaks)
     fail_each_allocation ({"'minimize echo(0)'", small_problem}, "sol");
     fail_each_allocation ({"'minimize prob echo(0)'", "(a=[1 2; 2 1], ints=(sub=2), " + problem + ")"},
                           "sol prob");
+    fail_each_allocation ({"'echo(0)'", "(a=sparse [1 2], sol=(bas=(skx=['BA'; 'LO'])))"}, "sol");
     fail_each_allocation ({"'minimize prob param info version symbcon statuskeys(1) echo(0)'",
                            "(a=sparse [1 2; 2 1], " + problem + ")", settings},
                           all);
