@@ -182,7 +182,7 @@ private:
     // One of odd shape, whose numbers are in order.
     std::string odd_problem ()
     {
-        const model::Model made = OddProblem (random_).make ();
+        const Model made = OddProblem (random_).make ();
         m_ = made.rows.size ();
         n_ = made.cost.size ();
         const auto list = [] (std::size_t count, const auto& entry) {
