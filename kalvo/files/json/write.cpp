@@ -87,7 +87,7 @@ public:
         append_word (line_, group, value);
     }
 
-    // fill (next) puts each entry behind the text that next () gives.
+    // fill (next) asks next () for the text before each entry, and puts the entry behind that text.
     void list (std::string_view name, const auto& fill);
     void numbers (std::string_view name, const std::vector<double>& values);
     void names (std::string_view name, const Names& names, std::int32_t count);
