@@ -79,7 +79,7 @@ void LpWriter::put (double number)
 
 // ---- Expressions
 
-// A variable without a name stands for none: the term is a constant.
+// An empty name stands for no variable: the term is a constant.
 void LpWriter::term (double coefficient, std::string_view name)
 {
     constexpr std::size_t widest = 100;

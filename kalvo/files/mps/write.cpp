@@ -107,8 +107,7 @@ private:
     char kind_of_row (std::int32_t i) const;
     double side_of_row (std::int32_t i) const;
 
-    // A line of two or three names and a number, in the form of the file. A number of no text stands for
-    // none.
+    // A line of two or three names and a number, in the form of the file. An empty text stands for no number.
     void line (std::string_view key, std::string_view name, std::string_view item, std::string_view number);
     void line (std::string_view key, std::string_view name, std::string_view item, double value);
     void bound (std::string_view key, std::int32_t j, double value);
