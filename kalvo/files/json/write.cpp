@@ -14,13 +14,12 @@ namespace klv {
 
 static void append_number (std::string& line, double value)
 {
-    char digits[number_room];
     if (!std::isfinite (value))
         line += std::isnan (value) ? "\"NaN\"" : value > 0 ? "\"Inf\"" : "\"-Inf\"";
     else if (value == 0 && std::signbit (value))
         line += "-0.0";    // readers take -0 for an integer, which has no sign then
     else
-        line.append (digits, put_number (digits, value));
+        line += NumberText (value);
 }
 
 static void append_name (std::string& line, const std::string& name)

@@ -71,10 +71,9 @@ void LpWriter::write ()
 
 void LpWriter::put (double number)
 {
-    char text[number_room];
     if (std::isinf (number))
         return put (number < 0 ? "-infinity" : "infinity");
-    put ({text, static_cast<std::size_t> (put_number (text, number) - text)});
+    put (NumberText (number));
 }
 
 // ---- Expressions

@@ -10,17 +10,30 @@ namespace klv {
 
 // ---- RHS and RANGES
 
-void MpsReader::side_line (const MpsFields& fields)
+// One or two pairs of a row and a number, which count when they belong to the set that is used.
+void MpsReader::pairs_line (const MpsFields& fields, Set& set, const auto& parse, const auto& put)
 {
-    const bool used = sides_.uses (fields.name);
+    const bool used = set.uses (fields.name);
     for (int k = 0; k < 2 && !fields.item[k].empty (); ++k) {
         const std::int32_t row = known_row (fields.item[k]);
-        const double value = parse_number (fields.number[k]);
+        const auto value = parse (fields.number[k]);
         if (used)
-            put_side (row, value);
+            put (row, value);
         else
             draft_.note (Tradition::further_set, fields.name);
     }
+}
+
+void MpsReader::side_line (const MpsFields& fields)
+{
+    pairs_line (fields, sides_, parse_number,
+                [this] (std::int32_t row, double value) { put_side (row, value); });
+}
+
+void MpsReader::range_line (const MpsFields& fields)
+{
+    pairs_line (fields, range_set_, parse_range,
+                [this] (std::int32_t row, long double value) { put_range (row, value); });
 }
 
 void MpsReader::put_side (std::int32_t i, double value)
@@ -46,19 +59,6 @@ void MpsReader::put_side (std::int32_t i, double value)
         draft_.note (i == objective_ ? Tradition::objective_right_hand_side : Tradition::free_row_side,
                      row_names_[i]);
         break;
-    }
-}
-
-void MpsReader::range_line (const MpsFields& fields)
-{
-    const bool used = range_set_.uses (fields.name);
-    for (int k = 0; k < 2 && !fields.item[k].empty (); ++k) {
-        const std::int32_t row = known_row (fields.item[k]);
-        const long double value = parse_range (fields.number[k]);
-        if (used)
-            put_range (row, value);
-        else
-            draft_.note (Tradition::further_set, fields.name);
     }
 }
 

@@ -63,6 +63,7 @@ private:
     void objective_name_line (std::string_view name);
     void row_line (const MpsFields& fields);
     void column_line (const MpsFields& fields);
+    void pairs_line (const MpsFields& fields, Set& set, const auto& parse, const auto& put);
     void side_line (const MpsFields& fields);
     void range_line (const MpsFields& fields);
     void settle_set (MpsFields& fields, bool needs_value) const;

@@ -4,7 +4,6 @@
 #include "kalvo/files/text/fault.h"
 #include "kalvo/files/text/input_file.h"
 #include "kalvo/files/text/pacer.h"
-#include "kalvo/model/refusal.h"
 
 #include <algorithm>
 #include <string_view>
@@ -44,20 +43,16 @@ private:
     std::int64_t number_ = 0;
 };
 
-// Reads line by line: a fault that names no line, other than of the file itself, is a fault of the line at hand, and so
-// is a refusal by the problem.
+// Reads line by line: a fault that names no line, other than of the file itself, is a fault of the line at hand.
 template <class Reading>
 void with_lines_of_faults (const LineReader& lines, const Reading& reading)
 {
-    const auto line = [&] { return std::max<std::int64_t> (lines.number (), 1); };
     try {
         reading ();
     } catch (FileFault& fault) {
         if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
-            fault.line = line ();
+            fault.line = std::max<std::int64_t> (lines.number (), 1);
         throw;
-    } catch (Refusal& refusal) {
-        throw FileFault{refusal.code, std::move (refusal.message), line ()};
     }
 }
 
