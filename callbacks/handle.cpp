@@ -1,7 +1,7 @@
 #include "callbacks/handle.h"
 
-#include "gateway/refuse.h"
-#include "gateway/text.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "params/information.h"
 
 namespace {

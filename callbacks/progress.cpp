@@ -4,8 +4,8 @@
 
 #include "callbacks/chain.h"
 #include "callbacks/handle.h"
-#include "gateway/console.h"
-#include "gateway/number.h"
+#include "common/console.h"
+#include "common/number.h"
 #include "params/information.h"
 
 namespace {

@@ -21,7 +21,7 @@ add_stand_in (ut "ut" mx)
 file (GLOB tests CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}/tests/unit" "${CMAKE_SOURCE_DIR}/tests/unit/*.cpp")
 foreach (test IN LISTS tests)
     file (STRINGS "${CMAKE_SOURCE_DIR}/tests/unit/${test}" inside LIMIT_COUNT 1
-        REGEX "#include \"(callbacks|gateway|input|output|params|sensitivity)/")
+        REGEX "#include \"(callbacks|common|gateway|input|output|params|sensitivity)/")
     if (inside)
         list (APPEND inner_tests "${test}")
     endif ()

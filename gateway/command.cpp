@@ -1,8 +1,9 @@
 #include "gateway/command.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
+
+#include "common/text.h"
 
 namespace {
 
@@ -104,11 +105,4 @@ int getarg (const char* command, std::size_t& position, CommandText& argument)
         return 0;
     ++position;
     return 1;
-}
-
-int strtointeger (const char* text, std::int32_t* number)
-{
-    char* end = nullptr;
-    *number = static_cast<std::int32_t> (std::strtol (text, &end, 10));
-    return at_word_end (*end);
 }

@@ -1,11 +1,10 @@
 #include <cstdio>
 
-#include "gateway/command.h"
-#include "gateway/console.h"
-#include "gateway/number.h"
-#include "gateway/refuse.h"
-#include "gateway/text.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/console.h"
+#include "common/number.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "params/parameters.h"
 
 namespace {

@@ -44,7 +44,7 @@ void mexLock ()
 
 static void mark_unread (mxArray& array)
 {
-    array.is_unread = array.class_id == mxDOUBLE_CLASS && !array.is_sparse;
+    array.is_unread = array.class_id == mxDOUBLE_CLASS || array.class_id == mxCHAR_CLASS;
 }
 
 mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, mxArray* prhs[],

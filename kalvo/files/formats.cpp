@@ -2,6 +2,7 @@
 
 #include "kalvo/files/lp/lp.h"
 #include "kalvo/files/mps/mps.h"
+#include "kalvo/files/text/words.h"
 
 #include <algorithm>
 #include <array>
@@ -64,10 +65,9 @@ constexpr std::string_view packed_extension = ".gz";
 
 static bool has_extension (std::string_view path, std::string_view extension)
 {
-    const auto lower = [] (char c) { return c >= 'A' && c <= 'Z' ? static_cast<char> (c - 'A' + 'a') : c; };
     return path.size () > extension.size () &&
            std::equal (extension.rbegin (), extension.rend (), path.rbegin (),
-                       [&] (char a, char b) { return a == lower (b); });
+                       [] (char a, char b) { return upper (a) == upper (b); });
 }
 
 bool is_packed (std::string_view path)
@@ -91,7 +91,7 @@ static FileFault unknown_format ()
             "any file"};
 }
 
-// The formats that a file may have: one, or all of its extension.
+// The formats that a file may have: the one that the parameter names, or all of the file's extension.
 static std::vector<const Format*> candidates (const Task& task, std::string_view path)
 {
     const std::int32_t number = task.parameters.get (IntSetting::file_format);

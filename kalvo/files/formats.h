@@ -1,4 +1,4 @@
-// The formats of problem files: what each can hold, and what reads and writes it.
+// The formats of problem files: what each can hold, its reader and its writer.
 #pragma once
 
 #include "kalvo/files/json/json.h"
@@ -9,28 +9,28 @@
 
 namespace klv {
 
+// Formats that share an extension stand in the order in which they are tried for writing.
 struct Format {
     using Reader = FileContent (*) (Task& task, const std::string& path, Pacer& pacer);
     using Writer = void (*) (Task& task, OutputFile& file);
 
-    const char* name;    // as messages call it
-    std::string_view
-        extension;          // formats that share one stand in the order in which they are tried for writing
+    const char* name;    // in messages
+    std::string_view extension;
     std::int32_t number;    // KLVfileformat
     Features holds = {};
-    // The first item of a problem that the format has no way to say, as messages name it, or nothing.
+    // The first item of a problem that the format has no way to say, in words; empty when there is none.
     std::string (*unfit) (const Problem& problem) = nullptr;
     Reader read = nullptr;
     Writer write = nullptr;
-    // Reads a file whose extension several formats share: the first of them has it.
+    // Finds out which of the formats that share the extension a file has: belongs to the first of them.
     Reader read_any = nullptr;
 };
 
-// Why a format cannot hold a problem, and which one can; nothing when it can.
+// "LP cannot hold ...; JSON can", or nothing when the format can hold the problem.
 std::string why_not (const Format& format, const Problem& problem);
 
-// What the parameter of the format says, or else the extension. Throw FileFault when neither names a format, and when
-// the format cannot hold the problem.
+// By the parameter of the format, else by the extension. Throw FileFault when neither names a format, and when the
+// format cannot hold the problem.
 Format::Reader reader_of (const Task& task, std::string_view path);
 Format::Writer writer_of (const Task& task, std::string_view path);
 

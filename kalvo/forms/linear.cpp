@@ -140,7 +140,9 @@ static void leave_out_free_rows (const std::vector<std::int32_t>& number, Linear
 class LinearRecovery final : public Recovery {
 public:
     LinearRecovery (double sign, std::vector<std::int32_t> number)
-        : sign_ (sign), number_ (std::move (number))
+        : sign_ (sign),
+          number_ (std::move (number)),
+          kept_ (std::ranges::count_if (number_, [] (std::int32_t row) { return row >= 0; }))
     {}
 
     double sign () const override { return sign_; }
@@ -152,9 +154,9 @@ public:
             turn (*values);
         if (stated.bound)
             *stated.bound *= sign_;
-        spread (stated.y, 0.0);
-        spread (stated.dual_ray, 0.0);
-        spread (stated.row_key, std::int32_t{KLV_SK_BASIC});
+        spread (stated.y, 0.0, !stated.reduced_cost.empty ());
+        spread (stated.dual_ray, 0.0, false);
+        spread (stated.row_key, std::int32_t{KLV_SK_BASIC}, !stated.column_key.empty ());
         return stated;
     }
 
@@ -179,12 +181,12 @@ private:
                 value = -value;
     }
 
-    // What is no array of the form's rows stays what it is: whoever checks it will see that.
+    // What is no array of the form's rows stays what it is: whoever checks it will see that. Of no rows an array is empty
+    // also where it is `claimed`.
     template <class Value>
-    void spread (std::vector<Value>& values, Value of_free_rows) const
+    void spread (std::vector<Value>& values, Value of_free_rows, bool claimed) const
     {
-        const auto kept = std::ranges::count_if (number_, [] (std::int32_t row) { return row >= 0; });
-        if (number_.empty () || values.empty () || std::ssize (values) != kept)
+        if (number_.empty () || std::ssize (values) != kept_ || (values.empty () && !claimed))
             return;
         std::vector<Value> all (number_.size (), of_free_rows);
         for (std::size_t i = 0; i < all.size (); ++i)
@@ -207,6 +209,7 @@ private:
 
     double sign_;
     std::vector<std::int32_t> number_;    // of each stated row in the form, or -1; empty: the same
+    std::ptrdiff_t kept_;
 };
 
 // ---- The whole -------------------------------------------------------------------------------------------------------

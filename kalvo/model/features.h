@@ -1,5 +1,5 @@
-// What a problem uses beyond continuous variables, linear terms and bounds, as a small set: what formats and
-// engines can take is compared with what a problem has.
+// The features that a problem has beyond continuous variables, linear terms and bounds, to compare with those that
+// formats and engines can take.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@ namespace klv {
 
 enum class Feature : std::uint8_t { integers, count };
 
-// As messages name them: "MPS cannot hold ...".
+// In messages: "LP cannot hold ...".
 constexpr std::array<const char*, static_cast<std::size_t> (Feature::count)> feature_names{
     "integer variables",
 };

@@ -31,8 +31,7 @@ void ColumnMatrix::put (std::int32_t j, std::span<const std::int32_t> rows, std:
         if (entries_ + size > most_entries_)
             refuse (KLV_RES_TOO_LARGE, "The matrix has ", entries_, " entries; the ", size, " of column ",
                     std::int64_t{j} + 1, " are more than can be counted.");
-        // Closing holes costs the arrays' length, which is then mostly what was put since they were last
-        // closed.
+        // Closing holes costs the length of the arrays, most of which was put since holes were last closed.
         const auto length = static_cast<std::int64_t> (row_.size ());
         if (length > 2 * entries_ + columns () || length + size > most_entries_)
             pack ();

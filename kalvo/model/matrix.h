@@ -16,8 +16,8 @@ struct Column {
 
 // The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: a column
 // that no longer fits its place moves to the end, and holes are closed when they are half of the arrays, so
-// that the cost stays proportional to what is put. Put in order, the arrays are the compressed columns that
-// engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until
+// that the cost stays proportional to the entries that are put. Put in order, the arrays are the compressed columns
+// that engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until
 // it has moved.
 //
 // An operation that throws leaves the matrix as it was: std::bad_alloc, or the Refusal of put.
@@ -36,7 +36,7 @@ public:
     Column column (std::int32_t j) const;
 
     // Closes holes and puts columns in order; rows () and values () are then the compressed columns, and
-    // starts () has columns () + 1 entries. Costs one pass over the columns when they were put in order.
+    // starts () has columns () + 1 entries. Costs one pass over columns that were put in order.
     void pack ();
     bool packed () const { return packed_; }
     std::span<const std::int32_t> starts () const { return start_; }

@@ -28,8 +28,8 @@ struct Bounds {
 
     std::int32_t count () const { return static_cast<std::int32_t> (key.size ()); }
 
-    // What an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is taken
-    // the other way round.
+    // The interval that an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is
+    // taken the other way round.
     Interval interval (std::size_t item) const
     {
         return {std::min (lower[item], upper[item]), std::max (lower[item], upper[item])};

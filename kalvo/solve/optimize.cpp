@@ -196,7 +196,8 @@ static bool is_conclusive (const std::optional<Tried>& tried)
 KLVrescode_t Optimization::store_basic (Tried&& basic)
 {
     const std::optional<Solution>& solution = basic.answer.solution;
-    const bool lacks_basis = !basic.answer.conclusive && is_interior (basic.attempt.method) && solution &&
+    const bool lacks_basis = slots ().size () > 1 && !basic.answer.conclusive &&
+                             is_interior (basic.attempt.method) && solution &&
                              std::ranges::count (solution->skx, KLV_SK_UNKNOWN) == std::ssize (solution->skx);
     const int source = source_of (basic);
     return store (std::move (basic.answer), lacks_basis ? std::vector{KLV_SOL_ITR} : slots (), source);

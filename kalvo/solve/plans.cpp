@@ -53,7 +53,7 @@ static int worth (const Answer& answer)
 
 void keep_better (std::optional<Tried>& kept, Tried&& other)
 {
-    if (!kept || worth (other.answer) >= worth (kept->answer))
+    if (!kept || worth (other.answer) > worth (kept->answer))
         kept = std::move (other);
 }
 

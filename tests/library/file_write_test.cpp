@@ -158,13 +158,13 @@ const double numbers[] = {
     0.0, -0.0, 1.0, -1.0, 1.0 / 3, 1e19, -1.5e300, 5e-324, -2.2250738585072014e-308, 123456789.0625};
 
 // Every kind of bounds, and pairs whose difference no double holds, so that neither bound follows from the other
-// and the difference. Rows have neither crossed bounds nor the range from 0 to -0, which no text says.
-klv::Bounds bounds_of_every_kind (bool of_rows)
+// and the difference. Rows of MPS have neither crossed bounds nor the range from 0 to -0.
+klv::Bounds bounds_of_every_kind (bool of_mps_rows)
 {
     klv::Bounds bounds{{KLV_BK_FR}, {-klv::infinity}, {klv::infinity}};
     const auto append = [&] (std::uint8_t key, double lower, double upper) {
         const bool crossed = lower > upper || (lower == upper && std::signbit (lower) < std::signbit (upper));
-        if (of_rows && crossed)
+        if (of_mps_rows && crossed)
             return;
         bounds.key.push_back (key);
         bounds.lower.push_back (lower);
@@ -189,14 +189,15 @@ TEST (MpsRound, EveryBound)
 {
     for (const std::uint8_t type : {KLV_VAR_CONTINUOUS, KLV_VAR_INTEGER}) {
         klv::Problem problem;
-        problem.constraint = bounds_of_every_kind (true);
         klv::Bounds bounds = bounds_of_every_kind (false);
         problem.append_variables (bounds.count ());
         problem.variable = std::move (bounds);
         problem.integers = type * problem.variables ();
         problem.integer.assign (problem.integer.size (), type);
-        for (const std::int32_t form : forms)
+        for (const std::int32_t form : forms) {
+            problem.constraint = bounds_of_every_kind (form < KLV_FILE_LP);
             expect_same_after_writing (problem, form);
+        }
     }
 }
 

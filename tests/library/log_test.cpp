@@ -73,9 +73,9 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
         expect_lines (log_of (task), {std::string ("Optimiser: ") + c.why + '\n'});
     }
     expect_lines (log_of (Task (small, "OPTIMIZER 0")),
-                  {"Optimiser: primal simplex (once more, without presolve and scaling)"});
+                  {"trying primal simplex, without presolve and scaling.\nOptimiser: primal simplex ("});
     expect_lines (log_of (Task (small, "OPTIMIZER 3")),
-                  {"Optimiser: simplex finish (a basic solution of the interior one)"});
+                  {": interior point with crossover (for a basic solution)"});
 }
 
 // A search that reports as this test wants it.

@@ -1,7 +1,7 @@
 // What whole calls print, in order, at each level of "echo" and "debug". At level 1 and below the library
 // prints nothing but its banner, so that the lines can be compared to the letter.
 
-#include "gateway/console.h"
+#include "common/console.h"
 #include "gateway/frame.h"
 #include "tests/unit/gateway_test.h"
 

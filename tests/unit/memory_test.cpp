@@ -56,6 +56,7 @@ TEST_F (Memory, ThatIsMissingIsReportedAndNothingLeaks)
     fail_allocations ({"'minimize echo(0)'", small_problem}, "sol");
     fail_allocations ({"'minimize prob echo(0)'", "(a=[1 2; 2 1], ints=(sub=2), " + problem + ")"},
                       "sol prob");
+    fail_allocations ({"'echo(0)'", "(a=sparse [1 2], sol=(bas=(skx=['BA'; 'LO'])))"}, "sol");
     fail_allocations ({"'minimize prob param info version symbcon statuskeys(1) echo(0)'",
                        "(a=sparse [1 2; 2 1], " + problem + ")", settings},
                       all);

@@ -21,7 +21,8 @@ public:
     char peek () const { return buffer_[next_]; }
     void take () { ++next_; }
 
-    // Of the last character that was taken. What ends a number is taken with it, which matters for a newline only.
+    // Of the last character that was taken. The character behind a number is taken with the number, which matters for
+    // a newline only.
     std::int64_t line () const { return lines_ + std::count (buffer_.begin (), last (), '\n'); }
     std::int64_t column () const
     {
@@ -88,7 +89,7 @@ private:
 
 // ---- Values and their fields
 
-// What the JSON library calls for each piece of a document, in order; it sees to the grammar.
+// Called by the JSON library, which sees to the grammar, for each piece of a document in order.
 class JsonFieldReader {
 public:
     JsonFieldReader (std::vector<JsonField>& fields, const UnknownField& unknown, const JsonText& text)
@@ -138,7 +139,8 @@ std::string JsonFieldReader::place () const
     return in_list_ ? path + "[" + std::to_string (index_) + "]" : path;
 }
 
-// Whether a piece of the document belongs to a value that is skipped; it opens or closes a level.
+// Whether the piece of the document at hand belongs to a value that is skipped. The piece opens a level, closes one or
+// neither.
 bool JsonFieldReader::skips (int levels)
 {
     if (!skipping_)
@@ -292,7 +294,7 @@ bool JsonFieldReader::name (std::string& text)
     return true;
 }
 
-// The library's message without what it says of places and without the text that it met, which may be long.
+// The library's message without places, which are told in our way, and without the text at fault, which may be long.
 bool JsonFieldReader::parse_error (std::size_t, const std::string&, const std::exception& fault)
 {
     std::string_view message = fault.what ();

@@ -19,15 +19,15 @@ struct JsonField {
     JsonKind kind = JsonKind::object;
     bool list = false;
     bool required = true;    // in the object that it belongs to
-    // Take a value or throw syntax () for what is wrong with it. "Inf", "-Inf" and "NaN" are numbers; a name may also be
+    // Take a value, or throw syntax () with what is wrong with the value. "Inf", "-Inf" and "NaN" are numbers; a name may also be
     // given as the list of its bytes.
     std::function<void (double)> take_number = {};
     std::function<void (std::string&)> take_text = {};
-    std::int64_t line = 0;    // where the document has it; 0: nowhere
+    std::int64_t line = 0;    // where the document has the field; 0: nowhere
 };
 
-// Meets a field that is none of the known ones, before its value is read: throws FileFault, or returns and the value is
-// skipped, whatever it is.
+// Called when an object has an unknown field, before the field's value is read: throws FileFault, or returns to have the
+// value skipped.
 using UnknownField =
     std::function<void (const std::string& object, const std::string& name, std::int64_t line)>;
 

@@ -12,14 +12,15 @@ constexpr std::string_view json_format = "kalvo task";
 constexpr double json_version = 1;    // the latest that is read and written
 constexpr std::array<const char*, KLV_SOL_COUNT> json_solutions{"itr", "bas", "int"};
 
-// What a file gives a task to hold.
+// The content of a file, for a task to hold.
 struct FileContent {
     std::shared_ptr<Problem> problem;
     Parameters parameters;
     Solutions solutions = {};
 };
 
-// Values of the file for parameters that have their default in the task, and those of the task for the others.
+// Parameters that have their default in the task get the file's values; the others keep the task's. Prints warnings on
+// the task.
 FileContent read_json (Task& task, const std::string& path, Pacer& pacer);
 
 void write_json (Task& task, OutputFile& file);

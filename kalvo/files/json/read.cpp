@@ -183,7 +183,8 @@ void JsonTask::add_head ()
           }});
 }
 
-// Later versions state more of a problem inside its object only: without that it would be another problem.
+// Later versions state more of a problem inside the object "problem" only: there an unknown field cannot be skipped,
+// since the rest would be another problem.
 void JsonTask::meet_unknown (const std::string& object, const std::string& name, std::int64_t line)
 {
     if (version_ <= json_version)
@@ -384,7 +385,7 @@ FileContent JsonTask::finish ()
 
 // ---- Reading
 
-// A fault between fields begins with the path of one.
+// The text of a fault between fields begins with the path of a field, whose line is the fault's.
 FileContent JsonTask::read (const std::string& path, Pacer& pacer)
 {
     add_head ();

@@ -14,13 +14,12 @@ namespace klv {
 
 static void append_number (std::string& line, double value)
 {
-    char digits[number_room];
     if (!std::isfinite (value))
         line += std::isnan (value) ? "\"NaN\"" : value > 0 ? "\"Inf\"" : "\"-Inf\"";
     else if (value == 0 && std::signbit (value))
         line += "-0.0";    // readers take -0 for an integer, which has no sign then
     else
-        line.append (digits, put_number (digits, value));
+        line += NumberText (value);
 }
 
 static void append_name (std::string& line, const std::string& name)
@@ -87,7 +86,7 @@ public:
         append_word (line_, group, value);
     }
 
-    // fill (next) puts each entry behind the text that next () gives.
+    // fill (next) asks next () for the text before each entry, and puts the entry behind that text.
     void list (std::string_view name, const auto& fill);
     void numbers (std::string_view name, const std::vector<double>& values);
     void names (std::string_view name, const Names& names, std::int32_t count);

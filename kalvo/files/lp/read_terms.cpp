@@ -47,8 +47,8 @@ std::int32_t LpReader::column_of (std::string_view name)
 
 // ---- Expressions
 
-// Behind "0 <=", a number at the end of a line is the bound of a row without terms, unless what follows is its
-// variable: then nobody can tell.
+// Behind "0 <=", a number at the end of a line is the bound of a row without terms. Where a variable follows on the next
+// line, nobody can tell whether the number is its coefficient.
 LpReader::Side LpReader::side (bool behind_number)
 {
     Side side;
@@ -110,7 +110,7 @@ void LpReader::term (double coefficient)
     }
     scanner_.next ();
     if (at (LpToken::times))
-        throw FileFault{KLV_RES_FILE_SECTION_UNSUPPORTED, "quadratic terms are not supported: \"*\""};
+        throw unsupported ("quadratic terms", quote ("*"));
 }
 
 char LpReader::relation ()

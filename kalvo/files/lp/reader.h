@@ -27,7 +27,6 @@ private:
         std::int64_t line = 0;    // of the last number
     };
 
-    bool at (LpToken::Kind kind) { return scanner_.token ().kind == kind; }
     // The bounds that the relations of a constraint have said.
     struct RowBounds {
         std::string label;
@@ -38,6 +37,7 @@ private:
         bool equal = false;
     };
 
+    bool at (LpToken::Kind kind) { return scanner_.token ().kind == kind; }
     [[noreturn]] void refuse (const char* wanted);
 
     void section ();

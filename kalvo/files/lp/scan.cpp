@@ -35,10 +35,10 @@ static bool is (char c, std::uint8_t which)
 struct LpWord {
     std::string_view text;    // in capitals, with one blank between words
     LpSection section;
-    const char* unsupported = nullptr;    // what it begins, when a task cannot hold that
+    const char* unsupported = nullptr;    // what the section would hold, when a task cannot hold such things
 };
 
-// A word that begins with another one comes before it.
+// A word that begins with another word stands before that one.
 constexpr std::array section_words{
     LpWord{"MINIMIZE MULTI-OBJECTIVES", LpSection::none, "several objectives"},
     LpWord{"MAXIMIZE MULTI-OBJECTIVES", LpSection::none, "several objectives"},
@@ -84,12 +84,7 @@ constexpr std::array section_words{
 
 constexpr std::array<std::string_view, 2> infinity_words{"INFINITY", "INF"};
 
-static char upper (char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char> (c - 'a' + 'A') : c;
-}
-
-// How many bytes of a text are a word, with any blanks for its one; 0 when it does not begin with the word.
+// How many bytes of a text its first word takes when that is the given one, any blanks standing for one; else 0.
 static std::size_t match (std::string_view text, std::string_view word)
 {
     std::size_t at = 0;
@@ -192,9 +187,7 @@ bool LpScanner::take_section ()
         if (size == 0)
             continue;
         if (word.unsupported)
-            throw FileFault{KLV_RES_FILE_SECTION_UNSUPPORTED,
-                            std::string (word.unsupported) +
-                                " are not supported: " + quote (rest_.substr (0, size))};
+            throw unsupported (word.unsupported, quote (rest_.substr (0, size)));
         token_.kind = LpToken::section;
         token_.opened = word.section;
         token_.text = rest_.substr (0, size);
@@ -246,10 +239,9 @@ void LpScanner::take_operator (char c)
     const char second = rest_.size () > 1 ? rest_[1] : ' ';
     std::size_t size = 1;
     if (c == '-' && second == '>')
-        throw FileFault{KLV_RES_FILE_SECTION_UNSUPPORTED, "indicator constraints are not supported: \"->\""};
+        throw unsupported ("indicator constraints", quote ("->"));
     if (c == '[' || c == '^')
-        throw FileFault{KLV_RES_FILE_SECTION_UNSUPPORTED,
-                        "quadratic terms are not supported: " + quote ({&c, 1})};
+        throw unsupported ("quadratic terms", quote ({&c, 1}));
     if (c == '+' || c == '-') {
         token_.kind = LpToken::sign;
         token_.value = c == '-' ? -1 : 1;

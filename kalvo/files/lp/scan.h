@@ -27,16 +27,16 @@ struct LpToken {
 
 class LpScanner {
 public:
-    // Names will be looked up in a table, of which what a line needs is fetched from memory at once.
+    // The names of a line will be looked up in a table: their places are fetched from memory all at once.
     LpScanner (LineReader& lines, const NameTable& names) : lines_ (lines), names_ (names) {}
 
-    // The token at hand, valid until the next one is. It is looked for when it is asked for, so that the line being
-    // read is that of the token before it until then. Throws FileFault for what is no token and for what belongs to
-    // problems that a task cannot hold.
+    // The token at hand, valid until the next one is asked for. Only asking for a token moves to its line, so that a
+    // fault of the token before names the right line. Throws FileFault for text that is no token or begins something
+    // that a task cannot hold.
     const LpToken& token ();
     void next () { taken_ = false; }
 
-    // What a comment before the first section gives as the problem's name.
+    // The problem's name, from a comment before the first section.
     const std::string& problem_name () const { return problem_name_; }
 
 private:

@@ -71,15 +71,14 @@ void LpWriter::write ()
 
 void LpWriter::put (double number)
 {
-    char text[number_room];
     if (std::isinf (number))
         return put (number < 0 ? "-infinity" : "infinity");
-    put ({text, static_cast<std::size_t> (put_number (text, number) - text)});
+    put (NumberText (number));
 }
 
 // ---- Expressions
 
-// A variable without a name stands for none: the term is a constant.
+// An empty name stands for no variable: the term is a constant.
 void LpWriter::term (double coefficient, std::string_view name)
 {
     constexpr std::size_t widest = 100;

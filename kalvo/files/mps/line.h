@@ -9,9 +9,8 @@ enum class MpsSection { none, name, objsense, objname, rows, columns, rhs, range
 
 enum class MpsForm { free, fixed };
 
-// Fields in the order of fixed form; those that a line does not have are empty. A marker has the items
-// mps_marker and its kind. In free form a line of BOUNDS with three fields has its last two in name and
-// item[0], whichever they are.
+// Fields in the order of fixed form; fields that a line lacks are empty. A marker has the items mps_marker and its
+// kind. In free form a line of BOUNDS with three fields has the last two in name and item[0], whatever they mean.
 struct MpsFields {
     std::string_view key{};
     std::string_view name{};

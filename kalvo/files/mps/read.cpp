@@ -27,7 +27,7 @@ constexpr std::array headers{
     MpsHeader{"ENDATA", MpsSection::endata, MpsSection::columns, false},
 };
 
-// Known elsewhere, for problems that a task cannot hold.
+// Sections of other programs for what a task cannot hold.
 constexpr std::array<std::string_view, 14> unsupported_sections{
     "QUADOBJ", "QMATRIX", "QSECTION",   "QCMATRIX", "CSECTION", "SOS",     "SOS1",
     "SOS2",    "SETS",    "INDICATORS", "LAZYCONS", "USERCUTS", "GENCONS", "PWLOBJ"};
@@ -234,7 +234,7 @@ Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer)
     try {
         return read_fixed_mps (task, path, pacer);
     } catch (const FileFault& fault) {
-        // What is no fixed form up to the line in question was meant as free form.
+        // A file that is not in fixed form either, up to the line at fault, was meant as free form.
         if (fault.code == KLV_RES_FILE_SYNTAX && fault.line <= free_fault.line)
             throw free_fault;
         throw;

@@ -10,17 +10,30 @@ namespace klv {
 
 // ---- RHS and RANGES
 
-void MpsReader::side_line (const MpsFields& fields)
+// One or two pairs of a row and a number, which count when they belong to the set that is used.
+void MpsReader::pairs_line (const MpsFields& fields, Set& set, const auto& parse, const auto& put)
 {
-    const bool used = sides_.uses (fields.name);
+    const bool used = set.uses (fields.name);
     for (int k = 0; k < 2 && !fields.item[k].empty (); ++k) {
         const std::int32_t row = known_row (fields.item[k]);
-        const double value = parse_number (fields.number[k]);
+        const auto value = parse (fields.number[k]);
         if (used)
-            put_side (row, value);
+            put (row, value);
         else
             draft_.note (Tradition::further_set, fields.name);
     }
+}
+
+void MpsReader::side_line (const MpsFields& fields)
+{
+    pairs_line (fields, sides_, parse_number,
+                [this] (std::int32_t row, double value) { put_side (row, value); });
+}
+
+void MpsReader::range_line (const MpsFields& fields)
+{
+    pairs_line (fields, range_set_, parse_range,
+                [this] (std::int32_t row, long double value) { put_range (row, value); });
 }
 
 void MpsReader::put_side (std::int32_t i, double value)
@@ -46,19 +59,6 @@ void MpsReader::put_side (std::int32_t i, double value)
         draft_.note (i == objective_ ? Tradition::objective_right_hand_side : Tradition::free_row_side,
                      row_names_[i]);
         break;
-    }
-}
-
-void MpsReader::range_line (const MpsFields& fields)
-{
-    const bool used = range_set_.uses (fields.name);
-    for (int k = 0; k < 2 && !fields.item[k].empty (); ++k) {
-        const std::int32_t row = known_row (fields.item[k]);
-        const long double value = parse_range (fields.number[k]);
-        if (used)
-            put_range (row, value);
-        else
-            draft_.note (Tradition::further_set, fields.name);
     }
 }
 
@@ -90,32 +90,37 @@ constexpr std::array bound_types{
     BoundType{"BV", Value::none}, BoundType{"LI", Value::integer}, BoundType{"UI", Value::integer},
 };
 
-void MpsReader::bound_line (const MpsFields& fields)
+// Free form may leave the name of the set out: three fields are then type, column and number, of which the last two
+// stand in the fields of set and column.
+void MpsReader::settle_set (MpsFields& fields, bool needs_value) const
+{
+    if (form_ != MpsForm::free || !fields.number[0].empty () || fields.name.empty ())
+        return;
+    const std::string_view first = fields.name, second = fields.item[0];
+    const bool first_is_column = draft_.column_names.find (first) != NameTable::none;
+    if (!needs_value && first_is_column && draft_.column_names.find (second) != NameTable::none)
+        throw syntax (quote (first) + " and " + quote (second) +
+                      " are both columns: which is the set of bounds?");
+    if (needs_value || first_is_column) {
+        fields.number[0] = second;
+        fields.item[0] = first;
+        fields.name = {};
+    }
+}
+
+void MpsReader::bound_line (MpsFields fields)
 {
     const auto* type = std::find_if (bound_types.begin (), bound_types.end (),
                                      [&] (const BoundType& t) { return same_word (fields.key, t.key); });
     if (type == bound_types.end ()) {
         if (same_word (fields.key, "SC") || same_word (fields.key, "SI"))
-            throw FileFault{KLV_RES_FILE_SECTION_UNSUPPORTED,
-                            "semi-continuous variables are not supported: bound type " + quote (fields.key)};
+            throw unsupported ("semi-continuous variables", "bound type " + quote (fields.key));
         throw syntax (quote (fields.key) + " is no type of bound");
     }
 
-    // Free form may leave the name of the set out: three fields are then type, column and number.
-    std::string_view set = fields.name, name = fields.item[0], number = fields.number[0];
     const bool needs_value = type->value != Value::none;
-    if (form_ == MpsForm::free && number.empty () && !set.empty ()) {
-        const bool named = draft_.column_names.find (name) != NameTable::none;
-        const bool unnamed = draft_.column_names.find (set) != NameTable::none;
-        if (!needs_value && named && unnamed)
-            throw syntax (quote (set) + " and " + quote (name) +
-                          " are both columns: which is the set of bounds?");
-        if (needs_value || unnamed) {
-            number = name;
-            name = set;
-            set = {};
-        }
-    }
+    settle_set (fields, needs_value);
+    const std::string_view name = fields.item[0], number = fields.number[0];
     const std::int32_t j = draft_.column_names.find (name);
     if (j == NameTable::none)
         throw syntax ("unknown column " + quote (name) + " in BOUNDS");
@@ -126,10 +131,10 @@ void MpsReader::bound_line (const MpsFields& fields)
         throw syntax ("a bound of type " + std::string (type->key) + " needs an integer, not " +
                       quote (number));
 
-    if (bound_set_.uses (set))
+    if (bound_set_.uses (fields.name))
         put_bound (type->key, j, value);
     else
-        draft_.note (Tradition::further_set, set);
+        draft_.note (Tradition::further_set, fields.name);
 }
 
 void MpsReader::put_bound (std::string_view key, std::int32_t j, double value)

@@ -48,8 +48,8 @@ void MpsReader::column_line (const MpsFields& fields)
         put_entry (fields.item[1], parse_finite (fields.number[1]));
 }
 
-// Large files refer to rows in any order, so that looking one up waits for memory: the row of the next line is
-// fetched while this one is read.
+// Large files refer to rows in any order, so that looking up a row waits for memory: the row of the next line is
+// fetched while the line at hand is read.
 void MpsReader::prefetch_row_ahead () const
 {
     const std::string_view text = lines_.ahead ().substr (0, 256);
@@ -68,8 +68,7 @@ void MpsReader::prefetch_row_ahead () const
 void MpsReader::marker_line (std::string_view kind)
 {
     if (kind == "'SOSORG'" || kind == "'SOSEND'")
-        throw FileFault{KLV_RES_FILE_SECTION_UNSUPPORTED,
-                        "special ordered sets are not supported: " + quote (kind)};
+        throw unsupported ("special ordered sets", quote (kind));
     if (kind != "'INTORG'" && kind != "'INTEND'")
         throw syntax (quote (kind) + " is no marker: 'INTORG' or 'INTEND' is needed");
     const bool begins = kind == "'INTORG'";

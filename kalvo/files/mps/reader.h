@@ -40,7 +40,7 @@ private:
         std::int64_t line;
     };
 
-    // A name of RHS, RANGES or BOUNDS. Lines without one belong to the first that is named.
+    // The set of RHS, RANGES or BOUNDS that is used: the first that is named. Lines without a name belong to it.
     class Set {
     public:
         bool uses (std::string_view name)
@@ -63,9 +63,11 @@ private:
     void objective_name_line (std::string_view name);
     void row_line (const MpsFields& fields);
     void column_line (const MpsFields& fields);
+    void pairs_line (const MpsFields& fields, Set& set, const auto& parse, const auto& put);
     void side_line (const MpsFields& fields);
     void range_line (const MpsFields& fields);
-    void bound_line (const MpsFields& fields);
+    void settle_set (MpsFields& fields, bool needs_value) const;
+    void bound_line (MpsFields fields);
 
     void prefetch_row_ahead () const;
     void marker_line (std::string_view kind);

@@ -4,21 +4,20 @@
 #include "kalvo/files/text/name_rules.h"
 #include "kalvo/files/text/text_writer.h"
 
-#include <algorithm>
-#include <bit>
 #include <cmath>
+#include <optional>
 
 namespace klv {
 
-// ---- Ranges: one bound as the right-hand side, the other by their difference
+// ---- Rows: one bound is the right-hand side, the other follows by the range
 
-struct Ranged {
-    char kind;    // G or L; 0 when no difference gives both bounds back
-    double side;
-    long double range;
+struct MpsRow {
+    char kind;    // 0 when no range gives both bounds back
+    double side = 0;
+    std::optional<long double> range = {};
 };
 
-static Ranged ranged_row (double lower, double upper)
+static MpsRow ranged_row (double lower, double upper)
 {
     const long double l = lower, u = upper;
     for (const long double range : {static_cast<long double> (upper - lower), u - l}) {
@@ -29,7 +28,25 @@ static Ranged ranged_row (double lower, double upper)
         if (same_bits (static_cast<double> (u - range), lower))
             return {'L', upper, range};
     }
-    return {0, 0, 0};
+    return {0};
+}
+
+static MpsRow mps_row (const Problem& problem, std::int32_t number)
+{
+    const auto i = static_cast<std::size_t> (number);
+    const double lower = problem.constraint.lower[i], upper = problem.constraint.upper[i];
+    switch (problem.constraint.key[i]) {
+    case KLV_BK_LO:
+        return {'G', lower};
+    case KLV_BK_UP:
+        return {'L', upper};
+    case KLV_BK_FX:
+        return {'E', lower};
+    case KLV_BK_FR:
+        return {'N'};
+    default:
+        return ranged_row (lower, upper);
+    }
 }
 
 // ---- What a form cannot hold
@@ -62,14 +79,10 @@ static std::string unfit (const Problem& problem, WhyNot why_not)
 {
     if (const std::string item = unfit_name (problem, {why_not, why_not}); !item.empty ())
         return item;
-    const Bounds& bounds = problem.constraint;
-    for (std::int32_t number = 0; number < problem.constraints (); ++number) {
-        const auto i = static_cast<std::size_t> (number);
-        if (bounds.key[i] == KLV_BK_RA && ranged_row (bounds.lower[i], bounds.upper[i]).kind == 0)
-            return "constraint " + std::to_string (i + 1) + " " +
-                   quote (constraint_names (problem) (number)) +
+    for (std::int32_t i = 0; i < problem.constraints (); ++i)
+        if (mps_row (problem, i).kind == 0)
+            return describe_item ("constraint", constraint_names (problem), i) +
                    ", whose bounds are crossed or differ in the sign of zero alone";
-    }
     return {};
 }
 
@@ -104,11 +117,8 @@ private:
     void bounds ();
 
     void bounds_of (std::int32_t j);
-    char kind_of_row (std::int32_t i) const;
-    double side_of_row (std::int32_t i) const;
 
-    // A line of two or three names and a number, in the form of the file. A number of no text stands for
-    // none.
+    // A line of two or three names and a number, in the form of the file. An empty text stands for no number.
     void line (std::string_view key, std::string_view name, std::string_view item, std::string_view number);
     void line (std::string_view key, std::string_view name, std::string_view item, double value);
     void bound (std::string_view key, std::int32_t j, double value);
@@ -172,8 +182,7 @@ void MpsWriter::line (std::string_view key, std::string_view name, std::string_v
 
 void MpsWriter::line (std::string_view key, std::string_view name, std::string_view item, double value)
 {
-    char text[number_room];
-    line (key, name, item, {text, static_cast<std::size_t> (put_number (text, value) - text)});
+    line (key, name, item, NumberText (value));
 }
 
 void MpsWriter::heading ()
@@ -188,24 +197,6 @@ void MpsWriter::heading ()
     }
 }
 
-char MpsWriter::kind_of_row (std::int32_t number) const
-{
-    const std::size_t i = static_cast<std::size_t> (number);
-    const Bounds& bounds = problem_.constraint;
-    switch (bounds.key[i]) {
-    case KLV_BK_LO:
-        return 'G';
-    case KLV_BK_UP:
-        return 'L';
-    case KLV_BK_FX:
-        return 'E';
-    case KLV_BK_FR:
-        return 'N';
-    default:
-        return ranged_row (bounds.lower[i], bounds.upper[i]).kind;
-    }
-}
-
 void MpsWriter::rows ()
 {
     const auto row = [this] (char kind, std::string_view name) {
@@ -217,7 +208,7 @@ void MpsWriter::rows ()
     section ("ROWS");
     row ('N', objective_);
     for (std::int32_t i = 0; i < problem_.constraints (); ++i)
-        row (kind_of_row (i), rows_ (i));
+        row (mps_row (problem_, i).kind, rows_ (i));
 }
 
 void MpsWriter::columns ()
@@ -257,30 +248,13 @@ void MpsWriter::columns ()
         mark ("'INTEND'");
 }
 
-double MpsWriter::side_of_row (std::int32_t number) const
-{
-    const std::size_t i = static_cast<std::size_t> (number);
-    const Bounds& bounds = problem_.constraint;
-    switch (bounds.key[i]) {
-    case KLV_BK_LO:
-    case KLV_BK_FX:
-        return bounds.lower[i];
-    case KLV_BK_UP:
-        return bounds.upper[i];
-    case KLV_BK_RA:
-        return ranged_row (bounds.lower[i], bounds.upper[i]).side;
-    default:
-        return 0;
-    }
-}
-
 void MpsWriter::right_hand_sides ()
 {
     section ("RHS");
     if (!is_plain_zero (problem_.constant))
         line ({}, "RHS", objective_, -problem_.constant);
     for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
-        const double side = side_of_row (i);
+        const double side = mps_row (problem_, i).side;
         if (!is_plain_zero (side))
             line ({}, "RHS", rows_ (i), side);
     }
@@ -289,17 +263,14 @@ void MpsWriter::right_hand_sides ()
 void MpsWriter::ranges ()
 {
     bool begun = false;
-    const Bounds& bounds = problem_.constraint;
     for (std::int32_t i = 0; i < problem_.constraints (); ++i) {
-        const std::size_t at = static_cast<std::size_t> (i);
-        if (bounds.key[at] != KLV_BK_RA)
+        const MpsRow row = mps_row (problem_, i);
+        if (!row.range)
             continue;
         if (!begun)
             section ("RANGES");
         begun = true;
-        char text[number_room];
-        const char* const end = put_range (text, ranged_row (bounds.lower[at], bounds.upper[at]).range);
-        line ({}, "RNG", rows_ (i), std::string_view (text, static_cast<std::size_t> (end - text)));
+        line ({}, "RNG", rows_ (i), NumberText (*row.range));
     }
 }
 

@@ -16,7 +16,7 @@ public:
     bool is_open () const { return number_ >= 0; }
     operator int () const { return number_; }
 
-    // What closing a file says, which may be that its last bytes found no room.
+    // The answer of close (), which may say that the last bytes found no room.
     int close ()
     {
         const int number = number_;

@@ -47,23 +47,24 @@ bool Draft::append_column (std::string_view name)
     return true;
 }
 
-void Draft::set_lower (std::int32_t j, double value)
+void Draft::say (std::int32_t j, bool Column::*said, const char* side)
 {
     Column& column = columns_[static_cast<std::size_t> (j)];
-    if (column.lower_said)
-        throw syntax ("a second lower bound of column " + quote (column_names[j]));
-    column.lower_said = true;
+    if (column.*said)
+        throw syntax (std::string ("a second ") + side + " bound of column " + quote (column_names[j]));
+    column.*said = true;
     column.line = lines_.number ();
+}
+
+void Draft::set_lower (std::int32_t j, double value)
+{
+    say (j, &Column::lower_said, "lower");
     problem.variable.lower[static_cast<std::size_t> (j)] = lower_bound (value, column_names[j]);
 }
 
 void Draft::set_upper (std::int32_t j, double value)
 {
-    Column& column = columns_[static_cast<std::size_t> (j)];
-    if (column.upper_said)
-        throw syntax ("a second upper bound of column " + quote (column_names[j]));
-    column.upper_said = true;
-    column.line = lines_.number ();
+    say (j, &Column::upper_said, "upper");
     problem.variable.upper[static_cast<std::size_t> (j)] = upper_bound (value, column_names[j]);
 }
 

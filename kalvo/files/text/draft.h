@@ -1,5 +1,5 @@
-// A problem while it is read from a file: what the readers of all formats do with columns, bounds and names.
-// Throws FileFault for what no problem can have.
+// A problem that is being read from a file: what readers of text formats do with columns, bounds and names. Throws
+// FileFault for what no problem can have.
 #pragma once
 
 #include "kalvo/files/text/line_reader.h"
@@ -22,8 +22,8 @@ public:
     double upper_bound (double value, std::string_view item);
     bool is_huge (double value) const;
 
-    // A column has the bounds 0 and infinity until a file says more, and each of them may be said once.
-    // False when there is one of that name.
+    // A column has the bounds 0 and infinity until a file says more; a file may say each bound once.
+    // False when another column has the name.
     bool append_column (std::string_view name);
     void set_lower (std::int32_t j, double value);
     void set_upper (std::int32_t j, double value);
@@ -33,10 +33,11 @@ public:
     bool is_lower_said (std::int32_t j) const { return columns_[static_cast<std::size_t> (j)].lower_said; }
     bool is_upper_said (std::int32_t j) const { return columns_[static_cast<std::size_t> (j)].upper_said; }
 
-    // A tradition met on the line that is being read, or where a column was last spoken of.
+    // A tradition met on the line at hand, or on the last line that named a column.
     void note (Tradition kind, std::string_view item) { warnings.note (kind, lines_.number (), item); }
     void note_column (Tradition kind, std::int32_t j);
 
+    // Keys and names of the columns, when all their bounds were said.
     void finish_columns (Pacer& pacer);
 
     // The problem that was read; prints the warnings of its file.
@@ -48,11 +49,13 @@ public:
 
 private:
     struct Column {
-        std::int64_t line;    // of its last bound, else of its first entry
+        std::int64_t line;    // of the last bound, else of the first entry
         bool lower_said = false;
         bool upper_said = false;
         bool fixed = false;
     };
+
+    void say (std::int32_t j, bool Column::*said, const char* side);
 
     Task& task_;
     const std::string& path_;
@@ -61,7 +64,7 @@ private:
     std::vector<Column> columns_;
 };
 
-// Gives names from a table to items, without the one of a number (none for no such).
+// Gives the names of a table to items, in order; one number is left out, or none.
 void name_items (Names& names, const NameTable& table, std::int32_t without, Pacer& pacer);
 
 }

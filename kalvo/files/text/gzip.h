@@ -1,4 +1,4 @@
-// What packing and unpacking gzip data share: zlib's streams with memory from operator new, and its answers.
+// Shared by packing and unpacking of gzip data: zlib's streams with memory from operator new, and zlib's answers.
 #pragma once
 
 #include <new>

@@ -4,7 +4,7 @@
 
 namespace klv {
 
-// Adds as many "_" to a name as keep it, alone or before a number, apart from all the names that are given.
+// Adds as many "_" to a wanted name as keep the name, alone or before a number, apart from all names to avoid.
 class Distinct {
 public:
     explicit Distinct (std::string wanted) : wanted_ (std::move (wanted)) {}

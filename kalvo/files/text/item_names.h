@@ -1,4 +1,4 @@
-// The names of a problem's items as a file gets them: as they are, or made for items that have none.
+// The names of a problem's items as a file gets them: their own, or made ones for items without a name.
 #pragma once
 
 #include "kalvo/model/problem.h"

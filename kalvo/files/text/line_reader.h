@@ -4,7 +4,6 @@
 #include "kalvo/files/text/fault.h"
 #include "kalvo/files/text/input_file.h"
 #include "kalvo/files/text/pacer.h"
-#include "kalvo/model/refusal.h"
 
 #include <algorithm>
 #include <string_view>
@@ -27,7 +26,7 @@ public:
     std::string_view line () const { return line_; }
     std::int64_t number () const { return number_; }
 
-    // What comes behind the line, as far as it is in memory.
+    // The text behind the line, as far as memory has it.
     std::string_view ahead () const { return {buffer_.data () + begin_, end_ - begin_}; }
 
 private:
@@ -37,27 +36,23 @@ private:
     Pacer& pacer_;
     InputFile file_;
     std::vector<char> buffer_;    // twice as long as the longest line so far, at least
-    std::size_t begin_ = 0;       // what is read and not yet handed out: buffer_[begin_, end_)
+    std::size_t begin_ = 0;       // the text not yet handed out: buffer_[begin_, end_)
     std::size_t end_ = 0;
     bool at_end_ = false;
     std::string_view line_;
     std::int64_t number_ = 0;
 };
 
-// What a reader does line by line: a fault that names no line, and is not the file's own, is one of the line at
-// hand. A refusal by the problem that is read becomes such a fault.
+// Reads line by line: a fault that names no line, other than of the file itself, is a fault of the line at hand.
 template <class Reading>
 void with_lines_of_faults (const LineReader& lines, const Reading& reading)
 {
-    const auto line = [&] { return std::max<std::int64_t> (lines.number (), 1); };
     try {
         reading ();
     } catch (FileFault& fault) {
         if (fault.line == 0 && fault.code != KLV_RES_FILE_READ)
-            fault.line = line ();
+            fault.line = std::max<std::int64_t> (lines.number (), 1);
         throw;
-    } catch (Refusal& refusal) {
-        throw FileFault{refusal.code, std::move (refusal.message), line ()};
     }
 }
 

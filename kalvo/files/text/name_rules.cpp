@@ -1,7 +1,6 @@
 #include "kalvo/files/text/name_rules.h"
 
 #include "kalvo/files/text/fault.h"
-#include "kalvo/files/text/item_names.h"
 #include "kalvo/files/text/name_table.h"
 #include "kalvo/files/text/words.h"
 
@@ -14,7 +13,7 @@ bool has_control_character (std::string_view name)
     return std::ranges::any_of (name, [] (char c) { return static_cast<unsigned char> (c) < ' '; });
 }
 
-static std::string item (const char* kind, const ItemNames& names, std::int32_t i)
+std::string describe_item (const char* kind, const ItemNames& names, std::int32_t i)
 {
     return std::string (kind) + " " + std::to_string (i + 1) + " " + quote (names (i));
 }
@@ -26,7 +25,7 @@ static std::string repeated_name (const char* kind, const ItemNames& names, std:
         table.insert (also);
     for (std::int32_t i = 0; i < names.count (); ++i)
         if (!table.insert (names (i)))
-            return "two items of the same name: " + item (kind, names, i);
+            return "two items of the same name: " + describe_item (kind, names, i);
     return {};
 }
 
@@ -34,7 +33,7 @@ static std::string unfit_item (const char* kind, const ItemNames& names, WhyNot 
 {
     for (std::int32_t i = 0; i < names.count (); ++i)
         if (const char* reason = why_not (names (i)))
-            return item (kind, names, i) + ", whose name " + reason;
+            return describe_item (kind, names, i) + ", whose name " + reason;
     return {};
 }
 

@@ -1,7 +1,7 @@
 // Which names a text format can hold.
 #pragma once
 
-#include "kalvo/model/problem.h"
+#include "kalvo/files/text/item_names.h"
 
 #include <string>
 #include <string_view>
@@ -20,6 +20,9 @@ struct NameRules {
 constexpr std::size_t longest_name = std::size_t{1} << 16;
 
 bool has_control_character (std::string_view name);
+
+// 'constraint 3 "x"'
+std::string describe_item (const char* kind, const ItemNames& names, std::int32_t i);
 
 // The first item whose name the rules refuse or another item of its kind has, or the problem when lines cannot hold
 // its name, as messages call it: 'constraint 3 "a b", whose name has a blank'. Empty when all names are fit.

@@ -12,7 +12,7 @@ class NameTable {
 public:
     static constexpr std::int32_t none = -1;
 
-    // The number of a name, none when it is not there.
+    // The number of a name, or none.
     std::int32_t find (std::string_view name) const;
 
     // Starts to fetch from memory what finding a name will look at.
@@ -22,15 +22,15 @@ public:
             __builtin_prefetch (&slots_[first_place (key_of (name))]);
     }
 
-    // Gives a new name the next number, and false when it was there before.
+    // Gives a new name the next number; false when the table has the name.
     bool insert (std::string_view name);
 
     std::int32_t size () const { return static_cast<std::int32_t> (end_.size ()); }
     std::string_view operator[] (std::int32_t number) const;
 
 private:
-    // Names of up to 8 bytes are their own word, so that finding one costs one look into memory; longer ones
-    // have their hash there and are compared when it is the same.
+    // The word of a name of up to 8 bytes is the name, so that finding the name costs one look into memory; the word
+    // of a longer name is its hash, and names with the same hash are compared.
     struct Slot {
         std::uint64_t word = 0;
         std::uint32_t length = 0;

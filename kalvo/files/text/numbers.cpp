@@ -54,18 +54,15 @@ long double parse_range (std::string_view text)
                                      : static_cast<long double> (parse<double> (text));
 }
 
-char* put_number (char* at, double value)
+NumberText::NumberText (long double range)
 {
-    return std::to_chars (at, at + number_room, value).ptr;
-}
-
-char* put_range (char* at, long double value)
-{
-    const double rounded = static_cast<double> (value);
-    if (static_cast<long double> (rounded) == value)
-        return put_number (at, rounded);
     constexpr int digits_after_point = 20;
-    return std::to_chars (at, at + number_room, value, std::chars_format::scientific, digits_after_point).ptr;
+    const double rounded = static_cast<double> (range);
+    end_ = static_cast<long double> (rounded) == range
+               ? put (rounded)
+               : std::to_chars (std::begin (text_), std::end (text_), range, std::chars_format::scientific,
+                                digits_after_point)
+                     .ptr;
 }
 
 }

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <bit>
+#include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 namespace klv {
@@ -28,10 +30,21 @@ double parse_finite (std::string_view text);
 // the range give the other back. With more than 17 digits it is read in extended precision.
 long double parse_range (std::string_view text);
 
-constexpr std::size_t number_room = 40;    // bytes that any number fits in
+// The text of a finite number, or of a range.
+class NumberText {
+public:
+    explicit NumberText (double value) : end_ (put (value)) {}
+    explicit NumberText (long double range);
+    NumberText (const NumberText&) = delete;
+    NumberText& operator= (const NumberText&) = delete;
 
-// Write a finite number at a place with number_room bytes and return its end.
-char* put_number (char* at, double value);
-char* put_range (char* at, long double value);
+    operator std::string_view () const { return {text_, end_}; }
+
+private:
+    char* put (double value) { return std::to_chars (std::begin (text_), std::end (text_), value).ptr; }
+
+    char text_[40];    // enough for any number
+    const char* end_;
+};
 
 }

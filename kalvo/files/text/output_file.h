@@ -14,7 +14,7 @@ namespace klv {
 class OutputFile {
 public:
     // A target that exists keeps its permissions, and a link to it stays a link. Devices and pipes are
-    // refused: nothing could take back what was half written to them.
+    // refused: half a file written there could not be taken back.
     OutputFile (const std::string& path, bool packed, Pacer& pacer);
     OutputFile (const OutputFile&) = delete;
     OutputFile& operator= (const OutputFile&) = delete;
@@ -22,8 +22,7 @@ public:
 
     void put (std::string_view text);
 
-    // Takes the target's place. What the disk refuses shows in write and close; a power cut is not guarded
-    // against.
+    // Takes the target's place. Writing and closing tell what the disk refuses; a power cut is not guarded against.
     void commit ();
 
 private:

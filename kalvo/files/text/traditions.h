@@ -44,7 +44,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t> (Tradition::coun
     "a field that only a later version of the format has is skipped",
 };
 
-// Those that a file has met: each kind with its first line and its count.
+// The traditions that a file has met: each with its first line and its count.
 class Warnings {
 public:
     void note (Tradition kind, std::int64_t line, std::string_view item);

@@ -17,9 +17,8 @@ std::string_view trim (std::string_view text)
 
 bool same_word (std::string_view text, std::string_view word)
 {
-    const auto upper = [] (char c) { return c >= 'a' && c <= 'z' ? static_cast<char> (c - 'a' + 'A') : c; };
     return std::equal (text.begin (), text.end (), word.begin (), word.end (),
-                       [&] (char a, char b) { return upper (a) == b; });
+                       [] (char a, char b) { return upper (a) == b; });
 }
 
 FileFault control_character (char c)

@@ -12,9 +12,14 @@ inline bool is_blank (char c)
     return c == ' ' || c == '\t';
 }
 
+constexpr char upper (char c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<char> (c - 'a' + 'A') : c;
+}
+
 std::string_view trim (std::string_view text);
 
-// Whether a text is a word that is given in capitals, whatever the case of the text.
+// Whether a text is a word, whatever the case of the text; the word is given in capitals.
 bool same_word (std::string_view text, std::string_view word);
 
 FileFault control_character (char c);

@@ -1,4 +1,4 @@
-#include "output/records.h"
+#include "common/records.h"
 
 #include <cstring>
 #include <utility>

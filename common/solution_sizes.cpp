@@ -1,4 +1,4 @@
-#include "output/sizes.h"
+#include "common/solution_sizes.h"
 
 SolutionSizes read_solution_sizes (KLVtask_t task)
 {

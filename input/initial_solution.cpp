@@ -1,10 +1,8 @@
-// The initial solution of a problem record: the same record as in a result, any part of it.
-
-#include "gateway/refuse.h"
+#include "input/initial_solution.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
+#include "common/solution_sizes.h"
 #include "host/holders.h"
-#include "input/arrays.h"
-#include "output/sizes.h"
-#include "output/solution.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "gateway/refuse.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "host/holders.h"
-#include "input/arrays.h"
-#include "output/solution.h"
+#include "input/initial_solution.h"
 
 namespace {
 
@@ -49,6 +49,8 @@ KLVrescode_t translatestatuskeys (KLVtask_t task, int count, const mxArray* arra
         read_all ([&] (int i) { return read_number (task, numbers[i], keys[i]); });
     } else if (mxIsChar (array) && mxGetM (array) == items && mxGetN (array) == 2) {
         const auto* characters = static_cast<const mxChar*> (mxGetData (array));
+        if (characters == nullptr)
+            return KLV_RES_OUT_OF_MEMORY;
         read_all ([&] (int i) {
             return read_text (task, characters[i], characters[i + std::ptrdiff_t (count)], keys[i]);
         });

@@ -1,4 +1,4 @@
-#include "gateway/number.h"
+#include "common/number.h"
 
 std::optional<double> first_number (const mxArray* array)
 {

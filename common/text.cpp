@@ -1,4 +1,6 @@
-#include "gateway/text.h"
+#include "common/text.h"
+
+#include <cstdlib>
 
 int getstring (const mxArray* array, char** text)
 {
@@ -19,4 +21,11 @@ host::Memory<char> copy_text (const mxArray* array)
     if (!complete)
         copy.reset ();
     return copy;
+}
+
+int strtointeger (const char* text, std::int32_t* number)
+{
+    char* end = nullptr;
+    *number = static_cast<std::int32_t> (std::strtol (text, &end, 10));
+    return *end == ' ' || *end == '\0';
 }

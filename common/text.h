@@ -1,5 +1,7 @@
-// Texts of the host's char arrays.
+// Texts of the host's char arrays, and numbers in texts.
 #pragma once
+
+#include <cstdint>
 
 #include "host/holders.h"
 
@@ -9,3 +11,7 @@ int getstring (const mxArray* array, char** text);
 
 // The same copy with an owner; null after a failure.
 host::Memory<char> copy_text (const mxArray* array);
+
+// The decimal number at the start of a text, 0 if there is none, narrowed to 32 bits. Answers 0 unless a blank or the
+// end follows.
+int strtointeger (const char* text, std::int32_t* number);

@@ -1,4 +1,4 @@
-#include "input/arrays.h"
+#include "common/arrays.h"
 
 #include <algorithm>
 #include <cctype>

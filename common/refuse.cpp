@@ -1,9 +1,9 @@
-#include "gateway/refuse.h"
+#include "common/refuse.h"
 
 #include <cstdarg>
 #include <cstdio>
 
-#include "gateway/console.h"
+#include "common/console.h"
 
 KLVrescode_t refuse (KLVrescode_t code, const char* format, ...)
 {
@@ -20,6 +20,6 @@ KLVrescode_t check_values (const char* name, const mxArray* array)
 {
     if (!mxIsDouble (array) && mxGetClassID (array) != mxLOGICAL_CLASS)
         return refuse (KLV_RES_ARGUMENT, "prob.%s is neither double nor logical", name);
-    const bool is_readable = mxIsSparse (array) || mxGetData (array) != nullptr;
-    return is_readable ? KLV_RES_OK : KLV_RES_OUT_OF_MEMORY;
+    const bool stores_nothing = mxIsSparse (array) && mxGetJc (array)[mxGetN (array)] == 0;
+    return stores_nothing || mxGetData (array) != nullptr ? KLV_RES_OK : KLV_RES_OUT_OF_MEMORY;
 }
