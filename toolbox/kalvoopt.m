@@ -103,7 +103,7 @@
 %
 %   RESPONSE CODES (r)
 %
-%       0         done: solved, or proved infeasible or unbounded (see prosta)
+%       0         done: solved, or proved infeasible or unbounded, or an integer search found no point (see prosta)
 %       20001 to 20006   ended by the limit on time, iterations, nodes, solutions, objective; by numerical trouble
 %       100007    stopped by Ctrl-C or by the progress function
 %       1051      out of memory         1200, 1201   an input is wrong; the message names it

@@ -34,7 +34,7 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::problem_status, "KLV_PRO_BOTH_INFEASIBLE", KLV_PRO_BOTH_INFEASIBLE,
      "Primal and dual infeasible."},
     {Group::problem_status, "KLV_PRO_INFEASIBLE_BY_SEARCH", KLV_PRO_INFEASIBLE_BY_SEARCH,
-     "An integer search ended without a point: infeasible, not certified."},
+     "An integer search ended without a point: taken as infeasible, not certified."},
 
     {Group::solution_status, "KLV_SOLSTA_UNKNOWN", KLV_SOLSTA_UNKNOWN, "Nothing was verified."},
     {Group::solution_status, "KLV_SOLSTA_OPTIMAL", KLV_SOLSTA_OPTIMAL, "Optimal within the tolerances."},

@@ -13,7 +13,7 @@
 
 namespace klv {
 
-// How far an integer solution is from the bound that the engine proved; absolute, and relative to the solution.
+// How far an integer solution is from the bound that the engine claims; absolute, and relative to the solution.
 struct IntegerGap {
     double bound = 0;
     double absolute = 0, relative = 0;
