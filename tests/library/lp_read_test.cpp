@@ -35,6 +35,7 @@ TEST (LpRead, Meaning)
         {" Bounds|-2 <= x|y <= -3", "min 1 2; x -2.. y ..-3"},
         {" Bounds|1 <= x <= 0|inf >= y >= -1e20|Generals|y x", "min 1 2; x 1..0i y ..i"},
         {" Binary|x|Bounds|y = 1|Binaries|y y", "min 1 2; x 0..1i y =1i"},
+        {" Bounds|y = -3|Bin|y", "min 1 2; x 0.. y 0..-3i"},
         {" Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 1 2; x 0..-1i y 0..0.5i"},
     };
     for (const Case& c : cases)
