@@ -142,7 +142,7 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::caller, "KLV_CALLER_PRIMAL_SIMPLEX", KLV_CALLER_PRIMAL_SIMPLEX, "In the primal simplex method."},
     {Group::caller, "KLV_CALLER_DUAL_SIMPLEX", KLV_CALLER_DUAL_SIMPLEX, "In the dual simplex method."},
     {Group::caller, "KLV_CALLER_INTERIOR_POINT", KLV_CALLER_INTERIOR_POINT, "In the interior-point method."},
-    {Group::caller, "KLV_CALLER_SIMPLEX_FINISH", KLV_CALLER_SIMPLEX_FINISH,
+    {Group::caller, "KLV_CALLER_CROSSOVER", KLV_CALLER_CROSSOVER,
      "An interior solution is being turned into a basic one."},
     {Group::caller, "KLV_CALLER_MIXED_INTEGER", KLV_CALLER_MIXED_INTEGER, "In the integer search."},
     {Group::caller, "KLV_CALLER_NEW_INCUMBENT", KLV_CALLER_NEW_INCUMBENT,
