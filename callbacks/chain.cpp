@@ -20,11 +20,16 @@ std::int32_t multicallbackfunc (KLVtask_t task, void* handle, std::uint32_t call
     return 0;
 }
 
+bool take_interrupt ()
+{
+    if (!utIsInterruptPending ())
+        return false;
+    utSetInterruptPending (false);
+    return true;
+}
+
 std::int32_t ctrlccb (KLVtask_t, void*, std::uint32_t, const double*, const std::int32_t*,
                       const std::int64_t*)
 {
-    if (!utIsInterruptPending ())
-        return 0;
-    utSetInterruptPending (false);
-    return 1;
+    return take_interrupt () ? 1 : 0;
 }

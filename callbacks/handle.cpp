@@ -1,7 +1,7 @@
 #include "callbacks/handle.h"
 
-#include "gateway/refuse.h"
-#include "gateway/text.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "params/information.h"
 
 namespace {
@@ -18,7 +18,7 @@ constexpr CallbackFields log_fields = {"log", "callback.log", "loghandle", "call
 KLVrescode_t bind (const mxArray* record, const CallbackFields& fields, CallbackHandle& handle)
 {
     const mxArray* function = mxGetField (record, 0, fields.function);
-    if (function == nullptr || !mxIsChar (function))
+    if (function == nullptr || !mxIsChar (function) || mxIsEmpty (function))
         return KLV_RES_OK;
     handle.function = copy_text (function);
     const KLVrescode_t code =

@@ -2,32 +2,38 @@
 
 #include <cmath>
 
+#include "callbacks/chain.h"
 #include "callbacks/handle.h"
-#include "gateway/console.h"
-#include "gateway/number.h"
+#include "common/console.h"
+#include "common/number.h"
 #include "params/information.h"
 
 namespace {
 
 // A number whose whole part is not 0, NaN included, asks to stop. Anything but a number does not.
-bool asks_to_stop (const mxArray* answer)
+KLVrescode_t read_answer (const mxArray* answer)
 {
     if (answer == nullptr || mxGetClassID (answer) != mxDOUBLE_CLASS || mxIsEmpty (answer))
-        return false;
-    return !(std::abs (first_number (answer)) < 1);
+        return KLV_RES_OK;
+    const auto number = first_number (answer);
+    if (!number)
+        return KLV_RES_OUT_OF_MEMORY;
+    return std::abs (*number) < 1 ? KLV_RES_OK : KLV_RES_USER_STOP;
 }
 
+// A function that Ctrl-C or the end of the session has ended stops the run and has not failed.
 KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
 {
     mxArray* inputs[] = {handle.object.get (), caller, handle.info.get ()};
     mxArray* output = nullptr;
     const host::Array error (mexCallMATLABWithTrapWithObject (1, &output, 3, inputs, handle.function.get ()));
     if (error) {
-        mx_error (KLV_RES_USER_STOP, "");
+        if (!take_interrupt ())
+            mx_error (KLV_RES_USER_STOP, "");
         return KLV_RES_USER_STOP;
     }
     const host::Array answer (output);
-    return asks_to_stop (answer.get ()) ? KLV_RES_USER_STOP : KLV_RES_OK;
+    return read_answer (answer.get ());
 }
 
 KLVrescode_t report (KLVtask_t task, const CallbackHandle& handle, std::uint32_t caller)

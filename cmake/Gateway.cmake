@@ -1,6 +1,6 @@
 # The gateway's sources are the same for every host; a host is the folder host/<host> with its mex.h.
 
-collect_sources (gateway_sources gateway input output params callbacks sensitivity)
+collect_sources (gateway_sources common gateway input output params callbacks sensitivity)
 
 # add_gateway (host include-folder ...): host_<host>, what the host lacks, and gateway_<host>, the gateway on top of it
 function (add_gateway host)

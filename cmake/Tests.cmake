@@ -17,9 +17,19 @@ function (add_test_program name folder)
 endfunction ()
 
 add_test_program (library_tests library GTest::gtest_main kalvo_core)
+
+# The operations of a task, for the test that calls each of them.
+file (READ kalvo/include/kalvo.h header)
+string (REGEX MATCHALL "KLV_[a-z]+ \\(KLVtask_t task" operations "${header}")
+list (TRANSFORM operations REPLACE "KLV_([a-z]+) .*" "OPERATION (\\1)\n")
+list (JOIN operations "" operations)
+file (CONFIGURE OUTPUT operations.inc CONTENT "${operations}")
+set_property (DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS kalvo/include/kalvo.h)
+set_property (SOURCE tests/library/entry_guards_test.cpp PROPERTY INCLUDE_DIRECTORIES "${CMAKE_BINARY_DIR}")
 add_test_program (unit_tests unit GTest::gtest_main gateway_standalone kalvo_core)
 add_test_program (fuzz_files fuzz/files kalvo_core)
-add_test_program (fuzz_calls fuzz/calls gateway_standalone kalvo_core)
+add_test_program (fuzz_calls fuzz/calls gateway_standalone kalvo_core gmpxx gmp)
+add_test_program (fuzz_ways fuzz/ways GTest::gtest kalvo_core gmpxx gmp)
 target_sources (fuzz_calls PRIVATE "${CMAKE_SOURCE_DIR}/tests/unit/notation.cpp")
 
 if (NOT KALVO_SANITIZE AND NOT KALVO_MATLAB)

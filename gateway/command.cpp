@@ -1,8 +1,9 @@
 #include "gateway/command.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
+
+#include "common/text.h"
 
 namespace {
 
@@ -51,16 +52,6 @@ bool at_word_end (char c)
     return c == ' ' || c == '\0';
 }
 
-// A number without parentheses is the last one before it, or 0.
-bool set_number (const char* command, std::size_t& position, CommandText& argument, std::int32_t& setting)
-{
-    std::int32_t number = 0;
-    if (!getarg (command, position, argument) || !strtointeger (argument, &number))
-        return false;
-    setting = number;
-    return true;
-}
-
 bool take_word (const char* command, std::size_t& position, cmdoptions& options, CommandText& argument)
 {
     const Keyword* keyword = find_keyword (command + position);
@@ -70,7 +61,8 @@ bool take_word (const char* command, std::size_t& position, cmdoptions& options,
 
     std::int32_t& setting = options.*keyword->setting;
     if (keyword->argument == Keyword::number) {
-        if (!set_number (command, position, argument, setting))
+        // Without parentheses it is the last number before it, or 0; a wrong one is set as far as it is a number.
+        if (!getarg (command, position, argument) || !strtointeger (argument, &setting))
             return false;
     } else {
         setting = keyword->value;
@@ -113,11 +105,4 @@ int getarg (const char* command, std::size_t& position, CommandText& argument)
         return 0;
     ++position;
     return 1;
-}
-
-int strtointeger (const char* text, std::int32_t* number)
-{
-    char* end = nullptr;
-    *number = static_cast<std::int32_t> (std::strtol (text, &end, 10));
-    return at_word_end (*end);
 }

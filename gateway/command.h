@@ -40,7 +40,3 @@ KLVrescode_t executecmd (const char* command, cmdoptions& options, CommandText& 
 // Reads an argument in parentheses, if there is one at the position, and moves the position past it. Answers
 // 0 when the parentheses are not closed, or hold 1024 characters or more.
 int getarg (const char* command, std::size_t& position, CommandText& argument);
-
-// The decimal number at the start of a text, narrowed to 32 bits. Answers 0 unless a blank or the end
-// follows.
-int strtointeger (const char* text, std::int32_t* number);

@@ -1,16 +1,15 @@
 #include "gateway/driver.h"
 
 #include "callbacks/progress.h"
-#include "gateway/console.h"
+#include "common/arrays.h"
+#include "common/console.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "gateway/frame.h"
-#include "gateway/number.h"
-#include "gateway/refuse.h"
 #include "gateway/request.h"
 #include "gateway/result.h"
-#include "gateway/text.h"
-#include "input/arrays.h"
+#include "input/initial_solution.h"
 #include "input/problem.h"
-#include "output/solution.h"
 #include "params/parameters.h"
 #include "sensitivity/primal_repair.h"
 
@@ -188,7 +187,9 @@ KLVrescode_t analyze_problem (Request& request)
 
 KLVrescode_t repair_problem (Request& request)
 {
-    return request.options.primalrepair ? primalrepair (request.task.get (), request.input (2)) : KLV_RES_OK;
+    if (!request.options.primalrepair)
+        return KLV_RES_OK;
+    return primalrepair (request.task.get (), request.input (2), request.options.read != 0);
 }
 
 KLVrescode_t optimize (Request& request)

@@ -4,10 +4,10 @@
 #include <cstring>
 
 #include "callbacks/log.h"
-#include "gateway/console.h"
-#include "gateway/refuse.h"
+#include "common/arrays.h"
+#include "common/console.h"
+#include "common/refuse.h"
 #include "host/holders.h"
-#include "input/arrays.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "gateway/number.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/number.h"
+#include "common/records.h"
 #include "output/problem.h"
-#include "output/records.h"
 #include "output/solution.h"
 #include "params/constants.h"
 #include "params/information.h"
@@ -35,6 +35,8 @@ bool problem_has (const Request& request, const char* field)
     const mxArray* prob = request.options.read ? nullptr : request.input (2);
     return is_given (prob) && mxGetField (prob, 0, field) != nullptr;
 }
+
+constexpr std::int32_t first_warning_level = 2;
 
 using ResultFields = FieldList<11>;
 
@@ -99,8 +101,11 @@ KLVrescode_t fill_requested (const Request& request, mxArray* result)
     const cmdoptions& options = request.options;
     const KLVtask_t task = request.task.get ();
     KLVrescode_t code = KLV_RES_OK;
-    if (wants_problem (options))
+    if (wants_problem (options)) {
         code = getprob (options.statuskeys, task, result);
+        if (code == KLV_RES_OK && options.echo >= first_warning_level)
+            warn_of_large_bounds (task, mxGetField (result, 0, "prob"));
+    }
     if (code == KLV_RES_OK && options.param)
         code = fill (result, "param", task, getparams);
     if (code == KLV_RES_OK && options.info)

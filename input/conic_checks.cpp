@@ -1,7 +1,7 @@
 // How the fields of affine conic constraints go together. A field that is there counts, even if it is empty.
 
-#include "gateway/refuse.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "input/readers.h"
 
 KLVrescode_t check_conic_fields (const ProblemFields& fields, std::int32_t numvar)

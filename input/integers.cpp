@@ -1,16 +1,14 @@
-#include "gateway/refuse.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "input/readers.h"
 
-// A sub that is no dense vector marks nothing; an index out of range is refused.
+// Of several records the first counts. A sub that is no dense vector marks nothing; an index out of range is refused.
 KLVrescode_t putints (KLVtask_t task, const mxArray* ints)
 {
     if (!is_given (ints))
         return KLV_RES_OK;
     if (!mxIsStruct (ints))
         return refuse (KLV_RES_ARGUMENT, "prob.ints");
-    if (mxGetNumberOfElements (ints) != 1)
-        return refuse (KLV_RES_ARGUMENT, "prob.ints must be a 1-by-1 structure");
     std::int32_t numvar = 0;
     KLVrescode_t code = KLV_getnumvar (task, &numvar);
     if (code != KLV_RES_OK)

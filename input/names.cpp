@@ -1,10 +1,10 @@
 #include <cstring>
 #include <string_view>
 
-#include "gateway/refuse.h"
-#include "gateway/text.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "host/holders.h"
-#include "input/arrays.h"
 #include "input/readers.h"
 
 namespace {
@@ -96,13 +96,11 @@ KLVrescode_t put_field (KLVtask_t task, std::string_view field, const mxArray* v
 
 }
 
-// Fields are read in the record's own order.
+// Fields are read in the record's own order; of several records the first counts.
 KLVrescode_t putnames (KLVtask_t task, const mxArray* names)
 {
     if (!is_given (names) || !mxIsStruct (names))
         return KLV_RES_OK;
-    if (mxGetNumberOfElements (names) != 1)
-        return refuse (KLV_RES_ARGUMENT, "prob.names must be a 1-by-1 structure");
     KLVrescode_t code = KLV_RES_OK;
     const int fields = mxGetNumberOfFields (names);
     for (int number = 0; number < fields && code == KLV_RES_OK; ++number)

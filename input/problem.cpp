@@ -1,15 +1,14 @@
 #include "input/problem.h"
 
-#include "gateway/console.h"
-#include "gateway/refuse.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "host/holders.h"
-#include "input/arrays.h"
 #include "input/readers.h"
 
 namespace {
 
-struct Bounds {
-    explicit Bounds (std::int32_t count)
+struct BoundArrays {
+    explicit BoundArrays (std::int32_t count)
         : keys (host::allocate<std::int32_t> (static_cast<std::size_t> (count))),
           lower (host::allocate<double> (static_cast<std::size_t> (count))),
           upper (host::allocate<double> (static_cast<std::size_t> (count)))
@@ -116,7 +115,7 @@ KLVrescode_t put_sparse_columns (KLVtask_t task, const mxArray* a)
     if (code != KLV_RES_OK)
         return code;
     const auto narrow_rows = host::allocate<std::int32_t> (mxGetM (a));
-    if (!narrow_rows)
+    if (!narrow_rows || (!values && starts[numvar] > 0))
         return KLV_RES_OUT_OF_MEMORY;
     for (std::int32_t j = 0; j < numvar && code == KLV_RES_OK; ++j) {
         const mwIndex start = starts[j], count = starts[j + 1] - start;
@@ -171,7 +170,7 @@ KLVrescode_t put_linear_part (KLVtask_t task, const ProblemFields& fields, std::
     if (const KLVrescode_t code = check_quadratic_fields (fields))
         return code;
 
-    Bounds constraints (numcon), variables (numvar);
+    BoundArrays constraints (numcon), variables (numvar);
     if (!constraints || !variables)
         return KLV_RES_OUT_OF_MEMORY;
     if (const KLVrescode_t code =

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "gateway/refuse.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
 #include "input/readers.h"
 
 namespace {

@@ -1,7 +1,11 @@
 // The linear part of a task's problem: costs, matrix, bounds, integer variables.
 
+#include <cmath>
+
+#include "common/console.h"
+#include "common/records.h"
 #include "output/extracts.h"
-#include "output/records.h"
+#include "output/problem.h"
 #include "output/sparse_columns.h"
 
 KLVrescode_t get_costs (KLVtask_t task, mxArray* record)
@@ -56,19 +60,13 @@ KLVrescode_t get_integers (KLVtask_t task, const ProblemCounts& counts, mxArray*
 
 namespace {
 
-// Bounds that don't exist are infinities, whatever values the library keeps for them.
 template <auto get_bound>
 KLVrescode_t get_bounds_of (KLVtask_t task, std::int32_t count, double* lower, double* upper)
 {
     KLVrescode_t code = KLV_RES_OK;
-    for (std::int32_t i = 0; i < count && code == KLV_RES_OK; ++i) {
-        std::int32_t key = KLV_BK_RA;
+    std::int32_t key = KLV_BK_FR;
+    for (std::int32_t i = 0; i < count && code == KLV_RES_OK; ++i)
         code = get_bound (task, i, &key, &lower[i], &upper[i]);
-        if (key == KLV_BK_UP || key == KLV_BK_FR)
-            lower[i] = -mxGetInf ();
-        if (key == KLV_BK_LO || key == KLV_BK_FR)
-            upper[i] = mxGetInf ();
-    }
     return code;
 }
 
@@ -82,6 +80,35 @@ KLVrescode_t get_bounds (KLVtask_t task, const ProblemCounts& counts, mxArray* r
         return code;
     return get_bounds_of<KLV_getvarbound> (task, counts.variables, field_values (record, "blx"),
                                            field_values (record, "bux"));
+}
+
+// Files and sparse columns state bounds that full columns, as they are in the record, can't.
+void warn_of_large_bounds (KLVtask_t task, const mxArray* prob)
+{
+    double threshold = mxGetInf ();
+    KLV_getdouparam (task, KLV_DPAR_BOUND_INFINITY_NUMBER, &threshold);
+    const char* first_field = nullptr;
+    std::size_t first = 0, count = 0;
+    for (const char* field : {"blc", "buc", "blx", "bux"}) {
+        const mxArray* bounds = mxGetField (prob, 0, field);
+        const double* values = mxGetPr (bounds);
+        const bool upper = field[1] == 'u';
+        for (std::size_t i = 0; i < mxGetNumberOfElements (bounds); ++i) {
+            const bool differs =
+                upper ? values[i] > threshold || values[i] <= -threshold : values[i] >= threshold;
+            if (!differs || std::isinf (values[i]))
+                continue;
+            if (count++ == 0) {
+                first_field = field;
+                first = i + 1;
+            }
+        }
+    }
+    if (count > 0)
+        mx_printf (
+            "Warning: res.prob.%s(%zu) is beyond the bound infinity (%zu in all): as an input res.prob needs "
+            "KLV_DPAR_BOUND_INFINITY = Inf.\n",
+            first_field, first, count);
 }
 
 KLVrescode_t get_sense (KLVtask_t task, mxArray* record)

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "common/records.h"
 #include "host/holders.h"
 #include "output/extracts.h"
-#include "output/records.h"
 
 namespace {
 

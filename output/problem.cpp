@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "gateway/console.h"
+#include "common/console.h"
+#include "common/records.h"
 #include "output/extracts.h"
-#include "output/records.h"
 
 namespace {
 

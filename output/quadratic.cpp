@@ -1,8 +1,8 @@
 // The quadratic terms of a task's problem. The library writes the values in place; indices are made 1-based.
 
-#include "gateway/console.h"
+#include "common/console.h"
+#include "common/records.h"
 #include "output/extracts.h"
-#include "output/records.h"
 
 namespace {
 

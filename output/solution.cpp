@@ -6,8 +6,8 @@
 #include <utility>
 #include <variant>
 
-#include "output/records.h"
-#include "output/sizes.h"
+#include "common/records.h"
+#include "common/solution_sizes.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "gateway/number.h"
+#include "common/number.h"
 #include "params/record.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "gateway/number.h"
+#include "common/number.h"
 #include "params/parameters.h"
 #include "params/record.h"
 

@@ -1,6 +1,6 @@
 #include "params/information.h"
 
-#include "gateway/number.h"
+#include "common/number.h"
 #include "params/record.h"
 
 void read_information (KLVtask_t task, std::int32_t k, double& value)

@@ -1,6 +1,6 @@
 #include "params/record.h"
 
-#include "output/records.h"
+#include "common/records.h"
 
 FieldNames::~FieldNames ()
 {

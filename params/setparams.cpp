@@ -1,11 +1,10 @@
 #include <cstdio>
 
-#include "gateway/command.h"
-#include "gateway/console.h"
-#include "gateway/number.h"
-#include "gateway/refuse.h"
-#include "gateway/text.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/console.h"
+#include "common/number.h"
+#include "common/refuse.h"
+#include "common/text.h"
 #include "params/parameters.h"
 
 namespace {
@@ -32,10 +31,12 @@ KLVrescode_t set_double (std::int32_t echo, KLVtask_t task, const Field& field)
 {
     if (!is_number (field.value))
         return refuse_field (field);
-    const double value = first_number (field.value);
+    const auto value = first_number (field.value);
+    if (!value)
+        return KLV_RES_OUT_OF_MEMORY;
     if (echo >= first_echo_level)
-        mx_printf ("Setting double param %s to %e\n", field.name, value);
-    return KLV_putdouparam (task, field.index, value);
+        mx_printf ("Setting double param %s to %e\n", field.name, *value);
+    return KLV_putdouparam (task, field.index, *value);
 }
 
 KLVrescode_t put_integer (KLVtask_t task, const Field& field, std::int32_t value)
@@ -65,7 +66,10 @@ KLVrescode_t set_integer (std::int32_t echo, KLVtask_t task, const Field& field)
         return set_integer_by_symbol (echo, task, field);
     if (!is_number (field.value))
         return refuse_field (field);
-    const auto number = truncate_to_int32 (first_number (field.value));
+    const auto value = first_number (field.value);
+    if (!value)
+        return KLV_RES_OUT_OF_MEMORY;
+    const auto number = truncate_to_int32 (*value);
     if (!number)
         return refuse_field (field);
     if (echo >= first_echo_level)

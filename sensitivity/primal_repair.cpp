@@ -1,62 +1,64 @@
 #include "sensitivity/primal_repair.h"
 
+#include <algorithm>
 #include <cstdint>
 
-#include "gateway/refuse.h"
-#include "input/arrays.h"
+#include "common/arrays.h"
+#include "common/refuse.h"
+#include "host/holders.h"
 
 namespace {
 
-struct Weights {
-    const double* wuc = nullptr;
-    const double* wlc = nullptr;
-    const double* wux = nullptr;
-    const double* wlx = nullptr;
+// Items of one kind: the user states weights for those of the matrix, the library takes one for each that the task holds.
+struct Items {
+    std::int32_t stated = 0, held = 0;
 };
 
-// A weight vector that is not there is null. The line of a wrong one shows the code of an argument error.
-KLVrescode_t read_weights (const mxArray* record, const char* name, const char* path, std::int32_t length,
-                           const double*& weights)
+using Weights = host::Memory<double>;
+
+// Weights that are not there are null. What a conversion of the problem has added may not move.
+KLVrescode_t read_weights (const mxArray* record, const char* name, const Items& items, Weights& weights)
 {
     const mxArray* field = mxGetField (record, 0, name);
     if (field == nullptr)
         return KLV_RES_OK;
-    if (!isvector (field, static_cast<std::uint64_t> (length), 0))
-        return refuse (KLV_RES_ARGUMENT_LENGTH, "prob.%s", path);
-    if (length == 0)
-        return KLV_RES_OK;
-    if (const KLVrescode_t code = check_values (path, field))
-        return code;
-    weights = mxGetPr (field);
+    if (!isvector (field, static_cast<std::uint64_t> (items.stated), 0))
+        return refuse (KLV_RES_ARGUMENT_LENGTH, "prob.primalrepair.%s", name);
+    weights = host::allocate<double> (static_cast<std::size_t> (items.held));
+    const double* const values = items.stated > 0 ? mxGetPr (field) : nullptr;
+    if (!weights || (items.stated > 0 && !values))
+        return KLV_RES_OUT_OF_MEMORY;
+    std::fill_n (weights.get (), items.held, -1.0);
+    std::copy_n (values, std::min (items.stated, items.held), weights.get ());
     return KLV_RES_OK;
 }
 
-KLVrescode_t read_all_weights (KLVtask_t task, const mxArray* record, Weights& weights)
-{
-    std::int32_t numcon = 0, numvar = 0;
-    KLV_getnumcon (task, &numcon);
-    KLV_getnumvar (task, &numvar);
-    KLVrescode_t code = read_weights (record, "wuc", "primalrepair.wuc", numcon, weights.wuc);
-    if (code == KLV_RES_OK)
-        code = read_weights (record, "wlc", "primalrepair.wlc", numcon, weights.wlc);
-    if (code == KLV_RES_OK)
-        code = read_weights (record, "wux", "primalrepair.wux", numvar, weights.wux);
-    if (code == KLV_RES_OK)
-        code = read_weights (record, "wlx", "primalrepair.wlx", numvar, weights.wlx);
-    return code;
 }
 
-}
-
-KLVrescode_t primalrepair (KLVtask_t task, const mxArray* prob)
+KLVrescode_t primalrepair (KLVtask_t task, const mxArray* prob, bool from_file)
 {
     const bool is_record = is_given (prob) && mxIsStruct (prob);
-    const mxArray* field = is_record ? mxGetField (prob, 0, "primalrepair") : nullptr;
-    if (field == nullptr)
+    const mxArray* record = is_record ? mxGetField (prob, 0, "primalrepair") : nullptr;
+    if (record == nullptr)
         return refuse (KLV_RES_ARGUMENT, "prob.primalrepair");
-    Weights weights;
-    if (mxIsStruct (field) && !mxIsEmpty (field))
-        if (const KLVrescode_t code = read_all_weights (task, field, weights); code != KLV_RES_OK)
+    Items constraints, variables;
+    KLV_getnumcon (task, &constraints.held);
+    KLV_getnumvar (task, &variables.held);
+    const mxArray* a = from_file ? nullptr : mxGetField (prob, 0, "a");
+    constraints.stated = a ? static_cast<std::int32_t> (mxGetM (a)) : constraints.held;
+    variables.stated = a ? static_cast<std::int32_t> (mxGetN (a)) : variables.held;
+
+    Weights wuc, wlc, wux, wlx;
+    if (mxIsStruct (record) && !mxIsEmpty (record)) {
+        KLVrescode_t code = read_weights (record, "wuc", constraints, wuc);
+        if (code == KLV_RES_OK)
+            code = read_weights (record, "wlc", constraints, wlc);
+        if (code == KLV_RES_OK)
+            code = read_weights (record, "wux", variables, wux);
+        if (code == KLV_RES_OK)
+            code = read_weights (record, "wlx", variables, wlx);
+        if (code != KLV_RES_OK)
             return code;
-    return KLV_primalrepair (task, weights.wlc, weights.wuc, weights.wlx, weights.wux);
+    }
+    return KLV_primalrepair (task, wlc.get (), wuc.get (), wlx.get (), wux.get ());
 }

@@ -61,10 +61,12 @@
 %
 %       sol     solutions to start from: res.sol of another call as it is, or any part of it. bas.skc and bas.skx (a basis),
 %               else xx (and y) of bas or itr, for the simplex methods; int.xx, NaN where a value is not known, for whole
-%               numbers. A bad start costs time, never the answer. Without "minimize" res.sol shows what was understood.
+%               numbers. A bad start costs time, never the answer. Without "minimize" res.sol is what was given, statuses
+%               computed again: certificates stay what they are, INTEGER_OPTIMAL becomes PRIMAL_FEASIBLE.
 %
-%       Fields for quadratic, conic and semidefinite terms (qoval, qcval, f, accs, cones, bardim, prisen, duasen) are refused
-%       unless they are empty. Other fields are ignored.
+%       Fields for quadratic, conic and semidefinite terms (qoval, qcval, accs, cones, bardim, prisen, duasen) are refused
+%       unless they are empty. Refused even then: f without accs or cones, g without f, accs beside cones. Other fields are
+%       ignored.
 %
 %   RESULT (res)
 %
@@ -87,12 +89,12 @@
 %       skx, skc  a key for each, two characters a row:
 %                 UN unknown, BA basic, SU superbasic (between its bounds, not basic), LO at its lower bound, UP at its
 %                 upper bound, FI fixed, IN infeasible
-%       pobjval   c'*xx + cfix
+%       pobjval   c'*xx + cfix; for a direction c'*xx alone
 %       and but for int
 %       y         duals of the constraints (m x 1): the change of the optimum for one more unit of the bound
 %       slc, suc, slx, sux   its parts: y = slc - suc, c - a'*y = slx - sux; minimising, all are >= 0; maximising,
 %                 all signs are reversed
-%       dobjval   the bound on the optimum that the duals prove
+%       dobjval   the bound on the optimum that the duals prove; for a certificate its value without cfix
 %       itr also has skn, snx, barx, bars, doty, which stay empty or 0 for these problems.
 %
 %       Infeasible problem: y, slc, suc, slx, sux hold a certificate: a'*y + slx - sux = 0 and
@@ -101,7 +103,7 @@
 %
 %   RESPONSE CODES (r)
 %
-%       0         done: solved, or proved infeasible or unbounded (see prosta)
+%       0         done: solved, or proved infeasible or unbounded, or an integer search found no point (see prosta)
 %       20001 to 20006   ended by the limit on time, iterations, nodes, solutions, objective; by numerical trouble
 %       100007    stopped by Ctrl-C or by the progress function
 %       1051      out of memory         1200, 1201   an input is wrong; the message names it
@@ -157,10 +159,13 @@
 %
 %   CALLBACKS (callback): a structure with any of
 %
-%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console
+%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console; the
+%                         banner goes to the console all the same (echo(0): nowhere)
 %       iter, iterhandle  name of a function stop = g (iterhandle, caller, info) that is called during a run at least
 %                         every 50 ms, with the point of the computation and the record of res.info at that moment.
 %                         A number other than 0, or an error, stops the run. A logical value does not: double (done).
+%
+%       A name needs its handle: any value, [] too, which is the function's first argument. An empty name is none.
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
@@ -225,7 +230,9 @@
 %       c of another length, sparse row          1200 "prob.c has wrong length"
 %       bounds of another length or class        1201 (the line says 1200) "prob.blc has invalid dimension"
 %       blc, blx = Inf; buc, bux = -Inf          1400, the item is named
-%       buc, bux finite and above 1e20           no bound (in a full vector), a bound (in a sparse one)
+%       buc, bux finite and above 1e20           no bound (in a full vector), a bound (in a sparse one); with such in res.prob a
+%                                                warning says that it needs KLV_DPAR_BOUND_INFINITY = Inf as an
+%                                                input
 %       lower bound above upper bound            infeasible, with that pair as certificate; r is 0
 %       cfix empty                               1200 "prob.cfix" (absent is 0)
 %       ints not a structure; index out of range 1200, the item is named

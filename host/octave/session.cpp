@@ -67,10 +67,12 @@ public:
             octaves_hook_ = std::exchange (octave_signal_hook, &quiet_hook);
     }
 
+    // Once the session is to end, everything is to stop.
     bool interrupt_pending ()
     {
+        handle_signals ();
         take_press ();
-        return pending_;
+        return pending_ || exit_request_;
     }
 
     void set_interrupt_pending (bool pending)
@@ -107,6 +109,20 @@ public:
     }
 
 private:
+    // Signals only raise a flag, on a thread of Octave's own; between two statements of a user's code Octave acts on it.
+    // It throws for those that end the session: a batch system's SIGTERM must not wait for the end of a run.
+    void handle_signals ()
+    {
+        if (octave_signal_caught == 0 || octave_signal_hook == nullptr)
+            return;
+        octave_signal_caught = 0;
+        try {
+            octave_signal_hook ();
+        } catch (...) {
+            contain_exception (false);
+        }
+    }
+
     // Octave calls this hook just before it throws for a press.
     static void quiet_hook ()
     {

@@ -69,6 +69,15 @@ bool Book::refuses ()
     return true;
 }
 
+void* Book::numbers (const mxArray* array, const char* function)
+{
+    mxArray& known = used (array, function);
+    if (known.is_unread && refuses ())
+        return nullptr;
+    known.is_unread = false;
+    return known.real.get ();
+}
+
 mxArray& Book::used (const mxArray* array, const char* function)
 {
     check_thread (function);

@@ -28,6 +28,7 @@ struct mxArray_tag {
     bool is_sparse = false;
     bool is_complex = false;
     bool is_borrowed = false;    // an input of a running call
+    bool is_unread = false;      // numbers that a host may have to spell out at the first look
     standalone::Sizes sizes;     // two or more
     standalone::Data real, imaginary;
     std::vector<mwIndex> ir, jc;
@@ -57,6 +58,9 @@ struct Book {
 
     // Counts one request for memory; true when it is the one that gives null.
     bool refuses ();
+
+    // The numbers of an array; the first look at those of another's may need memory.
+    void* numbers (const mxArray* array, const char* function);
 
     // The array, once it is sure that it may be used. Anything else ends the call.
     mxArray& used (const mxArray* array, const char* function);

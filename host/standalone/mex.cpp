@@ -42,6 +42,11 @@ void mexLock ()
     ++session ().lock_count;
 }
 
+static void mark_unread (mxArray& array)
+{
+    array.is_unread = array.class_id == mxDOUBLE_CLASS || array.class_id == mxCHAR_CLASS;
+}
+
 mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, mxArray* prhs[],
                                           const char* function_name)
 {
@@ -60,8 +65,11 @@ mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, m
         if (outputs.size () < static_cast<std::size_t> (nlhs))
             throw MatlabError ("an output is not assigned");
         for (int output = 0; output < nlhs; ++output)
-            if (plhs[output] = outputs[static_cast<std::size_t> (output)].release (); plhs[output] != nullptr)
+            if (plhs[output] = outputs[static_cast<std::size_t> (output)].release ();
+                plhs[output] != nullptr) {
                 plhs[output]->depth = book ().depth;
+                mark_unread (*plhs[output]);
+            }
         return nullptr;
     } catch (const std::exception&) {
         return book ().create (mxOBJECT_CLASS, {1, 1});
@@ -73,6 +81,7 @@ namespace {
 void mark_borrowed (mxArray& array, bool borrowed)
 {
     array.is_borrowed = borrowed;
+    mark_unread (array);
     for (mxArray* part : array.parts)
         if (part != nullptr)
             mark_borrowed (*part, borrowed);

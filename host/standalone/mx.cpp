@@ -169,7 +169,7 @@ double* mxGetPr (const mxArray* array)
     const mxArray& known = book ().used (array, "mxGetPr");
     if (known.class_id != mxDOUBLE_CLASS)
         book ().fault ("mxGetPr: the array is not of class double");
-    return static_cast<double*> (known.real.get ());
+    return static_cast<double*> (book ().numbers (array, "mxGetPr"));
 }
 
 void* mxGetData (const mxArray* array)
@@ -177,7 +177,7 @@ void* mxGetData (const mxArray* array)
     const mxArray& known = book ().used (array, "mxGetData");
     if (standalone::element_size (known.class_id) == 0)
         book ().fault ("mxGetData: the array's class holds no numbers");
-    return known.real.get ();
+    return book ().numbers (array, "mxGetData");
 }
 
 mwIndex* mxGetIr (const mxArray* array)

@@ -1,10 +1,12 @@
-// Problem files: which format, and what a task gets to hold or to say of a fault.
+// Problem files, read into a task and written from it.
 #pragma once
 
 #include "kalvo/task/task.h"
 
 namespace klv {
 
+// In the format that the parameter or the file's extension names. When reading fails the task has an empty problem; when
+// writing fails an old file of that name stays.
 KLVrescode_t read_problem (Task& task, const char* path);
 KLVrescode_t write_problem (Task& task, const char* path);
 

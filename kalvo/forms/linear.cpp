@@ -1,74 +1,46 @@
 #include "kalvo/forms/linear.h"
 
-#include "kalvo/engines/highs/highs.h"
 #include "kalvo/model/describe.h"
+#include "kalvo/model/text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 #include <utility>
 
 namespace klv {
 
-void EngineBounds::change (std::size_t item, Interval interval)
-{
-    if (changed_lower_.empty ()) {
-        changed_lower_ = stated_->lower;
-        changed_upper_ = stated_->upper;
-    }
-    changed_lower_[item] = interval.lower;
-    changed_upper_[item] = interval.upper;
-}
+// ---- What an engine does not take ----------------------------------------------------------------------------------
 
-static EngineBounds lower_bounds (const Bounds& stated, std::int64_t& taken_as_infinite)
-{
-    EngineBounds lowered (stated);
-    for (std::size_t i = 0; i < stated.key.size (); ++i) {
-        Interval here = stated.interval (i);
-        if (here.lower > -infinity && here.lower <= -highs::infinite_bound) {
-            here.lower = -infinity;
-            ++taken_as_infinite;
-        }
-        if (here.upper < infinity && here.upper >= highs::infinite_bound) {
-            here.upper = infinity;
-            ++taken_as_infinite;
-        }
-        if (here.lower != stated.lower[i] || here.upper != stated.upper[i])
-            lowered.change (i, here);
-    }
-    return lowered;
-}
-
-static std::string refused_cost (const Problem& problem)
+static std::string refused_cost (const Problem& problem, const Limits& limits)
 {
     for (std::int32_t j = 0; j < problem.variables (); ++j)
         if (const double cost = problem.cost[static_cast<std::size_t> (j)];
-            std::abs (cost) >= highs::infinite_cost)
+            std::abs (cost) >= limits.infinite_cost)
             return text ("the cost of ", describe_variable (problem, j), " is ", cost, "; it must be below ",
-                         highs::infinite_cost, " in magnitude");
+                         limits.infinite_cost, " in magnitude");
     return {};
 }
 
-static std::string refused_entry (const Problem& problem)
+static std::string refused_entry (const Problem& problem, const Limits& limits)
 {
     for (std::int32_t j = 0; j < problem.variables (); ++j) {
         const Column column = problem.matrix.column (j);
         for (std::size_t k = 0; k < column.rows.size (); ++k)
-            if (std::abs (column.values[k]) >= highs::largest_entry)
+            if (std::abs (column.values[k]) >= limits.largest_entry)
                 return text ("the matrix entry of ", describe_constraint (problem, column.rows[k]), " and ",
                              describe_variable (problem, j), " is ", column.values[k], "; it must be below ",
-                             highs::largest_entry, " in magnitude");
+                             limits.largest_entry, " in magnitude");
     }
     return {};
 }
 
-static std::string refused_bound (const Problem& problem, const Bounds& bounds,
+static std::string refused_bound (const Problem& problem, const Bounds& bounds, const Limits& limits,
                                   std::string (*describe) (const Problem&, std::int32_t))
 {
     for (std::size_t i = 0; i < bounds.key.size (); ++i)
-        if (bounds.lower[i] >= highs::infinite_bound || bounds.upper[i] <= -highs::infinite_bound)
+        if (bounds.lower[i] >= limits.infinite_bound || bounds.upper[i] <= -limits.infinite_bound)
             return text (describe (problem, static_cast<std::int32_t> (i)), " must lie beyond ",
-                         highs::infinite_bound, ", where no optimiser can tell a number from infinity");
+                         limits.infinite_bound, ", where no optimiser can tell a number from infinity");
     return {};
 }
 
@@ -78,41 +50,210 @@ struct Entries {
     std::int64_t dropped = 0;
 };
 
-static Entries look_at (std::span<const double> values)
+static Entries look_at (std::span<const double> values, const Limits& limits)
 {
     Entries entries;
     for (const double value : values) {
         const double magnitude = std::abs (value);
         entries.largest = std::max (entries.largest, magnitude);
-        entries.dropped += magnitude <= highs::smallest_entry && magnitude > 0;
+        entries.dropped += magnitude <= limits.smallest_entry && magnitude > 0;
         if (magnitude > 0)
             entries.smallest = std::min (entries.smallest, magnitude);
     }
     return entries;
 }
 
-Lowering lower (std::shared_ptr<const Problem> stated)
-{
-    Lowering lowering;
-    const Entries entries = look_at (stated->matrix.values ());
-    lowering.dropped_entries = entries.dropped;
-    lowering.refused = refused_cost (*stated);
-    if (lowering.refused.empty () && entries.largest >= highs::largest_entry)
-        lowering.refused = refused_entry (*stated);
-    if (lowering.refused.empty ())
-        lowering.refused = refused_bound (*stated, stated->constraint, describe_constraint);
-    if (lowering.refused.empty ())
-        lowering.refused = refused_bound (*stated, stated->variable, describe_variable);
-    if (!lowering.refused.empty ())
-        return lowering;
+// ---- Bounds and rows -----------------------------------------------------------------------------------------------
 
-    auto problem = std::make_shared<LinearProblem> ();
-    problem->columns = lower_bounds (stated->variable, lowering.infinite_bounds);
-    problem->rows = lower_bounds (stated->constraint, lowering.infinite_bounds);
-    problem->smallest_entry = entries.smallest;
-    problem->stated = std::move (stated);
-    lowering.problem = std::move (problem);
-    return lowering;
+static void lower_bounds (const Bounds& stated, const Limits& limits, Values& lower, Values& upper,
+                          std::int64_t& taken_as_infinite)
+{
+    lower = Values (stated.lower);
+    upper = Values (stated.upper);
+    for (std::size_t i = 0; i < stated.key.size (); ++i) {
+        Interval here = stated.interval (i);
+        if (here.lower > -infinity && here.lower <= -limits.infinite_bound) {
+            here.lower = -infinity;
+            ++taken_as_infinite;
+        }
+        if (here.upper < infinity && here.upper >= limits.infinite_bound) {
+            here.upper = infinity;
+            ++taken_as_infinite;
+        }
+        if (here.lower != stated.lower[i])
+            lower.change ()[i] = here.lower;
+        if (here.upper != stated.upper[i])
+            upper.change ()[i] = here.upper;
+    }
+}
+
+// The new number of each row, -1 for one without a bound; empty: all have one.
+static std::vector<std::int32_t> numbers_of_bound_rows (const LinearForm& form)
+{
+    const std::span<const double> lower = form.row_lower.get (), upper = form.row_upper.get ();
+    const auto is_free = [&] (std::size_t i) { return lower[i] == -infinity && upper[i] == infinity; };
+    std::size_t first = 0;
+    while (first < lower.size () && !is_free (first))
+        ++first;
+    if (first == lower.size ())
+        return {};
+    std::vector<std::int32_t> number (lower.size ());
+    std::int32_t next = 0;
+    for (std::size_t i = 0; i < number.size (); ++i)
+        number[i] = is_free (i) ? -1 : next++;
+    return number;
+}
+
+static void leave_out_free_rows (const std::vector<std::int32_t>& number, LinearForm& form)
+{
+    const auto keep = [&] (Values& values) {
+        std::vector<double>& all = values.change ();
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < number.size (); ++i)
+            if (number[i] >= 0)
+                all[kept++] = all[i];
+        all.resize (kept);
+        if (kept == 0)
+            values = {};
+    };
+    keep (form.row_lower);
+    keep (form.row_upper);
+
+    form.own_starts.reserve (form.starts.size ());
+    form.own_starts.push_back (0);
+    for (std::size_t j = 0; j + 1 < form.starts.size (); ++j) {
+        for (auto k = static_cast<std::size_t> (form.starts[j]);
+             k < static_cast<std::size_t> (form.starts[j + 1]); ++k)
+            if (const std::int32_t row = number[static_cast<std::size_t> (form.rows[k])]; row >= 0) {
+                form.own_rows.push_back (row);
+                form.own_entries.push_back (form.entries[k]);
+            }
+        form.own_starts.push_back (static_cast<std::int32_t> (form.own_rows.size ()));
+    }
+    form.starts = form.own_starts;
+    form.rows = form.own_rows;
+    form.entries = form.own_entries;
+}
+
+// ---- Recovery --------------------------------------------------------------------------------------------------------
+
+class LinearRecovery final : public Recovery {
+public:
+    LinearRecovery (double sign, std::vector<std::int32_t> number)
+        : sign_ (sign),
+          number_ (std::move (number)),
+          kept_ (std::ranges::count_if (number_, [] (std::int32_t row) { return row >= 0; }))
+    {}
+
+    double sign () const override { return sign_; }
+
+    Point back (Point&& claimed) const override
+    {
+        Point stated = std::move (claimed);
+        for (std::vector<double>* values : {&stated.y, &stated.reduced_cost, &stated.dual_ray})
+            turn (*values);
+        if (stated.bound)
+            *stated.bound *= sign_;
+        spread (stated.y, 0.0, !stated.reduced_cost.empty ());
+        spread (stated.dual_ray, 0.0, false);
+        spread (stated.row_key, std::int32_t{KLV_SK_BASIC}, !stated.column_key.empty ());
+        return stated;
+    }
+
+    std::shared_ptr<const Start> forth (std::shared_ptr<const Start> stated) const override
+    {
+        if (!stated || (sign_ > 0 && number_.empty ()))
+            return stated;
+        auto start = std::make_shared<Start> (*stated);
+        turn (start->y);
+        turn (start->reduced_cost);
+        gather (start->y);
+        gather (start->activity);
+        gather (start->row_key);
+        return start;
+    }
+
+private:
+    void turn (std::vector<double>& values) const
+    {
+        if (sign_ < 0)
+            for (double& value : values)
+                value = -value;
+    }
+
+    // What is no array of the form's rows stays what it is: whoever checks it will see that. Of no rows an array is empty
+    // also where it is `claimed`.
+    template <class Value>
+    void spread (std::vector<Value>& values, Value of_free_rows, bool claimed) const
+    {
+        if (number_.empty () || std::ssize (values) != kept_ || (values.empty () && !claimed))
+            return;
+        std::vector<Value> all (number_.size (), of_free_rows);
+        for (std::size_t i = 0; i < all.size (); ++i)
+            if (number_[i] >= 0)
+                all[i] = values[static_cast<std::size_t> (number_[i])];
+        values = std::move (all);
+    }
+
+    template <class Value>
+    void gather (std::vector<Value>& values) const
+    {
+        if (values.size () != number_.size ())
+            return;
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < number_.size (); ++i)
+            if (number_[i] >= 0)
+                values[kept++] = values[i];
+        values.resize (kept);
+    }
+
+    double sign_;
+    std::vector<std::int32_t> number_;    // of each stated row in the form, or -1; empty: the same
+    std::ptrdiff_t kept_;
+};
+
+// ---- The whole -------------------------------------------------------------------------------------------------------
+
+Lowered lower_linear (std::shared_ptr<const Problem> stated, const Limits& limits, bool integers)
+{
+    Lowered lowered;
+    const Entries entries = look_at (stated->matrix.values (), limits);
+    lowered.dropped_entries = entries.dropped;
+    lowered.refused = refused_cost (*stated, limits);
+    if (lowered.refused.empty () && entries.largest >= limits.largest_entry)
+        lowered.refused = refused_entry (*stated, limits);
+    if (lowered.refused.empty ())
+        lowered.refused = refused_bound (*stated, stated->constraint, limits, describe_constraint);
+    if (lowered.refused.empty ())
+        lowered.refused = refused_bound (*stated, stated->variable, limits, describe_variable);
+    if (!lowered.refused.empty ())
+        return lowered;
+
+    const auto whole = std::make_shared<Form> (LinearForm ());
+    auto& form = std::get<LinearForm> (*whole);
+    form.sign = stated->sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
+    form.constant = form.sign * stated->constant;
+    form.cost = Values (stated->cost);
+    if (form.sign < 0)
+        for (double& cost : form.cost.change ())
+            cost = -cost;
+    lower_bounds (stated->variable, limits, form.column_lower, form.column_upper, lowered.infinite_bounds);
+    lower_bounds (stated->constraint, limits, form.row_lower, form.row_upper, lowered.infinite_bounds);
+    form.starts = stated->matrix.starts ();
+    form.rows = stated->matrix.rows ();
+    form.entries = stated->matrix.values ();
+    form.smallest_entry = entries.smallest;
+    if (integers) {
+        form.integer = stated->integer;
+        form.integers = stated->integers;
+    }
+    std::vector<std::int32_t> number = numbers_of_bound_rows (form);
+    if (!number.empty ())
+        leave_out_free_rows (number, form);
+    lowered.recovery = std::make_shared<LinearRecovery> (form.sign, std::move (number));
+    form.stated = std::move (stated);
+    lowered.form = whole;
+    return lowered;
 }
 
 }

@@ -256,7 +256,7 @@ enum KLVcallercode {
     KLV_CALLER_PRIMAL_SIMPLEX = 4,
     KLV_CALLER_DUAL_SIMPLEX = 5,
     KLV_CALLER_INTERIOR_POINT = 6,
-    KLV_CALLER_SIMPLEX_FINISH = 7,
+    KLV_CALLER_CROSSOVER = 7,
     KLV_CALLER_MIXED_INTEGER = 8,
     KLV_CALLER_NEW_INCUMBENT = 9,
     KLV_CALLER_CERTIFICATE = 10,
@@ -454,7 +454,7 @@ KLV_API KLVrescode_t KLV_getqobj (KLVtask_t task, int64_t room, int64_t* count, 
 KLV_API KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t room, int64_t* count, int32_t* rows,
                                    int32_t* columns, double* values);
 
-// Bound key and values of one item; the value of an absent bound is -1e30 below and 0 above.
+// Bound key and values of one item; the value of an absent bound is infinite.
 KLV_API KLVrescode_t KLV_getvarbound (KLVtask_t task, int32_t j, int32_t* key, double* lower, double* upper);
 KLV_API KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t* key, double* lower, double* upper);
 
@@ -562,10 +562,12 @@ KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* val
 /* Puts a solution into its place, for the next optimisation to start from (KLV_IPAR_WARM_START), and to keep
  * until then. Every array may be null: nothing is given. skc, xc, y, slc, suc: one entry a constraint; skx,
  * xx, slx, sux: one a variable. A NaN among values is an unknown one, infinite values are refused
- * (KLV_RES_VALUE_NOT_FINITE), as are numbers that are no key. The task keeps the keys as given, xx, y and slx
- * - sux (of y, where they are missing), y from slc - suc where it is missing; all else, and the statuses,
- * follows from these and the problem, so xc is not looked at. The integer solution has no duals, and of conic
- * values (skn, snx, doty) this version has none: they are not looked at. */
+ * (KLV_RES_VALUE_NOT_FINITE), as are numbers that are no key. The task keeps what is given as it is, but for what follows
+ * from xx when all of it is known (xc), and from the multipliers when all of them are (slc and suc from y, y from slc - suc
+ * where it is missing, slx and sux from their difference, or from y where they are missing). Statuses follow from these and
+ * the problem; a certificate that is put as it was handed out is one again, once it is verified. The integer solution has
+ * no duals and no proof of optimality: a point of it is at most PRIMAL_FEASIBLE. Of conic values (skn, snx, doty) this
+ * version has none: they are not looked at. */
 KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
                                          const int32_t* skx, const int32_t* skn, const double* xc,
                                          const double* xx, const double* y, const double* slc,

@@ -33,7 +33,7 @@ static std::vector<double> given_values (const double* values, std::int32_t coun
 }
 
 KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc, const int32_t* skx,
-                                 const int32_t*, const double*, const double* xx, const double* y,
+                                 const int32_t*, const double* xc, const double* xx, const double* y,
                                  const double* slc, const double* suc, const double* slx, const double* sux,
                                  const double*, const double*)
 {
@@ -43,6 +43,7 @@ KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* s
         GivenSolution given;
         given.skc = given_keys (skc, m, "skc");
         given.skx = given_keys (skx, n, "skx");
+        given.xc = given_values (xc, m, "xc");
         given.xx = given_values (xx, n, "xx");
         if (which != KLV_SOL_INT) {
             given.y = given_values (y, m, "y");

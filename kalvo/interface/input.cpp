@@ -120,10 +120,6 @@ KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_
                     " names ",
                     describe_constraint (t.problem (), given_rows[static_cast<std::size_t> (again)]),
                     " twice.");
-        if (!t.problem ().matrix.has_room_for (given_rows.size ()))
-            refuse (KLV_RES_TOO_LARGE, "The matrix has ", t.problem ().matrix.entries (), " entries; the ",
-                    given_rows.size (), " of the column of ", describe_variable (t.problem (), j),
-                    " are more than can be counted.");
         t.edit_problem ().matrix.put (j, given_rows, given_values);
     });
 }

@@ -4,7 +4,7 @@
 #include "kalvo/interface/entry.h"
 #include "kalvo/report/analysis.h"
 #include "kalvo/report/summary.h"
-#include "kalvo/solve/optimize.h"
+#include "kalvo/worker/in_process.h"
 
 using namespace klv;
 
@@ -43,7 +43,7 @@ KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename)
 
 KLVrescode_t KLV_optimize (KLVtask_t task)
 {
-    return run (task, [&] (Task& t) { return optimize (t); });
+    return run (task, [&] (Task& t) { return optimize_in_process (t); });
 }
 
 KLVrescode_t KLV_toconic (KLVtask_t task)

@@ -154,8 +154,8 @@ static KLVrescode_t give_bound (KLVtask_t task, const Bounds Problem::*which, co
         double& lower_place = output (lower, "lower");
         double& upper_place = output (upper, "upper");
         key_place = bounds.key[place];
-        lower_place = bounds.lower[place] > -infinity ? bounds.lower[place] : -1e30;
-        upper_place = bounds.upper[place] < infinity ? bounds.upper[place] : 0;
+        lower_place = bounds.lower[place];
+        upper_place = bounds.upper[place];
     });
 }
 

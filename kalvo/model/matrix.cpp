@@ -1,10 +1,10 @@
 #include "kalvo/model/matrix.h"
 
+#include "kalvo/model/refusal.h"
 #include "kalvo/model/room.h"
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 
 namespace klv {
 
@@ -23,22 +23,17 @@ void ColumnMatrix::reserve (std::int64_t entries)
     value_.reserve (static_cast<std::size_t> (entries));
 }
 
-constexpr std::int64_t most_entries = std::numeric_limits<std::int32_t>::max ();
-
-bool ColumnMatrix::has_room_for (std::size_t entries) const
-{
-    return entries_ + static_cast<std::int64_t> (entries) <= most_entries;
-}
-
 void ColumnMatrix::put (std::int32_t j, std::span<const std::int32_t> rows, std::span<const double> values)
 {
     const auto column = static_cast<std::size_t> (j);
     const auto size = static_cast<std::int32_t> (rows.size ());
     if (size > count_[column]) {
-        // Closing holes costs the arrays' length, which is then mostly what was put since they were last
-        // closed.
+        if (entries_ + size > most_entries_)
+            refuse (KLV_RES_TOO_LARGE, "The matrix has ", entries_, " entries; the ", size, " of column ",
+                    std::int64_t{j} + 1, " are more than can be counted.");
+        // Closing holes costs the length of the arrays, most of which was put since holes were last closed.
         const auto length = static_cast<std::int64_t> (row_.size ());
-        if (length > 2 * entries_ + columns () || length + size > most_entries)
+        if (length > 2 * entries_ + columns () || length + size > most_entries_)
             pack ();
         make_room (row_, rows.size ());
         make_room (value_, rows.size ());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -13,18 +14,21 @@ struct Column {
     std::span<const double> values;
 };
 
-// The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: one
+// The constraint matrix by columns, in one pair of arrays. Columns may be put in any order and again: a column
 // that no longer fits its place moves to the end, and holes are closed when they are half of the arrays, so
-// that the cost stays proportional to what is put. Put in order, the arrays are the compressed columns that
-// engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until
+// that the cost stays proportional to the entries that are put. Put in order, the arrays are the compressed columns
+// that engines take. Entries are counted in 32 bits, as engines count them; a column that moves counts twice until
 // it has moved.
 //
-// An operation that throws std::bad_alloc leaves the matrix as it was.
+// An operation that throws leaves the matrix as it was: std::bad_alloc, or the Refusal of put.
 class ColumnMatrix {
 public:
+    ColumnMatrix () = default;
+    explicit ColumnMatrix (std::int64_t most_entries) : most_entries_ (most_entries) {}
+
     void append_columns (std::int32_t count);
     void reserve (std::int64_t entries);
-    bool has_room_for (std::size_t entries) const;    // of one more column, or of another place for one
+    // Refuses a column whose entries are more than can be counted.
     void put (std::int32_t j, std::span<const std::int32_t> rows, std::span<const double> values);
 
     std::int32_t columns () const { return static_cast<std::int32_t> (count_.size ()); }
@@ -32,7 +36,7 @@ public:
     Column column (std::int32_t j) const;
 
     // Closes holes and puts columns in order; rows () and values () are then the compressed columns, and
-    // starts () has columns () + 1 entries. Costs one pass over the columns when they were put in order.
+    // starts () has columns () + 1 entries. Costs one pass over columns that were put in order.
     void pack ();
     bool packed () const { return packed_; }
     std::span<const std::int32_t> starts () const { return start_; }
@@ -48,6 +52,7 @@ private:
     std::vector<std::int32_t> count_;
     std::vector<std::int32_t> row_;
     std::vector<double> value_;
+    std::int64_t most_entries_ = std::numeric_limits<std::int32_t>::max ();
     std::int64_t entries_ = 0;
     bool packed_ = true;
 };

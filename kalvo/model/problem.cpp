@@ -3,6 +3,7 @@
 #include "kalvo/model/room.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace klv {
 
@@ -31,6 +32,13 @@ std::size_t Names::longest () const
     return length;
 }
 
+std::uint8_t key_of (double lower, double upper)
+{
+    if (std::isinf (lower))
+        return std::isinf (upper) ? KLV_BK_FR : KLV_BK_UP;
+    return std::isinf (upper) ? KLV_BK_LO : KLV_BK_RA;
+}
+
 static void make_room (Bounds& bounds, std::size_t more)
 {
     klv::make_room (bounds.key, more);
@@ -44,6 +52,14 @@ static void append_free (Bounds& bounds, std::size_t more)
     bounds.key.resize (count, KLV_BK_FR);
     bounds.lower.resize (count, -infinity);
     bounds.upper.resize (count, infinity);
+}
+
+Features Problem::features () const
+{
+    Features used;
+    if (integers > 0)
+        used.add (Feature::integers);
+    return used;
 }
 
 void Problem::append_variables (std::int32_t count)

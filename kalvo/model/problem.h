@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kalvo/include/kalvo.h"
+#include "kalvo/model/features.h"
 #include "kalvo/model/matrix.h"
 
 #include <algorithm>
@@ -27,13 +28,16 @@ struct Bounds {
 
     std::int32_t count () const { return static_cast<std::int32_t> (key.size ()); }
 
-    // What an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is taken
-    // the other way round.
+    // The interval that an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is
+    // taken the other way round.
     Interval interval (std::size_t item) const
     {
         return {std::min (lower[item], upper[item]), std::max (lower[item], upper[item])};
     }
 };
+
+// The key of a pair of bounds that are absent where they are infinite.
+std::uint8_t key_of (double lower, double upper);
 
 // Names of one kind of item; takes no room while none has a name.
 class Names {
@@ -47,7 +51,7 @@ private:
     std::vector<std::string> names_;
 };
 
-// An operation that throws std::bad_alloc leaves the problem as it was.
+// An operation that throws leaves the problem as it was.
 struct Problem {
     std::int32_t sense = KLV_SENSE_MINIMIZE;
     double constant = 0;
@@ -65,6 +69,11 @@ struct Problem {
 
     std::int32_t variables () const { return variable.count (); }
     std::int32_t constraints () const { return constraint.count (); }
+
+    Features features () const;
+    // Whether no term joins two items, so that every row and every variable is a problem of its own.
+    bool is_separable () const { return matrix.entries () == 0; }
+
     void append_variables (std::int32_t count);      // continuous, free, without cost and entries
     void append_constraints (std::int32_t count);    // free
 };

@@ -38,7 +38,7 @@ using Solutions = std::array<std::optional<Solution>, KLV_SOL_COUNT>;
 // Values as a user or a file gives them; empty where they are not given, NaN where one is unknown.
 struct GivenSolution {
     std::vector<std::int32_t> skc, skx;
-    std::vector<double> xx, y, slc, suc, slx, sux;
+    std::vector<double> xx, xc, y, slc, suc, slx, sux;
     bool certificate = false;    // of infeasibility: y, slx and sux; or xx, of unboundedness
 };
 

@@ -20,23 +20,6 @@ std::string formatted (const char* format, ...)
     return line;
 }
 
-std::string method_name (Method method, bool finish)
-{
-    if (finish)
-        return "simplex finish";
-    switch (method) {
-    case Method::primal_simplex:
-        return "primal simplex";
-    case Method::dual_simplex:
-        return "dual simplex";
-    case Method::interior_point:
-        return "interior point";
-    case Method::mixed_integer:
-        return "integer search";
-    }
-    return {};
-}
-
 static std::string counted (std::int64_t count, const char* noun)
 {
     return text (count, " ", noun, count == 1 ? "" : "s");
@@ -57,51 +40,23 @@ void Log::header ()
     task_.say (line);
 }
 
-void Log::no_run (const char* why)
+void Log::no_run (const std::string& why)
 {
     if (level_ >= 2)
         task_.say (text ("Optimiser: none (", why, ")"));
 }
 
-// Why this method, in plain words.
-static std::string reason (const Job& job, bool joins)
+std::size_t Log::begin_run (const Begin& begin)
 {
-    if (joins)
-        return job.reformulate ? "simplex is still running"
-                               : "simplex is still in presolve, which this run goes without";
-    if (!job.reformulate)
-        return "once more, without presolve and scaling";
-    if (job.finishes ())
-        return "a basic solution of the interior one";
-    const std::int32_t integers = job.problem->stated->integers;
-    if (job.method == Method::mixed_integer)
-        return text (counted (integers, "integer variable"), job.start ? ", from given values" : "");
-    const bool from_basis = job.start && !job.start->column_key.empty ();
-    const std::int32_t optimizer = job.settings->get (IntSetting::optimizer);
-    const bool asked = optimizer != KLV_OPTIMIZER_AUTOMATIC && optimizer != KLV_OPTIMIZER_MIXED_INTEGER;
-    if (!asked && job.method == Method::primal_simplex)
-        return "automatic: the given basis is feasible, but not optimal";
-    return text (asked ? "asked for" : "automatic: continuous variables",
-                 integers > 0 ? ", integer ones taken as such" : "",
-                 from_basis  ? ", from the given basis"
-                 : job.start ? ", from the given point"
-                 : asked     ? ""
-                             : ", no start");
-}
-
-std::size_t Log::begin_run (const Job& job, const char* engine, bool joins, double seconds)
-{
-    const IntSetting switched = job.method == Method::interior_point  ? IntSetting::log_interior_point
-                                : job.method == Method::mixed_integer ? IntSetting::log_mixed_integer
-                                                                      : IntSetting::log_simplex;
-    const bool shows_progress = level_ >= 2 && task_.parameters.get (switched) != 0;
-    runs_.push_back ({job.method, method_name (job.method, job.finishes ()), shows_progress, seconds});
-    side_by_side_ = joins;
-    titled_ = titled_ && joins;
+    const MethodRow& method = about (begin.method);
+    const bool shows_progress = level_ >= 2 && task_.parameters.get (method.log) != 0;
+    runs_.push_back ({begin.method, shows_progress, begin.seconds});
+    side_by_side_ = begin.joins;
+    titled_ = titled_ && begin.joins;
     if (shows_progress)
-        task_.say (
-            text (joins ? formatted ("Joined after %.2f s: ", seconds) : "Optimiser: ", runs_.back ().name,
-                  " (", reason (job, joins), "); ", engine, ", ", counted (job.threads, "thread")));
+        task_.say (text (
+            begin.joins ? formatted ("Joined after %.2f s: ", begin.seconds) : "Optimiser: ", method.name,
+            " (", begin.why, "); ", begin.engine, ", ", counted (begin.threads, "thread")));
     return runs_.size () - 1;
 }
 
@@ -119,7 +74,7 @@ void Log::presolved (const Run& run, const Sizes& left, double seconds)
     add (problem.constraints (), left.rows, "constraints");
     add (problem.variables (), left.columns, "variables");
     add (problem.matrix.entries (), left.entries, "entries");
-    task_.say (text ("Presolve", side_by_side_ ? " of " + run.name : "", ":",
+    task_.say (text ("Presolve", side_by_side_ ? text (" of ", about (run.method).name) : "", ":",
                      reduced ? change : " nothing to reduce,", formatted (" %.2f s", seconds - run.began)));
 }
 
@@ -132,7 +87,7 @@ static std::string number (int width, int digits, bool known, double value)
 // Digits as the engine tells them.
 static std::string linear_row (Method method, const Progress& now, bool measured)
 {
-    const int digits = method == Method::interior_point ? 8 : 10;
+    const int digits = is_interior (method) ? 8 : 10;
     return formatted ("%10lld", static_cast<long long> (now.iterations)) +
            number (18, digits, now.has_primal, now.primal_objective) +
            number (18, digits, now.has_dual, now.dual_objective) +
@@ -173,7 +128,8 @@ void Log::row (Run& run, const Progress& now, bool measured, double seconds)
                                        "bound", "gap", "iterations", "seconds")
                           : formatted ("%10s %18s %18s %9s %9s %8s", "iteration", "primal objective",
                                        "dual objective", "primal", "dual", "seconds"));
-    task_.say (line + formatted (" %8.2f", seconds) + (side_by_side_ ? "  " + run.name : ""));
+    task_.say (line + formatted (" %8.2f", seconds) +
+               (side_by_side_ ? text ("  ", about (run.method).name) : ""));
     titled_ = true;
     run.printed = line;
     run.printed_at = seconds;
@@ -208,7 +164,8 @@ void Log::pulse (std::size_t number_of_run, const Progress& now, double seconds)
 void Log::engine_line (std::size_t number_of_run, const std::string& line)
 {
     if (level_ >= 3)
-        task_.say (text ("  ", side_by_side_ ? runs_[number_of_run].name + " " : "", "| ", line));
+        task_.say (text ("  ", side_by_side_ ? text (about (runs_[number_of_run].method).name, " ") : "",
+                         "| ", line));
 }
 
 }

@@ -17,16 +17,23 @@ __attribute__ ((format (printf, 1, 2)))
 std::string
 formatted (const char* format, ...);
 
-std::string method_name (Method method, bool finish);
-
 class Log {
 public:
     explicit Log (Task& task) : task_ (task), level_ (task.parameters.get (IntSetting::log_level)) {}
 
     void header ();
-    void no_run (const char* why);
-    // The run's number. Seconds are those of the optimisation.
-    std::size_t begin_run (const Job& job, const char* engine, bool joins, double seconds);
+    void no_run (const std::string& why);
+
+    struct Begin {
+        Method method;
+        bool joins;    // another run that is at it
+        int threads;
+        const char* engine;
+        const std::string& why;
+        double seconds;    // of the optimisation, here and below
+    };
+    std::size_t runs () const { return runs_.size (); }
+    std::size_t begin_run (const Begin& begin);                           // the run's number
     void step (std::size_t run, const Progress& now, double seconds);     // one line
     void pulse (std::size_t run, const Progress& now, double seconds);    // the same, after a long silence
     void engine_line (std::size_t run, const std::string& line);
@@ -35,7 +42,6 @@ private:
     // Runs side by side have the same columns, and each line then says whose it is.
     struct Run {
         Method method;
-        std::string name;
         bool shows_progress;
         double began, printed_at = 0;
         std::int64_t solutions = 0;

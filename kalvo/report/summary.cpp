@@ -3,6 +3,7 @@
 #include "kalvo/model/text.h"
 #include "kalvo/report/log.h"
 #include "kalvo/tables/constants.h"
+#include "kalvo/tables/phases.h"
 
 #include <algorithm>
 #include <utility>
@@ -93,14 +94,14 @@ KLVrescode_t optimizer_summary (Task& task, std::int32_t stream)
     const Information& information = task.information;
     std::string line = formatted ("Time: %.2f s", information.get (RealItem::time_optimize));
     std::string phases;
-    for (const auto& [item, name] : {std::pair{RealItem::time_presolve, "presolve"},
-                                     {RealItem::time_simplex, "simplex"},
-                                     {RealItem::time_interior_point, "interior point"},
-                                     {RealItem::time_finish, "simplex finish"},
-                                     {RealItem::time_mixed_integer, "integer search"},
-                                     {RealItem::time_check, "check"}})
-        if (const double seconds = information.get (item); seconds >= 0.005)
-            phases += formatted ("%s%s %.2f", phases.empty () ? "" : ", ", name, seconds);
+    const RealItem* told = nullptr;
+    for (const PhaseRow& phase : phase_rows) {
+        if (told != nullptr && *told == phase.time)
+            continue;
+        told = &phase.time;
+        if (const double seconds = information.get (phase.time); seconds >= 0.005)
+            phases += formatted ("%s%s %.2f", phases.empty () ? "" : ", ", phase.title, seconds);
+    }
     if (!phases.empty ())
         line += " (" + phases + ")";
     struct Count {
@@ -110,7 +111,7 @@ KLVrescode_t optimizer_summary (Task& task, std::int32_t stream)
     for (const auto& [item, one, many] :
          {Count{IntItem::simplex_iterations, "simplex iteration", "simplex iterations"},
           {IntItem::interior_iterations, "interior-point iteration", "interior-point iterations"},
-          {IntItem::finish_iterations, "iteration of the simplex finish", "iterations of the simplex finish"},
+          {IntItem::crossover_iterations, "crossover iteration", "crossover iterations"},
           {IntItem::nodes, "node", "nodes"},
           {IntItem::improving_solutions, "improving point", "improving points"}})
         if (const std::int32_t value = information.get (item))

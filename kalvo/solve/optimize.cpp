@@ -2,15 +2,9 @@
 
 #include "kalvo/model/describe.h"
 #include "kalvo/model/text.h"
-#include "kalvo/report/log.h"
-#include "kalvo/solve/runs.h"
+#include "kalvo/solve/plans.h"
 #include "kalvo/solve/separable.h"
-#include "kalvo/solve/start.h"
 #include "kalvo/verify/certificate.h"
-#include "kalvo/verify/check.h"
-#include "kalvo/verify/quality.h"
-#include "kalvo/worker/runner.h"
-#include "kalvo/worker/worker.h"
 
 #include <algorithm>
 #include <system_error>
@@ -21,62 +15,49 @@ namespace klv {
 class Optimization {
 public:
     // The problem's matrix is packed.
-    explicit Optimization (Task& task)
+    Optimization (Task& task, Runs& runs)
         : task_ (task),
-          log_ (task),
-          runner_ (task, log_),
-          settings_ (std::make_shared<Parameters> (task.parameters)),
-          problem_ (task.share_problem ()),
-          integers_ (problem_->integers > 0 && settings_->get (IntSetting::relax_integers) == 0),
-          runs_ (task, runner_, settings_, problem_, integers_)
+          runs_ (runs),
+          integers_ (task.problem ().integers > 0 &&
+                     task.parameters.get (IntSetting::relax_integers) == KLV_OFF),
+          attempts_ (task, runs, integers_)
     {
         earlier_.swap (task.solutions);
-        if (settings_->get (IntSetting::warm_start) == KLV_OFF)
+        if (setting (IntSetting::warm_start) == KLV_OFF)
             earlier_ = {};
-        start_ = find_start (earlier_, integers_);
     }
 
     KLVrescode_t run ();
 
 private:
-    KLVrescode_t solve ();
-    KLVrescode_t solve_with_engine ();
+    int setting (IntSetting which) const { return task_.parameters.get (which); }
+    const Problem& problem () const { return attempts_.problem (); }
 
-    Method first_method () const;
-    Method method_from_start (Method method);
-    std::optional<Answer> earlier_answer (KLVsoltype which);
-    KLVrescode_t solve_by_interior_point ();
-    KLVrescode_t finish (Answer&& interior);
+    KLVrescode_t solve ();
+    KLVrescode_t report_crossed (const CrossedBounds& crossed);
+    KLVrescode_t report_separable ();
+    KLVrescode_t store (Found&& found);
+    KLVrescode_t store_basic (Tried&& basic);
+    KLVrescode_t store_interior (Found&& found);
 
     std::vector<KLVsoltype> slots () const;
     KLVrescode_t store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source);
+    void fill (Answer&& answer, const std::vector<KLVsoltype>& slots, int source);
     void describe_slot (KLVsoltype slot, int source);
     KLVrescode_t code_of (const Answer& answer);
-    bool answered () const { return runner_.answer () != 0; }
 
     Task& task_;
-    Log log_;
-    Runner runner_;
-    std::shared_ptr<const Parameters> settings_;
-    std::shared_ptr<const Problem> problem_;
+    Runs& runs_;
     bool integers_;
-    Runs runs_;
+    Attempts attempts_;
     Solutions earlier_;    // that the task held
-    std::shared_ptr<const StartPoint> start_;
 };
-
-// What a solution that the task held is worth for the problem as it is now.
-std::optional<Answer> Optimization::earlier_answer (KLVsoltype which)
-{
-    std::optional<Claims> claims = claim_again (earlier_[which]);
-    return claims ? std::optional (runs_.judge (std::move (*claims))) : std::nullopt;
-}
 
 // ---- Slots and codes ---------------------------------------------------------------------------------------------------------
 
 KLVrescode_t Optimization::code_of (const Answer& answer)
 {
-    if (answer.proved)
+    if (answer.conclusive)
         return KLV_RES_OK;
     switch (answer.outcome) {
     case Outcome::time_limit:
@@ -90,7 +71,7 @@ KLVrescode_t Optimization::code_of (const Answer& answer)
     case Outcome::objective_limit:
         return KLV_RES_OBJECTIVE_LIMIT;
     case Outcome::stopped:
-        return stop_code (runner_.answer ());
+        return stop_code (runs_.answer ());
     case Outcome::failed:
         return task_.fail (KLV_RES_ENGINE_FAILED, text ("The optimiser failed: ", answer.message, "."));
     case Outcome::out_of_memory:
@@ -132,13 +113,14 @@ void Optimization::describe_slot (KLVsoltype slot, int source)
     }
 }
 
-// Fills the slots with the answer; `source` is the optimiser that it came from.
-KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source)
+// Fills the slots with the answer; `source` is the optimiser that it came from. Only where two slots hold one answer is it copied.
+void Optimization::fill (Answer&& answer, const std::vector<KLVsoltype>& slots, int source)
 {
-    const KLVrescode_t code = code_of (answer);
-    if (!answer.solution && (ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory))
-        return code;    // no point was copied out
-    Solution solution = answer.solution ? std::move (*answer.solution) : runs_.check ().unknown_solution ();
+    const bool has_ended_without = ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory;
+    if (!answer.solution && has_ended_without)
+        return;    // no point was copied out
+    Solution solution =
+        answer.solution ? std::move (*answer.solution) : attempts_.check ().unknown_solution ();
     Information& information = task_.information;
     const Violations& found = solution.violations;
     information.set (RealItem::primal_objective, solution.primal_objective);
@@ -160,43 +142,21 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     information.set (RealItem::relative_gap, found.gap);
     information.set (RealItem::complementarity_violation, found.complementarity);
     information.set (IntItem::optimizer_used, source);
-    // Only where two slots hold one answer is it copied.
     for (std::size_t k = 1; k < slots.size (); ++k)
         task_.solutions[slots[k]] = solution;
     task_.solutions[slots.front ()] = std::move (solution);
     for (const KLVsoltype slot : slots)
         describe_slot (slot, source);
+}
+
+KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>& slots, int source)
+{
+    const KLVrescode_t code = code_of (answer);
+    fill (std::move (answer), slots, source);
     return code;
 }
 
 // ---- The whole ------------------------------------------------------------------------------------------------------------------
-
-Method Optimization::first_method () const
-{
-    if (integers_)
-        return Method::mixed_integer;
-    switch (settings_->get (IntSetting::optimizer)) {
-    case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
-        return Method::primal_simplex;
-    case KLV_OPTIMIZER_INTERIOR_POINT:
-    case KLV_OPTIMIZER_CONIC:
-        return Method::interior_point;
-    default:
-        return Method::dual_simplex;
-    }
-}
-
-// From a basis that is feasible, but not optimal any more, the primal method has less to do.
-Method Optimization::method_from_start (Method method)
-{
-    if (method != Method::dual_simplex ||
-        settings_->get (IntSetting::optimizer) == KLV_OPTIMIZER_DUAL_SIMPLEX || start_->column_key.empty ())
-        return method;
-    const std::optional<Answer> earlier = earlier_answer (KLV_SOL_BAS);
-    const bool feasible =
-        earlier && earlier->solution && earlier->solution->solution_status == KLV_SOLSTA_PRIMAL_FEASIBLE;
-    return feasible ? Method::primal_simplex : method;
-}
 
 // The slots that an optimum fills. Asked to choose, the library leaves an interior solution too, where an interior-point
 // run would have left a basic one.
@@ -204,8 +164,8 @@ std::vector<KLVsoltype> Optimization::slots () const
 {
     if (integers_)
         return {KLV_SOL_INT};
-    const bool basis = settings_->get (IntSetting::interior_point_basis) != 0;
-    switch (settings_->get (IntSetting::optimizer)) {
+    const bool basis = setting (IntSetting::interior_point_basis) != 0;
+    switch (setting (IntSetting::optimizer)) {
     case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
     case KLV_OPTIMIZER_DUAL_SIMPLEX:
         return {KLV_SOL_BAS};
@@ -217,158 +177,139 @@ std::vector<KLVsoltype> Optimization::slots () const
     }
 }
 
-static int optimizer_of (Method method)
+static int source_of (const Tried& tried)
 {
-    switch (method) {
-    case Method::primal_simplex:
-        return KLV_OPTIMIZER_PRIMAL_SIMPLEX;
-    case Method::dual_simplex:
-        return KLV_OPTIMIZER_DUAL_SIMPLEX;
-    case Method::interior_point:
-        return KLV_OPTIMIZER_INTERIOR_POINT;
-    case Method::mixed_integer:
-        return KLV_OPTIMIZER_MIXED_INTEGER;
+    return about (tried.attempt.method).optimizer;
+}
+
+static bool is_certificate (const std::optional<Tried>& tried)
+{
+    return tried && tried->answer.conclusive && tried->answer.outcome != Outcome::optimal;
+}
+
+static bool is_conclusive (const std::optional<Tried>& tried)
+{
+    return tried && tried->answer.conclusive;
+}
+
+// A point of an interior run that was ended before it had a basis is an interior one.
+KLVrescode_t Optimization::store_basic (Tried&& basic)
+{
+    const std::optional<Solution>& solution = basic.answer.solution;
+    const bool lacks_basis = slots ().size () > 1 && !basic.answer.conclusive &&
+                             is_interior (basic.attempt.method) && solution &&
+                             std::ranges::count (solution->skx, KLV_SK_UNKNOWN) == std::ssize (solution->skx);
+    const int source = source_of (basic);
+    return store (std::move (basic.answer), lacks_basis ? std::vector{KLV_SOL_ITR} : slots (), source);
+}
+
+// What is certified holds for both slots, and where only the basic solution is an answer, it is that of both. A slot that is
+// answered is not lost because another one is not.
+KLVrescode_t Optimization::store_interior (Found&& found)
+{
+    auto& [interior, basic, integer] = found;
+    if (is_certificate (interior) || !basic)
+        return store (std::move (interior->answer),
+                      is_certificate (interior) ? slots () : std::vector{KLV_SOL_ITR}, source_of (*interior));
+    if (is_certificate (basic) || (is_conclusive (basic) && !is_conclusive (interior))) {
+        if (!is_certificate (basic))
+            task_.warn ("The interior-point method proved nothing; the interior solution is the basic one.");
+        return store_basic (std::move (*basic));
     }
-    return KLV_OPTIMIZER_AUTOMATIC;
-}
-
-static bool is_certificate (const Answer& answer)
-{
-    return answer.proved && answer.solution && answer.solution->solution_status != KLV_SOLSTA_OPTIMAL &&
-           answer.solution->solution_status != KLV_SOLSTA_INTEGER_OPTIMAL;
-}
-
-KLVrescode_t Optimization::solve_with_engine ()
-{
-    const Method method = first_method ();
-    if (const KLVrescode_t code = runs_.prepare (method))
-        return code;
-
-    if (method == Method::interior_point)
-        return solve_by_interior_point ();
-    Answer answer =
-        start_ ? runs_.attempt_from (start_, method_from_start (method)) : runs_.attempt (method, nullptr);
-    if (answer.method == Method::interior_point && !is_certificate (answer))
-        return finish (std::move (answer));
-    return store (std::move (answer), slots (), optimizer_of (answer.method));
-}
-
-KLVrescode_t Optimization::solve_by_interior_point ()
-{
-    // The method can't start from a point: one that is an answer already is all that it can use.
-    std::optional<Answer> earlier = earlier_answer (KLV_SOL_ITR);
-    if (!earlier || !earlier->proved)
-        earlier = runs_.attempt (Method::interior_point, nullptr);
-    else {
-        task_.information.set (IntItem::start, 2);
-        log_.no_run ("the given interior solution is an answer");
+    const int source = source_of (*interior);
+    if (!is_conclusive (interior)) {
+        fill (std::move (interior->answer), {KLV_SOL_ITR}, source);
+        return store (std::move (basic->answer), {KLV_SOL_BAS}, source_of (*basic));
     }
-    if (is_certificate (*earlier))
-        return store (std::move (*earlier), slots (), KLV_OPTIMIZER_INTERIOR_POINT);
-    return finish (std::move (*earlier));
+    const KLVrescode_t code = store (std::move (interior->answer), {KLV_SOL_ITR}, source);
+    if (!is_conclusive (basic))
+        task_.warn ("There is no basic solution that passes the check; the interior one is the answer.");
+    fill (std::move (basic->answer), {KLV_SOL_BAS}, source_of (*basic));
+    return code;
 }
 
-// The interior solution, and the basic one that a simplex finish makes of it. What is certified holds for both slots.
-KLVrescode_t Optimization::finish (Answer&& interior)
+KLVrescode_t Optimization::store (Found&& found)
 {
-    const bool goes_on = std::ranges::count (slots (), KLV_SOL_BAS) > 0 && !answered () &&
-                         !ended_early (interior.outcome) && interior.outcome != Outcome::out_of_memory;
-    if (!goes_on)
-        return store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);
-
-    std::shared_ptr<StartPoint> start;
-    if (const std::optional<Solution>& point = interior.solution) {
-        start = std::make_shared<StartPoint> ();
-        start->x = point->xx;
-        start->activity = point->xc;
-        start->y = point->y;
-        start->reduced_cost = reduced_costs (problem_->matrix, problem_->cost, start->y);
-        start->finishes = true;
-    }
-    Answer basic = runs_.attempt (Method::dual_simplex, std::move (start));
-    // An interior point that is no proof stands back behind a basic solution that is one.
-    if (basic.proved && !interior.proved && !is_certificate (basic))
-        task_.warn ("The interior-point method proved nothing; the interior solution is the basic one.");
-    if (is_certificate (basic) || (basic.proved && !interior.proved))
-        return store (std::move (basic), slots (), KLV_OPTIMIZER_DUAL_SIMPLEX);
-    if (interior.solution)
-        store (std::move (interior), {KLV_SOL_ITR}, KLV_OPTIMIZER_INTERIOR_POINT);
-    return store (std::move (basic), {KLV_SOL_BAS}, KLV_OPTIMIZER_INTERIOR_POINT);
+    if (found.integer)
+        return store (std::move (found.integer->answer), slots (), source_of (*found.integer));
+    return found.interior ? store_interior (std::move (found)) : store_basic (std::move (*found.basic));
 }
+
+// ---- Without a run -------------------------------------------------------------------------------------------------------------
+
+KLVrescode_t Optimization::report_crossed (const CrossedBounds& crossed)
+{
+    const Bounds& bounds = crossed.variable ? problem ().variable : problem ().constraint;
+    const auto item = static_cast<std::size_t> (crossed.item);
+    const std::string name = crossed.variable ? describe_variable (problem (), crossed.item)
+                                              : describe_constraint (problem (), crossed.item);
+    task_.warn (text ("The lower bound ", bounds.lower[item], " of ", name, " is above its upper bound ",
+                      bounds.upper[item], ": the problem is infeasible."));
+    Answer answer{.outcome = Outcome::infeasible,
+                  .conclusive = true,
+                  .solution = certify_crossed (problem (), crossed)};
+    if (integers_) {
+        answer.solution = attempts_.check ().unknown_solution ();
+        answer.solution->problem_status = KLV_PRO_PRIMAL_INFEASIBLE;
+    }
+    return store (std::move (answer), slots (),
+                  about (first_method (attempts_.settings (), integers_)).optimizer);
+}
+
+KLVrescode_t Optimization::report_separable ()
+{
+    runs_.no_run ("no constraint that binds has an entry: each variable goes to its better bound");
+    Point claimed = solve_separable (problem (), integers_);
+    if (integers_ && claimed.outcome == Outcome::optimal)
+        claimed.bound = objective (problem (), claimed.x);
+    return store (attempts_.judge (std::move (claimed)), slots (),
+                  about (first_method (attempts_.settings (), integers_)).optimizer);
+}
+
+// ---- The whole -----------------------------------------------------------------------------------------------------------------
 
 KLVrescode_t Optimization::solve ()
 {
-    const CrossedBounds crossed = find_crossed (*problem_, settings_->get (RealSetting::fixing_tolerance));
+    const CrossedBounds crossed =
+        find_crossed (problem (), attempts_.settings ().get (RealSetting::fixing_tolerance));
     task_.information.set (IntItem::crossed_bounds, crossed.count);
-    if (crossed.item >= 0) {
-        const Bounds& bounds = crossed.variable ? problem_->variable : problem_->constraint;
-        const std::size_t item = static_cast<std::size_t> (crossed.item);
-        const std::string name = crossed.variable ? describe_variable (*problem_, crossed.item)
-                                                  : describe_constraint (*problem_, crossed.item);
-        task_.warn (text ("The lower bound ", bounds.lower[item], " of ", name, " is above its upper bound ",
-                          bounds.upper[item], ": the problem is infeasible."));
-        Answer answer{
-            .outcome = Outcome::infeasible, .proved = true, .solution = certify_crossed (*problem_, crossed)};
-        if (integers_) {
-            answer.solution = runs_.check ().unknown_solution ();
-            answer.solution->problem_status = KLV_PRO_PRIMAL_INFEASIBLE;
-        }
-        return store (std::move (answer), slots (), optimizer_of (first_method ()));
-    }
-    if (problem_->matrix.entries () == 0) {
-        log_.no_run ("no entries: each variable goes to its better bound");
-        Claims claims = solve_separable (*problem_, integers_);
-        if (integers_ && claims.outcome == Outcome::optimal) {
-            claims.best_bound = objective (*problem_, claims.x);
-            claims.has_best_bound = true;
-        }
-        return store (runs_.judge (std::move (claims)), slots (), optimizer_of (first_method ()));
-    }
-    return solve_with_engine ();
+    if (crossed.item >= 0)
+        return report_crossed (crossed);
+    if (problem ().is_separable ())
+        return report_separable ();
+    if (const KLVrescode_t code = attempts_.prepare (first_method (attempts_.settings (), integers_)))
+        return code;
+    if (!attempts_.has_entries ())
+        return report_separable ();
+    return store (integers_ ? solve_integer (attempts_, earlier_) : solve_linear (attempts_, earlier_));
 }
 
 KLVrescode_t Optimization::run ()
 {
     Information& information = task_.information;
-    information.set (IntItem::variables, problem_->variables ());
-    information.set (IntItem::constraints, problem_->constraints ());
-    information.set (IntItem::integers, problem_->integers);
-    information.set (IntItem::matrix_entries, problem_->matrix.entries ());
+    information.set (IntItem::variables, problem ().variables ());
+    information.set (IntItem::constraints, problem ().constraints ());
+    information.set (IntItem::integers, problem ().integers);
+    information.set (IntItem::matrix_entries, problem ().matrix.entries ());
 
-    log_.header ();
-    runner_.enter (KLV_CALLER_BEGIN_OPTIMIZE);
-    if (answered ())
-        return stop_code (runner_.answer ());
+    runs_.enter (KLV_CALLER_BEGIN_OPTIMIZE);
+    if (attempts_.stopped ())
+        return stop_code (runs_.answer ());
     KLVrescode_t code = KLV_RES_OK;
     try {
         code = solve ();
     } catch (const std::system_error& error) {
         code = task_.fail (KLV_RES_THREAD_FAILED, text ("No thread can be started: ", error.what (), "."));
     }
-    information.set (RealItem::time_optimize, runner_.seconds ());
-    information.set (IntItem::abandoned_workers, abandoned_workers ());
     // An answer at the last progress point ends nothing any more, but it is what the caller asked for.
-    runner_.enter (KLV_CALLER_END_OPTIMIZE);
+    runs_.enter (KLV_CALLER_END_OPTIMIZE);
     const bool failed = code != KLV_RES_OK && code < KLV_FIRST_TERMINATION;
-    return answered () && !failed ? stop_code (runner_.answer ()) : code;
+    return attempts_.stopped () && !failed ? stop_code (runs_.answer ()) : code;
 }
 
-// Every item but those of reading and writing belongs to one run.
-static void forget_last_run (Information& information)
+KLVrescode_t optimize (Task& task, Runs& runs)
 {
-    const double read = information.get (RealItem::time_read);
-    const double written = information.get (RealItem::time_write);
-    information = {};
-    information.set (RealItem::time_read, read);
-    information.set (RealItem::time_write, written);
-}
-
-KLVrescode_t optimize (Task& task)
-{
-    forget_last_run (task.information);
-    if (!task.problem ().matrix.packed ())
-        task.edit_problem ().matrix.pack ();
-    return Optimization (task).run ();
+    return Optimization (task, runs).run ();
 }
 
 }

@@ -5,32 +5,32 @@
 
 namespace klv {
 
-static Claims infeasible_row (const Problem& problem, std::size_t row)
+static Point infeasible_row (const Problem& problem, std::size_t row)
 {
-    Claims claims;
+    Point claims;
     claims.outcome = Outcome::infeasible;
     claims.dual_ray.assign (static_cast<std::size_t> (problem.constraints ()), 0);
     claims.dual_ray[row] = problem.constraint.lower[row] > 0 ? 1 : -1;
     return claims;
 }
 
-static Claims unbounded_variable (const Problem& problem, std::size_t j, double towards)
+static Point unbounded_variable (const Problem& problem, std::size_t j, double towards)
 {
-    Claims claims;
+    Point claims;
     claims.outcome = Outcome::unbounded;
     claims.primal_ray.assign (static_cast<std::size_t> (problem.variables ()), 0);
     claims.primal_ray[j] = towards;
     return claims;
 }
 
-Claims solve_separable (const Problem& problem, bool integers)
+Point solve_separable (const Problem& problem, bool integers)
 {
     const Bounds& rows = problem.constraint;
     for (std::size_t i = 0; i < rows.key.size (); ++i)
         if (rows.lower[i] > 0 || rows.upper[i] < 0)
             return infeasible_row (problem, i);
 
-    Claims claims;
+    Point claims;
     const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     const std::size_t n = static_cast<std::size_t> (problem.variables ());
     claims.x.assign (n, 0);

@@ -25,9 +25,9 @@ static std::vector<double> difference (const std::vector<double>& a, const std::
     return c;
 }
 
-std::shared_ptr<const StartPoint> find_start (const Solutions& solutions, bool integers)
+std::shared_ptr<const Start> find_start (const Solutions& solutions, bool integers)
 {
-    auto start = std::make_shared<StartPoint> ();
+    auto start = std::make_shared<Start> ();
     if (integers) {
         const std::optional<Solution>& found = solutions[KLV_SOL_INT];
         const auto is_known = [] (double value) { return !std::isnan (value); };
@@ -58,11 +58,11 @@ std::shared_ptr<const StartPoint> find_start (const Solutions& solutions, bool i
     return nullptr;
 }
 
-std::optional<Claims> claim_again (const std::optional<Solution>& solution)
+std::optional<Point> claim_again (const std::optional<Solution>& solution)
 {
     if (!solution || !is_point (*solution) || !solution->has_dual)
         return std::nullopt;
-    Claims claims;
+    Point claims;
     claims.outcome = Outcome::optimal;
     claims.x = solution->xx;
     claims.y = solution->y;

@@ -34,7 +34,7 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::problem_status, "KLV_PRO_BOTH_INFEASIBLE", KLV_PRO_BOTH_INFEASIBLE,
      "Primal and dual infeasible."},
     {Group::problem_status, "KLV_PRO_INFEASIBLE_BY_SEARCH", KLV_PRO_INFEASIBLE_BY_SEARCH,
-     "An integer search ended without a point: infeasible, not certified."},
+     "An integer search ended without a point: taken as infeasible, not certified."},
 
     {Group::solution_status, "KLV_SOLSTA_UNKNOWN", KLV_SOLSTA_UNKNOWN, "Nothing was verified."},
     {Group::solution_status, "KLV_SOLSTA_OPTIMAL", KLV_SOLSTA_OPTIMAL, "Optimal within the tolerances."},
@@ -142,7 +142,7 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::caller, "KLV_CALLER_PRIMAL_SIMPLEX", KLV_CALLER_PRIMAL_SIMPLEX, "In the primal simplex method."},
     {Group::caller, "KLV_CALLER_DUAL_SIMPLEX", KLV_CALLER_DUAL_SIMPLEX, "In the dual simplex method."},
     {Group::caller, "KLV_CALLER_INTERIOR_POINT", KLV_CALLER_INTERIOR_POINT, "In the interior-point method."},
-    {Group::caller, "KLV_CALLER_SIMPLEX_FINISH", KLV_CALLER_SIMPLEX_FINISH,
+    {Group::caller, "KLV_CALLER_CROSSOVER", KLV_CALLER_CROSSOVER,
      "An interior solution is being turned into a basic one."},
     {Group::caller, "KLV_CALLER_MIXED_INTEGER", KLV_CALLER_MIXED_INTEGER, "In the integer search."},
     {Group::caller, "KLV_CALLER_NEW_INCUMBENT", KLV_CALLER_NEW_INCUMBENT,

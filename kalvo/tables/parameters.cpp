@@ -27,7 +27,7 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
      "Seconds that an optimisation may take; -1: no limit."},
     {7, "KLV_DPAR_OBJECTIVE_LIMIT", inf, -inf, inf, Group::none, RealSetting::objective_limit,
      "A dual (simplex) or primal (integer) objective beyond it ends the run; infinite: no limit."},
-    {8, "KLV_DPAR_RACE_DELAY", 0.3, 0, inf, Group::none, RealSetting::race_delay,
+    {8, "KLV_DPAR_RACE_DELAY", 0, 0, inf, Group::none, RealSetting::race_delay,
      "Seconds after which interior point joins a simplex run of the automatic optimiser; infinite: it does "
      "not."},
     {KLV_DPAR_BOUND_INFINITY_NUMBER, "KLV_DPAR_BOUND_INFINITY", 1e20, 1, inf, Group::none,
@@ -55,7 +55,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      KLV_OPTIMIZER_MIXED_INTEGER, Group::optimizer, IntSetting::optimizer,
      "The optimiser; problems with integers are solved as such anyway."},
     {1, "KLV_IPAR_INTPNT_BASIS", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::interior_point_basis,
-     "Whether an interior solution is also turned into a basic one."},
+     "Whether the interior-point method also leaves a basic solution."},
     {2, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_AUTOMATIC, KLV_PRESOLVE_OFF, KLV_PRESOLVE_AUTOMATIC,
      Group::presolve, IntSetting::presolve,
      "Whether the problem is made smaller before it is solved; left to itself, a tiny one is not."},
@@ -66,7 +66,8 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {5, "KLV_IPAR_SIMPLEX_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::simplex_iteration_limit,
      "Iterations that a simplex method may take; -1: no limit."},
     {6, "KLV_IPAR_INTPNT_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::interior_iteration_limit,
-     "Iterations that the interior-point method may take; -1: no limit."},
+     "Iterations that the interior-point method may take; -1: 500, after which another method takes its "
+     "place."},
     {7, "KLV_IPAR_MIP_NODE_LIMIT", -1, -1, most, Group::none, IntSetting::node_limit,
      "Nodes that the integer search may look at; -1: no limit."},
     {8, "KLV_IPAR_MIP_SOLUTION_LIMIT", -1, -1, most, Group::none, IntSetting::solution_limit,
@@ -145,11 +146,13 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      "Heuristic: shifts values within their slack until they are whole."},
     {42, "KLV_IPAR_MIP_SHIFTING", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::shifting,
      "Heuristic: rounds one by one, mending rows on the way."},
+    {43, "KLV_IPAR_RACE_SIZE", 10'000, 0, most, Group::none, IntSetting::race_size,
+     "Entries, rows and columns from which the automatic optimiser lets interior point run beside simplex."},
 });
 
 static constexpr auto live_texts = std::to_array<TextParameter> ({
     {KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
-     "The problem file that is read when no other is named."},
+     "The problem file. kalvoopt sets it from read(file); KLV_readdata reads it when it is given no name."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_PARAMETERS> ("KLV_DPAR_RESERVED_");

@@ -27,12 +27,12 @@ enum class RealSetting {
 
 enum class IntSetting {
     optimizer,                   // KLVoptimizer
-    interior_point_basis,        // KLVswitch: simplex finish after interior point
+    interior_point_basis,        // KLVswitch: also a basic solution
     presolve,                    // KLVpresolve
     scaling,                     // KLVscaling
     simplex_pricing,             // KLVpricing
     simplex_iteration_limit,     // negative: none
-    interior_iteration_limit,    // negative: none
+    interior_iteration_limit,    // negative: as many as the method can need
     node_limit,                  // negative: none
     solution_limit,              // improving integer solutions; negative: none
     relax_integers,              // KLVswitch
@@ -69,6 +69,7 @@ enum class IntSetting {
     reduced_cost_search,           // KLVswitch
     zi_round,                      // KLVswitch
     shifting,                      // KLVswitch
+    race_size,                     // entries, rows and columns from which simplex and interior point race
     count
 };
 

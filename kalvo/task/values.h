@@ -41,9 +41,9 @@ public:
 
     void set (IntItem item, std::int64_t value)
     {
-        using Limits = std::numeric_limits<std::int32_t>;
+        using Whole = std::numeric_limits<std::int32_t>;
         integers[information_number (item)] =
-            static_cast<std::int32_t> (std::clamp<std::int64_t> (value, Limits::min (), Limits::max ()));
+            static_cast<std::int32_t> (std::clamp<std::int64_t> (value, Whole::min (), Whole::max ()));
     }
 
     double get (RealItem item) const { return doubles[information_number (item)]; }

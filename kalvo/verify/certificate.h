@@ -10,13 +10,18 @@
 
 namespace klv {
 
+// A ray is tried as it is and reversed, then without its noise, then refined; what is handed out has the definition proved of
+// its own numbers. At a bound that does not exist it holds zeros, exact up to 1e-12 of the terms that add up to them: the largest
+// such share is the solution's relative violation. The absolute one is their sum, of a ray with the value 1: its inverse is
+// how large a point may be, in those variables (how far a direction may be followed, in those constraints), before the
+// proof no longer reaches it.
+
 // From multipliers y of the rows: slx - sux = -A'y, and the sum of bound times multiplier over all bounds
-// that exist scaled to 1 (-1 for maximisation). Empty when a multiplier stands at a bound that does not exist
-// by more than 1e-8 of the largest one, or when the sum is not well above its own rounding.
+// that exist scaled to 1 (-1 for maximisation). Empty when nothing is proved.
 std::optional<Solution> certify_infeasible (const Problem& problem, std::span<const double> y);
 
-// From a direction d of the variables: c'd scaled to -1 (1 for maximisation). Empty when d leaves a bound
-// that exists, by more than 1e-8 of its largest entry, or when c'd is not well above its own rounding.
+// From a direction d of the variables that leaves no bound: c'd scaled to -1 (1 for maximisation). Empty when nothing is
+// proved.
 std::optional<Solution> certify_unbounded (const Problem& problem, std::span<const double> direction);
 
 // The pair of bounds that is crossed by more than `tolerance`, if any, and its certificate.
@@ -28,7 +33,7 @@ struct CrossedBounds {
 CrossedBounds find_crossed (const Problem& problem, double tolerance);
 Solution certify_crossed (const Problem& problem, const CrossedBounds& crossed);
 
-// A certificate that was stored, verified; its values to the last bit where they are what was verified. Without keys.
+// A certificate that was stored, verified; its values stay as they are where they prove it. Without keys.
 std::optional<Solution> certify_again (const Problem& problem, const GivenSolution& stored, double tolerance);
 
 }

@@ -47,9 +47,9 @@ static bool is_in_place (std::int32_t key, Interval bounds, double value, double
 }
 
 // Keys of a basis: each of them what the point says, and as many basic items as there are rows.
-static bool is_basis (const Problem& problem, const Claims& claims, const Solution& point, double tolerance)
+static bool is_basis (const Problem& problem, const Point& claimed, const Solution& point, double tolerance)
 {
-    if (claims.row_key.size () != point.xc.size () || claims.column_key.size () != point.xx.size ())
+    if (claimed.row_key.size () != point.xc.size () || claimed.column_key.size () != point.xx.size ())
         return false;
     const auto in_place = [&] (const auto& keys, const Bounds& bounds, const auto& values) {
         for (std::size_t i = 0; i < keys.size (); ++i)
@@ -58,58 +58,58 @@ static bool is_basis (const Problem& problem, const Claims& claims, const Soluti
         return true;
     };
     const auto basics = [] (const auto& keys) { return std::ranges::count (keys, KLV_SK_BASIC); };
-    return basics (claims.row_key) + basics (claims.column_key) == std::ssize (point.xc) &&
-           in_place (claims.row_key, problem.constraint, point.xc) &&
-           in_place (claims.column_key, problem.variable, point.xx);
+    return basics (claimed.row_key) + basics (claimed.column_key) == std::ssize (point.xc) &&
+           in_place (claimed.row_key, problem.constraint, point.xc) &&
+           in_place (claimed.column_key, problem.variable, point.xx);
 }
 
-Solution Check::unknown_solution () const
+// The slot's content as far as the claims can be used: arrays of the right size without a NaN in them.
+Solution Check::measured (Point&& claimed) const
 {
-    const std::size_t m = static_cast<std::size_t> (problem_->constraints ());
-    const std::size_t n = static_cast<std::size_t> (problem_->variables ());
+    const auto m = static_cast<std::size_t> (problem_->constraints ());
+    const auto n = static_cast<std::size_t> (problem_->variables ());
     Solution solution;
-    solution.skc.assign (m, KLV_SK_UNKNOWN);
-    solution.skx.assign (n, KLV_SK_UNKNOWN);
-    solution.xc.assign (m, 0);
-    solution.xx.assign (n, 0);
-    if (!integers_) {
+    solution.has_primal = finite (claimed.x, n);
+    solution.has_dual = !integers_ && finite (claimed.y, m) &&
+                        (claimed.reduced_cost.empty () || finite (claimed.reduced_cost, n));
+    if (!solution.has_primal) {
+        solution.xx.assign (n, 0);
+        solution.xc.assign (m, 0);
+    } else
+        measure_primal (*problem_, std::move (claimed.x), solution);
+    if (solution.has_dual)
+        measure_dual (*problem_, std::move (claimed.y), std::move (claimed.reduced_cost), solution);
+    else if (!integers_) {
         for (std::vector<double>* values : {&solution.y, &solution.slc, &solution.suc})
             values->assign (m, 0);
         for (std::vector<double>* values : {&solution.slx, &solution.sux})
             values->assign (n, 0);
     }
-    return solution;
-}
-
-// The slot's content as far as the claims can be used: points of the right size without a NaN in them.
-Solution Check::point (Claims&& claims) const
-{
-    const std::size_t m = static_cast<std::size_t> (problem_->constraints ());
-    const std::size_t n = static_cast<std::size_t> (problem_->variables ());
-    Solution solution = unknown_solution ();
-    solution.has_primal = finite (claims.x, n);
-    solution.has_dual = !integers_ && finite (claims.y, m) &&
-                        (claims.reduced_cost.empty () || finite (claims.reduced_cost, n));
-    if (solution.has_primal)
-        measure_primal (*problem_, std::move (claims.x), solution);
-    if (solution.has_dual)
-        measure_dual (*problem_, std::move (claims.y), std::move (claims.reduced_cost), solution);
-    if (solution.has_primal && is_basis (*problem_, claims, solution, tolerances_.primal)) {
-        solution.skc = std::move (claims.row_key);
-        solution.skx = std::move (claims.column_key);
+    if (solution.has_primal && is_basis (*problem_, claimed, solution, tolerances_.primal)) {
+        solution.skc = std::move (claimed.row_key);
+        solution.skx = std::move (claimed.column_key);
+    } else {
+        solution.skc.assign (m, KLV_SK_UNKNOWN);
+        solution.skx.assign (n, KLV_SK_UNKNOWN);
     }
     return solution;
 }
 
-Answer Check::check_continuous (Claims&& claims) const
+// All that is handed out of a solution of which nothing is known.
+Solution Check::unknown_solution () const
 {
-    Answer answer{.outcome = claims.outcome, .message = std::move (claims.message)};
-    Solution solution = point (std::move (claims));
+    return measured ({});
+}
+
+Answer Check::check_continuous (Point&& claimed) const
+{
+    Answer answer{.outcome = claimed.outcome, .message = std::move (claimed.message)};
+    Solution solution = measured (std::move (claimed));
     if (!solution.has_primal && !solution.has_dual)
         return answer;
     judge (tolerances_, solution);
-    answer.proved = solution.solution_status == KLV_SOLSTA_OPTIMAL;
-    if (answer.proved && std::ranges::count (solution.skx, KLV_SK_UNKNOWN) == std::ssize (solution.skx))
+    answer.conclusive = solution.solution_status == KLV_SOLSTA_OPTIMAL;
+    if (answer.conclusive && std::ranges::count (solution.skx, KLV_SK_UNKNOWN) == std::ssize (solution.skx))
         derive_keys (*problem_, tolerances_.primal, solution);
     answer.solution = std::move (solution);
     return answer;
@@ -130,12 +130,11 @@ void Check::hand_out_whole_numbers (Solution& solution) const
         solution = std::move (whole);
 }
 
-Answer Check::check_integer (Claims&& claims) const
+Answer Check::check_integer (Point&& claimed) const
 {
-    Answer answer{.outcome = claims.outcome, .message = std::move (claims.message)};
-    const bool has_bound = claims.has_best_bound && std::isfinite (claims.best_bound);
-    const double bound = claims.best_bound;
-    Solution solution = point (std::move (claims));
+    Answer answer{.outcome = claimed.outcome, .message = std::move (claimed.message)};
+    const std::optional<double> bound = claimed.bound;
+    Solution solution = measured (std::move (claimed));
     if (!solution.has_primal)
         return answer;
     measure_integers (*problem_, solution);
@@ -143,53 +142,53 @@ Answer Check::check_integer (Claims&& claims) const
 
     const double size = std::abs (solution.primal_objective);
     bool closed = false;
-    if (has_bound) {
-        const double distance = std::abs (solution.primal_objective - bound);
+    if (bound && std::isfinite (*bound)) {
+        const double distance = std::abs (solution.primal_objective - *bound);
         const double rounding = 1e-9 * (1 + size);
         closed = answer.outcome == Outcome::optimal &&
                  distance <= std::max (absolute_gap_, relative_gap_ * size) + rounding;
-        answer.integer_gap = IntegerGap{bound, distance, relative_gap (solution.primal_objective, bound)};
+        answer.integer_gap = IntegerGap{*bound, distance, relative_gap (solution.primal_objective, *bound)};
     }
     judge_integer (tolerances_, closed, solution);
     derive_keys (*problem_, tolerances_.primal, solution);
-    answer.proved = solution.solution_status == KLV_SOLSTA_INTEGER_OPTIMAL;
+    answer.conclusive = solution.solution_status == KLV_SOLSTA_INTEGER_OPTIMAL;
     answer.solution = std::move (solution);
     return answer;
 }
 
-Answer Check::check_infeasible (const Claims& claims) const
+Answer Check::check_infeasible (const Point& claimed) const
 {
     Answer answer{.outcome = Outcome::infeasible,
-                  .solution = certify_infeasible (*problem_, claims.dual_ray)};
-    answer.proved = answer.solution.has_value ();
+                  .solution = certify_infeasible (*problem_, claimed.dual_ray)};
+    answer.conclusive = answer.solution.has_value ();
     if (!integers_)
         return answer;
-    // A ray of the relaxation proves it, but the integer slot has no room for it; a search that found nothing is all
-    // there is otherwise.
+    // A ray of the relaxation proves it, but the integer slot has no room for the ray; otherwise there is only the engine's word
+    // that its search found nothing, which is no proof.
     Solution solution = unknown_solution ();
-    solution.problem_status = answer.proved ? KLV_PRO_PRIMAL_INFEASIBLE : KLV_PRO_INFEASIBLE_BY_SEARCH;
+    solution.problem_status = answer.conclusive ? KLV_PRO_PRIMAL_INFEASIBLE : KLV_PRO_INFEASIBLE_BY_SEARCH;
     answer.solution = std::move (solution);
-    answer.proved = true;
+    answer.conclusive = true;    // the search is over
     return answer;
 }
 
-Answer Check::check_unbounded (const Claims& claims) const
+Answer Check::check_unbounded (const Point& claimed) const
 {
     Answer answer{.outcome = Outcome::unbounded,
-                  .solution = certify_unbounded (*problem_, claims.primal_ray)};
-    answer.proved = answer.solution.has_value ();
+                  .solution = certify_unbounded (*problem_, claimed.primal_ray)};
+    answer.conclusive = answer.solution.has_value ();
     return answer;
 }
 
-Answer Check::operator() (Claims&& claims) const
+Answer Check::operator() (Point&& claimed) const
 {
-    switch (claims.outcome) {
+    switch (claimed.outcome) {
     case Outcome::infeasible:
-        return check_infeasible (claims);
+        return check_infeasible (claimed);
     case Outcome::unbounded:
-        return check_unbounded (claims);
+        return check_unbounded (claimed);
     default:
-        return integers_ ? check_integer (std::move (claims)) : check_continuous (std::move (claims));
+        return integers_ ? check_integer (std::move (claimed)) : check_continuous (std::move (claimed));
     }
 }
 

@@ -56,7 +56,8 @@ static Claims failed (Outcome outcome, const char* why) noexcept
 static Claims run (Worker::Shared& shared) noexcept
 {
     try {
-        return shared.engine->run (shared.job, shared.stop, shared.channel);
+        const std::unique_ptr<Session> session = shared.engine->begin (shared.job.form);
+        return run_with_proof (*session, shared.job, shared.stop, shared.channel);
     } catch (const std::bad_alloc&) {
         return failed (Outcome::out_of_memory, "");
     } catch (const std::exception& exception) {
@@ -89,9 +90,37 @@ BlockedSignals::~BlockedSignals ()
     pthread_sigmask (SIG_SETMASK, &before_, nullptr);
 }
 
+// Also when a callback ends the process in the middle of a run.
+static void end_process (int status, void*)
+{
+    Workers& all = workers ();
+    if (all.process != getpid ())
+        return;
+    std::unique_lock lock (all.mutex);
+    for (const std::shared_ptr<Worker::Shared>& worker : all.list) {
+        worker->stop = true;
+        worker->abandoned = true;
+    }
+    const auto all_ended = [&] { return std::ranges::all_of (all.list, &Worker::Shared::ended); };
+    if (all.ended.wait_for (lock, patience_at_process_end, all_ended)) {
+        all.reap ();
+        return;
+    }
+    std::fflush (nullptr);
+    _exit (status);
+}
+
+// The first worker starts when an engine was loaded: its own end comes after this watch then.
+static void watch_process_end ()
+{
+    static const int registered = on_exit (end_process, nullptr);
+    static_cast<void> (registered);
+}
+
 Worker::Worker (std::shared_ptr<Engine> engine, Job job, std::shared_ptr<Bell> bell)
     : shared_ (std::make_shared<Shared> (std::move (bell)))
 {
+    watch_process_end ();
     shared_->engine = std::move (engine);
     shared_->job = std::move (job);
     std::list<std::shared_ptr<Shared>> one{shared_};
@@ -134,32 +163,6 @@ int abandoned_workers ()
         return 0;    // a forked child has none of these threads
     all.reap ();
     return static_cast<int> (std::ranges::count_if (all.list, &Worker::Shared::abandoned));
-}
-
-// Also when a callback ends the process in the middle of a run.
-static void end_process (int status, void*)
-{
-    Workers& all = workers ();
-    if (all.process != getpid ())
-        return;
-    std::unique_lock lock (all.mutex);
-    for (const std::shared_ptr<Worker::Shared>& worker : all.list) {
-        worker->stop = true;
-        worker->abandoned = true;
-    }
-    const auto all_ended = [&] { return std::ranges::all_of (all.list, &Worker::Shared::ended); };
-    if (all.ended.wait_for (lock, patience_at_process_end, all_ended)) {
-        all.reap ();
-        return;
-    }
-    std::fflush (nullptr);
-    _exit (status);
-}
-
-void watch_process_end ()
-{
-    static const int registered = on_exit (end_process, nullptr);
-    static_cast<void> (registered);
 }
 
 }

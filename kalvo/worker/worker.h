@@ -7,6 +7,7 @@
 #pragma once
 
 #include "kalvo/engines/engine.h"
+#include "kalvo/worker/channel.h"
 
 #include <csignal>
 #include <list>
@@ -62,8 +63,5 @@ private:
 // Workers that were abandoned and still run.
 int abandoned_workers ();
 constexpr int most_abandoned_workers = 4;
-
-// Sees to the end of the process; called once an engine was loaded, so that it comes before that engine's own end.
-void watch_process_end ();
 
 }

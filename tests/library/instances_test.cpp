@@ -48,12 +48,6 @@ std::string told (const Way& way, const std::string& status)
     return way.slots == std::string ("bas") ? "OK" + basic : "OK itr " + status + basic;
 }
 
-void read (Task& task, const Instance& instance, const std::string& settings)
-{
-    ASSERT_EQ (KLV_readdata (task, (KALVO_TEST_DATA "/" + instance.file).c_str ()), KLV_RES_OK);
-    task.set (settings);
-}
-
 // A basis: as many basic items as rows, none of them leaning on a bound with a multiplier.
 void expect_basis (const Slot& found)
 {
@@ -75,8 +69,7 @@ TEST (Instances, LinearOptimaAreProvedByEveryMethod)
     for (const Instance& instance : instances ("lp", 6))
         for (const Way& way : ways) {
             SCOPED_TRACE (instance.name + ", " + way.settings);
-            Task task;
-            read (task, instance, way.settings);
+            const Task task (instance.file, way.settings);
             EXPECT_EQ (model::optimized (task), told (way, "OPTIMAL"));
             expect_basis (model::slot (task, KLV_SOL_BAS));
             const double optimum = std::stod (instance.optimum);
@@ -90,8 +83,7 @@ TEST (Instances, InfeasibleOnesComeWithACertificate)
         for (const Way& way : ways)
             for (const std::int32_t sense : {KLV_SENSE_MINIMIZE, KLV_SENSE_MAXIMIZE}) {
                 SCOPED_TRACE (instance.name + ", " + way.settings + ", sense " + std::to_string (sense));
-                Task task;
-                read (task, instance, way.settings);
+                const Task task (instance.file, way.settings);
                 KLV_putobjsense (task, sense);
                 EXPECT_EQ (model::optimized (task), told (way, "PRIMAL_INFEASIBLE_CERTIFICATE"));
             }
@@ -101,8 +93,7 @@ TEST (Instances, IntegerOptimaAreFeasibleAndWithinTheGap)
 {
     for (const Instance& instance : instances ("milp", 6)) {
         SCOPED_TRACE (instance.name);
-        Task task, relaxed;
-        read (task, instance, "");
+        const Task task (instance.file), relaxed (instance.file, "RELAX_INTEGERS 1");
         const std::string result = model::optimized (task);
         if (instance.optimum == "infeasible") {
             EXPECT_TRUE (result == "OK int INFEASIBLE_BY_SEARCH" || result == "OK int PRIMAL_INFEASIBLE");
@@ -114,7 +105,6 @@ TEST (Instances, IntegerOptimaAreFeasibleAndWithinTheGap)
         EXPECT_NEAR (found, optimum, gap);
         EXPECT_NEAR (found, task.information ("MIP_BOUND"), gap);
 
-        read (relaxed, instance, "RELAX_INTEGERS 1");
         EXPECT_EQ (model::optimized (relaxed), "OK itr OPTIMAL bas OPTIMAL");
         EXPECT_LE (model::slot (relaxed, KLV_SOL_BAS).dual, optimum + 1e-6);
     }

@@ -80,7 +80,7 @@ TEST (Memory, MayRunOutInEachOperation)
         failures += fail_each ([&] { return step.call (task); }, step.code,
                                [&] {
                                    EXPECT_EQ (task.last_error (), "There is not enough memory.");
-                                   EXPECT_EQ (files::difference (before, task.problem ()), std::nullopt);
+                                   EXPECT_EQ (model::difference (before, task.problem ()), std::nullopt);
                                    EXPECT_EQ (parameters.texts, texts);
                                });
     }

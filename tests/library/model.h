@@ -19,136 +19,59 @@ namespace model {
 using proof::Slot;
 using proof::Values;
 
-constexpr double inf = std::numeric_limits<double>::infinity ();
-
-struct Range {
-    double lower = -inf, upper = inf;
-};
-
-// Zeros of the rows are no entries.
-struct Model {
-    Values cost = {};
-    std::vector<Values> rows = {};
-    std::vector<Range> row_bounds = {};
-    std::vector<Range> bounds = {};    // of the variables
-    std::vector<bool> integer = {};
-    bool maximize = false;
-    double constant = 0;
-};
-
-// "max 3 2 +1; 0.. 0..9i; 1 1 in 1..4; 0 1 in ..3": costs and constant; bounds of the variables, i: integer; rows.
-inline Model parse (const std::string& text)
-{
-    Model model;
-    std::istringstream parts (text);
-    std::string part, word;
-    for (int place = 0; std::getline (parts, part, ';'); ++place) {
-        std::istringstream words (part);
-        if (place > 1)
-            model.rows.emplace_back ();
-        Values& numbers = place > 1 ? model.rows.back () : model.cost;
-        while (words >> word) {
-            if (const auto dots = word.find (".."); dots != word.npos) {
-                const std::string upper = word.substr (dots + 2);
-                const bool bounded = !upper.empty () && upper != "i";
-                (place > 1 ? model.row_bounds : model.bounds)
-                    .push_back ({dots > 0 ? std::stod (word) : -inf, bounded ? std::stod (upper) : inf});
-                if (place == 1)
-                    model.integer.push_back (word.back () == 'i');
-            } else if (word == "min" || word == "max")
-                model.maximize = word == "max";
-            else if (word.front () == '+')
-                model.constant = std::stod (word.substr (1));
-            else if (word != "in")
-                numbers.push_back (std::stod (word));
-        }
-    }
-    return model;
-}
-
-// A dense problem of some hundred simplex iterations, maximised.
-inline Model dense (std::size_t m, std::size_t n)
+// A problem of n variables and m dense constraints, maximised: of some hundred simplex iterations, or, of whole numbers,
+// knapsacks that make a search of many nodes.
+inline std::string dense (int m, int n, bool integer = false)
 {
     std::mt19937 random (7);
     std::uniform_real_distribution<double> uniform (0.1, 1);
-    const auto some = [&] {
-        Values values (n);
-        std::ranges::generate (values, [&] { return uniform (random); });
-        return values;
+    std::ostringstream text, rows;
+    double sum = 0;
+    const auto numbers = [&] (std::ostream& to) {
+        sum = 0;
+        for (int j = 0; j < n; ++j) {
+            const double number = integer ? std::round (100 * uniform (random)) : uniform (random);
+            to << ' ' << number;
+            sum += number;
+        }
     };
-    Model made{.cost = some (), .bounds = {n, {0, inf}}, .maximize = true};
-    for (std::size_t i = 0; i < m; ++i) {
-        made.rows.push_back (some ());
-        made.row_bounds.push_back ({-inf, 10 * uniform (random)});
+    text << "max";
+    numbers (text);
+    for (int i = 0; i < m; ++i) {
+        rows << ';';
+        numbers (rows);
+        rows << " in .." << (integer ? std::floor (sum / 2) : 10 * uniform (random));
     }
-    return made;
+    text << ';';
+    for (int j = 0; j < n; ++j)
+        text << (integer ? " 0..1i" : " 0..");
+    return text.str () + rows.str ();
 }
 
-// A knapsack with several rows: an integer search of many nodes.
-inline Model knapsack (std::size_t m, std::size_t n)
+inline std::string knapsack (int m, int n)
 {
-    Model made = dense (m, n);
-    made.integer.assign (n, true);
-    made.bounds.assign (n, {0, 1});
-    for (double& value : made.cost)
-        value = std::round (100 * value);
-    for (std::size_t i = 0; i < m; ++i) {
-        double sum = 0;
-        for (double& weight : made.rows[i])
-            sum += weight = std::round (100 * weight);
-        made.row_bounds[i].upper = std::floor (sum / 2);
-    }
-    return made;
+    return dense (m, n, true);
 }
 
 class Task : public files::Task {
 public:
     Task () = default;
-    explicit Task (const Model& model, const std::string& settings = "")
+    explicit Task (klv::Problem problem, const std::string& settings = "")
     {
-        put (model);
+        static_cast<KLVtask_t> (*this)->replace_problem (std::move (problem));
         set (settings);
     }
-    explicit Task (const char* model, const std::string& settings = "") : Task (parse (model), settings) {}
-
-    void put (const Model& model);
-    void set (const std::string& settings);         // "OPTIMIZER 1 TIME_LIMIT 0.5": names without prefix
-    double information (const char* item) const;    // "MIP_NODES": its name without prefix
-};
-
-inline void Task::put (const Model& model)
-{
-    const auto n = static_cast<std::int32_t> (model.cost.size ());
-    const auto m = static_cast<std::int32_t> (model.row_bounds.size ());
-    KLV_appendvars (*this, n);
-    KLV_appendcons (*this, m);
-    const auto put_bounds = [&] (auto put_slice, const std::vector<Range>& ranges) {
-        for (std::int32_t i = 0; const Range& range : ranges) {
-            const std::int32_t key = range.lower == range.upper ? KLV_BK_FX : KLV_BK_RA;
-            EXPECT_EQ (put_slice (*this, i, i + 1, &key, &range.lower, &range.upper), 0);
-            ++i;
-        }
-    };
-    put_bounds (KLV_putconboundslice, model.row_bounds);
-    put_bounds (KLV_putvarboundslice, model.bounds);
-    for (std::int32_t j = 0; j < n; ++j) {
-        const auto column = static_cast<std::size_t> (j);
-        std::vector<std::int32_t> rows;
-        Values values;
-        for (std::int32_t i = 0; i < m; ++i)
-            if (const double value = model.rows[static_cast<std::size_t> (i)][column]; value != 0) {
-                rows.push_back (i);
-                values.push_back (value);
-            }
-        const auto count = static_cast<std::int32_t> (rows.size ());
-        EXPECT_EQ (KLV_putacol (*this, j, count, rows.data (), values.data ()), 0);
-        const bool integer = !model.integer.empty () && model.integer[column];
-        EXPECT_EQ (KLV_putvartype (*this, j, integer), 0);
+    // A text, or a published problem: "lp/afiro.mps".
+    explicit Task (const std::string& problem, const std::string& settings = "")
+        : Task (problem.ends_with (".mps") ? klv::Problem () : parse (problem), settings)
+    {
+        if (problem.ends_with (".mps") && KLV_readdata (*this, (KALVO_TEST_DATA "/" + problem).c_str ()) != 0)
+            ADD_FAILURE () << last_error ();
     }
-    EXPECT_EQ (KLV_putcslice (*this, 0, n, model.cost.data ()), 0);
-    EXPECT_EQ (KLV_putobjsense (*this, model.maximize), 0);
-    EXPECT_EQ (KLV_putcfix (*this, model.constant), 0);
-}
+
+    void set (const std::string& settings);    // "OPTIMIZER 1 TIME_LIMIT 0.5": names without prefix
+    double information (const std::string& item) const;    // "MIP_NODES": its name without prefix
+};
 
 inline void Task::set (const std::string& settings)
 {
@@ -164,16 +87,16 @@ inline void Task::set (const std::string& settings)
     }
 }
 
-inline double Task::information (const char* item) const
+inline double Task::information (const std::string& item) const
 {
     char name[KLV_MAX_TEXT];
     std::int32_t whole = 0;
     double value = 0;
     for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_INTEGER, i, name) == 0; ++i)
-        if (name == std::string ("KLV_IINF_") + item && KLV_getintinf (*this, i, &whole) == 0)
+        if (name == "KLV_IINF_" + item && KLV_getintinf (*this, i, &whole) == 0)
             return whole;
     for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_DOUBLE, i, name) == 0; ++i)
-        if (name == std::string ("KLV_DINF_") + item && KLV_getdouinf (*this, i, &value) == 0)
+        if (name == "KLV_DINF_" + item && KLV_getdouinf (*this, i, &value) == 0)
             return value;
     ADD_FAILURE () << "no information item " << item;
     return 0;

@@ -15,29 +15,43 @@
 
 namespace scripted {
 
-using Script = std::function<klv::Claims (const klv::Job&, const klv::StopFlag&, klv::EventChannel&)>;
+using Script = std::function<klv::Claims (const klv::Job&, const klv::StopFlag&, klv::Events&)>;
 
 class Engine : public klv::Engine {
 public:
     explicit Engine (Script script) : script_ (std::move (script)) {}
 
     const char* name () const override { return "scripted"; }
-    bool can (klv::Method) const override { return true; }
-    std::string load () override
+    klv::Limits limits () const override { return {}; }
+    std::string refuses (const klv::Form&, klv::Method, const klv::Budget&) const override { return ""; }
+    std::string load () override { return why_not; }
+    std::unique_ptr<klv::Session> begin (std::shared_ptr<const klv::Form>) override
     {
-        klv::watch_process_end ();
-        return why_not;
-    }
-    klv::Claims run (const klv::Job& job, const klv::StopFlag& stop, klv::EventChannel& channel) override
-    {
-        ++runs;
-        return script_ (job, stop, channel);
+        return std::make_unique<Session> (*this);
     }
 
     std::atomic<int> runs = 0;
     std::string why_not;
 
 private:
+    // Asked for a proof, it has nothing to add.
+    class Session final : public klv::Session {
+    public:
+        explicit Session (Engine& engine) : engine_ (engine) {}
+        klv::Claims run (const klv::Job& job, const klv::StopFlag& stop, klv::Events& events) override
+        {
+            if (job.goal == klv::Goal::optimise) {
+                ++engine_.runs;
+                last_ = engine_.script_ (job, stop, events);
+            }
+            return last_;
+        }
+
+    private:
+        Engine& engine_;
+        klv::Claims last_;
+    };
+
     Script script_;
 };
 
@@ -99,8 +113,8 @@ inline klv::Claims claims (const std::string& text)
         else
             place->push_back (std::stod (word));
     }
-    made.has_best_bound = !bound.empty ();
-    made.best_bound = bound.empty () ? 0 : bound.front ();
+    if (!bound.empty ())
+        made.bound = bound.front ();
     return made;
 }
 

@@ -19,10 +19,9 @@ Values in_part (Values values, std::ptrdiff_t unknown)
 
 TEST (Start, FromTheLastSolutionTakesNoIteration)
 {
-    for (const char* file : {"afiro", "adlittle", "sc50a"}) {
+    for (const char* file : {"lp/afiro.mps", "lp/adlittle.mps", "lp/sc50a.mps"}) {
         SCOPED_TRACE (file);
-        Task task;
-        ASSERT_EQ (KLV_readdata (task, (std::string (KALVO_TEST_DATA "/lp/") + file + ".mps").c_str ()), 0);
+        Task task (file);
         ASSERT_EQ (KLV_optimize (task), 0);
         const model::Slot first = model::slot (task, KLV_SOL_BAS);
         EXPECT_EQ (task.information ("START"), 0);
@@ -66,7 +65,7 @@ TEST (Start, AfterAChangeLeadsToTheNewAnswer)
 
 TEST (Start, ThatIsBadCostsTimeOnly)
 {
-    const model::Model problem = model::dense (20, 30);
+    const std::string problem = model::dense (20, 30);
     Task cold (problem);
     ASSERT_EQ (KLV_optimize (cold), 0);
     const double optimum = model::slot (cold, KLV_SOL_BAS).primal;
@@ -99,7 +98,7 @@ TEST (Start, ThatIsBadCostsTimeOnly)
 
 TEST (Start, OfAnIntegerSearchMayBeInPart)
 {
-    const model::Model problem = model::knapsack (4, 20);
+    const std::string problem = model::knapsack (4, 20);
     Task cold (problem);
     ASSERT_EQ (KLV_optimize (cold), 0);
     const model::Slot best = model::slot (cold, KLV_SOL_INT);

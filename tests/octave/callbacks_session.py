@@ -77,7 +77,7 @@ class CallbacksSession(unittest.TestCase):
                     time.sleep(0.3)
                     self.octave.press_ctrl_c()
                     try:
-                        self.octave.read(1)
+                        self.assertNotIn("*** Error", self.octave.read(1))
                         break
                     except TimeoutError:
                         self.assertLess(time.monotonic(), deadline)

@@ -1,6 +1,5 @@
 // Functions of the session as receivers of progress and log text.
 
-#include "callbacks/chain.h"
 #include "tests/unit/gateway_test.h"
 
 namespace {
@@ -56,20 +55,27 @@ TEST_F (Callbacks, ThatAreWrongOrFailEndAsTheyShould)
         KLVrescode_t code;
     } cases[] = {
         {"(other=1)", "", 0},
-        {"(iter=1)", "", 0},
+        {"(log=1, iter=string)", "", 0},
         {"(log=@, iter=@)", "", 0},
+        {"(log='', iter='')", "", 0},
         {"(log='x')", "1200 callback.loghandle; ", 1200},
         {"(iter='x')", "1200 callback.iterhandle; ", 1200},
         {"(iter='nowhere', iterhandle=[])", "100007 ; ", KLV_RES_USER_STOP},
         {"(iter='failing', iterhandle=[])", "100007 ; ", KLV_RES_USER_STOP},
+        {"(iter='interrupted', iterhandle=[])", "", KLV_RES_USER_STOP},
         {"(log='failing', loghandle=[])", "", 0},
     };
     session ().define ("failing", [] (int, const std::vector<View>&) -> std::vector<Value> {
         throw MatlabError ("on purpose");
     });
+    session ().define ("interrupted", [] (int, const std::vector<View>&) -> std::vector<Value> {
+        session ().interrupt_pending = true;
+        throw MatlabError ("interrupted");
+    });
     for (const auto& c : cases) {
         EXPECT_EQ (code_of (solve (c.callback)), c.code) << c.callback;
         EXPECT_EQ (printed (), c.printed + (c.code == 1200 ? set_up_line (1200) : "")) << c.callback;
+        EXPECT_FALSE (session ().interrupt_pending) << c.callback;
     }
 }
 
@@ -109,27 +115,6 @@ TEST_F (Callbacks, NestAndAnInterruptStopsTheInnerCallOnce)
         EXPECT_EQ (inner, interrupted ? KLV_RES_USER_STOP : 0);
         EXPECT_EQ (code_of (result), 0);
         EXPECT_NEAR (result[1]["sol"]["bas"]["pobjval"].number (), 3, 1e-6);
-    }
-}
-
-// The first that stops answers, and the others are not asked.
-TEST_F (Callbacks, FormAChain)
-{
-    const auto member = [] (KLVtask_t, void* handle, std::uint32_t caller, const double*, const std::int32_t*,
-                            const std::int64_t*) {
-        auto& [answer, calls] = *static_cast<std::pair<std::int32_t, std::uint32_t>*> (handle);
-        calls += caller;
-        return answer;
-    };
-    for (const auto& [first, second, answer, calls] :
-         {std::tuple (0, 0, 0, 7U), std::tuple (0, 5, 5, 7U), std::tuple (3, 5, 3, 0U)}) {
-        CallbackChain chain;
-        EXPECT_EQ (multicallbackfunc (nullptr, &chain, 7, nullptr, nullptr, nullptr), 0);
-        std::pair<std::int32_t, std::uint32_t> members[] = {{first, 0}, {second, 0}};
-        for (auto& handle : members)
-            addcbfunc (chain, member, &handle);
-        EXPECT_EQ (multicallbackfunc (nullptr, &chain, 7, nullptr, nullptr, nullptr), answer);
-        EXPECT_EQ (members[1].second, calls);
     }
 }
 

@@ -67,8 +67,8 @@ TEST (Command, GivesSettings)
         {"Echo(1)", "", "Echo(1)"},
         {"info\tparam", "info=1 ", "info\tparam"},
         {"debug(1) info bogus echo(0)", "info=1 debug=1 ", "bogus echo(0)"},
-        {"echo(1x)", "", "echo(1x)"},
-        {"echo(high)", "", "echo(high)"},
+        {"debug(2x)", "debug=2 ", "debug(2x)"},
+        {"echo(high)", "echo=0 ", "echo(high)"},
         {"echo(1", "", "echo(1"},
         {"read(a)b", "read=1 <a> ", "read(a)b"},
     };

@@ -1,7 +1,7 @@
 // What whole calls print, in order, at each level of "echo" and "debug". At level 1 and below the library
 // prints nothing but its banner, so that the lines can be compared to the letter.
 
-#include "gateway/console.h"
+#include "common/console.h"
 #include "gateway/frame.h"
 #include "tests/unit/gateway_test.h"
 
@@ -29,12 +29,13 @@ TEST_F (Console, LinesComeInOrder)
          "Error in KALVO command argument. cmd at -> bogus\n" + open + "1\n" + failed,
          1200},
         {{"5"}, failed, 1200},
+        {{"string"}, failed, 1200},
         {{"'echo(1)'", "5"}, banner () + "1200 prob; " + failure_line (1200), 1200},
         {{"'echo(0)'", "5"}, "1200 prob; ", 1200},
         {{"'echo(1)'", "[]", "5"}, "1200 param; " + failed, 1200},
         {{"'echo(0)'", "[]", "[]", "5"}, "1200 callback; " + failed, 1200},
         {{"'echo(0)'", "[]", "[]", "[]", "5"}, "1200 optserver; " + failed, 1200},
-        {{"'echo(0)'", "[]", "[]", "[]", "(host=1)"}, "1200 optserver.host; " + failed, 1200},
+        {{"'echo(0)'", "[]", "[]", "[]", "(host=string)"}, "1200 optserver.host; " + failed, 1200},
         {{"'echo(0)'", "[]", "[]", "[]", "(host='')"}, ""},
         {{"'echo(0)'", "[]", "[]", "[]", "[]", "5"}, ""},
     };

@@ -1,5 +1,4 @@
-// What MATLAB does and Octave does not: errors that end a call in the middle, characters of 16 bits, texts that are
-// objects, presses of Ctrl-C that only raise a flag.
+// What MATLAB does and Octave does not: characters of 16 bits, presses of Ctrl-C that only raise a flag.
 
 #include "tests/support/problem_file.h"
 #include "tests/unit/gateway_test.h"
@@ -7,45 +6,6 @@
 namespace {
 
 using Matlab = GatewayTest;
-
-// Also from within the library, which then ends the call as it ends every call that fails inside it. Records of
-// information hold so many arrays that not each one is tried.
-TEST_F (Matlab, EndsACallWithoutMemoryAndNothingIsLeftBehind)
-{
-    session ().define ("receive", [] (int, const std::vector<View>&) { return std::vector<Value>{}; });
-    session ().define ("progress", [] (int, const std::vector<View>&) { return std::vector{value ("0")}; });
-    for (const auto& [command, functions, step] :
-         {std::tuple ("'minimize prob version'", "(log='receive', loghandle=1)", 1),
-          std::tuple ("'minimize info'", "(iter='progress', iterhandle={2, 'two'})", 23)}) {
-        std::vector<Value> inputs;
-        for (const char* input :
-             {command,
-              "(a=sparse [1 2; 2 1], c=[1 2], blc=[3 3], blx=[0;0], ints=(sub=2), names=(con={'r1', 'r2'}))",
-              "(KLV_DPAR_TIME_LIMIT=60, KLV_SPAR_DATA_FILE='x')", functions, "(host='')"})
-            inputs.push_back (value (input));
-        const char* const fields = "sol prob version";
-        const std::string whole = show (call (2, inputs)[1], fields);
-        session ().failure_ends_call = true;
-        int ended_inside = 0;
-        for (long n = 1;; n += step) {
-            SCOPED_TRACE (n);
-            session ().allocations = 0;
-            session ().failing_allocation = n;
-            const Call result = call (2, inputs);
-            session ().failing_allocation = 0;
-            if (session ().allocations < n)
-                break;
-            ASSERT_TRUE (result.error);
-            if (result.error != "Out of memory.") {
-                EXPECT_TRUE (result.error->starts_with ("Fatal KALVO error in ")) << *result.error;
-                ++ended_inside;
-            }
-            EXPECT_EQ (result.left_arrays + result.left_blocks, 0U);
-        }
-        EXPECT_GT (ended_inside, 0);
-        EXPECT_EQ (show (call (2, inputs)[1], fields), whole);
-    }
-}
 
 // Letters of two and of three bytes in UTF-8, and one that takes two characters.
 TEST_F (Matlab, TextsOfAnyLettersComeThrough)
@@ -68,40 +28,6 @@ TEST_F (Matlab, TextsOfAnyLettersComeThrough)
                "name='" + letters + "', var=['" + letters + "';'x']");
     EXPECT_NE (received.find (letters + "Problem '" + letters + "'"), std::string::npos) << received;
     EXPECT_NE (ask ("echo(0) read(" + letters + ")")[1]["rmsg"].text ().find (letters), std::string::npos);
-}
-
-// "text" is an object, in which nothing can be read; 'text' is meant.
-TEST_F (Matlab, StringsAreRefusedByName)
-{
-    const Value text = array (mxUNKNOWN_CLASS, {1, 1});
-    const auto with = [&text] (const char* field) { return record ({{field, text}}); };
-    const Value none = matrix (0, 0), command = value ("'minimize echo(0)'"), prob = value (small_problem);
-    const std::string refused = set_up_line (1200);
-    const struct {
-        std::vector<Value> inputs;
-        std::string printed;
-        KLVrescode_t code;
-    } cases[] = {
-        {{text, prob}, refused, 1200},
-        {{command, text}, "1200 prob; ", 1200},
-        {{command, record ({{"a", value ("[1 2]")}, {"names", with ("name")}})},
-         "1200 prob.names.name; ",
-         1200},
-        {{command, record ({{"a", value ("[1 2]")}, {"names", with ("var")}})},
-         "1200 prob.names.var; ",
-         1201},
-        {{command, prob, with ("KLV_IPAR_OPTIMIZER")}, "1200 param.KLV_IPAR_OPTIMIZER; " + refused, 1200},
-        {{command, prob, with ("KLV_SPAR_DATA_FILE")}, "1200 param.KLV_SPAR_DATA_FILE; " + refused, 1200},
-        {{command, prob, none, with ("log")}, "", 0},
-        {{command, prob, none, with ("iter")}, "", 0},
-        {{command, prob, none, none, with ("host")}, "1200 optserver.host; " + refused, 1200},
-    };
-    for (const auto& c : cases) {
-        session ().printed.clear ();
-        const Call result = call (2, c.inputs);
-        EXPECT_EQ (code_of (result), c.code);
-        EXPECT_EQ (printed (), c.printed);
-    }
 }
 
 // It stops the run that finds it, is taken, and is left to the session after a call that did not look.

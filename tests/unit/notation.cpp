@@ -125,6 +125,8 @@ private:
             }
         if (name == "object")
             return object ();
+        if (name == "string")
+            return array (mxUNKNOWN_CLASS, {1, 1});
         if (name == "cell")
             return cell (sizes (word ()));
         if (name == "record") {

@@ -3,7 +3,7 @@
 //   5   nan   -inf   [1 2; 3 4]   'text'   ['ab'; 'cd']   {1, 'x'}   (a=[1 2], name='x', unset)
 //   2x0   4x1x2        zeros of that size            cell 1x3   record 1x2   record 1x2 name
 //   int8 [1 2]         also single, int32, uint64, logical, char
-//   sparse [0; 5]      sparse logical [0; 1]         complex [1 2]    @    object
+//   sparse [0; 5]      sparse logical [0; 1]         complex [1 2]    @    object    string: "text" of MATLAB
 #pragma once
 
 #include <string>

@@ -81,6 +81,12 @@ TEST_F (ProblemInput, BoundsBecomeWhatTheyMean)
         const Call result = ask ("prob echo(0)", {with (c.fields), c.param});
         EXPECT_EQ (show (result[1]["prob"], "blx bux"), "blx=" + c.lower + ", bux=" + c.upper);
     }
+    for (const auto& [param, warned] : {std::pair{"[]", true}, {"(KLV_DPAR_BOUND_INFINITY=inf)", false}}) {
+        ask ("prob echo(2)", {with ("blx=[-inf -1e30 0], bux=sparse [inf;0;1e25]"), param});
+        EXPECT_EQ (printed ().find ("Warning: res.prob.bux(3) is beyond the bound infinity (1 in all)") !=
+                       std::string::npos,
+                   warned);
+    }
 }
 
 TEST_F (ProblemInput, IntegersAndNamesAreTaken)
@@ -92,6 +98,7 @@ TEST_F (ProblemInput, IntegersAndNamesAreTaken)
         {"ints", "(sub=[1.9; 3])", "(sub=[1;3])"},
         {"ints", "(sub)", "-"},
         {"ints", "(sum=1)", "-"},
+        {"ints", "record 1x2 sub", "-"},
         {"ints", "(sub=sparse 1)", "-"},
         {"ints", "(sub=[1 2; 2 1])", "-"},
         {"names", "(obj='€€€', con={'a', ''})",
@@ -141,12 +148,11 @@ TEST_F (ProblemInput, FaultsAreNamed)
         {"bux=[-inf -1e20 0]", "1400 bux[1] is too small; ", 1400},
         {"bux=sparse [0;-1e20;-inf]", "1400 bux[2] is too small; ", 1400},
         {"names=(x='x'), ints=1", "1200 prob.ints; "},
-        {"ints=record 1x2 sub", "1200 prob.ints must be a 1-by-1 structure; "},
         {"ints=(sub=[1 4])", "1200 prob.ints.sub(2); "},
         {"ints=(sub=0.9)", "1200 prob.ints.sub(1); "},
         {"ints=(sub=4294967297)", "1200 prob.ints.sub(1); "},
         {"ints=(sub=[3 nan])", "1200 prob.ints.sub(2); "},
-        {"names=record 1x2 name", "1200 prob.names must be a 1-by-1 structure; "},
+        {"names=record 1x2 name", "1200 prob.names.name; "},
         {"names=(vars='x', obj=1)", "1200 prob.names.vars; "},
         {"names=(obj)", "1200 prob.names.obj; "},
         {"names=(name=char [97 0 98])", "1200 prob.names.name; "},
@@ -155,6 +161,8 @@ TEST_F (ProblemInput, FaultsAreNamed)
         {"names=(con={'a', 2})", "1200 prob.names.con{2}; "},
         {"names=(con=cell 2x1)", "1200 prob.names.con{1}; "},
         {"names=(con='ab')", "1200 prob.names.con{1}; "},
+        {"names=(name=string)", "1200 prob.names.name; "},
+        {"names=(var=string)", "1200 prob.names.var; ", 1201},
     };
     for (const auto& c : cases) {
         EXPECT_EQ (code_of (ask ("echo(0)", {with (c.fields)})), c.code) << c.fields;
@@ -168,6 +176,7 @@ TEST_F (ProblemInput, NothingIsReadWithoutAGoodMatrix)
         const char *prob, *line;
     } cases[] = {
         {"'lp.mps'", "1200 prob; "},
+        {"string", "1200 prob; "},
         {"record 1x2 a", "1200 prob; "},
         {"(A=1, f=1)", "1200 prob.a not specified; "},
         {"(a, c='x')", "1200 prob.a not specified; "},

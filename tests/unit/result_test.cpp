@@ -105,23 +105,11 @@ TEST_F (Result, ListsTheVersionAndTheConstants)
 {
     const Call result = ask ("version symbcon echo(0)");
     EXPECT_EQ (show (result[1]["version"]), "(major=10, minor=2, revision=18)");
-    ASSERT_GT (result[1]["symbcon"].field_names ().size (), 50U);
+    ASSERT_FALSE (result[1]["symbcon"].field_names ().empty ());
     for (const std::string& name : result[1]["symbcon"].field_names ()) {
         char number[KLV_MAX_TEXT] = "";
         ASSERT_EQ (KLV_symnamtovalue (name.c_str (), number), 1) << name;
         EXPECT_EQ (show (result[1]["symbcon"][name.c_str ()]), number) << name;
-    }
-}
-
-TEST_F (Result, ListsEveryInformationItem)
-{
-    const Call result = ask ("minimize info echo(0)", {small_problem});
-    const View info = result[1]["info"];
-    const std::vector<std::string> names = info.field_names ();
-    ASSERT_EQ (names.size (), 228U);
-    for (std::size_t k = 0; k < names.size (); ++k) {
-        EXPECT_EQ (names[k].substr (0, 8), k < KLV_DOUBLE_INFORMATION ? "KLV_DINF" : "KLV_IINF");
-        EXPECT_NO_THROW (info[names[k].c_str ()].number ()) << names[k];
     }
 }
 

@@ -1,7 +1,6 @@
 #include "kalvo/engines/highs/api.h"
 
 #include "kalvo/model/text.h"
-#include "kalvo/worker/worker.h"
 
 #include <filesystem>
 #include <mutex>
@@ -56,7 +55,7 @@ static bool find (void* library, const char* name, Function& function)
 }
 
 // The library takes hold of its extras when it is first asked for what they do, and lets go of them at the end of the process,
-// also while a run is in the midst of them. What is older than the watch of that end lives longer.
+// also while a run is in the midst of them: who waits for runs at that end is to register after this.
 static bool take_hold_of_extras (const Api& found)
 {
     void* const handle = found.create ();
@@ -100,6 +99,9 @@ static std::string load_once ()
         find (library, "Highs_create", found.create) && find (library, "Highs_destroy", found.destroy) &&
         find (library, "Highs_version", found.version) &&
         find (library, "Highs_passModel", found.passModel) && find (library, "Highs_run", found.run) &&
+        find (library, "Highs_clearSolver", found.clearSolver) &&
+        find (library, "Highs_resetOptions", found.resetOptions) &&
+        find (library, "Highs_zeroAllClocks", found.zeroAllClocks) &&
         find (library, "Highs_setBoolOptionValue", found.setBoolOptionValue) &&
         find (library, "Highs_setIntOptionValue", found.setIntOptionValue) &&
         find (library, "Highs_setDoubleOptionValue", found.setDoubleOptionValue) &&
@@ -125,7 +127,6 @@ static std::string load_once ()
     if (!take_hold_of_extras (found))
         return no_memory;
     table = found;
-    watch_process_end ();
     return {};
 }
 

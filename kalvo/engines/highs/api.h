@@ -15,6 +15,9 @@ struct Api {
     decltype (&Highs_version) version;
     decltype (&Highs_passModel) passModel;
     decltype (&Highs_run) run;
+    decltype (&Highs_clearSolver) clearSolver;
+    decltype (&Highs_resetOptions) resetOptions;
+    decltype (&Highs_zeroAllClocks) zeroAllClocks;
     decltype (&Highs_setBoolOptionValue) setBoolOptionValue;
     decltype (&Highs_setIntOptionValue) setIntOptionValue;
     decltype (&Highs_setDoubleOptionValue) setDoubleOptionValue;

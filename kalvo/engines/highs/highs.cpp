@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace klv::highs {
 
@@ -14,65 +15,54 @@ static_assert (sizeof (HighsInt) == sizeof (std::int32_t));
 
 // ---- One problem in the engine ---------------------------------------------------------------------------------------------
 
-class Session {
+class Session final : public klv::Session {
 public:
-    Session (const Job& job, const StopFlag& stop, EventChannel& channel)
-        : job_ (job), listener_ (job, stop, channel), handle_ (api ().create ())
+    explicit Session (std::shared_ptr<const Form> form)
+        : whole_ (std::move (form)), form_ (std::get<LinearForm> (*whole_)), handle_ (api ().create ())
     {
         if (handle_ == nullptr)
             throw std::bad_alloc ();
     }
-    Session (const Session&) = delete;
-    Session& operator= (const Session&) = delete;
-    ~Session () { api ().destroy (handle_); }
+    ~Session () override { api ().destroy (handle_); }
 
-    Claims solve ();
+    Claims run (const Job& job, const StopFlag& stop, Events& events) override;
 
 private:
-    const Problem& problem () const { return *job_.problem->stated; }
-    bool integers () const { return job_.method == Method::mixed_integer; }
-    bool pass_problem ();
-    void pass_start ();
+    bool pass_problem (bool integers);
+    void pass_start (const Job& job);
     void pass_known_values (const std::vector<double>& x);
-    Outcome run ();
-    Outcome outcome (HighsInt model_status) const;
-    void take_point (Claims& claims) const;
+    Outcome outcome (const Job& job, const Listener& listener) const;
+    void take_answer (const Job& job, const Listener& listener, Claims& claims) const;
+    void take_point (bool integers, Claims& claims) const;
     void take_basis (Claims& claims) const;
-    void take_figures (Claims& claims);
-    void look_for_ray (Claims& claims);
+    void take_ray (Claims& claims) const;
+    void take_figures (bool integers, Listener& listener, Claims& claims) const;
     std::int64_t info (const char* name) const;
+    std::size_t columns () const { return static_cast<std::size_t> (form_.columns ()); }
+    std::size_t rows () const { return static_cast<std::size_t> (form_.row_count ()); }
 
-    const Job& job_;
-    Listener listener_;
+    std::shared_ptr<const Form> whole_;
+    const LinearForm& form_;
     void* handle_;
+    bool passed_ = false;
+    Search search_;    // of the last integer search: its proof tells it on
 };
 
-static std::vector<double> negated (std::vector<double> values)
-{
-    for (double& value : values)
-        value = -value;
-    return values;
-}
+// ---- In -----------------------------------------------------------------------------------------------------------------------
 
-bool Session::pass_problem ()
+bool Session::pass_problem (bool integers)
 {
-    const LinearProblem& lowered = *job_.problem;
-    const ColumnMatrix& matrix = problem ().matrix;
+    const auto data = [] (const Values& values) { return values.get ().data (); };
     std::vector<HighsInt> types;
-    if (integers ())
-        types.assign (problem ().integer.begin (), problem ().integer.end ());
-    const bool mirrored = is_mirrored (job_);
-    const bool maximized = problem ().sense == KLV_SENSE_MAXIMIZE && !mirrored;
-    const std::vector<double> mirrored_cost = mirrored ? negated (problem ().cost) : std::vector<double> ();
-    return api ().passModel (
-               handle_, problem ().variables (), problem ().constraints (),
-               static_cast<HighsInt> (matrix.entries ()), 0, kHighsMatrixFormatColwise,
-               kHighsHessianFormatTriangular, maximized ? kHighsObjSenseMaximize : kHighsObjSenseMinimize,
-               mirrored ? -problem ().constant : problem ().constant,
-               mirrored ? mirrored_cost.data () : problem ().cost.data (), lowered.columns.lower (),
-               lowered.columns.upper (), lowered.rows.lower (), lowered.rows.upper (),
-               matrix.starts ().data (), matrix.rows ().data (), matrix.values ().data (), nullptr, nullptr,
-               nullptr, types.empty () ? nullptr : types.data ()) != kHighsStatusError;
+    if (integers)
+        types.assign (form_.integer.begin (), form_.integer.end ());
+    return api ().passModel (handle_, form_.columns (), form_.row_count (),
+                             static_cast<HighsInt> (form_.entries.size ()), 0, kHighsMatrixFormatColwise,
+                             kHighsHessianFormatTriangular, kHighsObjSenseMinimize, form_.constant,
+                             data (form_.cost), data (form_.column_lower), data (form_.column_upper),
+                             data (form_.row_lower), data (form_.row_upper), form_.starts.data (),
+                             form_.rows.data (), form_.entries.data (), nullptr, nullptr, nullptr,
+                             types.empty () ? nullptr : types.data ()) != kHighsStatusError;
 }
 
 // Nonbasic items find their place by themselves where the key does not say it.
@@ -102,19 +92,15 @@ void Session::pass_known_values (const std::vector<double>& x)
 }
 
 // What the engine makes of a start, or that it refuses it, is its own affair: the answer is checked.
-void Session::pass_start ()
+void Session::pass_start (const Job& job)
 {
-    if (!job_.start)
+    if (!job.start)
         return;
-    StartPoint start = *job_.start;
-    if (is_mirrored (job_)) {
-        start.y = negated (std::move (start.y));
-        start.reduced_cost = negated (std::move (start.reduced_cost));
-    }
+    const Start& start = *job.start;
     const auto data = [] (const std::vector<double>& values) {
         return values.empty () ? nullptr : values.data ();
     };
-    if (integers ())
+    if (job.method == Method::mixed_integer)
         pass_known_values (start.x);
     else if (!start.column_key.empty ())
         api ().setBasis (handle_, statuses_from (start.column_key).data (),
@@ -124,6 +110,8 @@ void Session::pass_start ()
                             data (start.y));
 }
 
+// ---- Out ----------------------------------------------------------------------------------------------------------------------
+
 // Counts that a run did not use are -1.
 std::int64_t Session::info (const char* name) const
 {
@@ -132,48 +120,50 @@ std::int64_t Session::info (const char* name) const
     return std::max (value, 0);
 }
 
-Outcome Session::outcome (HighsInt model_status) const
+Outcome Session::outcome (const Job& job, const Listener& listener) const
 {
-    if (model_status == kHighsModelStatusOptimal)
+    switch (api ().getModelStatus (handle_)) {
+    case kHighsModelStatusOptimal:
         return Outcome::optimal;
-    if (model_status == kHighsModelStatusInfeasible)
+    case kHighsModelStatusInfeasible:
         return Outcome::infeasible;
-    if (model_status == kHighsModelStatusUnbounded)
+    case kHighsModelStatusUnbounded:
         return Outcome::unbounded;
-    if (model_status == kHighsModelStatusUnboundedOrInfeasible)
+    case kHighsModelStatusUnboundedOrInfeasible:
         return Outcome::infeasible_or_unbounded;
-    if (model_status == kHighsModelStatusObjectiveBound || model_status == kHighsModelStatusObjectiveTarget)
+    case kHighsModelStatusObjectiveBound:
+    case kHighsModelStatusObjectiveTarget:
         return Outcome::objective_limit;
-    if (model_status == kHighsModelStatusTimeLimit)
+    case kHighsModelStatusTimeLimit:
         return Outcome::time_limit;
-    if (model_status == kHighsModelStatusIterationLimit)
-        return Outcome::iteration_limit;
-    if (model_status == kHighsModelStatusSolutionLimit) {
+    case kHighsModelStatusIterationLimit:
+        return is_interior (job.method) && job.settings->get (IntSetting::interior_iteration_limit) < 0
+                   ? Outcome::unknown    // nobody asked for the limit
+                   : Outcome::iteration_limit;
+    case kHighsModelStatusSolutionLimit: {
         // One status stands for the limits on nodes and on solutions.
-        const std::int32_t most = job_.settings->get (IntSetting::solution_limit);
-        return most >= 0 && listener_.solutions () >= most ? Outcome::solution_limit : Outcome::node_limit;
+        const std::int32_t most = job.settings->get (IntSetting::solution_limit);
+        return most >= 0 && listener.solutions () >= most ? Outcome::solution_limit : Outcome::node_limit;
     }
-    if (model_status == kHighsModelStatusInterrupt)
+    case kHighsModelStatusInterrupt:
         return Outcome::stopped;
-    return model_status == kHighsModelStatusUnknown ? Outcome::unknown : Outcome::failed;
-}
-
-Outcome Session::run ()
-{
-    api ().run (handle_);    // its answer adds nothing to the model status
-    return outcome (api ().getModelStatus (handle_));
+    case kHighsModelStatusUnknown:
+        return Outcome::unknown;
+    default:
+        return Outcome::failed;
+    }
 }
 
 // After a stop the engine knows nothing of its point's quality, and where it has no point it hands out zeros.
-void Session::take_point (Claims& claims) const
+void Session::take_point (bool integers, Claims& claims) const
 {
-    const HighsInt status = static_cast<HighsInt> (info ("primal_solution_status"));
-    if (integers () && status != kHighsSolutionStatusFeasible)
+    const auto status = static_cast<HighsInt> (info ("primal_solution_status"));
+    if (integers && status != kHighsSolutionStatusFeasible)
         return;
-    claims.x.resize (static_cast<std::size_t> (problem ().variables ()));
-    if (!integers ()) {
-        claims.y.resize (static_cast<std::size_t> (problem ().constraints ()));
-        claims.reduced_cost.resize (claims.x.size ());
+    claims.x.resize (columns ());
+    if (!integers) {
+        claims.y.resize (rows ());
+        claims.reduced_cost.resize (columns ());
     }
     const bool found =
         api ().getSolution (handle_, claims.x.data (),
@@ -182,17 +172,14 @@ void Session::take_point (Claims& claims) const
     const bool zeros = std::ranges::all_of (claims.x, [] (double value) { return value == 0; });
     if (!found || (status == kHighsSolutionStatusNone && zeros))
         claims.x = claims.y = claims.reduced_cost = {};
-    if (is_mirrored (job_)) {
-        claims.y = negated (std::move (claims.y));
-        claims.reduced_cost = negated (std::move (claims.reduced_cost));
-    }
 }
 
-static std::vector<std::int32_t> keys_from (const std::vector<HighsInt>& statuses, const Bounds& bounds)
+static std::vector<std::int32_t> keys_from (const std::vector<HighsInt>& statuses, const Values& lower,
+                                            const Values& upper)
 {
     std::vector<std::int32_t> keys (statuses.size ());
     for (std::size_t i = 0; i < keys.size (); ++i) {
-        const bool fixed = bounds.lower[i] == bounds.upper[i];
+        const bool fixed = lower.get ()[i] == upper.get ()[i];
         keys[i] = statuses[i] == kHighsBasisStatusBasic   ? KLV_SK_BASIC
                   : fixed                                 ? KLV_SK_FIXED
                   : statuses[i] == kHighsBasisStatusLower ? KLV_SK_LOWER
@@ -204,120 +191,130 @@ static std::vector<std::int32_t> keys_from (const std::vector<HighsInt>& statuse
 
 void Session::take_basis (Claims& claims) const
 {
-    if (integers () || info ("basis_validity") != kHighsBasisValidityValid)
+    if (info ("basis_validity") != kHighsBasisValidityValid)
         return;
-    std::vector<HighsInt> columns (static_cast<std::size_t> (problem ().variables ()));
-    std::vector<HighsInt> rows (static_cast<std::size_t> (problem ().constraints ()));
-    if (api ().getBasis (handle_, columns.data (), rows.data ()) != kHighsStatusOk)
+    std::vector<HighsInt> of_columns (columns ()), of_rows (rows ());
+    if (api ().getBasis (handle_, of_columns.data (), of_rows.data ()) != kHighsStatusOk)
         return;
-    claims.column_key = keys_from (columns, problem ().variable);
-    claims.row_key = keys_from (rows, problem ().constraint);
+    claims.column_key = keys_from (of_columns, form_.column_lower, form_.column_upper);
+    claims.row_key = keys_from (of_rows, form_.row_lower, form_.row_upper);
 }
 
-void Session::take_figures (Claims& claims)
+// The engine hands rays out after a run of dual simplex on the problem as it was passed; asked after another run it solves
+// once more, where nobody can stop it.
+void Session::take_ray (Claims& claims) const
+{
+    HighsInt has_ray = 0;
+    const bool infeasible = claims.outcome == Outcome::infeasible;
+    std::vector<double>& ray = infeasible ? claims.dual_ray : claims.primal_ray;
+    ray.resize (infeasible ? rows () : columns ());
+    const HighsInt status = infeasible ? api ().getDualRay (handle_, &has_ray, ray.data ())
+                                       : api ().getPrimalRay (handle_, &has_ray, ray.data ());
+    if (status == kHighsStatusError || has_ray == 0)
+        ray.clear ();
+}
+
+void Session::take_figures (bool integers, Listener& listener, Claims& claims) const
 {
     claims.simplex_iterations = info ("simplex_iteration_count");
     claims.interior_iterations = info ("ipm_iteration_count");
+    claims.crossover_iterations = info ("crossover_iteration_count");
     std::int64_t nodes = 0;
-    if (integers ())
+    double bound = 0;
+    if (integers) {
         api ().getInt64InfoValue (handle_, "mip_node_count", &nodes);
-    listener_.end (std::max<std::int64_t> (nodes, 0));
-    if (!integers ())
-        return;
-    claims.has_best_bound =
-        api ().getDoubleInfoValue (handle_, "mip_dual_bound", &claims.best_bound) == kHighsStatusOk;
+        listener.count_nodes (std::max<std::int64_t> (nodes, 0));
+        if (api ().getDoubleInfoValue (handle_, "mip_dual_bound", &bound) == kHighsStatusOk)
+            claims.bound = bound;
+    }
+    listener.end ();
 }
 
-// Rays are those of the dual simplex method on the problem as it was passed, its types left aside. The primal one leaves
-// none of infeasibility.
-void Session::look_for_ray (Claims& claims)
+void Session::take_answer (const Job& job, const Listener& listener, Claims& claims) const
 {
-    const bool solved_so = !is_presolved (job_) && job_.method == Method::dual_simplex &&
-                           !is_parallel_simplex (*job_.settings, job_.method) &&
-                           claims.outcome != Outcome::infeasible_or_unbounded;
-    Outcome answer = claims.outcome;
-    if (!solved_so) {
-        listener_.begin (KLV_CALLER_CERTIFICATE);
-        set_options_for_ray (handle_, integers ());
-        answer = run ();
-        claims.simplex_iterations += info ("simplex_iteration_count");
-    }
-
-    HighsInt has_ray = 0;
-    if (answer == Outcome::infeasible) {
-        claims.outcome = Outcome::infeasible;
-        claims.dual_ray.resize (static_cast<std::size_t> (problem ().constraints ()));
-        if (api ().getDualRay (handle_, &has_ray, claims.dual_ray.data ()) == kHighsStatusError ||
-            has_ray == 0)
-            claims.dual_ray.clear ();
-    } else if (answer == Outcome::unbounded) {
-        claims.primal_ray.resize (static_cast<std::size_t> (problem ().variables ()));
-        if (api ().getPrimalRay (handle_, &has_ray, claims.primal_ray.data ()) == kHighsStatusError ||
-            has_ray == 0)
-            claims.primal_ray.clear ();
-        // An unbounded relaxation says nothing of a search that found no point.
-        if (!integers () || claims.outcome != Outcome::infeasible)
-            claims.outcome = Outcome::unbounded;
-        else
-            claims.primal_ray.clear ();
-    } else if (!integers ()) {
-        // The first answer was wrong, or this one was stopped: what came last is what there is.
-        claims.outcome = answer;
-        take_point (claims);
-        take_basis (claims);
+    const bool integers = job.method == Method::mixed_integer;
+    switch (claims.outcome) {
+    case Outcome::failed:
+        claims.message = listener.last_error ().empty () ? std::string ("it gave no reason")
+                                                         : text ("it said: ", listener.last_error ());
+        return;
+    case Outcome::infeasible:
+    case Outcome::unbounded:
+        if (!is_presolved (job) && job.method == Method::dual_simplex &&
+            !is_parallel_simplex (*job.settings, job.method))
+            take_ray (claims);
+        return;
+    case Outcome::infeasible_or_unbounded:
+        return;
+    default:
+        take_point (integers, claims);
+        if (!integers)
+            take_basis (claims);
     }
 }
 
-Claims Session::solve ()
+Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
 {
     Claims claims;
-    listener_.begin (job_.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRESOLVE);
-    const OptionsSet options = set_options (handle_, job_);
+    const auto failed = [&] (std::string why) {
+        claims.outcome = Outcome::failed;
+        claims.message = std::move (why);
+        return std::move (claims);
+    };
+    const bool integers = job.method == Method::mixed_integer;
+    if (job.goal == Goal::optimise)
+        search_ = {};
+    Listener listener (job, stop, events, search_);
+    listener.begin (job.goal == Goal::prove ? KLV_CALLER_CERTIFICATE : KLV_CALLER_PRESOLVE);
+    if (passed_) {
+        api ().resetOptions (handle_);
+        api ().clearSolver (handle_);
+        api ().zeroAllClocks (handle_);
+    }
+    const OptionsSet options = set_options (handle_, job);
     claims.warning = options.warning;
     claims.interior_method = options.interior_method;
-    if (options.refused) {
-        claims.outcome = Outcome::failed;
-        claims.message = "the engine refused a setting";
-        return claims;
-    }
-    api ().setCallback (handle_, Listener::called, &listener_);
+    if (options.refused)
+        return failed ("it refused a setting");
+    api ().setCallback (handle_, Listener::called, &listener);
     for (const HighsInt type :
          {kHighsCallbackLogging, kHighsCallbackSimplexInterrupt, kHighsCallbackIpmInterrupt,
           kHighsCallbackMipImprovingSolution, kHighsCallbackMipLogging, kHighsCallbackMipInterrupt})
         api ().startCallback (handle_, type);
-    if (!pass_problem ()) {
-        claims.outcome = Outcome::failed;
-        claims.message = text ("the engine refused the problem: ", listener_.last_error ());
-        return claims;
-    }
-    pass_start ();
-    if (listener_.stopped ()) {
+    if (!passed_ && !pass_problem (integers))
+        return failed (text ("it refused the problem: ", listener.last_error ()));
+    passed_ = true;
+    pass_start (job);
+    if (listener.stopped ()) {
         claims.outcome = Outcome::stopped;
         return claims;
     }
-    claims.outcome = run ();
-    take_figures (claims);
-    if (claims.outcome == Outcome::infeasible || claims.outcome == Outcome::unbounded ||
-        claims.outcome == Outcome::infeasible_or_unbounded) {
-        if (!listener_.stopped ())
-            look_for_ray (claims);
-    } else if (claims.outcome != Outcome::failed) {
-        take_point (claims);
-        take_basis (claims);
-    } else
-        claims.message = text ("the engine ended with an error: ", listener_.last_error ());
+    api ().run (handle_);    // its answer adds nothing to the model status
+    claims.outcome = outcome (job, listener);
+    take_figures (integers, listener, claims);
+    search_ = listener.search ();
+    take_answer (job, listener, claims);
     return claims;
 }
 
 class Highs final : public Engine {
 public:
     const char* name () const override { return "HiGHS 1.15.1"; }
-    bool can (Method) const override { return true; }
-    std::string load () override { return load_api (); }
-    Claims run (const Job& job, const StopFlag& stop, EventChannel& channel) override
+    Limits limits () const override
     {
-        Session session (job, stop, channel);
-        return session.solve ();
+        return {.infinite_bound = 1e20,
+                .infinite_cost = 1e20,
+                .largest_entry = 1e15,
+                .smallest_entry = smallest_entry};
+    }
+    std::string refuses (const Form& form, Method, const Budget&) const override
+    {
+        return std::holds_alternative<LinearForm> (form) ? "" : "it solves linear problems only";
+    }
+    std::string load () override { return load_api (); }
+    std::unique_ptr<klv::Session> begin (std::shared_ptr<const Form> form) override
+    {
+        return std::make_unique<Session> (std::move (form));
     }
 };
 

@@ -94,6 +94,11 @@ std::optional<Iteration> read_interior_iteration (std::string_view line)
     return now;
 }
 
+bool is_crossover_begin (std::string_view line)
+{
+    return line.starts_with ("Running crossover");
+}
+
 // "Presolve reductions: rows 163(-11); columns 141(-1); nonzeros 2256(-13)": what is left, and the difference.
 std::optional<Sizes> read_presolved (std::string_view line)
 {

@@ -1,7 +1,7 @@
 // Lines of the log of HiGHS whose figures come in no other way. A line that is not quite what it is taken for says nothing.
 #pragma once
 
-#include "kalvo/worker/channel.h"
+#include "kalvo/engines/events.h"
 
 #include <cstdint>
 #include <optional>
@@ -19,6 +19,9 @@ struct Iteration {
 
 std::optional<Iteration> read_simplex_iteration (std::string_view line);
 std::optional<Iteration> read_interior_iteration (std::string_view line);
+
+// Whether the interior-point method has ended and the search for a basis begins.
+bool is_crossover_begin (std::string_view line);
 
 // What presolve left; of an integer problem the integers come in a line of their own.
 std::optional<Sizes> read_presolved (std::string_view line);

@@ -11,46 +11,19 @@ namespace klv::highs {
 constexpr std::chrono::milliseconds between_reports{10};
 constexpr int error_message = 5;
 
-static std::uint32_t phase_of (const Job& job)
-{
-    switch (job.method) {
-    case Method::primal_simplex:
-        return job.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_PRIMAL_SIMPLEX;
-    case Method::dual_simplex:
-        return job.finishes () ? KLV_CALLER_SIMPLEX_FINISH : KLV_CALLER_DUAL_SIMPLEX;
-    case Method::interior_point:
-        return KLV_CALLER_INTERIOR_POINT;
-    case Method::mixed_integer:
-        return KLV_CALLER_MIXED_INTEGER;
-    }
-    return KLV_CALLER_PRESOLVE;
-}
-
-static bool is_maximized (const Job& job)
-{
-    return job.problem->stated->sense == KLV_SENSE_MAXIMIZE;
-}
-
-bool is_mirrored (const Job& job)
-{
-    return is_maximized (job) && job.method != Method::mixed_integer &&
-           std::isfinite (job.settings->get (RealSetting::objective_limit));
-}
-
-Listener::Listener (const Job& job, const StopFlag& stop, EventChannel& channel)
+Listener::Listener (const Job& job, const StopFlag& stop, Events& events, const Search& search)
     : stop_ (stop),
-      channel_ (channel),
+      events_ (events),
       method_ (job.method),
-      phase_of_method_ (phase_of (job)),
-      sign_ ((job.method == Method::interior_point ? is_maximized (job) : is_mirrored (job)) ? -1 : 1),
+      phase_of_method_ (about (job.method).phase),
       passes_text_on_ (job.settings->get (IntSetting::log_level) >= 3)
 {
-    // The sizes of a finish say nothing of the problem that was solved.
-    if (is_presolved (job) || job.finishes ())
+    now_.search = search;
+    if (is_presolved (job) || job.goal == Goal::prove)
         return;
-    const Problem& stated = *job.problem->stated;
-    now_.presolved = {stated.constraints (), stated.variables (), stated.matrix.entries (),
-                      job.method == Method::mixed_integer ? stated.integers : 0};
+    const auto& form = std::get<LinearForm> (*job.form);
+    now_.presolved = {form.row_count (), form.columns (), static_cast<std::int64_t> (form.entries.size ()),
+                      job.method == Method::mixed_integer ? form.integers : 0};
 }
 
 // The counts of an interior-point run come in its log only, or only not there, as its method is.
@@ -65,12 +38,12 @@ void Listener::called (int type, const char* message, const HighsCallbackDataOut
     case kHighsCallbackMipImprovingSolution:
         self.take_solution_time ();
         if (out->mip_solution != nullptr)
-            self.channel_.incumbent (out->mip_solution, static_cast<std::size_t> (out->mip_solution_size));
+            self.events_.incumbent (out->mip_solution, static_cast<std::size_t> (out->mip_solution_size));
         return;
     case kHighsCallbackMipLogging:
         self.take_integer_state (*out);
         self.take_row (*out);
-        self.channel_.step (self.now_);
+        self.events_.step (self.now_);
         return;
     case kHighsCallbackSimplexInterrupt:
         self.take_iterations (out->simplex_iteration_count);
@@ -92,13 +65,12 @@ void Listener::begin (std::uint32_t phase)
 {
     now_.caller = phase;
     now_.iterations = 0;
-    channel_.progress (now_);
+    events_.progress (now_);
 }
 
-void Listener::end (std::int64_t nodes)
+void Listener::end ()
 {
-    now_.search.nodes = nodes;
-    channel_.progress (now_);
+    events_.progress (now_);
 }
 
 // Comes with each iteration and must cost next to nothing. The first one ends presolve.
@@ -109,7 +81,7 @@ void Listener::take_iterations (std::int64_t iterations)
     now_.iterations = iterations;
     if (const Clock::time_point now = Clock::now (); now - reported_ >= between_reports) {
         reported_ = now;
-        channel_.progress (now_);
+        events_.progress (now_);
     }
 }
 
@@ -134,7 +106,7 @@ void Listener::take_integer_state (const HighsCallbackDataOut& out)
     now_.dual_objective = now_.has_dual ? out.mip_dual_bound : 0;
     if (const Clock::time_point now = Clock::now (); now - reported_ >= between_reports) {
         reported_ = now;
-        channel_.progress (now_);
+        events_.progress (now_);
     }
 }
 
@@ -150,10 +122,9 @@ void Listener::take_row (const HighsCallbackDataOut& out)
         search.root_bound = out.mip_dual_bound;
 }
 
-// What is maximised is minimised with its sign changed by an interior-point method.
 bool Listener::read_iteration (std::string_view line)
 {
-    const bool interior = method_ == Method::interior_point, primal = method_ == Method::primal_simplex;
+    const bool interior = is_interior (method_), primal = method_ == Method::primal_simplex;
     const std::optional<Iteration> read =
         interior ? read_interior_iteration (line) : read_simplex_iteration (line);
     if (!read)
@@ -162,9 +133,9 @@ bool Listener::read_iteration (std::string_view line)
     now_.has_primal = interior || (primal && !read->first_phase);
     now_.has_dual = interior || (!primal && !read->first_phase);
     if (interior || primal)
-        now_.primal_objective = sign_ * read->objective;
+        now_.primal_objective = read->objective;
     if (interior || !primal)
-        now_.dual_objective = sign_ * (interior ? read->dual_objective : read->objective);
+        now_.dual_objective = interior ? read->dual_objective : read->objective;
     now_.primal_violation = read->primal_violation;
     now_.dual_violation = read->dual_violation;
     return true;
@@ -174,21 +145,24 @@ void Listener::read_line (std::string_view line)
 {
     if (const std::optional<Sizes> left = read_presolved (line); left && !now_.presolved) {
         now_.presolved = left;
-        channel_.step (now_);
+        events_.step (now_);
     } else if (method_ == Method::mixed_integer) {
         if (const std::optional<std::int64_t> integers = read_integers (line); integers && now_.presolved)
             now_.presolved->integers = *integers;
         read_search (line, now_.search);
+    } else if (method_ == Method::crossover && is_crossover_begin (line)) {
+        now_.has_primal = now_.has_dual = false;
+        begin (KLV_CALLER_CROSSOVER);
     } else if (read_iteration (line)) {
         now_.caller = phase_of_method_;
-        channel_.step (now_);
+        events_.step (now_);
     }
 }
 
 void Listener::take_message (std::string_view message, int type)
 {
     if (passes_text_on_)
-        channel_.text (message);
+        events_.text (message);
     if (type == error_message)
         last_error_ = message;
     if (now_.caller != KLV_CALLER_PRESOLVE && now_.caller != phase_of_method_)

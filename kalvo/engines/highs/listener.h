@@ -10,20 +10,18 @@
 
 namespace klv::highs {
 
-// Whether a maximum is passed as a minimum with its costs negated: only of minima the engine heeds a bound on the dual
-// objective.
-bool is_mirrored (const Job& job);
-
 class Listener {
 public:
-    Listener (const Job& job, const StopFlag& stop, EventChannel& channel);
+    Listener (const Job& job, const StopFlag& stop, Events& events, const Search& search);
 
     static void called (int type, const char* message, const HighsCallbackDataOut* out,
                         HighsCallbackDataIn* in, void* listener);
 
     void begin (std::uint32_t phase);
     bool stopped () const { return stop_.load (std::memory_order_relaxed); }
-    void end (std::int64_t nodes);    // what was read last, and the search's nodes
+    void count_nodes (std::int64_t nodes) { now_.search.nodes = nodes; }
+    void end ();    // tells what was read last
+    const Search& search () const { return now_.search; }
     std::int64_t solutions () const { return now_.search.solutions; }
     const std::string& last_error () const { return last_error_; }
 
@@ -37,10 +35,9 @@ private:
     void take_solution_time ();
 
     const StopFlag& stop_;
-    EventChannel& channel_;
+    Events& events_;
     const Method method_;
     const std::uint32_t phase_of_method_;
-    const double sign_;    // of the objectives in log lines
     const bool passes_text_on_;
     Progress now_;
     Clock::time_point reported_ = Clock::now ();

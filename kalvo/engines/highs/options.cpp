@@ -74,6 +74,7 @@ public:
 
 private:
     bool integers () const { return job_.method == Method::mixed_integer; }
+    const LinearForm& form () const { return std::get<LinearForm> (*job_.form); }
 
     void set (const char* option, bool value) { note (api ().setBoolOptionValue (handle_, option, value)); }
     void set (const char* option, HighsInt value)
@@ -99,20 +100,21 @@ private:
     OptionsSet result_;
 };
 
+// Where an interior-point run of the engine has not come to an end by itself, it never will.
+constexpr HighsInt most_interior_iterations = 500;
+
 // A problem of fewer entries, rows and columns is solved by a simplex method in the time that it takes to reduce it.
-constexpr std::int64_t worth_presolving = 3000;
+constexpr std::size_t worth_presolving = 3000;
 
 bool is_presolved (const Job& job)
 {
     const std::int32_t presolve = job.settings->get (IntSetting::presolve);
-    if (!job.reformulate || presolve == KLV_PRESOLVE_OFF)
+    if (!job.reformulate || presolve == KLV_PRESOLVE_OFF || job.goal == Goal::prove)
         return false;
     if (job.method == Method::mixed_integer)
         return true;
-    const Problem& problem = *job.problem->stated;
-    return !job.start &&
-           (presolve == KLV_PRESOLVE_ON || job.method == Method::interior_point ||
-            problem.matrix.entries () + problem.variables () + problem.constraints () >= worth_presolving);
+    return !job.start && (presolve == KLV_PRESOLVE_ON || is_interior (job.method) ||
+                          std::get<LinearForm> (*job.form).size () >= worth_presolving);
 }
 
 void Options::set_method ()
@@ -125,13 +127,14 @@ void Options::set_method ()
         break;
     case Method::dual_simplex:
         set ("solver", "simplex");
-        if (is_parallel_simplex (settings, job_.method)) {
+        if (job_.goal == Goal::optimise && is_parallel_simplex (settings, job_.method)) {
             set ("simplex_strategy", HighsInt{3});
             set ("parallel", "on");
         }
         break;
     case Method::interior_point:
-        set ("run_crossover", "off");
+    case Method::crossover:
+        set ("run_crossover", job_.method == Method::crossover ? "on" : "off");
         result_.interior_method = KLV_INTPNT_METHOD_ITERATIVE;
         set ("solver", "ipx");
         if (settings.get (IntSetting::interior_method) != KLV_INTPNT_METHOD_FACTORIZATION)
@@ -176,6 +179,8 @@ void Options::set_all ()
     const Parameters& settings = *job_.settings;
     set ("log_to_console", false);
     set_method ();
+    if (job_.goal == Goal::prove && form ().integers > 0)
+        set ("solve_relaxation", true);
     set_plain_options ();
 
     const std::int32_t presolve = settings.get (IntSetting::presolve);
@@ -188,9 +193,9 @@ void Options::set_all ()
     // Its exact weights for the primal method print lines of their own on the process's standard output.
     set ("simplex_primal_edge_weight_strategy", std::min (pricing, HighsInt{KLV_PRICING_DEVEX - 1}));
 
-    set ("threads", HighsInt{job_.threads});
+    set ("threads", HighsInt{job_.budget.threads});
     set ("random_seed", HighsInt{settings.get (IntSetting::random_seed)});
-    if (job_.problem->smallest_entry <= default_smallest_entry)
+    if (form ().smallest_entry <= default_smallest_entry)
         set ("small_matrix_value", smallest_entry);
 
     // The engine's tolerances are absolute and on the scaled problem: it is asked for more than is checked.
@@ -219,19 +224,19 @@ void Options::set_limits ()
         if (const std::int32_t value = settings.get (setting); value >= 0)
             set (option, HighsInt{std::max (value, smallest)});
     };
-    if (job_.seconds < infinity)
-        set ("time_limit", job_.seconds);
+    if (job_.budget.deadline)
+        set ("time_limit", std::max (seconds_between (Clock::now (), *job_.budget.deadline), 0.0));
     if (integers ()) {
         limit ("mip_max_nodes", IntSetting::node_limit, 0);
         limit ("mip_max_improving_sols", IntSetting::solution_limit, 1);
     } else {
         limit ("simplex_iteration_limit", IntSetting::simplex_iteration_limit, 0);
-        limit ("ipm_iteration_limit", IntSetting::interior_iteration_limit, 0);
+        const std::int32_t interior = settings.get (IntSetting::interior_iteration_limit);
+        set ("ipm_iteration_limit", HighsInt{interior >= 0 ? interior : most_interior_iterations});
     }
     // A worsening dual objective that passes the bound, or an integer point that reaches the target.
     if (const double objective = settings.get (RealSetting::objective_limit); std::isfinite (objective))
-        set (integers () ? "objective_target" : "objective_bound",
-             is_mirrored (job_) ? -objective : objective);
+        set (integers () ? "objective_target" : "objective_bound", form ().sign * objective);
 }
 
 OptionsSet set_options (void* handle, const Job& job)
@@ -239,15 +244,6 @@ OptionsSet set_options (void* handle, const Job& job)
     Options options (handle, job);
     options.set_all ();
     return options.result ();
-}
-
-void set_options_for_ray (void* handle, bool integers)
-{
-    api ().setStringOptionValue (handle, "solver", "simplex");
-    api ().setIntOptionValue (handle, "simplex_strategy", 1);
-    api ().setStringOptionValue (handle, "presolve", "off");
-    if (integers)
-        api ().setBoolOptionValue (handle, "solve_relaxation", true);
 }
 
 }

@@ -17,7 +17,4 @@ struct OptionsSet {
 };
 OptionsSet set_options (void* handle, const Job& job);
 
-// For the run of the dual simplex method that leaves rays behind.
-void set_options_for_ray (void* handle, bool integers);
-
 }

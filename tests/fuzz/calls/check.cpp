@@ -8,7 +8,7 @@
 
 #include "kalvo.h"
 #include "tests/fuzz/random.h"
-#include "tests/support/proof.h"
+#include "tests/support/truth.h"
 #include "tests/unit/notation.h"
 
 namespace fuzz {
@@ -143,6 +143,8 @@ void check_slot (const klv::Problem& problem, View slot, bool integer, double to
     proof::Judge (problem, found, tolerance).judge ();
     if (integer)
         check_integer (problem, found, slot["prosta"].text ());
+    else if (tolerance < 1e-5)
+        truth::check_claim (found, truth::truth (problem));
 }
 
 }

@@ -104,8 +104,8 @@ void check_answers (const RandomCall& call, const std::vector<Value>& inputs, co
 void check_good_call ()
 {
     const Call good = standalone::call (
-        2, values_of ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0])"}));
-    require (show (good[0]) == "0" && show (good[1]["sol"]["bas"], "xx pobjval") == "xx=[1;1], pobjval=3",
+        2, values_of ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[2 3], blc=[3 3], blx=[0 0])"}));
+    require (show (good[0]) == "0" && show (good[1]["sol"]["bas"], "xx pobjval") == "xx=[1;1], pobjval=5",
              "a good call afterwards: " + show (good[1]["sol"]));
 }
 

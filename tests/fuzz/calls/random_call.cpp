@@ -5,6 +5,7 @@
 #include <map>
 
 #include "kalvo/tables/parameters.h"
+#include "tests/fuzz/odd_problem.h"
 
 namespace fuzz {
 
@@ -52,13 +53,6 @@ std::string record (const Fields& fields)
     for (const auto& [name, value] : fields)
         text += (text.empty () ? "" : ", ") + name + (value.empty () ? "" : "=" + value);
     return "(" + text + ")";
-}
-
-std::string number (double value)
-{
-    char text[40];
-    std::snprintf (text, sizeof text, "%.17g", value);
-    return text;
 }
 
 class Maker {
@@ -178,8 +172,45 @@ private:
         return record (kinds);
     }
 
+    // One of odd shape, whose numbers are in order.
+    std::string odd_problem ()
+    {
+        const Model made = OddProblem (random_).make ();
+        m_ = made.rows.size ();
+        n_ = made.cost.size ();
+        const auto list = [] (std::size_t count, const auto& entry) {
+            std::string text = "[";
+            for (std::size_t k = 0; k < count; ++k)
+                text += (k > 0 ? "; " : "") + entry (k);
+            return text + "]";
+        };
+        const auto row = [&] (std::size_t i) {
+            std::string text;
+            for (const double entry : made.rows[i])
+                text += text_of (entry) + " ";
+            return text;
+        };
+        const auto lower = [&] (const auto& of) {
+            return [&] (std::size_t k) { return text_of (of[k].lower); };
+        };
+        const auto upper = [&] (const auto& of) {
+            return [&] (std::size_t k) { return text_of (of[k].upper); };
+        };
+        Fields fields{{"a", m_ == 0 ? "0x" + std::to_string (n_) : list (m_, row)},
+                      {"c", list (n_, [&] (std::size_t j) { return text_of (made.cost[j]); })},
+                      {"blc", list (m_, lower (made.row_bounds))},
+                      {"buc", list (m_, upper (made.row_bounds))},
+                      {"blx", list (n_, lower (made.bounds))},
+                      {"bux", list (n_, upper (made.bounds))}};
+        if (one_in (6))
+            fields["ints"] = "(sub=" + std::to_string (1 + below (n_)) + ")";
+        return record (fields);
+    }
+
     std::string problem ()
     {
+        if (one_in (3))
+            return odd_problem ();
         odd_entries_ = one_in (3);
         m_ = below (5);
         n_ = one_in (20) ? 0 : 1 + below (5);
@@ -226,8 +257,8 @@ private:
     std::string setting (double smallest, double fallback, double largest)
     {
         const std::string values[] = {
-            number (smallest),         number (fallback),
-            number (largest),          number (smallest + static_cast<double> (below (5))),
+            text_of (smallest),        text_of (fallback),
+            text_of (largest),         text_of (smallest + static_cast<double> (below (5))),
             random_.any (odd_numbers), "'" + random_.any (symbols) + "'"};
         return one_in (20) ? odd () : values[below (one_in (8) ? 6 : 4)];
     }
@@ -235,6 +266,14 @@ private:
     std::string settings ()
     {
         Fields fields;
+        if (one_in (2))
+            for (const auto& [name, values] : {std::pair ("OPTIMIZER", 4),
+                                               {"PRESOLVE", 3},
+                                               {"INTPNT_METHOD", 3},
+                                               {"INTPNT_BASIS", 2},
+                                               {"RELAX_INTEGERS", 2}})
+                fields[std::string ("KLV_IPAR_") + name] =
+                    std::to_string (below (static_cast<std::size_t> (values)));
         for (std::size_t times = below (4); times > 0; --times) {
             const auto& integer = live (klv::int_parameters);
             const auto& real = live (klv::real_parameters);

@@ -205,7 +205,7 @@ void check_packed (const std::string& path, const klv::Problem& problem, Mutator
     task.set_format (KLV_FILE_FREE_MPS);
     if (const KLVrescode_t code = KLV_readdata (task, path.c_str ()))
         return check_fault (task, code, path);
-    require (!files::difference (problem, task.problem ()), "another problem from damaged packing");
+    require (!model::difference (problem, task.problem ()), "another problem from damaged packing");
 }
 
 Outcome run (const std::string& text, const files::Folder& folder, Mutator& choice)
@@ -237,7 +237,7 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
         return not_written;
     }
     require (KLV_readdata (again, copy.c_str ()) == KLV_RES_OK, "what was written: " + again.last_error ());
-    const auto difference = files::difference (problem, again.problem ());
+    const auto difference = model::difference (problem, again.problem ());
     require (!difference, "after writing and reading: " + difference.value_or (""));
     if (copy.ends_with (".gz") && format == KLV_FILE_FREE_MPS)
         check_packed (copy, problem, choice);

@@ -1,0 +1,50 @@
+#include "kalvo/engines/engine.h"
+
+#include <utility>
+
+namespace klv {
+
+static bool lacks_ray (const Claims& claims)
+{
+    return (claims.outcome == Outcome::infeasible && claims.dual_ray.empty ()) ||
+           (claims.outcome == Outcome::unbounded && claims.primal_ray.empty ()) ||
+           claims.outcome == Outcome::infeasible_or_unbounded;
+}
+
+// Of an integer problem the proof is of its relaxation, and one that is unbounded says nothing of a search that found no point.
+static void add_to_search (Claims&& proof, Claims& search)
+{
+    const bool says_more = proof.outcome == Outcome::infeasible ||
+                           (proof.outcome == Outcome::unbounded && search.outcome != Outcome::infeasible);
+    if (!says_more)
+        return;
+    search.outcome = proof.outcome;
+    search.dual_ray = std::move (proof.dual_ray);
+    search.primal_ray = std::move (proof.primal_ray);
+}
+
+Claims run_with_proof (Session& session, const Job& job, const StopFlag& stop, Events& events)
+{
+    Claims claims = session.run (job, stop, events);
+    if (job.goal != Goal::optimise || !lacks_ray (claims) || stop)
+        return claims;
+    Job proving = job;
+    proving.goal = Goal::prove;
+    proving.method = Method::dual_simplex;
+    proving.start.reset ();
+    Claims proof = session.run (proving, stop, events);
+    claims.simplex_iterations += proof.simplex_iterations;
+    if (job.method == Method::mixed_integer) {
+        add_to_search (std::move (proof), claims);
+        return claims;
+    }
+    // Where the first answer was wrong, or this run was stopped, what came last is what there is.
+    proof.simplex_iterations = claims.simplex_iterations;
+    proof.interior_iterations = claims.interior_iterations;
+    proof.crossover_iterations = claims.crossover_iterations;
+    proof.interior_method = claims.interior_method;
+    proof.warning = std::move (claims.warning);
+    return proof;
+}
+
+}

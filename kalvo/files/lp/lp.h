@@ -1,0 +1,20 @@
+// LP files: rows of named terms, as one writes them by hand.
+#pragma once
+
+#include "kalvo/files/text/output_file.h"
+
+#include <string>
+
+namespace klv {
+
+// The problem of an LP file. Prints its warnings on the task.
+Problem read_lp (Task& task, const std::string& path, Pacer& pacer);
+
+// The first item whose name LP cannot hold: names have no blanks, and no signs and words of LP.
+std::string unfit_for_lp (const Problem& problem);
+
+// Writes what LP can hold, so that reading it gives the same problem: the objective has a term for every variable,
+// which keeps their order. Items without a name are written as in MPS files.
+void write_lp (Task& task, OutputFile& file);
+
+}

@@ -1,0 +1,28 @@
+// MPS files. Free form separates fields by blanks, so names have none. Fixed form has them in the columns 2-3 (key),
+// 5-12 and 15-22 (names), 25-36 (number), 40-47 (name), 50-61 (number): names have up to 8 bytes and may have blanks
+// inside.
+#pragma once
+
+#include "kalvo/files/text/output_file.h"
+
+#include <string>
+
+namespace klv {
+
+// The problem of a file, in the given form. Print warnings on the task.
+Problem read_free_mps (Task& task, const std::string& path, Pacer& pacer);
+Problem read_fixed_mps (Task& task, const std::string& path, Pacer& pacer);
+
+// In free form unless a line shows that names with blanks are in fixed columns.
+Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer);
+
+// The first item that a form cannot hold: its name, or bounds of a row that no range says.
+std::string unfit_for_free_mps (const Problem& problem);
+std::string unfit_for_fixed_mps (const Problem& problem);
+
+// Write what the form can hold. Variables and constraints without a name are written as C1, C2, ... and R1, R2, ... by
+// their place, an objective without one as OBJ; "_" is added to these where others have such names.
+void write_free_mps (Task& task, OutputFile& file);
+void write_fixed_mps (Task& task, OutputFile& file);
+
+}

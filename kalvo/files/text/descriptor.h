@@ -1,0 +1,31 @@
+// An open file, closed by its owner's end.
+#pragma once
+
+#include <unistd.h>
+
+namespace klv {
+
+class Descriptor {
+public:
+    explicit Descriptor (int number = -1) : number_ (number) {}
+    Descriptor (const Descriptor&) = delete;
+    Descriptor& operator= (const Descriptor&) = delete;
+    ~Descriptor () { close (); }
+
+    void open (int number) { number_ = number; }
+    bool is_open () const { return number_ >= 0; }
+    operator int () const { return number_; }
+
+    // The answer of close (), which may say that the last bytes found no room.
+    int close ()
+    {
+        const int number = number_;
+        number_ = -1;
+        return number >= 0 ? ::close (number) : 0;
+    }
+
+private:
+    int number_;
+};
+
+}

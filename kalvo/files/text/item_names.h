@@ -1,0 +1,44 @@
+// The names of a problem's items as a file gets them: their own, or made ones for items without a name.
+#pragma once
+
+#include "kalvo/model/problem.h"
+
+#include <string>
+#include <string_view>
+
+namespace klv {
+
+class ItemNames {
+public:
+    // An item without a name is called by the prefix and its number, and "_" is added to the prefix while
+    // others have such names.
+    ItemNames (const Names& names, std::int32_t count, const char* prefix);
+
+    // Valid until the next call for an item without a name.
+    std::string_view operator() (std::int32_t item) const;
+    std::int32_t count () const { return count_; }
+
+    // Starts to fetch a name from memory.
+    void prefetch (std::int32_t item) const { __builtin_prefetch (&names_.get (item)); }
+
+private:
+    const Names& names_;
+    std::int32_t count_;
+    std::string prefix_;
+    mutable std::string made_;
+};
+
+inline ItemNames constraint_names (const Problem& problem)
+{
+    return {problem.constraint_name, problem.constraints (), "R"};
+}
+
+inline ItemNames variable_names (const Problem& problem)
+{
+    return {problem.variable_name, problem.variables (), "C"};
+}
+
+// The wanted name, with as many "_" behind it as set it apart from all others.
+std::string unused_name (const char* wanted, const ItemNames& others);
+
+}

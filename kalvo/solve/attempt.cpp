@@ -1,0 +1,216 @@
+#include "kalvo/solve/attempt.h"
+
+#include "kalvo/model/text.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include <malloc.h>
+
+namespace klv {
+
+// Interior-point runs are looked at so often.
+constexpr double between_looks = 0.05;
+
+// Asked once: the system looks into a file for it.
+static int processors ()
+{
+    static const int count = static_cast<int> (std::thread::hardware_concurrency ());
+    return count;
+}
+
+std::size_t work_of (const Problem& problem)
+{
+    return static_cast<std::size_t> (problem.matrix.entries () + problem.variables () +
+                                     problem.constraints ());
+}
+
+void add_one (Task& task, IntItem item)
+{
+    task.information.set (item, task.information.get (item) + 1);
+}
+
+Attempts::Attempts (Task& task, Runs& runs, bool integers)
+    : task_ (task),
+      runs_ (runs),
+      settings_ (std::make_shared<Parameters> (task.parameters)),
+      problem_ (task.share_problem ()),
+      integers_ (integers),
+      check_ (problem_, *settings_, integers)
+{}
+
+// ---- Engine and form ---------------------------------------------------------------------------------------------------
+
+KLVrescode_t Attempts::lower ()
+{
+    lowered_ = runs_.compute (work_of (*problem_),
+                              [&] { return lower_linear (problem_, engine_->limits (), integers_); });
+    if (!lowered_.refused.empty ())
+        return task_.fail (KLV_RES_TOO_LARGE,
+                           text ("No optimiser can take this problem: ", lowered_.refused, "."));
+    task_.information.set (IntItem::lowered_infinite_bounds, lowered_.infinite_bounds);
+    task_.information.set (IntItem::lowered_dropped_entries, lowered_.dropped_entries);
+    if (lowered_.infinite_bounds > 0)
+        task_.warn (text (lowered_.infinite_bounds,
+                          " finite bounds are so large that the optimiser takes them as infinite; "
+                          "the answer is checked on them as they are."));
+    if (lowered_.dropped_entries > 0)
+        task_.warn (text (lowered_.dropped_entries,
+                          " entries of the constraint matrix are so small that the optimiser "
+                          "leaves them out; the answer is checked with them."));
+    // What was freed after loading lies in holes that an engine's thread does not use.
+    if (work_of (*problem_) >= large_work)
+        malloc_trim (0);
+    return KLV_RES_OK;
+}
+
+KLVrescode_t Attempts::prepare (Method method)
+{
+    std::string why = "there is none";
+    for (const std::shared_ptr<Engine>& engine : engines ()) {
+        why = engine->load ();
+        if (!why.empty ())
+            continue;
+        engine_ = engine;
+        if (const KLVrescode_t code = lower ())
+            return code;
+        why = engine->refuses (*lowered_.form, method, {.threads = threads (method)});
+        if (why.empty ())
+            return KLV_RES_OK;
+    }
+    return task_.fail (KLV_RES_ENGINE_MISSING, text ("No optimiser can be used: ", why, "."));
+}
+
+std::size_t Attempts::size () const
+{
+    return std::get<LinearForm> (*lowered_.form).size ();
+}
+
+bool Attempts::has_entries () const
+{
+    return !std::get<LinearForm> (*lowered_.form).entries.empty ();
+}
+
+// ---- Runs ----------------------------------------------------------------------------------------------------------------
+
+int Attempts::threads_to_be_had () const
+{
+    const int asked = settings_->get (IntSetting::threads);
+    return asked > 0 ? asked : std::max (processors (), 1);
+}
+
+// Only the integer search has use for more than one thread, and dual simplex where it is asked to.
+int Attempts::threads (Method method) const
+{
+    if (method != Method::mixed_integer && !is_parallel_simplex (*settings_, method))
+        return 1;
+    const int asked = settings_->get (IntSetting::threads);
+    return asked > 0 ? asked : std::max ((processors () + 1) / 2, 1);
+}
+
+void Attempts::start (const Attempt& attempt, const std::shared_ptr<const Start>& start,
+                      const std::string& why)
+{
+    Job job{.form = lowered_.form,
+            .settings = settings_,
+            .method = attempt.method,
+            .reformulate = attempt.reformulate,
+            .budget = {.threads = threads (attempt.method)},
+            .start = lowered_.recovery->forth (start)};
+    running_.reserve (running_.size () + 1);
+    const int used = job.budget.threads + static_cast<int> (running_.size ());
+    const Runs::Id id = runs_.start (engine_, std::move (job), why);
+    task_.information.set (IntItem::threads_used,
+                           std::max (used, task_.information.get (IntItem::threads_used)));
+    running_.push_back ({id, attempt, Stagnation (size ())});
+}
+
+void Attempts::drop_all ()
+{
+    for (const Running& run : std::exchange (running_, {}))
+        runs_.drop (run.id);
+}
+
+void Attempts::count (Method method, const Claims& claims)
+{
+    Information& information = task_.information;
+    if (!is_interior (method) || claims.simplex_iterations > 0)
+        information.set (IntItem::simplex_iterations, claims.simplex_iterations);
+    if (is_interior (method)) {
+        information.set (IntItem::interior_iterations, claims.interior_iterations);
+        information.set (IntItem::interior_method, claims.interior_method);
+    }
+    if (method == Method::crossover)
+        information.set (IntItem::crossover_iterations, claims.crossover_iterations);
+}
+
+Answer Attempts::judge (Point&& claimed)
+{
+    runs_.enter (KLV_CALLER_CHECK);
+    return runs_.compute (work_of (*problem_), [&] { return check_ (std::move (claimed)); });
+}
+
+Tried Attempts::take (Runs::Ended&& ended)
+{
+    auto run = std::ranges::find (running_, ended.id, &Running::id);
+    if (run == running_.end ())
+        run = running_.begin ();    // stopped before any could begin
+    Tried tried{.attempt = run->attempt};
+    running_.erase (run);
+    Claims& claims = ended.claims;
+    count (tried.attempt.method, claims);
+    if (!claims.warning.empty ())
+        task_.warn (claims.warning);
+    if (claims.outcome == Outcome::stopped && !stopped ())
+        claims.outcome = Outcome::unknown;    // nobody asked it to
+    if (stopped () || claims.outcome == Outcome::time_limit)
+        drop_all ();    // their time is over, too
+    tried.answer = judge (lowered_.recovery->back (std::move (claims)));
+    if (tried.answer.outcome == Outcome::optimal && !tried.answer.conclusive)
+        add_one (task_, IntItem::engine_optimal_claims_rejected);
+    return tried;
+}
+
+std::optional<Tried> Attempts::give_up_one ()
+{
+    const auto idle = std::ranges::find_if (running_, [&] (Running& run) {
+        return is_interior (run.attempt.method) &&
+               run.stagnation.note (runs_.newest (run.id), runs_.seconds (run.id));
+    });
+    if (idle == running_.end ())
+        return std::nullopt;
+    Tried tried{.attempt = idle->attempt};
+    tried.answer.message = "the interior-point method made no progress";
+    runs_.drop (idle->id);
+    running_.erase (idle);
+    return tried;
+}
+
+std::optional<Tried> Attempts::next (double seconds)
+{
+    for (double left = seconds; under_way (); left -= between_looks) {
+        if (std::optional<Runs::Ended> ended = runs_.wait (std::min (left, between_looks)))
+            return take (std::move (*ended));
+        if (std::optional<Tried> idle = give_up_one ())
+            return idle;
+        if (left <= between_looks)
+            return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+Tried Attempts::run (const Attempt& attempt, const std::shared_ptr<const Start>& start,
+                     const std::string& why)
+{
+    this->start (attempt, start, why);
+    return *next ();
+}
+
+bool Attempts::settles (const Answer& answer) const
+{
+    return answer.conclusive || ended_early (answer.outcome) || answer.outcome == Outcome::out_of_memory ||
+           stopped ();
+}
+
+}

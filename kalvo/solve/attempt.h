@@ -1,0 +1,92 @@
+// Attempts to solve: runs on the problem's form, whose claims are taken back to the problem as stated and checked there.
+#pragma once
+
+#include "kalvo/forms/linear.h"
+#include "kalvo/solve/runs.h"
+#include "kalvo/solve/stagnation.h"
+#include "kalvo/task/task.h"
+#include "kalvo/verify/check.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace klv {
+
+struct Attempt {
+    Method method = Method::dual_simplex;
+    bool reformulate = true;    // false: without presolve and scaling
+
+    bool operator== (const Attempt&) const = default;
+};
+
+struct Tried {
+    Attempt attempt;
+    Answer answer = {};
+};
+
+class Attempts {
+public:
+    // `integers`: whether integer variables are to be whole.
+    Attempts (Task& task, Runs& runs, bool integers);
+
+    // Finds an engine for the method and lowers the problem for it; before all else.
+    KLVrescode_t prepare (Method method);
+
+    // Begins an attempt beside those that are under way; `why` is for the log. Throws std::system_error when no thread is to be had.
+    void start (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);
+
+    // The next answer, checked; an interior-point run that gets nowhere is given up. Nothing: none came for so long.
+    std::optional<Tried> next (double seconds = infinity);
+
+    Tried run (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);
+    bool under_way () const { return !running_.empty (); }
+    void drop_all ();
+
+    // Whether another attempt has nothing to win.
+    bool settles (const Answer& answer) const;
+
+    // What is claimed without a run.
+    Answer judge (Point&& claimed);
+
+    int threads_to_be_had () const;
+    std::size_t size () const;    // of the form: entries, rows and columns
+    bool has_entries () const;    // in rows that bind
+    const Check& check () const { return check_; }
+    const Problem& problem () const { return *problem_; }
+    const Parameters& settings () const { return *settings_; }
+    bool stopped () const { return runs_.answer () != 0; }
+    Runs& runs () { return runs_; }
+    Task& task () { return task_; }
+
+private:
+    struct Running {
+        Runs::Id id;
+        Attempt attempt;
+        Stagnation stagnation;
+    };
+
+    KLVrescode_t lower ();
+    int threads (Method method) const;
+    void count (Method method, const Claims& claims);
+    std::optional<Tried> give_up_one ();
+    Tried take (Runs::Ended&& ended);
+
+    Task& task_;
+    Runs& runs_;
+    std::shared_ptr<const Parameters> settings_;
+    std::shared_ptr<const Problem> problem_;
+    bool integers_;
+    Check check_;
+    std::shared_ptr<Engine> engine_;
+    Lowered lowered_;
+    std::vector<Running> running_;
+};
+
+// What one pass over the problem has to look at.
+std::size_t work_of (const Problem& problem);
+
+void add_one (Task& task, IntItem item);
+
+}

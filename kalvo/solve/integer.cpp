@@ -1,0 +1,37 @@
+// Mixed-integer linear problems: one search of the engine's own, from the values that are known, and once more where its answer
+// does not hold.
+
+#include "kalvo/solve/plans.h"
+#include "kalvo/solve/start.h"
+
+#include "kalvo/model/text.h"
+
+#include <utility>
+
+namespace klv {
+
+Found solve_integer (Attempts& attempts, const Solutions& earlier)
+{
+    constexpr Attempt search{Method::mixed_integer}, plain{Method::mixed_integer, false};
+    Task& task = attempts.task ();
+    const std::int32_t integers = attempts.problem ().integers;
+    const std::string why = text (integers, integers == 1 ? " integer variable" : " integer variables");
+
+    std::optional<Tried> best;
+    if (const std::shared_ptr<const Start> start = find_start (earlier, true)) {
+        task.information.set (IntItem::start, 3);
+        best = attempts.run (search, start, why + ", from given values");
+        if (!attempts.settles (best->answer)) {
+            task.warn ("From the solution that was given no answer was found that passes the check; trying "
+                       "without it.");
+            task.information.set (IntItem::start, 0);
+            keep_better (best, attempts.run (search, nullptr, why));
+        }
+    } else
+        best = attempts.run (search, nullptr, why);
+    if (!attempts.settles (best->answer))
+        keep_better (best, try_again (attempts, best->answer, plain));
+    return {.integer = std::move (best)};
+}
+
+}

@@ -1,0 +1,250 @@
+// Linear problems: simplex and interior point side by side where that pays, and a ladder of further attempts where an engine
+// fails or claims what does not hold.
+
+#include "kalvo/solve/plans.h"
+#include "kalvo/solve/start.h"
+
+#include "kalvo/model/text.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace klv {
+
+// From a given basis simplex mostly needs less time than this.
+constexpr double head_start = 0.1;
+
+class LinearPlan {
+public:
+    LinearPlan (Attempts& attempts, const Solutions& earlier) : attempts_ (attempts), earlier_ (earlier) {}
+
+    Found run ();
+
+private:
+    int setting (IntSetting which) const { return attempts_.settings ().get (which); }
+    bool asks (std::int32_t optimizer) const { return setting (IntSetting::optimizer) == optimizer; }
+    bool is_automatic () const;
+    bool wants_interior () const { return asks (KLV_OPTIMIZER_INTERIOR_POINT) || asks (KLV_OPTIMIZER_CONIC); }
+    bool may_race () const;
+    std::string why (const Start* start) const;
+
+    Method method_from (const Start& start);
+    std::optional<Answer> again (KLVsoltype which);
+    std::optional<Tried> from_start ();
+    Tried cold ();
+    Tried race (Method simplex, const std::shared_ptr<const Start>& start, double delay);
+    Tried basic ();
+    void climb_down (Tried& best);
+
+    Found interior ();
+    void gather_interior (Found& found);
+
+    Attempts& attempts_;
+    const Solutions& earlier_;
+    std::vector<Attempt> tried_;
+};
+
+static bool is_certificate (const Answer& answer)
+{
+    return answer.conclusive && answer.outcome != Outcome::optimal;
+}
+
+// ---- What is asked for -------------------------------------------------------------------------------------------------
+
+bool LinearPlan::is_automatic () const
+{
+    return asks (KLV_OPTIMIZER_AUTOMATIC) || asks (KLV_OPTIMIZER_MIXED_INTEGER);
+}
+
+// An objective limit is known to simplex only.
+bool LinearPlan::may_race () const
+{
+    return is_automatic () && attempts_.threads_to_be_had () > 1 &&
+           attempts_.size () >= static_cast<std::size_t> (setting (IntSetting::race_size)) &&
+           attempts_.settings ().get (RealSetting::race_delay) < infinity &&
+           !std::isfinite (attempts_.settings ().get (RealSetting::objective_limit));
+}
+
+std::string LinearPlan::why (const Start* start) const
+{
+    const std::int32_t integers = attempts_.problem ().integers;
+    const char* from = start == nullptr             ? is_automatic () ? ", no start" : ""
+                       : start->column_key.empty () ? ", from the given point"
+                                                    : ", from the given basis";
+    return text (is_automatic () ? "automatic: continuous variables" : "asked for",
+                 integers > 0 ? ", integer ones taken as such" : "", from);
+}
+
+// ---- A basic solution --------------------------------------------------------------------------------------------------
+
+// What a solution that the task held is worth for the problem as it is now.
+std::optional<Answer> LinearPlan::again (KLVsoltype which)
+{
+    std::optional<Point> claim = claim_again (earlier_[which]);
+    return claim ? std::optional (attempts_.judge (std::move (*claim))) : std::nullopt;
+}
+
+// From a basis that is feasible, but not optimal any more, the primal method has less to do.
+Method LinearPlan::method_from (const Start& start)
+{
+    const Method method = first_method (attempts_.settings (), false);
+    if (method != Method::dual_simplex || asks (KLV_OPTIMIZER_DUAL_SIMPLEX) || start.column_key.empty ())
+        return is_simplex (method) ? method : Method::dual_simplex;
+    const std::optional<Answer> earlier = again (KLV_SOL_BAS);
+    const bool feasible =
+        earlier && earlier->solution && earlier->solution->solution_status == KLV_SOLSTA_PRIMAL_FEASIBLE;
+    return feasible ? Method::primal_simplex : method;
+}
+
+// Both at once, or interior point after a delay: the first answer that settles the problem wins, nobody waits for the other.
+Tried LinearPlan::race (Method simplex, const std::shared_ptr<const Start>& start, double delay)
+{
+    attempts_.start ({simplex}, start, why (start.get ()));
+    std::optional<Tried> first = delay > 0 ? attempts_.next (delay) : std::nullopt;
+    if (!first) {    // it is still at it
+        try {
+            attempts_.start ({Method::crossover}, nullptr, "the first answer that holds wins");
+            tried_.push_back ({Method::crossover});
+            attempts_.task ().information.set (IntItem::race, 1);
+        } catch (const std::system_error&) {    // no thread to be had: it goes on alone
+        }
+        first = attempts_.next ();
+    }
+    std::optional<Tried> best = std::move (first);
+    while (attempts_.under_way () && !attempts_.settles (best->answer))
+        keep_better (best, std::move (*attempts_.next ()));
+    attempts_.drop_all ();
+    return std::move (*best);
+}
+
+// What a start does to an optimiser is not known: an answer that it leads to counts only when it settles the problem.
+std::optional<Tried> LinearPlan::from_start ()
+{
+    const std::shared_ptr<const Start> start = find_start (earlier_, false);
+    if (!start)
+        return std::nullopt;
+    Information& information = attempts_.task ().information;
+    information.set (IntItem::start, start->column_key.empty () ? 2 : 1);
+    const Method method = method_from (*start);
+    const double delay = std::max (attempts_.settings ().get (RealSetting::race_delay), head_start);
+    Tried tried = may_race () ? race (method, start, delay)
+                              : attempts_.run ({method}, start,
+                                               method == Method::primal_simplex && is_automatic ()
+                                                   ? "automatic: the given basis is feasible, but not optimal"
+                                                   : why (start.get ()));
+    if (attempts_.settles (tried.answer))
+        return tried;
+    attempts_.task ().warn (
+        "From the solution that was given no answer was found that passes the check; trying without it.");
+    information.set (IntItem::start, 0);
+    tried_.clear ();
+    return std::nullopt;
+}
+
+Tried LinearPlan::cold ()
+{
+    Method method = first_method (attempts_.settings (), false);
+    if (wants_interior ())
+        method = Method::crossover;
+    tried_.push_back ({method});
+    if (may_race ())
+        return race (method, nullptr, attempts_.settings ().get (RealSetting::race_delay));
+    return attempts_.run ({method}, nullptr, why (nullptr));
+}
+
+Tried LinearPlan::basic ()
+{
+    std::optional<Tried> tried = from_start ();
+    if (!tried)
+        tried = cold ();
+    climb_down (*tried);
+    return std::move (*tried);
+}
+
+// The same method without presolve and scaling, then the others with both, then without.
+void LinearPlan::climb_down (Tried& best)
+{
+    std::vector<Attempt> ladder{{best.attempt.method, false}};
+    for (const bool reformulate : {true, false})
+        for (const Method method : {Method::dual_simplex, Method::primal_simplex, Method::crossover})
+            ladder.push_back ({method, reformulate});
+    std::optional<Tried> kept = std::move (best);
+    for (const Attempt& attempt : ladder) {
+        if (attempts_.settles (kept->answer))
+            break;
+        if (std::ranges::count (tried_, attempt) > 0)
+            continue;
+        tried_.push_back (attempt);
+        keep_better (kept, try_again (attempts_, kept->answer, attempt));
+    }
+    best = std::move (*kept);
+}
+
+// ---- An interior solution ----------------------------------------------------------------------------------------------
+
+// Takes answers while runs are under way. A certificate ends them all: it is the answer of every slot.
+void LinearPlan::gather_interior (Found& found)
+{
+    while (attempts_.under_way ()) {
+        Tried tried = std::move (*attempts_.next ());
+        const bool ends = is_certificate (tried.answer) || attempts_.stopped ();
+        keep_better (tried.attempt.method == Method::interior_point ? found.interior : found.basic,
+                     std::move (tried));
+        if (ends)
+            attempts_.drop_all ();
+    }
+}
+
+// The interior solution is that of a run without crossover; the basic one comes from a run with it, beside the first where there
+// is a thread for it.
+Found LinearPlan::interior ()
+{
+    Found found;
+    const bool wants_basis = setting (IntSetting::interior_point_basis) != 0;
+    constexpr Attempt first{Method::interior_point}, plain{Method::interior_point, false};
+    std::optional<Answer> earlier = again (KLV_SOL_ITR);
+    if (earlier && earlier->conclusive) {
+        attempts_.task ().information.set (IntItem::start, 2);
+        attempts_.runs ().no_run ("the given interior solution is an answer");
+        found.interior = Tried{first, std::move (*earlier)};
+    } else {
+        attempts_.start (first, nullptr, why (nullptr));
+        if (wants_basis && attempts_.threads_to_be_had () > 1) {
+            attempts_.start ({Method::crossover}, nullptr, "for a basic solution");
+            tried_.push_back ({Method::crossover});
+        }
+        gather_interior (found);
+    }
+    // A certificate, a limit or a stop leaves nothing to do for either solution.
+    const auto is_over = [&] {
+        const auto ends = [] (const std::optional<Tried>& tried) {
+            return tried && (is_certificate (tried->answer) || ended_early (tried->answer.outcome) ||
+                             tried->answer.outcome == Outcome::out_of_memory);
+        };
+        return attempts_.stopped () || ends (found.interior) || ends (found.basic);
+    };
+    if (!is_over () && !found.interior->answer.conclusive)
+        keep_better (found.interior, try_again (attempts_, found.interior->answer, plain));
+    if (is_over () || (found.interior->answer.conclusive && !wants_basis))
+        return found;
+    if (!found.basic)
+        found.basic = basic ();
+    else
+        climb_down (*found.basic);
+    return found;
+}
+
+Found LinearPlan::run ()
+{
+    if (wants_interior ())
+        return interior ();
+    return {.basic = basic ()};
+}
+
+Found solve_linear (Attempts& attempts, const Solutions& earlier)
+{
+    return LinearPlan (attempts, earlier).run ();
+}
+
+}

@@ -1,0 +1,60 @@
+#include "kalvo/solve/plans.h"
+
+#include "kalvo/model/text.h"
+
+#include <utility>
+
+namespace klv {
+
+Method first_method (const Parameters& settings, bool integers)
+{
+    if (integers)
+        return Method::mixed_integer;
+    switch (settings.get (IntSetting::optimizer)) {
+    case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
+        return Method::primal_simplex;
+    case KLV_OPTIMIZER_INTERIOR_POINT:
+    case KLV_OPTIMIZER_CONIC:
+        return Method::interior_point;
+    default:
+        return Method::dual_simplex;
+    }
+}
+
+Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next)
+{
+    const std::string how =
+        text (about (next.method).name, next.reformulate ? "" : ", without presolve and scaling");
+    attempts.task ().warn (text (failed.message.empty ()
+                                     ? std::string ("An answer did not pass the check")
+                                     : text ("There is no answer yet (", failed.message, ")"),
+                                 "; trying ", how, "."));
+    add_one (attempts.task (), IntItem::presolve_rerun);
+    return attempts.run (next, nullptr, "because the answer before it does not hold");
+}
+
+static int worth (const Answer& answer)
+{
+    if (answer.conclusive)
+        return 5;
+    if (!answer.solution)
+        return 0;
+    switch (answer.solution->solution_status) {
+    case KLV_SOLSTA_FEASIBLE:
+        return 4;
+    case KLV_SOLSTA_PRIMAL_FEASIBLE:
+        return 3;
+    case KLV_SOLSTA_DUAL_FEASIBLE:
+        return 2;
+    default:
+        return 1;
+    }
+}
+
+void keep_better (std::optional<Tried>& kept, Tried&& other)
+{
+    if (!kept || worth (other.answer) > worth (kept->answer))
+        kept = std::move (other);
+}
+
+}
