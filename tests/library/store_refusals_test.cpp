@@ -128,7 +128,7 @@ TEST (Bounds, ComeBackAsTheyArePut)
              {"nor absent ones below", {up, inf, 4}, {up, -inf, 4}},
              {"crossed bounds are a statement", {ra, 5, 1}, {ra, 5, 1}},
              {"equal bounds stay two", {ra, 1, 1}, {ra, 1, 1}},
-             {"huge is finite", {ra, -inf0, 1e300}, {ra, -inf0, 1e300}},
+             {"huge is finite", {ra, -1e300, 1e300}, {ra, -1e300, 1e300}},
              {"infinite lower is none", {lo, -inf, nan}, {fr, -inf, inf}},
              {"infinite upper is none", {ra, 2, inf}, {lo, 2, inf}},
              {"infinite lower of two", {ra, -inf, 2}, {up, -inf, 2}},
