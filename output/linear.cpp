@@ -105,10 +105,10 @@ void warn_of_large_bounds (KLVtask_t task, const mxArray* prob)
         }
     }
     if (count > 0)
-        mx_printf ("Warning: res.prob.%s(%zu) is beyond the bound infinity, %zu of its bounds are: it states "
-                   "the same "
-                   "problem only with KLV_DPAR_BOUND_INFINITY = Inf.\n",
-                   first_field, first, count);
+        mx_printf (
+            "Warning: res.prob.%s(%zu) is beyond the bound infinity (%zu in all): as an input res.prob needs "
+            "KLV_DPAR_BOUND_INFINITY = Inf.\n",
+            first_field, first, count);
 }
 
 KLVrescode_t get_sense (KLVtask_t task, mxArray* record)

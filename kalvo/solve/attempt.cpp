@@ -87,6 +87,11 @@ std::size_t Attempts::size () const
     return std::get<LinearForm> (*lowered_.form).size ();
 }
 
+bool Attempts::has_entries () const
+{
+    return !std::get<LinearForm> (*lowered_.form).entries.empty ();
+}
+
 // ---- Runs ----------------------------------------------------------------------------------------------------------------
 
 int Attempts::threads_to_be_had () const

@@ -52,6 +52,7 @@ public:
 
     int threads_to_be_had () const;
     std::size_t size () const;    // of the form: entries, rows and columns
+    bool has_entries () const;    // in rows that bind
     const Check& check () const { return check_; }
     const Problem& problem () const { return *problem_; }
     const Parameters& settings () const { return *settings_; }
@@ -86,7 +87,6 @@ private:
 // What one pass over the problem has to look at.
 std::size_t work_of (const Problem& problem);
 
-// "2nd of ...": adds one to an information item.
 void add_one (Task& task, IntItem item);
 
 }

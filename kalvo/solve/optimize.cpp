@@ -258,7 +258,7 @@ KLVrescode_t Optimization::report_crossed (const CrossedBounds& crossed)
 
 KLVrescode_t Optimization::report_separable ()
 {
-    runs_.no_run ("no entries: each variable goes to its better bound");
+    runs_.no_run ("no constraint that binds has an entry: each variable goes to its better bound");
     Point claimed = solve_separable (problem (), integers_);
     if (integers_ && claimed.outcome == Outcome::optimal)
         claimed.bound = objective (problem (), claimed.x);
@@ -275,10 +275,12 @@ KLVrescode_t Optimization::solve ()
     task_.information.set (IntItem::crossed_bounds, crossed.count);
     if (crossed.item >= 0)
         return report_crossed (crossed);
-    if (problem ().matrix.entries () == 0)
+    if (problem ().is_separable ())
         return report_separable ();
     if (const KLVrescode_t code = attempts_.prepare (first_method (attempts_.settings (), integers_)))
         return code;
+    if (!attempts_.has_entries ())
+        return report_separable ();
     return store (integers_ ? solve_integer (attempts_, earlier_) : solve_linear (attempts_, earlier_));
 }
 

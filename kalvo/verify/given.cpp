@@ -106,8 +106,8 @@ static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which
     return is_zero (given.xx) ? !are_zero : are_zero && (has_multipliers || which == KLV_SOL_INT);
 }
 
-// The certificate that is given, once it is verified. One that nobody calls so counts only to the last bit: values
-// that are given are not to be scaled.
+// The certificate that is given, once it is verified. One that nobody calls so counts only where it is to nine digits
+// what was verified: values that are given are not to be scaled.
 static std::optional<Solution> given_certificate (const GivenSolution& given, const Problem& problem,
                                                   double tolerance, KLVsoltype which)
 {
@@ -118,7 +118,10 @@ static std::optional<Solution> given_certificate (const GivenSolution& given, co
         ray.xx.clear ();
     std::optional<Solution> found = certify_again (problem, ray, tolerance);
     const auto differ = [] (const Values& values, const Values& verified) {
-        return !values.empty () && values != verified;
+        constexpr double rounding = 1e-9;
+        return !values.empty () && !std::ranges::equal (values, verified, [] (double a, double b) {
+            return std::abs (a - b) <= rounding * std::abs (b);
+        });
     };
     if (found && !given.certificate &&
         (differ (given.xx, found->xx) || differ (given.y, found->y) || differ (given.slc, found->slc) ||

@@ -202,6 +202,7 @@ TEST (Json, WhatIsWrongIsRefusedByName)
         {"\"milk\"", "\"\xFF\"", "problem.variables.names[1]: syntax error while parsing value"},
         {"\"constant\": 0.5", "\"constant\": \"Inf\"", "problem.objective.constant: must be finite"},
         {"[2, 3.5]", "[2, \"NaN\"]", "problem.variables.costs[1]: must be finite"},
+        {"[2, 3.5]", "2", "problem.variables.costs: must be a list of numbers"},
         {"[2, 3.5]", "[2, [3.5]]", "problem.variables.costs[1]: must be a number"},
         {"[2, 3.5]", "[2]", "f.json:12: problem.variables.costs: has 1 entries where there are 2 variables"},
         {"3.5]", "1e400]", "problem.variables.costs[1]: a number is beyond the numbers of double"},

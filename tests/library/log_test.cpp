@@ -64,7 +64,8 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
         {small_integers, "RELAX_INTEGERS 1",
          "dual simplex (automatic: continuous variables, integer ones taken as such, no start); scripted, 1 "
          "thread"},
-        {"min 1 2; 0..10 0..10", "", "none (no entries: each variable goes to its better bound)"},
+        {"min 1 2; 0..10 0..10", "",
+         "none (no constraint that binds has an entry: each variable goes to its better bound)"},
     };
     for (const auto& c : cases) {
         const Task task (c.problem, c.settings);
@@ -72,10 +73,12 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
             KLV_optimize (task);
         expect_lines (log_of (task), {std::string ("Optimiser: ") + c.why + '\n'});
     }
-    expect_lines (log_of (Task (small, "OPTIMIZER 0")),
-                  {"trying primal simplex, without presolve and scaling.\nOptimiser: primal simplex ("});
-    expect_lines (log_of (Task (small, "OPTIMIZER 3")),
-                  {": interior point with crossover (for a basic solution)"});
+    expect_lines (
+        log_of (Task (small, "OPTIMIZER 0")),
+        {"Optimiser: primal simplex (because the answer before it does not hold); scripted, 1 thread\n"});
+    expect_lines (
+        log_of (Task (small, "OPTIMIZER 3")),
+        {"Joined after T s: interior point with crossover (for a basic solution); scripted, 1 thread\n"});
 }
 
 // A search that reports as this test wants it.

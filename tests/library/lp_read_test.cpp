@@ -35,6 +35,7 @@ TEST (LpRead, Meaning)
         {" Bounds|-2 <= x|y <= -3", "min 1 2; x -2.. y ..-3"},
         {" Bounds|1 <= x <= 0|inf >= y >= -1e20|Generals|y x", "min 1 2; x 1..0i y ..i"},
         {" Binary|x|Bounds|y = 1|Binaries|y y", "min 1 2; x 0..1i y =1i"},
+        {" Bounds|y = -3|Bin|y", "min 1 2; x 0.. y 0..-3i"},
         {" Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 1 2; x 0..-1i y 0..0.5i"},
     };
     for (const Case& c : cases)
@@ -68,8 +69,10 @@ TEST (LpRead, FaultsHaveLineAndCause)
         {"min x \x60 : y|st|end", "1: a section is needed"},
         {std::string ("min x\0|st", 9), "1: a zero byte"},
         {"min [ x ^ 2 ] / 2|st|end", "1: quadratic terms are not supported", unsupported},
+        {"min x * y|st|end", "1: quadratic terms are not supported", unsupported},
         {"minimize multi-objectives|st|end", "1: several objectives are not supported", unsupported},
         {" r: x >= 1|r: x >= 2", "4: a second row \"r\""},
+        {" c: x >= 1", "3: a second row \"c\""},
         {" inf: x >= 1", "3: the name \"inf\" is a word of LP"},
         {" r: >= 1", "3: an expression is needed, not \">=\""},
         {" r: x + y|s: x >= 1", "4: a relation is needed, not \"s\""},
@@ -83,6 +86,8 @@ TEST (LpRead, FaultsHaveLineAndCause)
         {" r: 0 <= 3|x + y <= 4", "4: the number before \"x\" may be its coefficient"},
         {" lazy constraints|x <= 1", "3: lazy constraints are not supported", unsupported},
         {" Bounds|z <= 1", "4: unknown variable \"z\""},
+        {" Generals|x z", "4: unknown variable \"z\""},
+        {" Generals|x <= 1", "4: the name of a variable is needed, not \"<=\""},
         {" Bounds|x <= 1|x <= 2", "5: a second upper bound of column \"x\""},
         {" Bounds|x free y free", "4: \"y\" behind a bound"},
         {" Bounds|x = inf", "4: column \"x\" is fixed at a value beyond"},

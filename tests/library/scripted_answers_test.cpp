@@ -13,6 +13,9 @@ using scripted::claims;
 using scripted::right;
 using scripted::small;
 
+// Runs that a continuous problem is worth: three methods, each also without presolve and scaling.
+constexpr int all = 6;
+
 struct Answer {
     const char *what, *claims;    // of the first run and, behind |, of a second one
     std::string result;
@@ -23,11 +26,12 @@ struct Answer {
 void expect_reported (const Answer& answer)
 {
     SCOPED_TRACE (answer.what);
-    const std::string all = answer.claims;
-    const std::string first = all.substr (0, all.find ('|'));
-    const std::string second = all.substr (first.size () == all.size () ? 0 : first.size () + 1);
+    const std::string both = answer.claims;
+    const std::string first = both.substr (0, both.find ('|'));
+    const std::string second = both.substr (first.size () == both.size () ? 0 : first.size () + 1);
     scripted::InFront front ([&, run = 0] (auto& job, auto&, auto&) mutable {
-        EXPECT_EQ (job.reformulate, run == 0) << "the second try is without presolve and scaling";
+        EXPECT_TRUE (run > 1 || job.reformulate == (run == 0))
+            << "the second try is without presolve and scaling";
         return claims (run++ == 0 ? first : second);
     });
     const model::Task task (answer.problem, "OPTIMIZER 1");
@@ -48,17 +52,17 @@ TEST (Scripted, AnswersAreReportedAsWhatTheyAre)
     for (const Answer& answer : {
              Answer{"the truth", right, optimal},
              {"wrong once", "optimal x 0 0 y 1 d 0 1|optimal x 2 0 y 1 d 0 1", optimal, 2, 1},
-             {"an infeasible point", "optimal x 0 0 y 1 d 0 1", trouble + "DUAL_FEASIBLE", 2, 2},
-             {"a poor point", "optimal x 5 5 y 1 d 0 1", trouble + "FEASIBLE", 2, 2},
-             {"wrong signs", "optimal x 2 0 y -1 d 2 3", trouble + "PRIMAL_FEASIBLE", 2, 2},
-             {"not c - A'y", "optimal x 2 0 y 1 d 0 2", trouble + "PRIMAL_FEASIBLE", 2, 2},
-             {"no point at all", "optimal", nothing, 2, 2},
-             {"not a number", "optimal x nan 0 y nan d 0 1", nothing, 2, 2},
-             {"infinite", "optimal x 2 inf d 0 1", nothing, 2, 2},
-             {"wrong sizes", "optimal x 2 0 0 d 1", nothing, 2, 2},
-             {"infeasible without a ray", "infeasible", nothing, 2},
-             {"undecided", "undecided", nothing, 2},
-             {"stopped though nobody asked", "stopped", nothing, 2},
+             {"an infeasible point", "optimal x 0 0 y 1 d 0 1", trouble + "DUAL_FEASIBLE", all, all},
+             {"a poor point", "optimal x 5 5 y 1 d 0 1", trouble + "FEASIBLE", all, all},
+             {"wrong signs", "optimal x 2 0 y -1 d 2 3", trouble + "PRIMAL_FEASIBLE", all, all},
+             {"not c - A'y", "optimal x 2 0 y 1 d 0 2", trouble + "PRIMAL_FEASIBLE", all, all},
+             {"no point at all", "optimal", nothing, all, all},
+             {"not a number", "optimal x nan 0 y nan d 0 1", nothing, all, all},
+             {"infinite", "optimal x 2 inf d 0 1", nothing, all, all},
+             {"wrong sizes", "optimal x 2 0 0 d 1", nothing, all, all},
+             {"infeasible without a ray", "infeasible", nothing, all},
+             {"undecided", "undecided", nothing, all},
+             {"stopped though nobody asked", "stopped", nothing, all},
              {"a limit without a point", "time_limit", "TIME_LIMIT"},
              {"a limit with a point", "time_limit x 5 5 y 1 d 0 1", "TIME_LIMIT bas FEASIBLE"},
              {"an iteration limit", "iteration_limit x 5 5", "ITERATION_LIMIT bas PRIMAL_FEASIBLE"},
@@ -80,37 +84,37 @@ TEST (Scripted, RaysBecomeCertificatesByDefinitionOnly)
              Answer{"a true one is scaled to value 1", "infeasible ray 7", infeasible, 1, 0, boxed},
              {"up to its sign", "infeasible ray -7", infeasible, 1, 0, boxed},
              {"maximising", "infeasible ray 7", infeasible, 1, 0, "max 1 1; 0..1 0..1; 1 1 in 3.."},
-             {"zero", "infeasible ray 0", nothing, 2, 0, boxed},
-             {"not a number", "infeasible ray nan", nothing, 2, 0, boxed},
-             {"wrong size", "infeasible ray 1 1", nothing, 2, 0, boxed},
-             {"the problem is feasible", "infeasible ray 1", nothing, 2, 0, "min 1; 0..1; 1 in 1.."},
-             {"a bound that does not exist", "infeasible ray 1", nothing, 2, 0, half_boxed},
-             {"a tiny entry there", "infeasible ray 1", nothing, 2, 0, "min 1 1; 0..1 0..; 1 1e-10 in 3.."},
-             {"a free one", "infeasible ray 1", nothing, 2, 0, "min 0 0; ..0.9999999 ..; 1 1e-8 in 1.."},
+             {"zero", "infeasible ray 0", nothing, all, 0, boxed},
+             {"not a number", "infeasible ray nan", nothing, all, 0, boxed},
+             {"wrong size", "infeasible ray 1 1", nothing, all, 0, boxed},
+             {"the problem is feasible", "infeasible ray 1", nothing, all, 0, "min 1; 0..1; 1 in 1.."},
+             {"a bound that does not exist", "infeasible ray 1", nothing, all, 0, half_boxed},
+             {"a tiny entry there", "infeasible ray 1", nothing, all, 0, "min 1 1; 0..1 0..; 1 1e-10 in 3.."},
+             {"a free one", "infeasible ray 1", nothing, all, 0, "min 0 0; ..0.9999999 ..; 1 1e-8 in 1.."},
              {"noise there", "infeasible ray 1 0.3333333333", infeasible, 1, 0,
               "min 0 0; 0..1 ..; 1 1 in 3..; 0 -3 in 0.."},
              {"noise at a bound far away", "infeasible ray 0.3333333333333333 -1", infeasible, 1, 0,
               "min 1; -1e30..1e30; 3 in 16..; 1 in ..3"},
              {"noise at a row", "infeasible ray 1 -1e-13", infeasible, 1, 0,
               "min 0; 0..1; 1 in 3..; 1 in 0.."},
-             {"more than noise there", "infeasible ray 1 0.3", nothing, 2, 0,
+             {"more than noise there", "infeasible ray 1 0.3", nothing, all, 0,
               "min 0 0; 0..1 ..; 1 1 in 3..; 0 -3 in 0.."},
-             {"a value below its rounding", "infeasible ray 1", nothing, 2, 0,
+             {"a value below its rounding", "infeasible ray 1", nothing, all, 0,
               "min 1; 0..1e9; 1 in 1000000000.001.."},
              {"a small value above it", "infeasible ray 1", infeasible, 1, 0,
               "min 1; 0..1; 1 in 1.0000001.."},
              {"a true direction is scaled", "unbounded way 5 5", unbounded, 1, 0, strip},
              {"maximising", "unbounded way 5 5", unbounded, 1, 0, "max 3 0; 0.. 0..; 1 -1 in -1..1"},
-             {"it gains nothing", "unbounded way 1 1", nothing, 2, 0, "min 0 0; 0.. 0..; 1 -1 in -1..1"},
-             {"it leaves a constraint", "unbounded way 1 0.5", nothing, 2, 0, strip},
-             {"it leaves a bound", "unbounded way -1 -1", nothing, 2, 0, up},
+             {"it gains nothing", "unbounded way 1 1", nothing, all, 0, "min 0 0; 0.. 0..; 1 -1 in -1..1"},
+             {"it leaves a constraint", "unbounded way 1 0.5", nothing, all, 0, strip},
+             {"it leaves a bound", "unbounded way -1 -1", nothing, all, 0, up},
              {"it leaves by noise only", "unbounded way 1 1.0000000001", unbounded, 1, 0, strip},
              {"noise at a variable", "unbounded way 1 -1e-13", unbounded, 1, 0,
               "min -1 0; 0.. 0..; 1 1 in 0.."},
-             {"it leaves by a tiny entry", "unbounded way 1", nothing, 2, 0, "max 1; ..; 5e-9 in ..1"},
-             {"a bound of 1e25 is a bound", "unbounded way 1", nothing, 2, 0, "min -1; 0..1e25; 1 in 0.."},
-             {"infinite", "unbounded way inf inf", nothing, 2, 0, strip},
-             {"wrong size", "unbounded way 1", nothing, 2, 0, strip},
+             {"it leaves by a tiny entry", "unbounded way 1", nothing, all, 0, "max 1; ..; 5e-9 in ..1"},
+             {"a bound of 1e25 is a bound", "unbounded way 1", nothing, all, 0, "min -1; 0..1e25; 1 in 0.."},
+             {"infinite", "unbounded way inf inf", nothing, all, 0, strip},
+             {"wrong size", "unbounded way 1", nothing, all, 0, strip},
          })
         expect_reported (answer);
 }
@@ -205,7 +209,7 @@ TEST (Scripted, FailuresBecomeCodesAndTheNextCallWorks)
           {[] { throw std::bad_alloc (); }, "OUT_OF_MEMORY", "memory"}}) {
         const model::Task task (small);
         const scripted::InFront front ([&, run = 0] (auto&, auto&, auto&) mutable {
-            if (run++ < 1 + (failure.code == std::string ("ENGINE_FAILED")))
+            if (run++ < (failure.code == std::string ("ENGINE_FAILED") ? all : 1))
                 failure.fail ();
             return claims (right);
         });

@@ -114,29 +114,46 @@ TEST (Refusals, NameTheFaultAndChangeNothing)
     }
 }
 
-TEST (Store, HoldsWhatIsPut)
+TEST (Bounds, ComeBackAsTheyArePut)
 {
-    for (const auto& [fault, key, lower, upper, kept] :
-         {std::tuple{"absent values are not looked at", KLV_BK_FR, nan, nan, ".."},
-          {"nor absent ones above", KLV_BK_LO, -4., nan, "-4.."},
-          {"nor absent ones below", KLV_BK_UP, inf, 4., "..4"},
-          {"crossed bounds are a statement", KLV_BK_RA, 5., 1., "5..1"},
-          {"equal bounds stay two", KLV_BK_RA, 1., 1., "1..1"},
-          {"huge is finite", KLV_BK_RA, -1e300, 1e300, "-1e+300..1e+300"},
-          {"infinite lower is none", KLV_BK_LO, -inf, nan, ".."},
-          {"infinite upper is none", KLV_BK_RA, 2., inf, "2.."},
-          {"infinite lower of two", KLV_BK_RA, -inf, 2., "..2"}}) {
+    struct Bound {
+        std::int32_t key;
+        double lower, upper;
+        bool operator== (const Bound&) const = default;
+    };
+    constexpr std::int32_t lo = KLV_BK_LO, up = KLV_BK_UP, fr = KLV_BK_FR, ra = KLV_BK_RA;
+    for (const auto& [fault, put, kept] : {
+             std::tuple{"absent values are not looked at", Bound{fr, nan, nan}, Bound{fr, -inf, inf}},
+             {"nor absent ones above", {lo, -4, nan}, {lo, -4, inf}},
+             {"nor absent ones below", {up, inf, 4}, {up, -inf, 4}},
+             {"crossed bounds are a statement", {ra, 5, 1}, {ra, 5, 1}},
+             {"equal bounds stay two", {ra, 1, 1}, {ra, 1, 1}},
+             {"huge is finite", {ra, -1e300, 1e300}, {ra, -1e300, 1e300}},
+             {"infinite lower is none", {lo, -inf, nan}, {fr, -inf, inf}},
+             {"infinite upper is none", {ra, 2, inf}, {lo, 2, inf}},
+             {"infinite lower of two", {ra, -inf, 2}, {up, -inf, 2}},
+         }) {
         const SmallTask task;
-        EXPECT_EQ (bound (task, key, lower, upper), KLV_RES_OK) << fault;
-        EXPECT_EQ (model::text_of (task.problem ()),
-                   std::string ("min 0 0 0; steel .. coal ") + kept + " C3 ..; R1: -1 in ..; mine: 1 in ..")
-            << fault;
+        Bound found{}, next{};
+        EXPECT_EQ (bound (task, put.key, put.lower, put.upper), KLV_RES_OK) << fault;
+        EXPECT_EQ (KLV_getvarbound (task, 1, &found.key, &found.lower, &found.upper), KLV_RES_OK);
+        EXPECT_EQ (KLV_getvarbound (task, 2, &next.key, &next.lower, &next.upper), KLV_RES_OK);
+        EXPECT_TRUE (found == kept) << fault;
+        EXPECT_EQ (next.key, fr) << "a neighbour changed: " << fault;
     }
+}
+
+TEST (Store, KeepsOrderZerosAndCounts)
+{
     const SmallTask task;
-    std::int32_t count = -1;
+    std::int32_t count = -1, rows[2] = {-1, -1};
+    double values[2] = {nan, nan};
+    std::int64_t entries = -1;
+    EXPECT_EQ (KLV_getacol (task, 0, &count, rows, values), KLV_RES_OK);
+    EXPECT_TRUE (count == 2 && rows[0] == 1 && values[0] == 1 && rows[1] == 0 && values[1] == -1);
     EXPECT_EQ (column (task, 0, {0}, 0), KLV_RES_OK);
-    EXPECT_EQ (model::text_of (task.problem ()),
-               "min 0 0 0; steel .. coal .. C3 ..; R1: +0 in ..; mine: in ..");
+    EXPECT_EQ (KLV_getnumanz (task, &entries), KLV_RES_OK);
+    EXPECT_EQ (entries, 1) << "a zero is an entry";
     for (const auto& [j, type, integers] : {std::tuple{1, 1, 1}, {1, 1, 1}, {0, 0, 1}, {1, 0, 0}}) {
         KLV_putvartype (task, j, type);
         KLV_getnumintvar (task, &count);

@@ -84,7 +84,9 @@ std::string text_of (const klv::Bounds& bounds, std::size_t at)
         return "=" + text_of (bounds.lower[at]);
     const bool below = bounds.key[at] != KLV_BK_UP && bounds.key[at] != KLV_BK_FR;
     const bool above = bounds.key[at] != KLV_BK_LO && bounds.key[at] != KLV_BK_FR;
-    return (below ? text_of (bounds.lower[at]) : "") + ".." + (above ? text_of (bounds.upper[at]) : "");
+    const char* const broken = bounds.key[at] == KLV_BK_FX ? "=" : "";    // fixed at two values
+    return broken + (below ? text_of (bounds.lower[at]) : "") + ".." +
+           (above ? text_of (bounds.upper[at]) : "");
 }
 
 }

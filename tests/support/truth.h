@@ -23,6 +23,7 @@ struct Range {
     std::optional<Number> lower = {}, upper = {};
 
     bool is_fixed () const { return lower && upper && *lower == *upper; }
+    bool is_crossed () const { return lower && upper && *lower > *upper; }
 };
 
 // A price for being on one side of 0, on top of the cost.
@@ -234,8 +235,12 @@ inline Linear directions (Linear lp)
 
 inline Found solve (const Linear& lp)
 {
+    bool crossed = false;
+    for (const auto* ranges : {&lp.row, &lp.column})
+        for (const Range& range : *ranges)
+            crossed = crossed || range.is_crossed ();
     Found found;
-    if (Tableau tableau (lp); tableau.make_feasible ()) {
+    if (Tableau tableau (lp); !crossed && tableau.make_feasible ()) {
         found.feasible = true;
         found.bounded = tableau.minimize_cost ();
         found.value = tableau.cost ();
@@ -286,15 +291,20 @@ inline Linear linear (const klv::Problem& problem)
     return lp;
 }
 
-// The problem whose points may be wrong by the tolerance.
-inline Linear relaxed (Linear lp)
+// Bounds moved by the tolerance: 1 outwards, -1 inwards, but not those of fixed items and not past each other.
+inline Linear moved (Linear lp, int outwards)
 {
     for (auto* ranges : {&lp.row, &lp.column})
         for (Range& range : *ranges) {
+            if (outwards < 0 && (range.is_fixed () || range.is_crossed ()))
+                continue;
+            const Range stated = range;
             if (range.lower)
-                *range.lower -= allowance (*range.lower);
+                *range.lower -= outwards * allowance (*stated.lower);
             if (range.upper)
-                *range.upper += allowance (*range.upper);
+                *range.upper += outwards * allowance (*stated.upper);
+            if (range.is_crossed () && !stated.is_crossed ())
+                range.lower = range.upper = Number ((*stated.lower + *stated.upper) / 2);
         }
     return lp;
 }
@@ -322,6 +332,17 @@ inline Linear priced (Linear lp)
     return lp;
 }
 
+// The opposite: dual points have room, but for equations, those of free variables.
+inline Linear discounted (Linear lp)
+{
+    for (std::size_t j = 0; j < lp.cost.size (); ++j)
+        if (lp.column[j].lower && !lp.column[j].upper)
+            lp.cost[j] -= allowance (lp.cost[j]);
+        else if (lp.column[j].upper && !lp.column[j].lower)
+            lp.cost[j] += allowance (lp.cost[j]);
+    return lp;
+}
+
 struct Truth {
     bool feasible = false, bounded = false;    // the problem and its dual have points
     double value = 0;                          // the optimum
@@ -335,7 +356,8 @@ struct Truth {
 inline Truth truth (const klv::Problem& problem)
 {
     const Linear lp = linear (problem);
-    const Found stated = solve (lp), primal = solve (relaxed (lp)), dual = solve (priced (lp));
+    const Found stated = solve (lp), relaxed = solve (moved (lp, 1)), tightened = solve (moved (lp, -1)),
+                dual_relaxed = solve (priced (lp)), dual_tightened = solve (discounted (lp));
     const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     const auto objective = [&] (const Found& found) {
         return problem.constant + sign * (!found.feasible  ? klv::infinity
@@ -345,9 +367,10 @@ inline Truth truth (const klv::Problem& problem)
     Truth told{.feasible = stated.feasible,
                .bounded = stated.bounded,
                .value = objective (stated),
-               .least = objective (primal),
-               .most = objective (dual),
-               .robust = stated.feasible == primal.feasible && stated.bounded == dual.bounded &&
+               .least = objective (relaxed),
+               .most = objective (dual_relaxed),
+               .robust = stated.feasible == relaxed.feasible && stated.feasible == tightened.feasible &&
+                         stated.bounded == dual_relaxed.bounded && stated.bounded == dual_tightened.bounded &&
                          abs (stated.value) < 1'000'000'000'000};
     if (sign < 0)
         std::swap (told.least, told.most);

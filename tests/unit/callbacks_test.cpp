@@ -55,8 +55,8 @@ TEST_F (Callbacks, ThatAreWrongOrFailEndAsTheyShould)
         KLVrescode_t code;
     } cases[] = {
         {"(other=1)", "", 0},
-        {"(iter=1)", "", 0},
-        {"(log=@, iter=string)", "", 0},
+        {"(log=1, iter=string)", "", 0},
+        {"(log=@, iter=@)", "", 0},
         {"(log='', iter='')", "", 0},
         {"(log='x')", "1200 callback.loghandle; ", 1200},
         {"(iter='x')", "1200 callback.iterhandle; ", 1200},

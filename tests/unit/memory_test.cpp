@@ -10,7 +10,8 @@ using Memory = GatewayTest;
 // No step is lost in silence: the code is 1051, or the answer is the one that there would have been. What may
 // be lost is a line of text for a log function, the host of a server, and single values of the codes' own
 // fields. In MATLAB the call ends instead, also from within the library, as it ends every call that fails there.
-void fail_allocations (const std::vector<std::string>& inputs, const char* fields, KLVrescode_t other = 1051)
+void fail_each_allocation (const std::vector<std::string>& inputs, const char* fields,
+                           KLVrescode_t other = 1051)
 {
     std::vector<Value> values;
     for (const std::string& input : inputs)
@@ -53,19 +54,19 @@ TEST_F (Memory, ThatIsMissingIsReportedAndNothingLeaks)
                                  "KLV_SPAR_DATA_FILE='x')";
     const std::string functions = "(log='receive', loghandle=1, iter='progress', iterhandle={2, 'two'})";
     const char* const all = "sol prob param version symbcon";
-    fail_allocations ({"'minimize echo(0)'", small_problem}, "sol");
-    fail_allocations ({"'minimize prob echo(0)'", "(a=[1 2; 2 1], ints=(sub=2), " + problem + ")"},
-                      "sol prob");
-    fail_allocations ({"'echo(0)'", "(a=sparse [1 2], sol=(bas=(skx=['BA'; 'LO'])))"}, "sol");
-    fail_allocations ({"'minimize prob param info version symbcon statuskeys(1) echo(0)'",
-                       "(a=sparse [1 2; 2 1], " + problem + ")", settings},
-                      all);
+    fail_each_allocation ({"'minimize echo(0)'", small_problem}, "sol");
+    fail_each_allocation ({"'minimize prob echo(0)'", "(a=[1 2; 2 1], ints=(sub=2), " + problem + ")"},
+                          "sol prob");
+    fail_each_allocation ({"'echo(0)'", "(a=sparse [1 2], sol=(bas=(skx=['BA'; 'LO'])))"}, "sol");
+    fail_each_allocation ({"'minimize prob param info version symbcon statuskeys(1) echo(0)'",
+                           "(a=sparse [1 2; 2 1], " + problem + ")", settings},
+                          all);
     // The copy of a function's name that can't be made is an argument error.
-    fail_allocations ({"'minimize'", small_problem, settings, functions, "(host='')"}, "sol", 1200);
+    fail_each_allocation ({"'minimize'", small_problem, settings, functions, "(host='')"}, "sol", 1200);
 
     const files::Folder folder;
     files::save (folder / "mixed.mps", "ROWS\n N o\n L a\n L b\nCOLUMNS\n x b 3 a 1\nENDATA\n");
-    fail_allocations ({"'echo(0) read(" + (folder / "mixed.mps") + ")'"}, "prob");
+    fail_each_allocation ({"'echo(0) read(" + (folder / "mixed.mps") + ")'"}, "prob");
 }
 
 }

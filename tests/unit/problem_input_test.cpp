@@ -83,7 +83,7 @@ TEST_F (ProblemInput, BoundsBecomeWhatTheyMean)
     }
     for (const auto& [param, warned] : {std::pair{"[]", true}, {"(KLV_DPAR_BOUND_INFINITY=inf)", false}}) {
         ask ("prob echo(2)", {with ("blx=[-inf -1e30 0], bux=sparse [inf;0;1e25]"), param});
-        EXPECT_EQ (printed ().find ("Warning: res.prob.bux(3) is beyond the bound infinity, 1 of") !=
+        EXPECT_EQ (printed ().find ("Warning: res.prob.bux(3) is beyond the bound infinity (1 in all)") !=
                        std::string::npos,
                    warned);
     }

@@ -45,6 +45,7 @@ private:
     const LinearForm& form_;
     void* handle_;
     bool passed_ = false;
+    Search search_;    // of the last integer search: its proof tells it on
 };
 
 // ---- In -----------------------------------------------------------------------------------------------------------------------
@@ -222,10 +223,11 @@ void Session::take_figures (bool integers, Listener& listener, Claims& claims) c
     double bound = 0;
     if (integers) {
         api ().getInt64InfoValue (handle_, "mip_node_count", &nodes);
+        listener.count_nodes (std::max<std::int64_t> (nodes, 0));
         if (api ().getDoubleInfoValue (handle_, "mip_dual_bound", &bound) == kHighsStatusOk)
             claims.bound = bound;
     }
-    listener.end (std::max<std::int64_t> (nodes, 0));
+    listener.end ();
 }
 
 void Session::take_answer (const Job& job, const Listener& listener, Claims& claims) const
@@ -260,7 +262,9 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
         return std::move (claims);
     };
     const bool integers = job.method == Method::mixed_integer;
-    Listener listener (job, stop, events);
+    if (job.goal == Goal::optimise)
+        search_ = {};
+    Listener listener (job, stop, events, search_);
     listener.begin (job.goal == Goal::prove ? KLV_CALLER_CERTIFICATE : KLV_CALLER_PRESOLVE);
     if (passed_) {
         api ().resetOptions (handle_);
@@ -288,6 +292,7 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
     api ().run (handle_);    // its answer adds nothing to the model status
     claims.outcome = outcome (job, listener);
     take_figures (integers, listener, claims);
+    search_ = listener.search ();
     take_answer (job, listener, claims);
     return claims;
 }

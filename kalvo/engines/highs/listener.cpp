@@ -11,13 +11,14 @@ namespace klv::highs {
 constexpr std::chrono::milliseconds between_reports{10};
 constexpr int error_message = 5;
 
-Listener::Listener (const Job& job, const StopFlag& stop, Events& events)
+Listener::Listener (const Job& job, const StopFlag& stop, Events& events, const Search& search)
     : stop_ (stop),
       events_ (events),
       method_ (job.method),
       phase_of_method_ (about (job.method).phase),
       passes_text_on_ (job.settings->get (IntSetting::log_level) >= 3)
 {
+    now_.search = search;
     if (is_presolved (job) || job.goal == Goal::prove)
         return;
     const auto& form = std::get<LinearForm> (*job.form);
@@ -67,9 +68,8 @@ void Listener::begin (std::uint32_t phase)
     events_.progress (now_);
 }
 
-void Listener::end (std::int64_t nodes)
+void Listener::end ()
 {
-    now_.search.nodes = nodes;
     events_.progress (now_);
 }
 

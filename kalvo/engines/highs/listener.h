@@ -12,14 +12,16 @@ namespace klv::highs {
 
 class Listener {
 public:
-    Listener (const Job& job, const StopFlag& stop, Events& events);
+    Listener (const Job& job, const StopFlag& stop, Events& events, const Search& search);
 
     static void called (int type, const char* message, const HighsCallbackDataOut* out,
                         HighsCallbackDataIn* in, void* listener);
 
     void begin (std::uint32_t phase);
     bool stopped () const { return stop_.load (std::memory_order_relaxed); }
-    void end (std::int64_t nodes);    // what was read last, and the search's nodes
+    void count_nodes (std::int64_t nodes) { now_.search.nodes = nodes; }
+    void end ();    // tells what was read last
+    const Search& search () const { return now_.search; }
     std::int64_t solutions () const { return now_.search.solutions; }
     const std::string& last_error () const { return last_error_; }
 
