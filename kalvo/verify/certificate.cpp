@@ -11,6 +11,8 @@ namespace klv {
 // Noise is at most this part of the terms that it is left of; the value must exceed what its terms can hide.
 constexpr double noise_tolerance = 1e-12;
 constexpr double value_tolerance = 1e-9;
+// A bound this large gives noise a value, so that noise there is none either.
+constexpr double far_bound = 1e15;
 
 static Solution zero_solution (const Problem& problem)
 {
@@ -46,13 +48,23 @@ static Solution infeasible_solution (const Problem& problem)
 struct Multipliers {
     const Problem& problem;
 
-    static bool has_bound (const Bounds& bounds, std::size_t i, double multiplier)
+    static double size_of_bound (const Bounds& bounds, std::size_t i, double multiplier)
     {
         const Interval here = bounds.interval (i);
-        return multiplier == 0 || std::isfinite (multiplier > 0 ? here.lower : here.upper);
+        return multiplier == 0 ? 0 : std::abs (multiplier > 0 ? here.lower : here.upper);
     }
-    bool allows_entry (std::size_t i, double y) const { return has_bound (problem.constraint, i, y); }
-    bool allows_product (std::size_t j, double z) const { return has_bound (problem.variable, j, z); }
+    bool allows_entry (std::size_t i, double y) const
+    {
+        return size_of_bound (problem.constraint, i, y) < infinity;
+    }
+    bool allows_product (std::size_t j, double z) const
+    {
+        return size_of_bound (problem.variable, j, z) < infinity;
+    }
+    bool trusts_product (std::size_t j, double z) const
+    {
+        return size_of_bound (problem.variable, j, z) < far_bound;
+    }
 
     std::vector<double> products (std::span<const double> y) const
     {
@@ -91,6 +103,7 @@ struct Direction {
     }
     bool allows_entry (std::size_t j, double d) const { return keeps (problem.variable, j, d); }
     bool allows_product (std::size_t i, double move) const { return keeps (problem.constraint, i, move); }
+    bool trusts_product (std::size_t i, double move) const { return allows_product (i, move); }
 
     std::vector<double> products (std::span<const double> d) const { return activities (problem, d); }
     template <class Function>
@@ -135,13 +148,17 @@ static std::optional<Proof> verify (const Kind& kind, std::vector<double> ray)
     proof.products = kind.products (proof.ray);
     std::vector<double> terms;
     for (std::size_t i = 0; i < proof.products.size (); ++i) {
-        if (kind.allows_product (i, proof.products[i]))
+        if (kind.trusts_product (i, proof.products[i]))
             continue;
         if (terms.empty ())
             terms = own_terms (kind, proof.ray, proof.products.size ());
-        const double noise = std::abs (std::exchange (proof.products[i], 0));
-        if (!(noise <= noise_tolerance * terms[i]))
+        const double noise = std::abs (proof.products[i]);
+        if (!(noise <= noise_tolerance * terms[i])) {
+            if (kind.allows_product (i, proof.products[i]))
+                continue;
             return std::nullopt;
+        }
+        proof.products[i] = 0;
         proof.noise_sum += noise;
         proof.noise_share = std::max (proof.noise_share, noise / terms[i]);
     }
@@ -195,7 +212,7 @@ static std::vector<double> refined (const Kind& kind, std::vector<double> ray)
         if (!allowed && std::abs (products[i]) > far * terms[i])
             return ray;
         const bool near = std::abs (products[i]) <= near_zero * terms[i] &&
-                          !(kind.allows_product (i, 1) && kind.allows_product (i, -1));
+                          !(kind.trusts_product (i, 1) && kind.trusts_product (i, -1));
         if (terms[i] > 0 && (!allowed || near))
             weights[i] = 1 / static_cast<long double> (terms[i]);
     }

@@ -93,6 +93,8 @@ TEST (Scripted, RaysBecomeCertificatesByDefinitionOnly)
              {"a free one", "infeasible ray 1", nothing, all, 0, "min 0 0; ..0.9999999 ..; 1 1e-8 in 1.."},
              {"noise there", "infeasible ray 1 0.3333333333", infeasible, 1, 0,
               "min 0 0; 0..1 ..; 1 1 in 3..; 0 -3 in 0.."},
+             {"noise at a bound far away", "infeasible ray 0.3333333333333333 -1", infeasible, 1, 0,
+              "min 1; -1e30..1e30; 3 in 16..; 1 in ..3"},
              {"noise at a row", "infeasible ray 1 -1e-13", infeasible, 1, 0,
               "min 0; 0..1; 1 in 3..; 1 in 0.."},
              {"more than noise there", "infeasible ray 1 0.3", nothing, all, 0,
