@@ -1,5 +1,6 @@
 #include "kalvo/report/analysis.h"
 
+#include "kalvo/engines/engine.h"
 #include "kalvo/model/describe.h"
 
 #include <algorithm>
@@ -44,12 +45,9 @@ struct Analysis {
     std::int32_t binaries = 0;
     std::int64_t zeros = 0, tiny = 0, huge = 0;
     Magnitudes matrix, cost;
+    Limits limits = engines ().front ()->limits ();
 };
 
-// Beyond these magnitudes an optimiser drops, or can't take, an entry of the matrix.
-constexpr double tiny_entry = 1e-9;
-constexpr double huge_entry = 1e15;
-constexpr double infinite_bound = 1e20;
 constexpr double wide_ratio = 1e9;
 
 static BoundKinds look_at (const Bounds& bounds, double tolerance)
@@ -76,8 +74,8 @@ static void look_at (Column column, std::vector<std::int32_t>& row_lengths, Anal
         const double magnitude = std::abs (value);
         analysis.matrix.add (magnitude);
         analysis.zeros += magnitude == 0;
-        analysis.tiny += magnitude > 0 && magnitude <= tiny_entry;
-        analysis.huge += magnitude >= huge_entry;
+        analysis.tiny += magnitude > 0 && magnitude <= analysis.limits.smallest_entry;
+        analysis.huge += magnitude >= analysis.limits.largest_entry;
     }
 }
 
@@ -191,16 +189,19 @@ static void print_warnings (Page& page, const Problem& problem, const Analysis& 
     ratio ("magnitudes of costs", analysis.cost);
     ratio ("magnitudes of constraint bounds", analysis.constraint.magnitudes);
     ratio ("magnitudes of variable bounds", analysis.variable.magnitudes);
+    const Limits& limits = analysis.limits;
     if (analysis.tiny > 0)
-        page.line (text ("Warning: ", analysis.tiny,
-                         " matrix entries of at most 1e-9; an optimiser may not tell them from 0."));
+        page.line (text ("Warning: ", analysis.tiny, " matrix entries of at most ", limits.smallest_entry,
+                         "; the optimiser takes them as 0."));
     if (analysis.huge > 0)
-        page.line (text ("Warning: ", analysis.huge, " matrix entries of 1e15 and more can't be handled."));
+        page.line (text ("Warning: ", analysis.huge, " matrix entries of ", limits.largest_entry,
+                         " and more can't be handled."));
     if (std::max (analysis.constraint.magnitudes.largest, analysis.variable.magnitudes.largest) >=
-        infinite_bound)
-        page.line ("Warning: bounds of 1e20 and more are taken as infinite by optimisers.");
-    if (analysis.cost.largest >= infinite_bound)
-        page.line ("Warning: costs of 1e20 and more can't be handled.");
+        limits.infinite_bound)
+        page.line (text ("Warning: bounds of ", limits.infinite_bound,
+                         " and more are taken as infinite by the optimiser."));
+    if (analysis.cost.largest >= limits.infinite_cost)
+        page.line (text ("Warning: costs of ", limits.infinite_cost, " and more can't be handled."));
     if (analysis.zeros > 0)
         page.line (text ("Note: ", analysis.zeros, " matrix entries are 0."));
     if (analysis.constraint.crossed > 0)

@@ -46,12 +46,12 @@ TEST (Analysis, WarnsOfWhatLooksBad)
 {
     for (const auto& [problem, warning] :
          {std::pair{"min 1 1; 0..1 0..1; 1e10 1 in 1..", "Warning: magnitudes in the matrix differ"},
-          {"min 1; 0..1; -1e-9 in 1..", "Warning: 1 matrix entries of at most 1e-9"},
-          {"min 1; 0..1; 1e15 in 1..", "Warning: 1 matrix entries of 1e15 and more"},
+          {"min 1; 0..1; -1e-12 in 1..", "Warning: 1 matrix entries of at most 1e-12"},
+          {"min 1; 0..1; 1e15 in 1..", "Warning: 1 matrix entries of 1e+15 and more"},
           {"min 2 1e-9; 0..1 0..1; 1 1 in 1..", "Warning: magnitudes of costs"},
-          {"min -1e20; 0..1; 1 in 1..", "Warning: costs of 1e20 and more"},
+          {"min -1e20; 0..1; 1 in 1..", "Warning: costs of 1e+20 and more"},
           {"min 1; 1e-7..500; 1 in 1..", "Warning: magnitudes of variable bounds"},
-          {"min 1; 0..1; 1 in ..1e20", "Warning: bounds of 1e20 and more"},
+          {"min 1; 0..1; 1 in ..1e20", "Warning: bounds of 1e+20 and more"},
           {"min 1 1; 0..1 1..0; 1 1 in 1..",
            "Warning: 1 variables have crossed bounds, the first is variable 2 ("},
           {"min 1; 0..1; 1 in 1..0",

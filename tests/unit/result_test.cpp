@@ -52,6 +52,7 @@ TEST_F (Result, HasAPlaceForEachAnalysis)
         const char *command, *prob, *fields;
     } cases[] = {{"minimize", "(a=1, blx=0, c=1, duasen=[], prisen=[])", "sol prisen duasen "},
                  {"min prob", "(a=1, duasen=[])", "duasen prob "},
+                 {"minimize read(" KALVO_TEST_DATA "/lp/afiro.mps)", "(a=1, duasen=[])", "sol prob "},
                  {"prob", "(a=1, prisen=[], c='x')", "prob "}};
     for (const auto& c : cases)
         EXPECT_EQ (names_of (ask (std::string ("echo(0) ") + c.command, {c.prob})[1]),
