@@ -6,6 +6,7 @@
 #include "kalvo/tables/phases.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace klv {
@@ -61,9 +62,12 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
     }
     if (slot == KLV_SOL_INT) {
         const Information& information = task.information;
-        say (formatted ("  objective %.10e, bound %.10e, gap %.2f%% (the bound is the optimiser's word)",
-                        solution.primal_objective, information.get (RealItem::mip_bound),
-                        100 * information.get (RealItem::mip_relative_gap)));
+        const double bound = information.get (RealItem::mip_bound);
+        say (std::isfinite (bound)
+                 ? formatted (
+                       "  objective %.10e, bound %.10e, gap %.2f%% (the bound is the optimiser's word)",
+                       solution.primal_objective, bound, 100 * information.get (RealItem::mip_relative_gap))
+                 : formatted ("  objective %.10e, no bound", solution.primal_objective));
     } else
         say (formatted ("  primal objective %.10e, dual objective %.10e", solution.primal_objective,
                         solution.dual_objective));

@@ -170,7 +170,10 @@ void Session::take_point (bool integers, Claims& claims) const
                             claims.reduced_cost.empty () ? nullptr : claims.reduced_cost.data (), nullptr,
                             claims.y.empty () ? nullptr : claims.y.data ()) == kHighsStatusOk;
     const bool zeros = std::ranges::all_of (claims.x, [] (double value) { return value == 0; });
-    if (!found || (status == kHighsSolutionStatusNone && zeros))
+    const bool untouched = !integers &&
+                           info ("simplex_iteration_count") + info ("ipm_iteration_count") == 0 &&
+                           status != kHighsSolutionStatusFeasible;
+    if (!found || (zeros && (status == kHighsSolutionStatusNone || untouched)))
         claims.x = claims.y = claims.reduced_cost = {};
 }
 

@@ -230,7 +230,7 @@ void Options::set_limits ()
     if (integers ()) {
         limit ("mip_max_nodes", IntSetting::node_limit, 0);
         limit ("mip_max_improving_sols", IntSetting::solution_limit, 1);
-    } else {
+    } else if (job_.goal == Goal::optimise) {
         limit ("simplex_iteration_limit", IntSetting::simplex_iteration_limit, 0);
         const std::int32_t interior = settings.get (IntSetting::interior_iteration_limit);
         set ("ipm_iteration_limit", HighsInt{interior >= 0 ? interior : most_interior_iterations});
