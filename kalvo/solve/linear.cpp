@@ -289,9 +289,19 @@ Found solve_linear (Attempts& attempts, const Solutions& earlier)
     const bool answered = (found.interior && found.interior->answer.conclusive) || last->answer.conclusive;
     if (answered || attempts.settles (last->answer))
         return found;
-    if (std::optional<Point> claimed = find_plain_ray (attempts.problem ()))
-        if (Answer answer = attempts.judge (std::move (*claimed)); answer.conclusive)
+    // What optimisers come to no end with may have a plain ray, or their last multipliers may be one.
+    std::vector<Point> rays;
+    if (std::optional<Point> plain = find_plain_ray (attempts.problem ()))
+        rays.push_back (std::move (*plain));
+    if (last->answer.solution) {
+        rays.push_back ({.outcome = Outcome::infeasible, .dual_ray = last->answer.solution->y});
+        rays.push_back ({.outcome = Outcome::unbounded, .primal_ray = last->answer.solution->xx});
+    }
+    for (Point& ray : rays)
+        if (Answer answer = attempts.judge (std::move (ray)); answer.conclusive) {
             last->answer = std::move (answer);
+            break;
+        }
     return found;
 }
 

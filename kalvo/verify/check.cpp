@@ -129,6 +129,8 @@ Answer Check::check_continuous (Point&& claimed) const
         return answer;
     judge (tolerances_, solution);
     answer.conclusive = solution.solution_status == KLV_SOLSTA_OPTIMAL;
+    if (answer.conclusive)
+        answer.outcome = Outcome::optimal;    // also where the engine was unsure of it, or ended just then
     answer.solution = std::move (solution);
     return answer;
 }
