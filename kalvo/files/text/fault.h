@@ -2,7 +2,7 @@
 // turn it into the task's last error.
 #pragma once
 
-#include "kalvo.h"
+#include "kalvo/include/kalvo.h"
 
 #include <cstdint>
 #include <string>
