@@ -12,7 +12,7 @@
 
 namespace klv {
 
-// From a given basis simplex mostly needs less time than this.
+// Seconds: with a given basis simplex mostly ends sooner.
 constexpr double head_start = 0.1;
 
 class LinearPlan {
@@ -57,7 +57,7 @@ bool LinearPlan::is_automatic () const
     return asks (KLV_OPTIMIZER_AUTOMATIC) || asks (KLV_OPTIMIZER_MIXED_INTEGER);
 }
 
-// An objective limit is known to simplex only.
+// Interior-point methods know no objective limit.
 bool LinearPlan::may_race () const
 {
     return is_automatic () && attempts_.threads_to_be_had () > 1 &&
@@ -78,7 +78,7 @@ std::string LinearPlan::why (const Start* start) const
 
 // ---- A basic solution --------------------------------------------------------------------------------------------------
 
-// What a solution that the task held is worth for the problem as it is now.
+// Checks an earlier solution on the problem as it is now.
 std::optional<Answer> LinearPlan::again (KLVsoltype which)
 {
     std::optional<Point> claim = claim_again (earlier_[which]);
@@ -97,17 +97,18 @@ Method LinearPlan::method_from (const Start& start)
     return feasible ? Method::primal_simplex : method;
 }
 
-// Both at once, or interior point after a delay: the first answer that settles the problem wins, nobody waits for the other.
+// Runs simplex and interior point side by side, the latter after a delay. The first answer that settles the problem wins; the
+// other run is not waited for.
 Tried LinearPlan::race (Method simplex, const std::shared_ptr<const Start>& start, double delay)
 {
     attempts_.start ({simplex}, start, why (start.get ()));
     std::optional<Tried> first = delay > 0 ? attempts_.next (delay) : std::nullopt;
-    if (!first) {    // it is still at it
+    if (!first) {    // simplex is still running
         try {
             attempts_.start ({Method::crossover}, nullptr, "the first answer that holds wins");
             tried_.push_back ({Method::crossover});
             attempts_.task ().information.set (IntItem::race, 1);
-        } catch (const std::system_error&) {    // no thread to be had: it goes on alone
+        } catch (const std::system_error&) {    // no thread can be started: simplex goes on alone
         }
         first = attempts_.next ();
     }
@@ -118,7 +119,7 @@ Tried LinearPlan::race (Method simplex, const std::shared_ptr<const Start>& star
     return std::move (*best);
 }
 
-// What a start does to an optimiser is not known: an answer that it leads to counts only when it settles the problem.
+// A bad start can mislead an optimiser: an answer from a start counts only when it settles the problem.
 std::optional<Tried> LinearPlan::from_start ()
 {
     const std::shared_ptr<const Start> start = find_start (earlier_, false);
@@ -183,7 +184,7 @@ void LinearPlan::climb_down (Tried& best)
 
 // ---- An interior solution ----------------------------------------------------------------------------------------------
 
-// Takes answers while runs are under way. A certificate ends them all: it is the answer of every slot.
+// Takes answers while runs are under way. A certificate ends all runs: it is the answer of every slot.
 void LinearPlan::gather_interior (Found& found)
 {
     while (attempts_.under_way ()) {
@@ -196,8 +197,8 @@ void LinearPlan::gather_interior (Found& found)
     }
 }
 
-// The interior solution is that of a run without crossover; the basic one comes from a run with it, beside the first where there
-// is a thread for it.
+// The interior solution comes from a run without crossover, the basic one from a run with crossover: beside the first run where
+// there is a second thread, else after it.
 Found LinearPlan::interior ()
 {
     Found found;

@@ -136,8 +136,7 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");
 static constexpr auto int_names = reserved_names<KLV_INTEGER_INFORMATION> ("KLV_IINF_RESERVED_");
 
-// A live row that does not stand at its item's place, an item without a row, or a name that occurs twice does
-// not compile.
+// A live row that is not at its item's place, an item without a row, and a name that occurs twice do not compile.
 template <std::size_t count, class Item, std::size_t live>
 static consteval auto fill (const std::array<LiveItem<Item>, live>& live_rows,
                             const ReservedNames<count>& names)

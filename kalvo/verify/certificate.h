@@ -1,5 +1,5 @@
-// Certificates: proofs that no point is feasible, or that the objective improves for ever. A ray becomes a
-// certificate only after it was verified by definition on the problem as stated.
+// Certificates: proofs that no point is feasible, or that the objective improves for ever. A ray is a certificate once its
+// definition was verified on the problem as stated.
 #pragma once
 
 #include "kalvo/model/problem.h"
