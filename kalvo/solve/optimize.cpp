@@ -156,7 +156,7 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     return code;
 }
 
-// ---- Answers of plans ------------------------------------------------------------------------------------------------------------
+// ---- Answers of plans ----------------------------------------------------------------------------------------------------------
 
 // The slots that an optimum fills. The automatic optimiser fills both, whichever method wins, unless no basis is asked for.
 std::vector<KLVsoltype> Optimization::slots () const
