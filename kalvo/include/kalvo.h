@@ -385,8 +385,8 @@ KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
 // Makes room for entries of the constraint matrix; a hint that is never needed.
 KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
-/* Operations of this section, which are called very often, ask the progress callback now and then
- * (KLV_CALLER_LOAD); after an answer other than 0 they change nothing and return KLV_RES_USER_STOP. */
+/* Operations on variables and constraints ask the progress callback now and then (KLV_CALLER_LOAD); after an
+ * answer other than 0 they change nothing and return KLV_RES_USER_STOP. */
 
 /* Replaces column j of the constraint matrix: count entries, rows in any order, each row at most once, values
  * finite. Zeros are kept as entries. */
