@@ -1,8 +1,7 @@
 // The one interface between the library and the engines that solve.
 //
-// An engine sees only what it is given: an immutable form that it shares with other runs and may outlive its task with,
-// settings, a stop flag and a place for events. What it returns are claims: nothing of them is believed before it was
-// checked on the problem as stated.
+// An engine sees nothing but an immutable form, settings, a stop flag and a place for events. Runs share the form, and a run may
+// outlive the task. An engine's answers are claims: none is believed before it was checked on the problem as stated.
 #pragma once
 
 #include "kalvo/engines/events.h"
@@ -21,7 +20,7 @@ namespace klv {
 
 enum class Goal {
     optimise,
-    prove,    // that the form is infeasible or unbounded, by a ray: types and presolve are left aside
+    prove,    // find a ray of a form that is infeasible or unbounded: columns are continuous, nothing is presolved
 };
 
 // What a run may use up.
@@ -36,9 +35,9 @@ struct Job {
     std::shared_ptr<const Parameters> settings;
     Goal goal = Goal::optimise;
     Method method = Method::dual_simplex;
-    bool reformulate = true;    // false: no presolve, no scaling, whatever the settings say
+    bool reformulate = true;    // false: no presolve and no scaling, whatever the settings say
     Budget budget = {};
-    std::shared_ptr<const Start> start = {};    // not for an interior-point method; or null
+    std::shared_ptr<const Start> start = {};    // null: none; interior-point methods ignore it
 };
 
 // Whether a simplex run may use more than one thread.
@@ -49,7 +48,7 @@ inline bool is_parallel_simplex (const Parameters& settings, Method method)
 
 using StopFlag = std::atomic<bool>;
 
-// One object of an engine for as many jobs on one form as come. It is made, used and destroyed on one thread.
+// One object of an engine, for any number of jobs on one form. A session is made, used and destroyed on one thread.
 class Session {
 public:
     Session () = default;
@@ -57,7 +56,7 @@ public:
     Session& operator= (const Session&) = delete;
     virtual ~Session () = default;
 
-    // May throw, may never return. A proof comes as a ray.
+    // May throw, and may never return. Infeasible and unbounded forms are proved by a ray in the claims.
     virtual Claims run (const Job& job, const StopFlag& stop, Events& events) = 0;
 };
 
@@ -66,9 +65,9 @@ public:
     virtual ~Engine () = default;
     virtual const char* name () const = 0;
     virtual Limits limits () const = 0;
-    // An empty text, or why the engine does not take this job. Nothing was allocated for it.
+    // Why the engine does not take such a job, or an empty text. Asked before anything is allocated for the job.
     virtual std::string refuses (const Form& form, Method method, const Budget& budget) const = 0;
-    // Makes the engine ready, once; an empty text, or why it can't be used.
+    // Makes the engine ready, once. Why it can't be used, or an empty text.
     virtual std::string load () = 0;
     virtual std::unique_ptr<Session> begin (std::shared_ptr<const Form> form) = 0;
 };
@@ -76,7 +75,7 @@ public:
 // Engines in order of preference. Tests put engines of their own in front.
 std::vector<std::shared_ptr<Engine>>& engines ();
 
-// Runs a job. An answer of infeasible or unbounded that comes without its ray is proved by a second one in the same session.
+// Runs a job; when it ends as infeasible or unbounded without a ray, a second job in the same session looks for the ray.
 Claims run_with_proof (Session& session, const Job& job, const StopFlag& stop, Events& events);
 
 }

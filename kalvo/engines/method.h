@@ -8,14 +8,15 @@
 
 namespace klv {
 
-// All but the last take every variable as continuous. A crossover is the interior-point method with a basic solution at its end.
+// All methods but mixed_integer take every variable as continuous. `crossover` is the interior-point method followed by the
+// search for a basic solution.
 enum class Method { primal_simplex, dual_simplex, interior_point, crossover, mixed_integer };
 
 struct MethodRow {
     const char* name;
     std::uint32_t phase;       // KLVcallercode
     std::int32_t optimizer;    // KLVoptimizer
-    IntSetting log;            // whether its progress is shown
+    IntSetting log;            // whether progress lines are printed
 };
 
 constexpr MethodRow method_rows[] = {

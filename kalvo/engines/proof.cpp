@@ -11,7 +11,7 @@ static bool lacks_ray (const Claims& claims)
            claims.outcome == Outcome::infeasible_or_unbounded;
 }
 
-// Of an integer problem the proof is of its relaxation, and one that is unbounded says nothing of a search that found no point.
+// A ray belongs to the relaxation of an integer problem: where a search found no point, an unbounded relaxation proves nothing.
 static void add_to_search (Claims&& proof, Claims& search)
 {
     const bool says_more = proof.outcome == Outcome::infeasible ||
@@ -38,7 +38,7 @@ Claims run_with_proof (Session& session, const Job& job, const StopFlag& stop, E
         add_to_search (std::move (proof), claims);
         return claims;
     }
-    // Where the first answer was wrong, or this run was stopped, what came last is what there is.
+    // The second run's outcome counts even when it contradicts the first one's, or was stopped.
     proof.simplex_iterations = claims.simplex_iterations;
     proof.interior_iterations = claims.interior_iterations;
     proof.crossover_iterations = claims.crossover_iterations;

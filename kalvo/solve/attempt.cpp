@@ -189,7 +189,7 @@ std::optional<Tried> Attempts::give_up_one ()
 
 std::optional<Tried> Attempts::next (double seconds)
 {
-    for (double left = seconds; under_way (); left -= between_looks) {
+    for (double left = seconds; under_way () > 0; left -= between_looks) {
         if (std::optional<Runs::Ended> ended = runs_.wait (std::min (left, between_looks)))
             return take (std::move (*ended));
         if (std::optional<Tried> idle = give_up_one ())

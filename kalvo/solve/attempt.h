@@ -42,7 +42,7 @@ public:
     std::optional<Tried> next (double seconds = infinity);
 
     Tried run (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);
-    bool under_way () const { return !running_.empty (); }
+    std::size_t under_way () const { return running_.size (); }
     void drop_all ();
 
     // Whether no further attempt is to be made after this answer.

@@ -15,6 +15,10 @@ namespace klv {
 // Seconds: with a given basis simplex mostly ends sooner.
 constexpr double head_start = 0.1;
 
+// From a point the engine may make an almost singular basis, with which simplex never ends: its time is limited by the number of
+// entries, rows and columns.
+constexpr double seconds_an_item = 1e-5;
+
 class LinearPlan {
 public:
     LinearPlan (Attempts& attempts, const Solutions& earlier) : attempts_ (attempts), earlier_ (earlier) {}
@@ -27,12 +31,17 @@ private:
     bool is_automatic () const;
     bool wants_interior () const { return asks (KLV_OPTIMIZER_INTERIOR_POINT) || asks (KLV_OPTIMIZER_CONIC); }
     bool may_race () const;
+    double patience_with_point () const
+    {
+        return head_start + seconds_an_item * static_cast<double> (attempts_.size ());
+    }
     std::string why (const Start* start) const;
 
     Method method_from (const Start& start);
     std::optional<Answer> again (KLVsoltype which);
     std::optional<Tried> from_start ();
     Tried cold ();
+    void join (const std::string& why);
     Tried race (Method simplex, const std::shared_ptr<const Start>& start, double delay);
     Tried basic ();
     void climb_down (Tried& best);
@@ -97,23 +106,28 @@ Method LinearPlan::method_from (const Start& start)
     return feasible ? Method::primal_simplex : method;
 }
 
-// Runs simplex and interior point side by side, the latter after a delay. The first answer that settles the problem wins; the
-// other run is not waited for.
+// Begins a crossover beside the run that is under way, which goes on alone when no thread can be started.
+void LinearPlan::join (const std::string& why)
+{
+    try {
+        attempts_.start ({Method::crossover}, nullptr, why);
+        tried_.push_back ({Method::crossover});
+    } catch (const std::system_error&) {
+    }
+}
+
+// Runs simplex and interior point side by side, the latter after a delay. The first conclusive answer wins; the other run is not
+// waited for.
 Tried LinearPlan::race (Method simplex, const std::shared_ptr<const Start>& start, double delay)
 {
     attempts_.start ({simplex}, start, why (start.get ()));
-    std::optional<Tried> first = delay > 0 ? attempts_.next (delay) : std::nullopt;
-    if (!first) {    // simplex is still running
-        try {
-            attempts_.start ({Method::crossover}, nullptr, "the first answer that holds wins");
-            tried_.push_back ({Method::crossover});
-            attempts_.task ().information.set (IntItem::race, 1);
-        } catch (const std::system_error&) {    // no thread can be started: simplex goes on alone
-        }
-        first = attempts_.next ();
+    std::optional<Tried> best = delay > 0 ? attempts_.next (delay) : std::nullopt;
+    if (!best) {
+        join ("the first answer that holds wins");
+        attempts_.task ().information.set (IntItem::race, attempts_.under_way () > 1);
+        best = attempts_.next ();
     }
-    std::optional<Tried> best = std::move (first);
-    while (attempts_.under_way () && !attempts_.settles (best->answer))
+    while (attempts_.under_way () > 0 && !best->answer.conclusive)
         keep_better (best, std::move (*attempts_.next ()));
     attempts_.drop_all ();
     return std::move (*best);
@@ -128,13 +142,19 @@ std::optional<Tried> LinearPlan::from_start ()
     Information& information = attempts_.task ().information;
     information.set (IntItem::start, start->column_key.empty () ? 2 : 1);
     const Method method = method_from (*start);
-    const double delay = std::max (attempts_.settings ().get (RealSetting::race_delay), head_start);
-    Tried tried = may_race () ? race (method, start, delay)
-                              : attempts_.run ({method}, start,
-                                               method == Method::primal_simplex && is_automatic ()
-                                                   ? "automatic: the given basis is feasible, but not optimal"
-                                                   : why (start.get ()));
-    if (attempts_.settles (tried.answer))
+    std::optional<Tried> tried;
+    if (may_race ())
+        tried =
+            race (method, start, std::max (attempts_.settings ().get (RealSetting::race_delay), head_start));
+    else {
+        attempts_.start ({method}, start,
+                         method == Method::primal_simplex && is_automatic ()
+                             ? "automatic: the given basis is feasible, but not optimal"
+                             : why (start.get ()));
+        tried = attempts_.next (start->column_key.empty () ? patience_with_point () : infinity);
+        attempts_.drop_all ();
+    }
+    if (tried && attempts_.settles (tried->answer))
         return tried;
     attempts_.task ().warn (
         "From the solution that was given no answer was found that passes the check; trying without it.");
@@ -187,7 +207,7 @@ void LinearPlan::climb_down (Tried& best)
 // Takes answers while runs are under way. A certificate ends all runs: it is the answer of every slot.
 void LinearPlan::gather_interior (Found& found)
 {
-    while (attempts_.under_way ()) {
+    while (attempts_.under_way () > 0) {
         Tried tried = std::move (*attempts_.next ());
         const bool ends = is_certificate (tried.answer) || attempts_.stopped ();
         keep_better (tried.attempt.method == Method::interior_point ? found.interior : found.basic,
@@ -211,10 +231,8 @@ Found LinearPlan::interior ()
         found.interior = Tried{first, std::move (*earlier)};
     } else {
         attempts_.start (first, nullptr, why (nullptr));
-        if (wants_basis && attempts_.threads_to_be_had () > 1) {
-            attempts_.start ({Method::crossover}, nullptr, "for a basic solution");
-            tried_.push_back ({Method::crossover});
-        }
+        if (wants_basis && attempts_.threads_to_be_had () > 1)
+            join ("for a basic solution");
         gather_interior (found);
     }
     // A certificate, a limit or a stop leaves nothing to do for either solution.

@@ -144,8 +144,8 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {41, "KLV_IPAR_MIP_ZI_ROUND", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::zi_round,
      "Heuristic: shifts values within their slack until they are whole."},
     {42, "KLV_IPAR_MIP_SHIFTING", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::shifting,
-     "Heuristic: rounds variables one by one, mending violated constraints on the way."},
-    {43, "KLV_IPAR_RACE_SIZE", 10'000, 0, most, Group::none, IntSetting::race_size,
+     "Heuristic: rounds one by one, mending rows on the way."},
+    {43, "KLV_IPAR_RACE_SIZE", 5000, 0, most, Group::none, IntSetting::race_size,
      "Entries, rows and columns from which the automatic optimiser lets interior point run beside simplex."},
 });
 

@@ -162,14 +162,14 @@ private:
         return sum;
     }
 
-    // `times` by value: it may be an entry of `from`.
-    static void subtract (Numbers& from, Number times, const Numbers& row)
+    static void subtract (Numbers& from, const Number& times, const Numbers& row)
     {
         if (times == 0)
             return;
+        const Number factor = -times;    // `times` may be an entry of `from`
         for (std::size_t k = 0; k < row.size (); ++k)
             if (row[k] != 0)
-                from[k] -= times * row[k];
+                from[k] += factor * row[k];
     }
     void pivot (std::size_t row, std::size_t column)
     {

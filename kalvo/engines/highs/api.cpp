@@ -18,8 +18,8 @@ constexpr const char* library_file = "libhighs.so";
 constexpr const char* extras_file = "libhighs_extras.so";
 constexpr const char* no_memory = "there is not enough memory for the engine";
 
-// A copy of our own, whatever other copies the process has loaded: by its full path, with symbols that neither see the
-// others nor are seen by them. Sanitizers intercept too much for DEEPBIND.
+// Other copies of the engine's library may be loaded: LOCAL and DEEPBIND keep their symbols and ours apart. Sanitizers do not
+// work with DEEPBIND.
 #ifdef KALVO_SANITIZED
 constexpr int load_flags = RTLD_NOW | RTLD_LOCAL;
 #else
@@ -28,8 +28,8 @@ constexpr int load_flags = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
 
 static Api table;
 
-// The folder of the file that holds this code: the engine's files lie beside it. A program's own name says nothing of its
-// place.
+// The folder of the file that holds this code, where the engine's files lie too. In the main program the dynamic linker gives
+// no file name.
 static std::string own_folder ()
 {
     Dl_info info{};
@@ -54,8 +54,8 @@ static bool find (void* library, const char* name, Function& function)
     return function != nullptr;
 }
 
-// The library takes hold of its extras when it is first asked for what they do, and lets go of them at the end of the process,
-// also while a run is in the midst of them: who waits for runs at that end is to register after this.
+// Makes the library load its extras. It unloads them by an exit handler, even under a run that uses them. Exit handlers run in
+// reverse order: a handler that waits for runs must be registered after this.
 static bool take_hold_of_extras (const Api& found)
 {
     void* const handle = found.create ();
@@ -67,8 +67,7 @@ static bool take_hold_of_extras (const Api& found)
     return true;
 }
 
-// While the extras are loaded, which the library does by itself, their linear algebra takes so much address space a processor;
-// where there is none it tries for ever.
+// The extras' linear algebra takes this much address space for each processor when it is loaded; without it, it retries for ever.
 static bool has_space_for_extras ()
 {
     constexpr std::size_t space = std::size_t{136} << 20;
@@ -87,8 +86,8 @@ static std::string load_once ()
     std::error_code ignored;
     if (std::filesystem::exists (text (folder, "/", extras_file), ignored) && !has_space_for_extras ())
         return no_memory;
-    // The library looks for its extras by name wherever the system does: it is to find this copy, loaded before it. Without
-    // extras it lacks one interior-point method.
+    // The library opens its extras by name on the system's search path: a copy that is already loaded is what it then gets.
+    // Without extras it lacks one interior-point method.
     dlopen (text (folder, "/", extras_file).c_str (), load_flags);
     void* const library = dlopen (text (folder, "/", library_file).c_str (), load_flags);
     if (library == nullptr)

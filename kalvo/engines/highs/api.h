@@ -38,10 +38,10 @@ struct Api {
 };
 // NOLINTEND(readability-identifier-naming)
 
-// Loads the library, once and for good. An empty text, or what is wrong; the next call then tries again.
+// Loads the library, once and for good. What went wrong, or an empty text; after a failure the next call tries again.
 std::string load_api ();
 
-// Only after load_api succeeded.
+// The loaded functions; only after load_api succeeded.
 const Api& api ();
 
 }

@@ -45,10 +45,10 @@ private:
     const LinearForm& form_;
     void* handle_;
     bool passed_ = false;
-    Search search_;    // of the last integer search: its proof tells it on
+    Search search_;    // figures of the last integer search, which the proof of its answer goes on reporting
 };
 
-// ---- In -----------------------------------------------------------------------------------------------------------------------
+// ---- Passing the problem -----------------------------------------------------------------------------------------------------------------------
 
 bool Session::pass_problem (bool integers)
 {
@@ -65,7 +65,7 @@ bool Session::pass_problem (bool integers)
                              types.empty () ? nullptr : types.data ()) != kHighsStatusError;
 }
 
-// Nonbasic items find their place by themselves where the key does not say it.
+// The engine itself chooses a bound for an item that is nonbasic without saying where.
 static std::vector<HighsInt> statuses_from (const std::vector<std::int32_t>& keys)
 {
     std::vector<HighsInt> statuses (keys.size ());
@@ -78,7 +78,7 @@ static std::vector<HighsInt> statuses_from (const std::vector<std::int32_t>& key
     return statuses;
 }
 
-// The known values only: the engine would take a NaN for a value.
+// Passes known values only: the engine would take a NaN for a number.
 void Session::pass_known_values (const std::vector<double>& x)
 {
     std::vector<HighsInt> index;
@@ -91,7 +91,7 @@ void Session::pass_known_values (const std::vector<double>& x)
     api ().setSparseSolution (handle_, static_cast<HighsInt> (index.size ()), index.data (), value.data ());
 }
 
-// What the engine makes of a start, or that it refuses it, is its own affair: the answer is checked.
+// The engine may refuse a start or ignore it: the answer is checked either way.
 void Session::pass_start (const Job& job)
 {
     if (!job.start)
@@ -110,9 +110,9 @@ void Session::pass_start (const Job& job)
                             data (start.y));
 }
 
-// ---- Out ----------------------------------------------------------------------------------------------------------------------
+// ---- Taking the answer ----------------------------------------------------------------------------------------------------------------------
 
-// Counts that a run did not use are -1.
+// The engine gives -1 for a count that the run did not use.
 std::int64_t Session::info (const char* name) const
 {
     HighsInt value = 0;
@@ -138,10 +138,10 @@ Outcome Session::outcome (const Job& job, const Listener& listener) const
         return Outcome::time_limit;
     case kHighsModelStatusIterationLimit:
         return is_interior (job.method) && job.settings->get (IntSetting::interior_iteration_limit) < 0
-                   ? Outcome::unknown    // nobody asked for the limit
+                   ? Outcome::unknown    // the limit is ours (most_interior_iterations), not the user's
                    : Outcome::iteration_limit;
     case kHighsModelStatusSolutionLimit: {
-        // One status stands for the limits on nodes and on solutions.
+        // The engine has one status for the limits on nodes and on solutions.
         const std::int32_t most = job.settings->get (IntSetting::solution_limit);
         return most >= 0 && listener.solutions () >= most ? Outcome::solution_limit : Outcome::node_limit;
     }
@@ -154,7 +154,7 @@ Outcome Session::outcome (const Job& job, const Listener& listener) const
     }
 }
 
-// After a stop the engine knows nothing of its point's quality, and where it has no point it hands out zeros.
+// After a stop the engine has no status for its point, and hands out zeros where it has no point.
 void Session::take_point (bool integers, Claims& claims) const
 {
     const auto status = static_cast<HighsInt> (info ("primal_solution_status"));
@@ -200,8 +200,8 @@ void Session::take_basis (Claims& claims) const
     claims.row_key = keys_from (of_rows, form_.row_lower, form_.row_upper);
 }
 
-// The engine hands rays out after a run of dual simplex on the problem as it was passed; asked after another run it solves
-// once more, where nobody can stop it.
+// Only after dual simplex without presolve does the engine have a ray at hand; after any other run the query would solve the
+// problem anew, which cannot be stopped.
 void Session::take_ray (Claims& claims) const
 {
     HighsInt has_ray = 0;
@@ -289,7 +289,7 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
         claims.outcome = Outcome::stopped;
         return claims;
     }
-    api ().run (handle_);    // its answer adds nothing to the model status
+    api ().run (handle_);    // the code that it returns adds nothing to the model status
     claims.outcome = outcome (job, listener);
     take_figures (integers, listener, claims);
     search_ = listener.search ();

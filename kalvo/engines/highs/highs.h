@@ -9,7 +9,7 @@ namespace klv::highs {
 
 std::shared_ptr<Engine> make_engine ();
 
-// Entries of the matrix the engine drops up to its default, or as little as it can be told to.
+// The engine drops matrix entries up to this magnitude: by default, and at the smallest that it can be set to.
 constexpr double default_smallest_entry = 1e-9;
 constexpr double smallest_entry = 1e-12;
 

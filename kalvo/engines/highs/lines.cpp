@@ -6,7 +6,7 @@
 
 namespace klv::highs {
 
-// Takes numbers and words from a line, one after another; what is not there is not taken.
+// Takes numbers and words from a line, one after another. A function whose item does not come next takes nothing.
 class Words {
 public:
     explicit Words (std::string_view line) : rest_ (line) {}
@@ -21,7 +21,7 @@ public:
         rest_.remove_prefix (static_cast<std::size_t> (end - rest_.data ()));
         return true;
     }
-    // A whole number in a column that is narrow: 12345k, 12345m.
+    // A whole number, which narrow columns abbreviate: 12345k, 12345m.
     bool count (std::int64_t& value)
     {
         if (!number (value))
@@ -40,7 +40,7 @@ public:
         rest_.remove_prefix (expected.size ());
         return true;
     }
-    // Anything up to the next blank.
+    // Any text up to the next blank.
     bool any ()
     {
         skip_blanks ();
@@ -99,7 +99,7 @@ bool is_crossover_begin (std::string_view line)
     return line.starts_with ("Running crossover");
 }
 
-// "Presolve reductions: rows 163(-11); columns 141(-1); nonzeros 2256(-13)": what is left, and the difference.
+// "Presolve reductions: rows 163(-11); columns 141(-1); nonzeros 2256(-13)": sizes after presolve, and the differences.
 std::optional<Sizes> read_presolved (std::string_view line)
 {
     Words words (line);
@@ -124,8 +124,9 @@ std::optional<std::int64_t> read_integers (std::string_view line)
     return binary + others;
 }
 
-// "L 15 3 7 43.75% 3019.621849 3095 2.44% 202 20 30 41 0.1s": what found the point, if one was found; nodes, open ones, leaves,
-// part that was searched; bound, incumbent, gap; cuts, those in the relaxation, conflicts; iterations, seconds.
+// "L 15 3 7 43.75% 3019.621849 3095 2.44% 202 20 30 41 0.1s": a letter for the heuristic that found a point (or none); nodes,
+// open nodes, leaves, share of the tree searched; bound, incumbent, gap; cuts, cuts in the relaxation, conflicts; iterations,
+// seconds.
 static bool read_row (std::string_view line, Search& search)
 {
     Words words (line);

@@ -26,7 +26,7 @@ Listener::Listener (const Job& job, const StopFlag& stop, Events& events, const 
                       job.method == Method::mixed_integer ? form.integers : 0};
 }
 
-// The counts of an interior-point run come in its log only, or only not there, as its method is.
+// One interior-point method tells its iterations in callbacks only, the other in its log only.
 void Listener::called (int type, const char* message, const HighsCallbackDataOut* out,
                        HighsCallbackDataIn* in, void* listener)
 {
@@ -73,7 +73,7 @@ void Listener::end ()
     events_.progress (now_);
 }
 
-// Comes with each iteration and must cost next to nothing. The first one ends presolve.
+// Called in each iteration, so it must cost next to nothing. The first iteration ends presolve.
 void Listener::take_iterations (std::int64_t iterations)
 {
     if (now_.caller == KLV_CALLER_PRESOLVE)
@@ -112,7 +112,7 @@ void Listener::take_integer_state (const HighsCallbackDataOut& out)
 
 // ---- Lines of the log ---------------------------------------------------------------------------------------------------
 
-// A row of the table of an integer search comes right before the call that hands out its bounds.
+// HiGHS prints a row of the integer search's table right before the callback with the bounds of that moment.
 void Listener::take_row (const HighsCallbackDataOut& out)
 {
     Search& search = now_.search;

@@ -1,4 +1,4 @@
-// What HiGHS says while it runs. It calls back on the thread that runs it only.
+// Turns the callbacks and log lines of HiGHS into events. HiGHS calls back only on the thread that runs it.
 #pragma once
 
 #include "kalvo/engines/engine.h"
@@ -20,7 +20,7 @@ public:
     void begin (std::uint32_t phase);
     bool stopped () const { return stop_.load (std::memory_order_relaxed); }
     void count_nodes (std::int64_t nodes) { now_.search.nodes = nodes; }
-    void end ();    // tells what was read last
+    void end ();    // reports the last figures
     const Search& search () const { return now_.search; }
     std::int64_t solutions () const { return now_.search.solutions; }
     const std::string& last_error () const { return last_error_; }

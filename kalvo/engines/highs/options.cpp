@@ -100,10 +100,10 @@ private:
     OptionsSet result_;
 };
 
-// Where an interior-point run of the engine has not come to an end by itself, it never will.
+// An interior-point run that has not ended after this many iterations does not end by itself.
 constexpr HighsInt most_interior_iterations = 500;
 
-// A problem of fewer entries, rows and columns is solved by a simplex method in the time that it takes to reduce it.
+// Entries, rows and columns. Simplex solves a smaller problem in the time that presolve would take.
 constexpr std::size_t worth_presolving = 3000;
 
 bool is_presolved (const Job& job)
@@ -139,7 +139,7 @@ void Options::set_method ()
         set ("solver", "ipx");
         if (settings.get (IntSetting::interior_method) != KLV_INTPNT_METHOD_FACTORIZATION)
             break;
-        // Refused where the library's extras are missing.
+        // The engine refuses this value when the file of its extras is missing.
         if (api ().setStringOptionValue (handle_, "solver", "hipo") == kHighsStatusOk)
             result_.interior_method = KLV_INTPNT_METHOD_FACTORIZATION;
         else
@@ -153,7 +153,7 @@ void Options::set_method ()
     }
 }
 
-// Only what differs from the default: an option is found by comparing all names.
+// Passes only what differs from the default: the engine finds an option by comparing names one after another.
 void Options::set_plain_options ()
 {
     const Parameters& settings = *job_.settings;
@@ -188,9 +188,9 @@ void Options::set_all ()
     const std::int32_t scaling = settings.get (IntSetting::scaling);
     if (!job_.reformulate || scaling != KLV_SCALING_AUTOMATIC)
         set ("simplex_scale_strategy", HighsInt{job_.reformulate ? scaling : KLV_SCALING_OFF});
-    const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;    // ours start with "choose"
+    const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;    // the engine's "choose" is -1, ours is 0
     set ("simplex_dual_edge_weight_strategy", pricing);
-    // Its exact weights for the primal method print lines of their own on the process's standard output.
+    // With exact steepest-edge weights the engine's primal method prints on the process's standard output.
     set ("simplex_primal_edge_weight_strategy", std::min (pricing, HighsInt{KLV_PRICING_DEVEX - 1}));
 
     set ("threads", HighsInt{job_.budget.threads});
@@ -198,7 +198,8 @@ void Options::set_all ()
     if (form ().smallest_entry <= default_smallest_entry)
         set ("small_matrix_value", smallest_entry);
 
-    // The engine's tolerances are absolute and on the scaled problem: it is asked for more than is checked.
+    // The engine's tolerances are absolute and hold for the scaled problem: asking for finer ones than the check's makes up
+    // for that.
     const auto finer = [] (double tolerance, double factor) {
         return std::clamp (factor * tolerance, 1e-10, 1e-2);
     };
@@ -234,7 +235,7 @@ void Options::set_limits ()
         const std::int32_t interior = settings.get (IntSetting::interior_iteration_limit);
         set ("ipm_iteration_limit", HighsInt{interior >= 0 ? interior : most_interior_iterations});
     }
-    // A worsening dual objective that passes the bound, or an integer point that reaches the target.
+    // Simplex ends when the dual objective passes the bound, the integer search when a point reaches the target.
     if (const double objective = settings.get (RealSetting::objective_limit); std::isfinite (objective))
         set (integers () ? "objective_target" : "objective_bound", form ().sign * objective);
 }

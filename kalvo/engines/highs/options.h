@@ -7,13 +7,13 @@
 
 namespace klv::highs {
 
-// Whether the engine presolves: never from a start of a continuous problem, and tiny ones only if it is asked for.
+// Whether the engine presolves. A continuous problem with a start is never presolved, a tiny one only on request.
 bool is_presolved (const Job& job);
 
 struct OptionsSet {
-    bool refused = false;    // by the engine: it must not run
-    std::string warning;     // what a user who asked for something else should know; else empty
-    std::int32_t interior_method = KLV_INTPNT_METHOD_AUTOMATIC;    // of an interior-point run: which it is
+    bool refused = false;    // the engine refused an option: it must not run
+    std::string warning;     // tells the user of a method that was replaced; else empty
+    std::int32_t interior_method = KLV_INTPNT_METHOD_AUTOMATIC;    // that an interior-point run uses
 };
 OptionsSet set_options (void* handle, const Job& job);
 
