@@ -31,8 +31,13 @@ static bool is_certificate (const Solution& solution)
 static std::string residuals (const Solution& solution, std::size_t slot)
 {
     const Violations& found = solution.violations;
-    if (is_certificate (solution))
-        return formatted ("  the certificate holds within %.1e", std::max (found.primal, found.dual));
+    if (is_certificate (solution)) {
+        const double noise = std::max (found.primal_absolute, found.dual_absolute);
+        return noise == 0
+                   ? "  the certificate is exact"
+                   : formatted ("  the certificate is exact but for rounding: it reaches as far as %.1e",
+                                1 / noise);
+    }
     if (slot == KLV_SOL_INT)
         return formatted ("  checked: primal violation %.1e, distance from whole numbers %.1e", found.primal,
                           found.integer);

@@ -89,8 +89,6 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      Group::file_format, IntSetting::file_format, "The format of problem files."},
     {17, "KLV_IPAR_WARM_START", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::warm_start,
      "Whether an optimisation starts from the solutions that the task holds."},
-    {18, "KLV_IPAR_PRESOLVE_REDUCTION_LIMIT", -1, -1, most, Group::none, IntSetting::presolve_reduction_limit,
-     "Reductions that presolve may make; -1: no limit."},
     {19, "KLV_IPAR_PRESOLVE_FILL_LIMIT", 10, 0, most, Group::none, IntSetting::presolve_fill_limit,
      "Entries that presolve may add to the matrix by eliminating one variable."},
     {20, "KLV_IPAR_SCALING_LIMIT", 20, 0, 30, Group::none, IntSetting::scaling_limit,
@@ -144,7 +142,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {41, "KLV_IPAR_MIP_ZI_ROUND", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::zi_round,
      "Heuristic: shifts values within their slack until they are whole."},
     {42, "KLV_IPAR_MIP_SHIFTING", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::shifting,
-     "Heuristic: rounds one by one, mending rows on the way."},
+     "Heuristic: rounds variables one by one, mending violated constraints on the way."},
     {43, "KLV_IPAR_RACE_SIZE", 5000, 0, most, Group::none, IntSetting::race_size,
      "Entries, rows and columns from which the automatic optimiser lets interior point run beside simplex."},
 });

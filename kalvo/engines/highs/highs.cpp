@@ -230,6 +230,16 @@ void Session::take_figures (bool integers, Listener& listener, Claims& claims) c
     listener.end ();
 }
 
+// The primal method leaves none of infeasibility, and the parallel one none at all.
+static bool leaves_ray (const Job& job, Outcome outcome)
+{
+    if (is_presolved (job) || !is_simplex (job.method))
+        return false;
+    return job.method == Method::dual_simplex
+               ? job.goal == Goal::prove || !is_parallel_simplex (*job.settings, job.method)
+               : outcome == Outcome::unbounded;
+}
+
 void Session::take_answer (const Job& job, const Listener& listener, Claims& claims) const
 {
     const bool integers = job.method == Method::mixed_integer;
@@ -240,8 +250,7 @@ void Session::take_answer (const Job& job, const Listener& listener, Claims& cla
         return;
     case Outcome::infeasible:
     case Outcome::unbounded:
-        if (!is_presolved (job) && job.method == Method::dual_simplex &&
-            !is_parallel_simplex (*job.settings, job.method))
+        if (leaves_ray (job, claims.outcome))
             take_ray (claims);
         return;
     case Outcome::infeasible_or_unbounded:
