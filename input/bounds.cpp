@@ -64,8 +64,7 @@ KLVrescode_t BoundReader::read_lower (const char* name, const mxArray* field)
     if (!is_given (field)) {
         for (std::int32_t item = 0; item < n_; ++item)
             take_lower (name, item, -infinity);
-    } else if (mxIsSparse (
-                   field)) {    // entries that are not stored are bounds of 0, as the zeroed arrays say
+    } else if (mxIsSparse (field)) {    // the caller's zeros stand for entries that are not stored
         static_assert (KLV_BK_LO == 0);
         for_each_entry (field, [&] (std::int32_t item, double value) {
             if (const KLVrescode_t failure = take_lower (name, item, value))

@@ -48,9 +48,8 @@ std::size_t element_size (mxClassID class_id);    // 0 for classes without numbe
 struct Book {
     Session session;
     std::unordered_map<const mxArray*, std::unique_ptr<mxArray>> arrays;
-    std::deque<std::unique_ptr<mxArray>>
-        released;                             // shells of recently released arrays, to recognise later uses
-    std::unordered_map<void*, int> blocks;    // live blocks, each with the depth that owns it
+    std::deque<std::unique_ptr<mxArray>> released;    // shells of the latest, to recognise later uses
+    std::unordered_map<void*, int> blocks;            // live blocks, each with the depth that owns it
     int depth = outside_any_call;
     std::thread::id thread = std::this_thread::get_id ();
 

@@ -118,10 +118,9 @@ struct Session {
     std::vector<std::string> evaluated;
     std::vector<std::pair<std::string, Function>> functions;
 
-    long allocations = 0;           // requests for blocks and arrays
-    long failing_allocation = 0;    // number of the request that fails; 0: none
-    bool failure_ends_call =
-        false;    // true: a failing request ends the call, as in MATLAB; false: it gives null
+    long allocations = 0;              // requests for blocks and arrays
+    long failing_allocation = 0;       // number of the request that fails; 0: none
+    bool failure_ends_call = false;    // as in MATLAB; false: a failing request gives null
 
     bool interrupt_enabled = true;
     bool interrupt_pending = false;

@@ -275,8 +275,7 @@ KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type)
 static std::string checked_name (const char* name)
 {
     const std::string_view words = given_text (name, "name");
-    if (words.size () >=
-        std::numeric_limits<std::int32_t>::max ())    // the terminating 0 counts in the length of a buffer
+    if (words.size () >= std::numeric_limits<std::int32_t>::max ())    // the length of a buffer counts a 0
         refuse (KLV_RES_TOO_LARGE, "A name of ", words.size (), " bytes is too long.");
     return std::string (words);
 }

@@ -19,8 +19,8 @@ public:
 
 private:
     double most_seconds_;
-    double best_ = std::numeric_limits<
-        double>::infinity ();    // the smallest so far of the largest of violations and relative gap
+    // The smallest so far of the largest of violations and relative gap.
+    double best_ = std::numeric_limits<double>::infinity ();
     double best_at_seconds_ = 0;
     std::int64_t best_at_iteration_ = 0;
 };

@@ -28,16 +28,11 @@ public:
     double seconds (Id run) const override;
     void enter (std::uint32_t phase) override;
     void no_run (const std::string& why) override { log_.no_run (why); }
-    std::int32_t answer () const override
-    {
-        return answer_;
-    }    // the callback's first answer other than 0, else 0
+    std::int32_t answer () const override { return answer_; }
     double seconds_left () const override;
 
-    double seconds () const
-    {
-        return seconds_between (began_, Clock::now ());
-    }    // since the optimisation began
+    // Since the optimisation began.
+    double seconds () const { return seconds_between (began_, Clock::now ()); }
 
 private:
     // Between two questions to the callback lie at least 20 and at most 50 ms, changes of phase aside.

@@ -84,15 +84,13 @@ private:
     void finish_columns ();
 
     bool has_objective () const { return objective_ < row_names_.size (); }
-    std::size_t place_of (
-        std::int32_t row) const;    // the constraint's number: the objective is no constraint
+    std::size_t place_of (std::int32_t row) const;    // the number of the constraint
     std::int32_t known_row (std::string_view name) const;
 
     LineReader lines_;
     Pacer& pacer_;
     MpsForm form_;
-    bool
-        guessed_;    // nobody has said which form it is: a line that the other form reads differently is refused
+    bool guessed_;    // the form: a line that the other form reads differently is refused
     Draft draft_;
 
     MpsSection section_ = MpsSection::none;
@@ -102,8 +100,8 @@ private:
     NameTable row_names_;
     std::vector<Row> rows_;
     std::vector<Range> ranges_;
-    std::int32_t objective_ = std::numeric_limits<
-        std::int32_t>::max ();    // the objective's row; above all numbers when there is none
+    // The objective's row, or a number above all rows.
+    std::int32_t objective_ = std::numeric_limits<std::int32_t>::max ();
     Set sides_, range_set_, bound_set_;
 
     std::int32_t column_ = -1;
