@@ -99,7 +99,7 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
      "Where the basic solution came from: 0 nowhere, else 1 + the optimiser's number."},
     {IntItem::threads_used, "KLV_IINF_THREADS", "Threads that the last optimisation used."},
     {IntItem::presolve_rerun, "KLV_IINF_SECOND_TRIES",
-     "Runs that were repeated without presolve and scaling."},
+     "Further attempts after answers that did not hold."},
     {IntItem::lowered_infinite_bounds, "KLV_IINF_BOUNDS_TAKEN_AS_INFINITE",
      "Finite bounds that an optimiser took as infinite."},
     {IntItem::crossed_bounds, "KLV_IINF_CROSSED_BOUNDS", "Pairs of bounds that contradict each other."},
