@@ -234,8 +234,8 @@
 %       bounds of another length or class        1201 (the line says 1200) "prob.blc has invalid dimension"
 %       blc, blx = Inf; buc, bux = -Inf          1400, the item is named
 %       buc, bux finite and above 1e20           no bound in a full vector, a bound in a sparse one. When res.prob has such
-%                                                bounds, a warning says that res.prob as an input needs
-%                                                KLV_DPAR_BOUND_INFINITY = Inf
+%                                                bounds, a warning says that they need
+%                                                the setting KLV_DPAR_BOUND_INFINITY = Inf as an input
 %       lower bound above upper bound            infeasible, with that pair as certificate; r is 0
 %       cfix empty                               1200 "prob.cfix" (absent is 0)
 %       ints not a structure; index out of range 1200, the item is named
