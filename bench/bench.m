@@ -11,7 +11,7 @@ function bench (toolbox, engine, files, data)
     progress_calls ();
 end
 
-% Both with their defaults; and with dual simplex here, which is what the program's default is for a linear problem.
+% Engine program and kalvoopt with their defaults, and kalvoopt with dual simplex, the program's default for linear problems.
 function against_engine (engine, folder)
     repeats = 5;
     start = min (arrayfun (@(k) seconds_of (@() system ([engine ' --version > /dev/null'])), 1:20));
@@ -47,7 +47,7 @@ function against_glpk (file)
     [~, res] = kalvoopt (['read(' file ') echo(0)']);
     prob = res.prob;
     m = rows (prob.a);
-    % glpk takes one right-hand side a row.
+    % glpk takes one right-hand side for each row.
     type = repmat ('S', 1, m);
     type(isinf (prob.blc)) = 'U';
     type(isinf (prob.buc)) = 'L';
@@ -75,7 +75,7 @@ function against_glpk (file)
     for j = 1:rows (calls)
         printf ('%-24s %8.3f ms %7.2f\n', calls{j, 1}, 1e3 * middle(j), middle(j) / middle(1));
     end
-    % What the library says of its part: all of it, and in the engine.
+    % The times that the library measures: whole optimisation, and engine.
     items = {'OPTIMIZE', 'PRESOLVE', 'SIMPLEX', 'CHECK'};
     times = zeros (numel (items), repeats);
     for k = 1:repeats
@@ -85,7 +85,7 @@ function against_glpk (file)
     printf ('of which %s %.3f ms\n', [lower(items); num2cell(1e3 * median (times, 2)')]{:});
 end
 
-% A second solve after a small change, from the first solution, against one without it.
+% A second solve after a small change: started from the first solution, against without a start.
 function second_solves (folder)
     repeats = 3;
     cold = struct ('KLV_IPAR_WARM_START', 'KLV_OFF');
@@ -116,7 +116,7 @@ function second_solves (folder)
     printf ('%-28s %29.2f\n', 'geometric mean', exp (mean (log (ratios))));
 end
 
-% One in twenty costs, or bounds of inequalities, is another by up to five per cent; bounds grow, so that points stay feasible.
+% Changes one in twenty costs, or bounds of inequalities, by up to five per cent; bounds are loosened, so that points stay feasible.
 function prob = changed (prob, what)
     vary = @(values) abs (values) .* (mod ((1:numel (values))', 20) == 0) .* mod ((1:numel (values))', 7) / 140;
     if strcmp (what, 'bounds')

@@ -1,4 +1,4 @@
-% What the milliseconds of a first call in a session are.
+% Where the milliseconds of the first call in a session go.
 %
 %   first_call (toolbox, file)
 function first_call (toolbox, file)

@@ -38,7 +38,7 @@ function problem_in_and_out (prob)
             growth / bytes);
 end
 
-% The peak of memory is counted from here on.
+% Resets the peak of memory.
 function [seconds, growth, r, res] = measured (call)
     fid = fopen ('/proc/self/clear_refs', 'w');
     fputs (fid, '5');

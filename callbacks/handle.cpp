@@ -6,7 +6,7 @@
 
 namespace {
 
-// The fields of the callback record for one kind, and their paths in messages.
+// The fields of the callback record for one kind of callback, and their paths in messages.
 struct CallbackFields {
     const char *function, *function_path;
     const char *object, *object_path;

@@ -10,7 +10,7 @@ void print (const char* text)
     mexEvalString ("drawnow");
 }
 
-// An error in the log function costs the user that line, not the solution.
+// After an error in the log function the line is lost, and nothing else.
 void pass_on (const CallbackHandle& handle, const char* text)
 {
     const host::Array line (mxCreateString (text));

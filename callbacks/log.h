@@ -1,9 +1,9 @@
-// The road of the library's text to the user.
+// Takes the library's text to the user.
 #pragma once
 
 extern "C" {
 
-// The function that is linked to the library's streams. Its handle is a CallbackHandle or null; text goes to
-// the log function that the handle names, and to the console if it names none.
+// The function that is linked to the library's streams. Its handle is a CallbackHandle or null. Text goes to the log function that
+// the handle names, otherwise to the console.
 void logprint (void* handle, const char* text);
 }

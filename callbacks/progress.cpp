@@ -10,7 +10,7 @@
 
 namespace {
 
-// A number whose whole part is not 0, NaN included, asks to stop. Anything but a number does not.
+// A double whose whole part is not 0, or NaN, asks to stop. Values of other classes do not.
 KLVrescode_t read_answer (const mxArray* answer)
 {
     if (answer == nullptr || mxGetClassID (answer) != mxDOUBLE_CLASS || mxIsEmpty (answer))
@@ -21,7 +21,7 @@ KLVrescode_t read_answer (const mxArray* answer)
     return std::abs (*number) < 1 ? KLV_RES_OK : KLV_RES_USER_STOP;
 }
 
-// A function that Ctrl-C or the end of the session has ended stops the run and has not failed.
+// Any error of the function stops the run. An error line is printed unless Ctrl-C or the end of the session ended the function.
 KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
 {
     mxArray* inputs[] = {handle.object.get (), caller, handle.info.get ()};
@@ -57,8 +57,7 @@ std::int32_t iterlog (KLVtask_t task, void* handle, std::uint32_t caller, const 
     return report (task, *iteration, caller);
 }
 
-// A changed value is replaced, not written over: the session may still hold a record that it was given
-// before.
+// A changed value gets a new array: the session may still hold the old one, in a record that it was given before.
 KLVrescode_t updateinfo (KLVtask_t task, const host::Array& info)
 {
     if (!info)

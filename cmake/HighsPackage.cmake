@@ -1,5 +1,5 @@
-# The HiGHS packages as script/setup installs them from PyPI. The library loads the two files at run time from
-# its own folder, so the build needs the C header only and puts the files beside whatever holds our code.
+# The HiGHS packages as script/setup installs them from PyPI. Our library loads the two files at run time from its own folder, so
+# the build needs their C header only, and copies the files to where our code is.
 
 set (highs_dist "${KALVO_HIGHS_DIR}/highsbox/highs_dist")
 set (highs_files

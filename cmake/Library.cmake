@@ -1,5 +1,5 @@
-# The solver library. Its version script lets only KLV_… names out; nodelete keeps its code mapped when a host
-# unloads MEX files at exit while a worker thread still runs.
+# The solver library. The version script exports KLV_… names only; nodelete keeps the code mapped when a host unloads MEX files at
+# exit while a worker thread still runs.
 
 find_package (Threads REQUIRED)
 find_package (ZLIB REQUIRED)
@@ -21,7 +21,7 @@ target_include_directories (kalvo64 INTERFACE "${CMAKE_SOURCE_DIR}/kalvo/include
 target_link_libraries (kalvo64 PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,kalvo_core>")
 target_link_options (kalvo64 PRIVATE "-Wl,--version-script,${CMAKE_SOURCE_DIR}/cmake/kalvo64.map"
     -Wl,-z,nodelete)
-if (NOT KALVO_SANITIZE)        # a sanitizer's run-time symbols come from the program
+if (NOT KALVO_SANITIZE)        # with sanitizers, undefined symbols are found in the program
     target_link_options (kalvo64 PRIVATE -Wl,-z,defs)
 endif ()
 copy_highs (toolbox_highs "${KALVO_TOOLBOX_DIR}")

@@ -9,8 +9,8 @@ endforeach ()
 cmake_path (GET OCTINCLUDEDIR PARENT_PATH octave_includes)        # so that <octave/quit.h> is found too
 add_gateway (octave "${OCTINCLUDEDIR}" "${octave_includes}")
 
-# What Octave calls is the host layer's frame around the gateway, and what the gateway calls goes through it too:
-# the functions in wrapped.txt are replaced at link time.
+# Octave calls the host layer's frame around the gateway, and the gateway's calls of functions in wrapped.txt go through the host
+# layer too: the linker replaces these functions.
 target_compile_definitions (host_octave PUBLIC mexFunction=gateway_function)
 target_link_options (host_octave INTERFACE "-Wl,@${CMAKE_SOURCE_DIR}/host/octave/wrapped.txt" -Wl,-z,defs)
 set_property (TARGET host_octave PROPERTY INTERFACE_LINK_DEPENDS "${CMAKE_SOURCE_DIR}/host/octave/wrapped.txt")

@@ -1,4 +1,4 @@
-# collect_sources (variable folder ...): every C and C++ source below the folders, a folder may hold none.
+# collect_sources (variable folder ...): every C and C++ source below the folders, which may be empty.
 function (collect_sources variable)
     set (patterns)
     foreach (folder IN LISTS ARGN)

@@ -1,11 +1,11 @@
-# A stand-in for MATLAB: the standalone host in the libraries and at the places that MATLAB has, so that the module for
-# MATLAB can be built and loaded where there is no MATLAB. tests/module/run does both.
+# A stand-in for MATLAB: the standalone host in libraries with MATLAB's names and places, so that the module for MATLAB can be built
+# and loaded without MATLAB. tests/module/run does both.
 
 set (stand_in "${CMAKE_BINARY_DIR}/matlab")
 file (MAKE_DIRECTORY "${stand_in}/extern/include")
 file (CREATE_LINK "${CMAKE_SOURCE_DIR}/host/standalone/mex.h" "${stand_in}/extern/include/mex.h" SYMBOLIC)
 
-# add_stand_in (library object-pattern): one of MATLAB's libraries, of these objects of the standalone host
+# add_stand_in (library object-pattern): one of MATLAB's libraries, made of the standalone host's objects that match the pattern
 set_target_properties (host_standalone PROPERTIES CXX_VISIBILITY_PRESET default)
 function (add_stand_in library pattern)
     add_library (${library} SHARED "$<FILTER:$<TARGET_OBJECTS:host_standalone>,INCLUDE,/(${pattern})\\.cpp>")
@@ -17,7 +17,7 @@ add_stand_in (mx "mx|array|values")
 add_stand_in (mex "mex" mx)
 add_stand_in (ut "ut" mx)
 
-# The unit tests that speak to the gateway through its entry alone, for a module that is named on the command line.
+# Unit tests that use only the gateway's entry, of a module that is named on the command line.
 file (GLOB tests CONFIGURE_DEPENDS RELATIVE "${CMAKE_SOURCE_DIR}/tests/unit" "${CMAKE_SOURCE_DIR}/tests/unit/*.cpp")
 foreach (test IN LISTS tests)
     file (STRINGS "${CMAKE_SOURCE_DIR}/tests/unit/${test}" inside LIMIT_COUNT 1

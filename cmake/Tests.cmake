@@ -1,5 +1,5 @@
-# The test programs link the library statically, so that tests can reach inside it and put engines of their own in;
-# what is exported and installed is tested by tests/octave.
+# The test programs link the library statically, so that tests can use its inner functions and engines of their own; the installed
+# library is tested by tests/octave.
 
 find_package (GTest REQUIRED)
 add_gateway (standalone "${CMAKE_SOURCE_DIR}/host/standalone")
@@ -18,7 +18,7 @@ endfunction ()
 
 add_test_program (library_tests library GTest::gtest_main kalvo_core)
 
-# The operations of a task, for the test that calls each of them.
+# The names of the task's operations, for a test that calls each of them.
 file (READ kalvo/include/kalvo.h header)
 string (REGEX MATCHALL "KLV_[a-z]+ \\(KLVtask_t task" operations "${header}")
 list (TRANSFORM operations REPLACE "KLV_([a-z]+) .*" "OPERATION (\\1)\n")

@@ -1,4 +1,4 @@
-// Shape tests of the host's arrays, and their contents as the library takes them. A null array is an absent
+// Shape tests of the host's arrays, and conversions of their contents to the library's types. A null array stands for an absent
 // one.
 #pragma once
 
@@ -9,11 +9,11 @@
 
 #include "host/host.h"
 
-// 1 if `a` is a vector of length n: dense double 1-by-n or n-by-1, or sparse n-by-1 of any class where sparse
-// arrays are allowed. With n = 0 only an absent or empty array is one.
+// 1 if `a` is a vector of length n: dense double 1-by-n or n-by-1, or, where sparse arrays are allowed, sparse n-by-1 of any class.
+// For n = 0: 1 if `a` is absent or empty.
 int isvector (const mxArray* a, std::uint64_t n, int allowsparse);
 
-// The number of elements of anything; 0 if it is absent.
+// The number of elements; 0 if `a` is absent.
 std::uint64_t vectorlen (const mxArray* a);
 
 // 1 if `a` is not sparse and has one row or one column. `a` is not null.
@@ -21,13 +21,13 @@ int is1ddensevec (const mxArray* a);
 
 void rvec_copy (int n, const double* source, double* destination);
 
-// Narrows row indices of a sparse array, which are 0-based already.
+// Narrows row indices of a sparse array. The host's are 0-based, as the library's.
 void mvItoklvI (const mwIndex* source, std::int32_t* destination, std::uint64_t n);
 
-// Removes every c from s, in place; the new length of s.
+// Removes every c from s, in place. Returns the new length.
 int strtrim (char* s, char c);
 
-// Upper case in the current locale, in place; s itself.
+// Converts s to upper case in the current locale, in place. Returns s.
 char* local_strupr (char* s);
 
 inline bool is_given (const mxArray* a)
@@ -41,7 +41,7 @@ inline bool is_countable (std::uint64_t size)
     return size <= std::numeric_limits<std::int32_t>::max ();
 }
 
-// A number truncated toward zero; nothing if that does not fit, or the number is NaN.
+// A number truncated toward zero; nothing if the result does not fit, or the number is NaN.
 inline std::optional<std::int32_t> truncate_to_int32 (double value)
 {
     constexpr double limit = 2147483648.0;
@@ -50,8 +50,8 @@ inline std::optional<std::int32_t> truncate_to_int32 (double value)
     return std::nullopt;
 }
 
-// Calls take (item, value) for each stored entry of a sparse column of numbers or truth values, in storage
-// order, for as long as it answers true.
+// Calls take (item, value) for each stored entry of a sparse column of numbers or truth values, in storage order, until it returns
+// false.
 template <class Take>
 void for_each_entry (const mxArray* column, Take take)
 {

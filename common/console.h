@@ -1,9 +1,9 @@
-// The gateway's own words on the console. The library's text takes another road: callbacks/log.h.
+// The gateway's own words on the console. The library's text goes through callbacks/log.h.
 #pragma once
 
 #include "kalvo.h"
 
-// Prints at most 2047 characters, and has the host show them at once.
+// Prints at most 2047 characters, which the host shows at once.
 void mx_printf (const char* format, ...) __attribute__ ((format (__printf__, 1, 2)));
 
 // Prints an error line: the code, and the path of the faulty input or a sentence.

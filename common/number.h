@@ -5,8 +5,8 @@
 
 #include "host/host.h"
 
-// The first element of a double array that is not empty, also of a sparse one. Nothing if the host holds the numbers
-// in another form, as a range, and has no memory to spell them out.
+// The first element of a double array, dense or sparse, that is not empty. Octave keeps some arrays as ranges: nothing if it has
+// no memory to spell the numbers out.
 std::optional<double> first_number (const mxArray* array);
 
 // A 1-by-1 double; null if it can't be made.

@@ -1,4 +1,4 @@
-// Building what is returned: records, columns, and their parts.
+// Builds records and columns for results.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 
 #include "host/holders.h"
 
-// The fields that a record is to have, in their order: at most `room`.
+// Field names of a record that is to be made, at most `room`, in their order.
 template <std::size_t room>
 class FieldList {
 public:
@@ -38,14 +38,14 @@ host::Array create_record (std::span<const char* const> fields);
 // A real double column, zeroed.
 host::Array create_column (std::int64_t count);
 
-// Gives a value to a field of a 1-by-1 record; a view of the value, null where there was none to give.
+// Puts a value into a field of a 1-by-1 record, and returns a view of the value. Null, and nothing done, for a null value.
 mxArray* set_field (mxArray* record, const char* field, host::Array value);
 
-// The same for a field that the record does not have yet, at its end. False: no memory.
+// Appends a field with a value to a 1-by-1 record that does not have such a field. False: no memory.
 bool append_field (mxArray* record, const char* field, host::Array value);
 
 // The values of a field that holds a double array.
 double* field_values (mxArray* record, const char* field);
 
-// A copy of a text in memory of the host; null if there is none to be had.
+// A copy of a text in the host's memory; null if there is not enough.
 char* mx_strdup (const char* text);

@@ -1,4 +1,4 @@
-// Prints a page of the manual from the tables that the library is compiled with.
+// Prints a page of the manual from the library's tables.
 
 #include "kalvo/tables/constants.h"
 #include "kalvo/tables/information.h"

@@ -15,7 +15,7 @@ struct Keyword {
     CommandText cmdoptions::*filename = nullptr;
 };
 
-// Tested in this order, so that a long word comes before one that it begins with.
+// Tested in this order: a longer word stands before the word that it begins with.
 constexpr Keyword keywords[] = {
     {"statuskeys", &cmdoptions::statuskeys, Keyword::number},
     {"echo", &cmdoptions::echo, Keyword::number},
@@ -61,7 +61,7 @@ bool take_word (const char* command, std::size_t& position, cmdoptions& options,
 
     std::int32_t& setting = options.*keyword->setting;
     if (keyword->argument == Keyword::number) {
-        // Without parentheses it is the last number before it, or 0; a wrong one is set as far as it is a number.
+        // Without parentheses the argument of an earlier word counts, or 0. Of a faulty argument the number at its start is set.
         if (!getarg (command, position, argument) || !strtointeger (argument, &setting))
             return false;
     } else {

@@ -1,4 +1,4 @@
-// The command string: what one request is to do, and how much it prints.
+// The command string: what a request does, and how much it prints.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@ constexpr std::size_t command_text_size = 1024;
 using CommandText = char[command_text_size];
 
 struct cmdoptions {
-    std::int32_t statuskeys = 0;    // not 0: status keys as numbers
+    std::int32_t statuskeys = 0;    // other than 0: status keys as numbers
     std::int32_t echo = 3;
     std::int32_t info = 0;
     std::int32_t symbcon = 0;
@@ -32,11 +32,11 @@ struct cmdoptions {
     CommandText logfile = "";
 };
 
-// Reads a command string into options that hold the defaults. At the first fault: KLV_RES_ARGUMENT, and in
-// `message` where it is; what the words before it set stays set.
+// Reads a command string into options that hold the defaults. At the first fault: KLV_RES_ARGUMENT, with the fault's place in
+// `message`; earlier words have been set.
 KLVrescode_t executecmd (const char* command, cmdoptions& options, CommandText& argument,
                          CommandText& message);
 
-// Reads an argument in parentheses, if there is one at the position, and moves the position past it. Answers
-// 0 when the parentheses are not closed, or hold 1024 characters or more.
+// Reads an argument in parentheses, if there is one at the position, and moves the position behind it. Returns 0 when the
+// parentheses are not closed, or hold 1024 characters or more.
 int getarg (const char* command, std::size_t& position, CommandText& argument);

@@ -68,7 +68,7 @@ KLVrescode_t bind_progress_function (Request& request)
     return code;
 }
 
-// The caller's own parameters come later and override these.
+// The user's parameters are set later and override these.
 void put_default_parameters (const Request& request)
 {
     KLV_putnaintparam (request.task.get (), "KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_AUTOMATIC);

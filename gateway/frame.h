@@ -1,14 +1,13 @@
-// The frame of a call: what holds for the module, the interrupt setting, and where the library's text goes.
+// The frame of a call: the module's state, the interrupt setting, the streams of the library's text.
 #pragma once
 
 #include "gateway/request.h"
 #include "host/host.h"
 
-// At the first call: refuses to run with a library of another version, and keeps the module in memory for
-// good.
+// In the first call refuses to run with a library of another version, and keeps the module in memory for good.
 void enter_module ();
 
-// Ctrl-C only raises a flag while this lives.
+// During the lifetime of such an object Ctrl-C only raises a flag.
 class InterruptsOff {
 public:
     InterruptsOff () : setting_ (utSetInterruptEnabled (false)) {}
@@ -25,10 +24,10 @@ void print_banner (const cmdoptions& options);
 KLVrescode_t link_environment_stream (Request& request);
 KLVrescode_t install_exit_function (Request& request);
 
-// The text of the library while a task is set up: all of it goes to the console or to the log function.
+// While the task is set up, all of the library's text goes to the console or to the log function.
 KLVrescode_t link_first_stream (Request& request);
 
-// From then on by echo level, and to the log file.
+// After the set-up, text goes there by echo level, and to the log file.
 KLVrescode_t link_streams (Request& request);
 void detach_log_file (const Request& request);
 

@@ -15,7 +15,7 @@ struct DeleteTask {
 
 using Task = std::unique_ptr<KLV_task, DeleteTask>;
 
-// The task goes first, since its streams and its callback refer to what stands above it.
+// The task is the last member and destroyed first, since its streams and its callback refer to members above.
 struct Request {
     int nlhs;
     mxArray** plhs;
@@ -29,7 +29,7 @@ struct Request {
     CallbackChain chain = {};
     Task task = nullptr;
 
-    // Inputs and outputs are counted from 1. What the caller left off is null.
+    // Inputs are counted from 1; an input that the caller left off is null.
     const mxArray* input (int position) const { return position <= nrhs ? prhs[position - 1] : nullptr; }
 
     bool wants_result () const { return nlhs >= 2; }

@@ -28,8 +28,7 @@ bool wants_problem (const cmdoptions& options)
     return options.read || options.prob;
 }
 
-// A field of the problem record that asks for a field of the result, be it empty. A file takes the record's
-// place.
+// Whether the problem record has a field, even an empty one. A file that is read takes the record's place.
 bool problem_has (const Request& request, const char* field)
 {
     const mxArray* prob = request.options.read ? nullptr : request.input (2);
@@ -63,7 +62,7 @@ mxArray* create_result (Request& request)
     const ResultFields fields = list_fields (request);
     mxArray*& result = request.plhs[1];
     mxDestroyArray (result);
-    result = nullptr;    // while there may be no memory for the record
+    result = nullptr;    // not dangling if there is no memory for the record
     result = create_record (fields.all ()).release ();
     if (result == nullptr)
         request.code = KLV_RES_OUT_OF_MEMORY;
@@ -95,7 +94,7 @@ KLVrescode_t getversion (KLVtask_t, host::Array& version)
     return KLV_RES_OK;
 }
 
-// What the command string asks for beside the solution; the first failure leaves the rest empty.
+// Fills the fields that the command string asks for. After a failure the remaining ones stay empty.
 KLVrescode_t fill_requested (const Request& request, mxArray* result)
 {
     const cmdoptions& options = request.options;
@@ -117,7 +116,7 @@ KLVrescode_t fill_requested (const Request& request, mxArray* result)
     return code;
 }
 
-// The library's last message, or the description of the code where it has none.
+// The message is the library's last one, or the description of the code.
 void fill_codes (const Request& request, mxArray* result)
 {
     char name[KLV_MAX_TEXT] = "", message[KLV_MAX_TEXT] = "";

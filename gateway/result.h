@@ -3,6 +3,5 @@
 
 #include "gateway/request.h"
 
-// Makes the record with the fields that the request needs, and fills it. What fails becomes the request's
-// code.
+// Makes the record with the fields that the request needs, and fills them. A failure becomes the request's code.
 void make_result (Request& request);

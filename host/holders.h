@@ -1,4 +1,4 @@
-// Owners of what the host lends: memory, and arrays that are not yet part of a result. Release hands over.
+// Owners of the host's memory, and of arrays that are not yet part of a result; release () hands over.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ using Array = std::unique_ptr<mxArray, DestroyArray>;
 template <class T>
 using Memory = std::unique_ptr<T[], FreeMemory>;
 
-// Zeroed memory for `count` items; null only when there is none to be had, also for a count of 0.
+// Zeroed memory for `count` items; null only when memory is short, also for a count of 0.
 template <class T>
 Memory<T> allocate (std::size_t count)
 {

@@ -64,7 +64,7 @@ KLVrescode_t BoundReader::read_lower (const char* name, const mxArray* field)
     if (!is_given (field)) {
         for (std::int32_t item = 0; item < n_; ++item)
             take_lower (name, item, -infinity);
-    } else if (mxIsSparse (field)) {    // what is not stored is a bound of 0: the arrays are zero already
+    } else if (mxIsSparse (field)) {    // the caller's zeros stand for entries that are not stored
         static_assert (KLV_BK_LO == 0);
         for_each_entry (field, [&] (std::int32_t item, double value) {
             if (const KLVrescode_t failure = take_lower (name, item, value))
@@ -86,7 +86,7 @@ KLVrescode_t BoundReader::check_upper (const char* name, std::int32_t item, doub
     return KLV_RES_OK;
 }
 
-// A stored value above the threshold is kept, a dense one is no bound: dense vectors must say "none" somehow.
+// A value above the threshold is a bound in a sparse vector, and no bound in a dense one, which must say "none" somehow.
 KLVrescode_t BoundReader::read_upper (const char* name, const mxArray* field)
 {
     KLVrescode_t code = KLV_RES_OK;

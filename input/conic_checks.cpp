@@ -1,4 +1,4 @@
-// How the fields of affine conic constraints go together. A field that is there counts, even if it is empty.
+// Checks that the fields of affine conic constraints go together. Empty fields count as present.
 
 #include "common/arrays.h"
 #include "common/refuse.h"

@@ -12,7 +12,7 @@ struct Kind {
 };
 constexpr Kind kinds[] = {{KLV_SOL_ITR, "itr"}, {KLV_SOL_BAS, "bas"}, {KLV_SOL_INT, "int"}};
 
-// A field with values. Kinds of solution from `last` on do not have it.
+// A field with values, for kinds of solution below `last`.
 struct ValueField {
     const char* name;
     std::int64_t SolutionSizes::*count;
@@ -36,7 +36,7 @@ constexpr ValueField fields[value_fields] = {
     {"doty", &SolutionSizes::affine_entries, KLV_SOL_ITR},
 };
 
-// Keys of one kind of item, used for one solution after the other.
+// Keys of one kind of item; the memory serves one solution after the other.
 struct Keys {
     explicit Keys (std::int64_t items)
         : count (static_cast<int> (items)),
@@ -64,7 +64,7 @@ private:
     KLVtask_t task_;
     SolutionSizes sizes_ = read_solution_sizes (task_);
     Keys constraints_{sizes_.constraints}, variables_{sizes_.variables}, cones_{sizes_.cones};
-    const double* values_[value_fields] = {};    // of the solution at hand; null where none are given
+    const double* values_[value_fields] = {};    // of the current solution; null where none are given
 };
 
 const mxArray* field_of (const mxArray* solution, const char* name)

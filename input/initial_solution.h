@@ -1,4 +1,4 @@
-// The initial solution of a problem record: the same record as in a result, any part of it.
+// The initial solution of a problem record: any part of the record `sol` of a result.
 #pragma once
 
 #include "host/host.h"
@@ -7,6 +7,6 @@
 // Takes the initial solution of a problem record.
 KLVrescode_t putsolution (KLVtask_t task, const mxArray* prob);
 
-// Reads status keys that a user gives, in either form. Absent or empty: every key is 0.
+// Reads status keys as texts or as numbers. An absent or empty field gives zeros.
 KLVrescode_t translatestatuskeys (KLVtask_t task, int count, const mxArray* array, const char* field,
                                   const char* solution, int* keys);

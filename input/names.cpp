@@ -9,7 +9,7 @@
 
 namespace {
 
-// Copies a name; KLV_RES_ARGUMENT if it is not text, or holds a zero character, at which it would be cut.
+// Copies a name; KLV_RES_ARGUMENT if it is not text, or holds a zero character, which would end the name.
 KLVrescode_t copy_name (const mxArray* name, host::Memory<char>& text)
 {
     if (name == nullptr || !mxIsChar (name))
@@ -22,7 +22,7 @@ KLVrescode_t copy_name (const mxArray* name, host::Memory<char>& text)
     return std::strlen (raw) < mxGetNumberOfElements (name) ? KLV_RES_ARGUMENT : KLV_RES_OK;
 }
 
-// How to name the items of one field, and how many there are.
+// The number of items of one field of names, and the function that names them.
 struct ItemNames {
     const char* field;
     KLVrescode_t (*put) (KLVtask_t, std::int64_t, const char*);

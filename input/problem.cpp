@@ -49,7 +49,7 @@ ProblemFields fetch_fields (const mxArray* prob)
             .accs = field ("accs")};
 }
 
-// The size of `a` is the size of the problem, so nothing else can be checked without a good one.
+// The size of `a` is the size of the problem: without a valid `a` nothing else can be checked.
 KLVrescode_t check_matrix (const mxArray* a)
 {
     if (a == nullptr)
@@ -65,7 +65,7 @@ KLVrescode_t check_matrix (const mxArray* a)
     return KLV_RES_OK;
 }
 
-// What the library can't hold yet: better refused than left out of the answer.
+// Refuses terms that the library can't hold: the answer to a problem without them would be wrong.
 KLVrescode_t refuse_unsupported_fields (const mxArray* prob)
 {
     KLVrescode_t code = KLV_RES_OK;
@@ -155,7 +155,7 @@ KLVrescode_t put_matrix (KLVtask_t task, const mxArray* a)
     return mxIsSparse (a) ? put_sparse_columns (task, a) : put_dense_columns (task, a);
 }
 
-// Everything that is stated item by item: costs, bounds and the matrix.
+// Reads the data of variables and constraints: costs, bounds and the matrix.
 KLVrescode_t put_linear_part (KLVtask_t task, const ProblemFields& fields, std::int32_t numcon,
                               std::int32_t numvar)
 {

@@ -21,8 +21,8 @@ KLVrescode_t check_conic_fields (const ProblemFields& fields, std::int32_t numva
 // Whether the quadratic terms are vectors of one length each. Reports every fault.
 KLVrescode_t check_quadratic_fields (const ProblemFields& fields);
 
-// Turns two bound fields into keys and values of n items. The output arrays are zeroed by the caller; after a
-// failure they must not be used.
+// Turns two bound fields into keys and values of n items. The caller has zeroed the output arrays; after a failure they must not be
+// used.
 KLVrescode_t setbk (KLVtask_t task, std::int32_t n, const char* lowername, const mxArray* lower,
                     const char* uppername, const mxArray* upper, std::int32_t* boundkeys, double* lowervalues,
                     double* uppervalues);
@@ -30,5 +30,5 @@ KLVrescode_t setbk (KLVtask_t task, std::int32_t n, const char* lowername, const
 // Marks the integer variables.
 KLVrescode_t putints (KLVtask_t task, const mxArray* ints);
 
-// Names the task and its items, which are all in the task already.
+// Names the task and its items; all items must be in the task already.
 KLVrescode_t putnames (KLVtask_t task, const mxArray* names);

@@ -5,7 +5,7 @@
 
 namespace {
 
-// A number that does not fit is no key: the library gives it no text.
+// A number is a key if the library has a text for it.
 KLVrescode_t read_number (KLVtask_t task, double number, int& key)
 {
     const auto fitting = truncate_to_int32 (number);

@@ -1,4 +1,4 @@
-// The steps of problem output. Each fills fields that the record has already.
+// The steps of problem output. Each fills fields that exist in the record.
 #pragma once
 
 #include <cstdint>

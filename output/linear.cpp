@@ -13,7 +13,7 @@ KLVrescode_t get_costs (KLVtask_t task, mxArray* record)
     return KLV_getc (task, field_values (record, "c"));
 }
 
-// The library writes values in place; rows are widened on their way.
+// The library writes the values in place; row indices are widened on their way to the array.
 KLVrescode_t get_matrix (KLVtask_t task, const ProblemCounts& counts, mxArray* record)
 {
     const mxArray* a = mxGetField (record, 0, "a");
@@ -27,7 +27,7 @@ KLVrescode_t get_matrix (KLVtask_t task, const ProblemCounts& counts, mxArray* r
     mwIndex start = 0;
     for (std::int32_t j = 0; j < counts.variables; ++j) {
         starts[j] = start;
-        if (code != KLV_RES_OK)    // the columns from a failure on are empty
+        if (code != KLV_RES_OK)    // columns after a failure are empty
             continue;
         std::int32_t count = 0;
         code = KLV_getacol (task, j, &count, narrow_rows.get (), values + start);
@@ -82,7 +82,7 @@ KLVrescode_t get_bounds (KLVtask_t task, const ProblemCounts& counts, mxArray* r
                                            field_values (record, "bux"));
 }
 
-// Files and sparse columns state bounds that full columns, as they are in the record, can't.
+// The problem record has bounds in full columns, which can't state some bounds that files and sparse columns can.
 void warn_of_large_bounds (KLVtask_t task, const mxArray* prob)
 {
     double threshold = mxGetInf ();

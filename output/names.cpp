@@ -1,4 +1,4 @@
-// The names of a task and its items. All pass through one buffer.
+// The names of a task and its items. One buffer serves for all names.
 
 #include <algorithm>
 

@@ -42,7 +42,7 @@ host::Array create_problem_record (const ProblemCounts& counts)
     return create_record (fields.all ());
 }
 
-// Creates the value of every field, so that what follows can only fail in the library or for names.
+// Creates the values of all fields, so that later steps can only fail in the library or for names.
 KLVrescode_t create_values (const ProblemCounts& counts, mxArray* record)
 {
     bool complete = true;

@@ -11,7 +11,7 @@
 
 namespace {
 
-// Where a field's value comes from.
+// Sources of a field's value: operations of the library.
 template <class Value>
 using Fetch = KLVrescode_t (*) (KLVtask_t, std::int32_t which, const SolutionSizes&, Value*);
 
@@ -55,16 +55,16 @@ enum : unsigned {
 
 struct Field {
     const char* name;
-    unsigned solutions;    // that have it
+    unsigned solutions;    // bits of the solutions that have the field
     std::int64_t SolutionSizes::*count;
     std::variant<Status, Keys, Values, Objective> source;
-    int round = 0;    // the library is asked in rounds, each in the order of the table
+    int round = 0;    // fields are fetched in rounds, each in the order of the table
 };
 
 constexpr int last_round = 2;
 constexpr auto m = &SolutionSizes::constraints, n = &SolutionSizes::variables, k = &SolutionSizes::cones;
 
-// In the order of the record.
+// Fields in the order of the solution's record.
 constexpr Field fields[] = {
     {"prosta", all, &SolutionSizes::one, Status{KLV_getprosta, KLV_prostatostr}},
     {"solsta", all, &SolutionSizes::one, Status{KLV_getsolsta, KLV_solstatostr}},
@@ -86,8 +86,7 @@ constexpr Field fields[] = {
     {"dobjval", itr | bas, &SolutionSizes::one, Objective{KLV_getdualobj}},
 };
 
-// The first two characters of the library's text of a key. Keys are few and items many: each is asked for
-// once.
+// The first two characters of each key's text. Keys are few and items many: the library is asked once for each key.
 class KeyTexts {
 public:
     using Text = std::array<mxChar, 2>;
@@ -117,19 +116,19 @@ private:
     std::array<std::optional<Text>, 16> known_;
 };
 
-// What all solutions of a call share.
+// Shared by all solutions of a call.
 struct Common {
     KLVtask_t task;
     bool as_text;
     SolutionSizes sizes;
-    host::Memory<std::int32_t> keys;    // room for those of all constraints, variables and cones
+    host::Memory<std::int32_t> keys;    // room for the keys of all constraints, variables and cones
     KeyTexts texts;
 };
 
 struct Output {
     const Field* field = nullptr;
     std::int64_t count = 0;
-    std::int32_t* codes = nullptr;    // of statuses and keys
+    std::int32_t* codes = nullptr;    // the library's numbers of statuses and keys
     host::Array array;
 };
 
@@ -173,7 +172,7 @@ private:
     std::array<std::int32_t, 2> statuses_{};
 };
 
-// In the text form the text of a status later takes the place of its number.
+// An array for a field's value. Texts of statuses are of unknown length: convert_codes replaces the array.
 host::Array create_array (const Output& output, bool as_text)
 {
     if (!as_text || !std::holds_alternative<Keys> (output.field->source))
@@ -194,7 +193,7 @@ KLVrescode_t fetch (const Common& common, std::int32_t which, const Output& outp
     return KLV_RES_OK;
 }
 
-// Statuses and keys in the form that was asked for.
+// Writes statuses and keys into their arrays, as texts or numbers.
 void convert_codes (Common& common, Output& output)
 {
     if (!common.as_text) {
@@ -213,7 +212,7 @@ void convert_codes (Common& common, Output& output)
     }
 }
 
-// What was obtained before a library call failed is returned all the same.
+// After a failure in the library the record keeps the values that were fetched before.
 KLVrescode_t write_solution (Common& common, std::int32_t which, const char* name, mxArray* solutions)
 {
     Outputs outputs (common, which);

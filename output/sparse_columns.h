@@ -1,4 +1,4 @@
-// Columns of sparse arrays on their way to the host, which wants the rows of each in increasing order.
+// Columns of sparse arrays for the host, which requires increasing rows in each column.
 #pragma once
 
 #include <cstddef>
@@ -13,5 +13,5 @@ KLVrescode_t sort_mat_column (std::size_t count, mwIndex* rows, double* values);
 // Compares two entries, each a row and a value, as qsort wants it.
 int sort_mat_cmp (const void* a, const void* b);
 
-// Widens indices; always 0.
+// Widens indices. Always returns 0.
 int ivec_cp_to_mwIndex (const std::int32_t* source, mwIndex* destination, std::size_t count);

@@ -4,6 +4,5 @@
 #include "host/holders.h"
 #include "kalvo.h"
 
-// Makes the record; there is none when the library has no constants. After a failure it is empty or partly
-// filled.
+// Makes the record; null when the library has no constants. After a failure the record is null or partly filled.
 KLVrescode_t getsymbcon (KLVtask_t task, host::Array& record);

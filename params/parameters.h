@@ -1,4 +1,4 @@
-// The parameter record, in and out: each parameter under its name. What getparams makes, setparams takes.
+// The parameter record: parameters by name. setparams takes records that getparams has made.
 #pragma once
 
 #include <cstdint>
@@ -10,5 +10,5 @@
 // sets nothing.
 KLVrescode_t setparams (std::int32_t echo, KLVtask_t task, const mxArray* param);
 
-// Makes the record of all parameters. After a failure it is empty or partly filled.
+// Makes the record of all parameters. After a failure the record is null or partly filled.
 KLVrescode_t getparams (KLVtask_t task, host::Array& record);

@@ -1,4 +1,4 @@
-// 1-by-1 records whose fields bear the library's names.
+// 1-by-1 records whose field names come from the library.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include "host/holders.h"
 #include "kalvo.h"
 
-// The names of a record that is to be made, each a copy. What has no memory shows as a code at the end.
+// Collects copies of the field names of a record. A lack of memory is reported when the record is made.
 class FieldNames {
 public:
     explicit FieldNames (std::size_t capacity) : names_ (host::allocate<char*> (capacity)) {}
@@ -17,12 +17,12 @@ public:
     // Appends a name; there is room for `capacity`.
     void add (const char* name);
 
-    // Appends the names 0 ... count - 1 of one kind, as the library tells them.
+    // Appends the library's names 0 ... count - 1 of one kind.
     void add_all (KLVtask_t task, std::int32_t kind, std::int32_t count,
                   KLVrescode_t (*get_name) (KLVtask_t task, std::int32_t kind, std::int32_t index,
                                             char* name));
 
-    // Makes the record, its fields empty.
+    // Makes the record with empty fields.
     KLVrescode_t make_record (host::Array& record) const;
 
 private:
@@ -31,5 +31,5 @@ private:
     bool complete_ = true;
 };
 
-// Makes `value` field number k of a record; null is KLV_RES_OUT_OF_MEMORY.
+// Puts `value` into field number k of a record; KLV_RES_OUT_OF_MEMORY for null.
 KLVrescode_t fill_field (const host::Array& record, int k, mxArray* value);

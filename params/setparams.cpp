@@ -12,10 +12,10 @@ namespace {
 struct Field {
     const char* name = nullptr;
     const mxArray* value = nullptr;
-    std::int32_t index = 0;    // of the parameter within its kind
+    std::int32_t index = 0;    // of the parameter among its kind
 };
 
-constexpr std::int32_t first_echo_level = 6;    // of a line for each parameter
+constexpr std::int32_t first_echo_level = 6;    // prints a line for each parameter
 
 KLVrescode_t refuse_field (const Field& field)
 {

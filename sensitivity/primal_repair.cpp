@@ -9,14 +9,15 @@
 
 namespace {
 
-// Items of one kind: the user states weights for those of the matrix, the library takes one for each that the task holds.
+// Numbers of items of one kind: stated by the matrix, for which the user gives weights; and held by the task, for each of which the
+// library takes a weight. A conversion of the problem adds items.
 struct Items {
     std::int32_t stated = 0, held = 0;
 };
 
 using Weights = host::Memory<double>;
 
-// Weights that are not there are null. What a conversion of the problem has added may not move.
+// Absent weights are null. Items that a conversion has added get weights with which their bounds may not move.
 KLVrescode_t read_weights (const mxArray* record, const char* name, const Items& items, Weights& weights)
 {
     const mxArray* field = mxGetField (record, 0, name);

@@ -4,6 +4,6 @@
 #include "host/host.h"
 #include "kalvo.h"
 
-// Repairs the problem that the task holds, with the weights in the field "primalrepair" of the record: one a row and column
-// of the record's matrix, or of the file's that the task was read from.
+// Repairs the task's problem, with the weights in the field "primalrepair" of the record: one for each row and column of the
+// matrix, which comes from the record or from the file that was read.
 KLVrescode_t primalrepair (KLVtask_t task, const mxArray* prob, bool from_file);

@@ -40,7 +40,7 @@
 %       statuskeys(n)        0 (default): statuses and keys as text, 1: as numbers
 %       toconic              conic form before solving (a linear problem already has it)
 %       primalrepair         repair an infeasible problem (not available in this version)
-%       debug(n), nokeepenv, use_matlab_calloc                      for finding faults
+%       debug(n), nokeepenv, use_matlab_calloc                      help to find faults in kalvoopt itself
 %
 %       Without read, write, minimize or maximize the problem is only checked. File names may hold blanks, but no ")".
 %
@@ -59,10 +59,11 @@
 %       primalrepair  structure with weights wlc, wuc (m), wlx, wux (n)
 %       objsense  in res.prob only: the sense comes from cmd or the file
 %
-%       sol     solutions to start from: res.sol of another call as it is, or any part of it. bas.skc and bas.skx (a basis),
-%               else xx (and y) of bas or itr, for the simplex methods; int.xx, NaN where a value is not known, for whole
-%               numbers. A bad start costs time, never the answer. Without "minimize" res.sol is what was given, statuses
-%               computed again: certificates stay what they are, INTEGER_OPTIMAL becomes PRIMAL_FEASIBLE.
+%       sol     solutions to start from: res.sol of another call, or any part of that. The simplex methods start from bas.skc
+%               and bas.skx (a basis), else from xx (and y) of bas or itr; the integer search from int.xx, with NaN for
+%               unknown values. A bad start costs time, never the answer. Without "minimize" or "maximize" res.sol has the
+%               given values, with statuses computed again: certificates stay certificates, INTEGER_OPTIMAL becomes
+%               PRIMAL_FEASIBLE.
 %
 %       Fields for quadratic, conic and semidefinite terms (qoval, qcval, accs, cones, bardim, prisen, duasen) are refused
 %       unless they are empty. Refused even then: f without accs or cones, g without f, accs beside cones. Other fields are
@@ -92,7 +93,7 @@
 %       pobjval   c'*xx + cfix; for a direction c'*xx alone
 %       and but for int
 %       y         duals of the constraints (m x 1): the change of the optimum for one more unit of the bound
-%       slc, suc, slx, sux   its parts: y = slc - suc, c - a'*y = slx - sux; minimising, all are >= 0; maximising,
+%       slc, suc, slx, sux   duals by bound: y = slc - suc, c - a'*y = slx - sux; minimising, all are >= 0; maximising,
 %                 all signs are reversed
 %       dobjval   the bound on the optimum that the duals prove; for a certificate its value without cfix
 %       itr also has skn, snx, barx, bars, doty, which stay empty or 0 for these problems.
@@ -142,12 +143,12 @@
 %       KLV_IPAR_RACE_SIZE                5000                     entries, rows and columns from which the automatic optimiser
 %                                                                  runs simplex and interior point side by side
 %       KLV_DPAR_RACE_DELAY               0                        seconds by which interior point begins later; Inf: never
-%       KLV_IPAR_RANDOM_SEED              0                        of what optimisers do at random
+%       KLV_IPAR_RANDOM_SEED              0                        seed of the optimisers' random choices
 %       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
 %                                                                  engine's own lines
-%       KLV_IPAR_LOG_SIMPLEX              KLV_ON                   its progress is printed
-%       KLV_IPAR_LOG_INTPNT               KLV_ON                   the same for interior point
-%       KLV_IPAR_LOG_MIP                  KLV_ON                   the same for the integer search
+%       KLV_IPAR_LOG_SIMPLEX              KLV_ON                   progress of the simplex methods is printed
+%       KLV_IPAR_LOG_INTPNT               KLV_ON                   progress of interior point is printed
+%       KLV_IPAR_LOG_MIP                  KLV_ON                   progress of the integer search is printed
 %       KLV_DPAR_BOUND_INFINITY           1e+20                    bounds from there on are infinite: in files all, in
 %                                                                  prob upper ones in full vectors
 %       KLV_DPAR_FIXING_TOLERANCE         1e-10                    bounds that differ by at most this are one value
@@ -156,17 +157,18 @@
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
 %       a value out of range is an error. docs/parameters.md lists all parameters, docs/information.md the fields of
-%       res.info, docs/log.md the lines of the log; reserved ones accept only their default.
+%       res.info, docs/log.md the lines of the log. Reserved parameters accept only their default.
 %
 %   CALLBACKS (callback): a structure with any of
 %
-%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console; the
-%                         banner goes to the console all the same (echo(0): nowhere)
+%       log, loghandle    name of a function f (loghandle, text) that receives the log instead of the console. The
+%                         banner still goes to the console (with echo(0): nowhere)
 %       iter, iterhandle  name of a function stop = g (iterhandle, caller, info) that is called during a run at least
 %                         every 50 ms, with the point of the computation and the record of res.info at that moment.
 %                         A number other than 0, or an error, stops the run. A logical value does not: double (done).
 %
-%       A name needs its handle: any value, [] too, which is the function's first argument. An empty name is none.
+%       A name needs its handle: any value, also [], which becomes the function's first argument. An empty name means no
+%       function.
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
@@ -201,10 +203,10 @@
 %       "<", "<=" and "=<" are the same. Variables stand left of the relation or between two, numbers at the other sides.
 %
 %       JSON holds a whole task: the problem with all names, the parameters that differ from their defaults, and the
-%       solutions. To report how a run went, send such a file; kalvoopt ('read(report.json) minimize') replays it (example
-%       replay). Parameters of the call that differ from their defaults go before those of the file. Solutions are where the
-%       run starts, their statuses computed again. All numbers and bounds are kept to the last bit, whatever the bound
-%       infinity is, and names of any bytes. docs/json.md describes the format.
+%       solutions. To report how a run went, send such a file; kalvoopt ('read(report.json) minimize') replays the run
+%       (example replay). Parameters of the call that differ from their defaults override those of the file. The run starts
+%       from the file's solutions, whose statuses are computed again. Numbers and bounds are kept to the last bit, whatever
+%       the bound infinity is, and names of any bytes. docs/json.md describes the format.
 %
 %       Programs differ in how they understand some files. kalvoopt warns of such lines (echo(2) and above), and reads:
 %         an integer column between markers without any bound gets the bounds 0 and 1
@@ -231,21 +233,21 @@
 %       c of another length, sparse row          1200 "prob.c has wrong length"
 %       bounds of another length or class        1201 (the line says 1200) "prob.blc has invalid dimension"
 %       blc, blx = Inf; buc, bux = -Inf          1400, the item is named
-%       buc, bux finite and above 1e20           no bound (in a full vector), a bound (in a sparse one); with such in res.prob a
-%                                                warning says that it needs KLV_DPAR_BOUND_INFINITY = Inf as an
-%                                                input
+%       buc, bux finite and above 1e20           no bound in a full vector, a bound in a sparse one. When res.prob has such
+%                                                bounds, a warning says that they need
+%                                                the setting KLV_DPAR_BOUND_INFINITY = Inf as an input
 %       lower bound above upper bound            infeasible, with that pair as certificate; r is 0
 %       cfix empty                               1200 "prob.cfix" (absent is 0)
 %       ints not a structure; index out of range 1200, the item is named
 %       ints.sub sparse or not a vector          ignored
 %       names of another number                  1201 (the line says 1200) "prob.names.con"; unknown names: 1200
 %       sol not a structure                      1200 "prob.sol"; its fields of another length: named likewise
-%       NaN in sol; Inf in sol                   not known; refused by the solver
+%       NaN in sol; Inf in sol                   an unknown value; refused by the solver
 %       param an array of structures             ignored; not a structure: 1200 "param"
 %       2.7 for an integer parameter             2
 %       progress function that returns true      the run goes on: only numbers stop it
 %       callback that fails                      progress function: the run stops, 100007; log function: ignored
-%       prob together with read                  prob is not looked at (but prob.sol and prob.primalrepair)
+%       prob together with read                  prob is ignored but for prob.sol and prob.primalrepair
 %       file missing, a folder or a pipe         3103, res.rmsg says why; an unknown extension: 3102
 %       fault in a file; unsupported section     3105, 3106, the line is named
 %       names or bounds no file can hold         3108, the item is named; disk full: 3107

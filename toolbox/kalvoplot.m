@@ -9,10 +9,10 @@
 %
 %   kalvoplot ('matrix', prob)
 %   kalvoplot ('matrix', prob, file)
-%       The pattern of prob.a: where its entries are, the darker the more of them fall on one point.
+%       The pattern of prob.a: a point of the picture is the darker the more entries fall on it.
 %
 %   data = kalvoplot ('data')
-%       What the last progress picture shows: columns seconds, objective, bound; NaN where one was not known yet.
+%       The numbers of the last progress picture: columns seconds, objective, bound; NaN for values that were not known yet.
 %
 %   See also: kalvoopt
 

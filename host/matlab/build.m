@@ -7,7 +7,7 @@
 %
 %   folder = build (root, work)
 %       Builds for the MATLAB that is installed in the folder root, in the folder work, and returns the toolbox's folder.
-%       Nothing is tried.
+%       No problem is solved then.
 
 function folder = build (root, work)
     source = fileparts (fileparts (fileparts (mfilename ('fullpath'))));
@@ -36,7 +36,7 @@ function check_folder (root)
     end
 end
 
-% MATLAB lets programs find its own libraries first, which other programs may be too new for.
+% Programs that MATLAB starts find MATLAB's libraries first, which may be too old for them.
 function run_program (command)
     [status, text] = system (['env -u LD_LIBRARY_PATH ' command ' 2>&1']);
     if status ~= 0

@@ -45,8 +45,7 @@ void __real_mxSetFieldByNumber (mxArray* array, mwIndex index, int number, mxArr
 
 namespace {
 
-// None of the functions that are called through here runs a user's code: an error can only mean that there is
-// no memory.
+// The functions that are called through here run no user's code, so that an error can only mean that memory is short.
 template <class Make>
 auto null_without_memory (Make make) -> decltype (make ())
 {
@@ -59,7 +58,7 @@ auto null_without_memory (Make make) -> decltype (make ())
     }
 }
 
-// Whether the product, in bytes, is a size that memory can have at all.
+// Whether the product is a size in bytes that memory can have.
 bool can_exist (mwSize dimensions, const mwSize* sizes, std::size_t element_size)
 {
     std::size_t product = element_size;
@@ -155,7 +154,7 @@ mxArray* __wrap_mxDuplicateArray (const mxArray* array)
     return null_without_memory ([=] { return __real_mxDuplicateArray (array); });
 }
 
-// Octave adds a second field of the same name.
+// Octave would add a second field of the same name.
 int __wrap_mxAddField (mxArray* array, const char* name)
 {
     if (!mxIsStruct (array))
@@ -171,7 +170,7 @@ int __wrap_mxAddField (mxArray* array, const char* name)
     }
 }
 
-// Data that Octave holds in another form (a range, complex values) is copied at the first look.
+// Octave copies data that it holds in another form (ranges, complex values) at the first access.
 double* __wrap_mxGetPr (const mxArray* array)
 {
     if (!holds_numbers (array))
@@ -194,7 +193,7 @@ mwIndex* __wrap_mxGetJc (const mxArray* array)
     return mxIsSparse (array) ? __real_mxGetJc (array) : nullptr;
 }
 
-// Of a sparse array the first value that is stored.
+// For a sparse array, the first stored value.
 double __wrap_mxGetScalar (const mxArray* array)
 {
     if (!holds_numbers (array) || mxIsEmpty (array))

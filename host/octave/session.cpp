@@ -18,8 +18,8 @@
 #include "host/holders.h"
 #include "host/octave/values.h"
 
-// The build names the gateway's mexFunction gateway_function, and mex.h has declared that; what Octave calls
-// is here.
+// The build renames the gateway's mexFunction to gateway_function (so mex.h declares that name). Octave calls the mexFunction of
+// this file.
 #undef mexFunction
 
 extern "C" {
@@ -40,7 +40,7 @@ public:
     Frame (const Frame&) = delete;
     Frame& operator= (const Frame&) = delete;
 
-    // A press of Ctrl-C that nobody has seen is Octave's again.
+    // A press of Ctrl-C on which nothing was done is given back to Octave.
     ~Frame ()
     {
         enable_interrupts ();
@@ -67,7 +67,7 @@ public:
             octaves_hook_ = std::exchange (octave_signal_hook, &quiet_hook);
     }
 
-    // Once the session is to end, everything is to stop.
+    // A request to end the session counts as an interrupt.
     bool interrupt_pending ()
     {
         handle_signals ();
@@ -84,8 +84,8 @@ public:
 
     const std::exception_ptr& exit_request () const { return exit_request_; }
 
-    // Call in a handler: what Octave has thrown, as a text, after the request to stop that it may be is
-    // noted. `acted_on`: an interrupt has ended what the user saw running.
+    // For catch clauses: message and identifier of Octave's exception. Interrupts and exits are noted as requests to stop.
+    // `acted_on`: an interrupt has ended code that the user saw running.
     std::pair<std::string, std::string> contain_exception (bool acted_on)
     {
         try {
@@ -109,8 +109,8 @@ public:
     }
 
 private:
-    // Signals only raise a flag, on a thread of Octave's own; between two statements of a user's code Octave acts on it.
-    // It throws for those that end the session: a batch system's SIGTERM must not wait for the end of a run.
+    // Octave notes signals in a flag and handles them between two statements of a user's code; here the gateway has them handled,
+    // since a batch system's SIGTERM must not wait for the end of a run. Octave throws for signals that end the session.
     void handle_signals ()
     {
         if (octave_signal_caught == 0 || octave_signal_hook == nullptr)
@@ -123,7 +123,7 @@ private:
         }
     }
 
-    // Octave calls this hook just before it throws for a press.
+    // Octave calls this hook just before it would throw for a press of Ctrl-C.
     static void quiet_hook ()
     {
         if (current_->octaves_hook_ != nullptr)
@@ -149,7 +149,7 @@ private:
     std::exception_ptr exit_request_;
 };
 
-// While Octave runs a user's code Ctrl-C ends that code, however long it would take.
+// During the lifetime of such an object, in which Octave runs a user's code, Ctrl-C ends that code.
 class UserCode {
 public:
     UserCode () : was_enabled_ (Frame::current ().interrupts_enabled ())
@@ -169,7 +169,7 @@ private:
     const bool was_enabled_;
 };
 
-// Without memory for it the run can only be stopped.
+// Without memory for the error object the run is stopped.
 mxArray* error_object (const std::pair<std::string, std::string>& error)
 {
     const mwSize sizes[] = {1, 1};

@@ -21,7 +21,7 @@ bool is_number (const mxArray* array)
 void* make_record_value (const void* record)
 {
     const mxArray& fields = *static_cast<const mxArray*> (record);
-    // What is a value of Octave's already is handed over as it is.
+    // Values that are Octave's own already are handed over as they are.
     if (fields.is_octave_value () || !fields.is_struct () || fields.get_number_of_elements () != 1)
         return nullptr;
     octave_scalar_map map;

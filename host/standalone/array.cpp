@@ -99,7 +99,7 @@ mxArray& Book::changed (mxArray* array, const char* function)
     return target;
 }
 
-// The bytes for `count` elements; null also when more than any test needs are asked for.
+// Memory for `count` elements; null also for more elements than any test needs.
 static Data zeroed (std::size_t count, std::size_t size)
 {
     constexpr std::size_t limit = std::size_t{1} << 36;
@@ -161,7 +161,7 @@ mxArray* Book::create_sparse (mxClassID class_id, std::size_t rows, std::size_t 
     array->real = zeroed (places, element_size (class_id));
     if (is_complex)
         array->imaginary = zeroed (places, element_size (class_id));
-    // Room for the indices is tried first: a vector would throw.
+    // Tries for the memory of the indices first, since a vector would throw.
     if (!array->real || (is_complex && !array->imaginary) || !zeroed (places, sizeof (mwIndex)) ||
         columns >= (std::size_t{1} << 33))
         return nullptr;

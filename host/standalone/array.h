@@ -1,4 +1,4 @@
-// The standalone host's arrays, and its book of what is alive.
+// The standalone host's arrays, and its book of live arrays and blocks.
 #pragma once
 
 #include <cstdlib>
@@ -15,10 +15,10 @@ struct FreeData {
     void operator() (void* data) const { std::free (data); }
 };
 
-// Exactly as long as its contents, so that AddressSanitizer sees an access beyond them.
+// Memory without slack, so that AddressSanitizer sees any access beyond the contents.
 using Data = std::unique_ptr<void, FreeData>;
 
-// Who releases an array or a block that the gateway does not: the call of this depth, or a Value.
+// Owner of an array or block: the running call of this depth, which releases it at its end, or a Value.
 enum Depth : int { owned_by_value = -1, outside_any_call = 0 };
 
 }
@@ -28,17 +28,17 @@ struct mxArray_tag {
     bool is_sparse = false;
     bool is_complex = false;
     bool is_borrowed = false;    // an input of a running call
-    bool is_unread = false;      // numbers that a host may have to spell out at the first look
+    bool is_unread = false;      // the first access may need memory, as for Octave's ranges
     standalone::Sizes sizes;     // two or more
     standalone::Data real, imaginary;
     std::vector<mwIndex> ir, jc;
     std::vector<std::string> fields;
-    std::vector<mxArray*> parts;    // of a cell or a record, all fields of one element after another
-    mxArray* whole = nullptr;       // what this is part of
+    std::vector<mxArray*> parts;    // elements of a cell; fields of a record, element by element
+    mxArray* whole = nullptr;       // the cell or record that has this array as a part
     int depth = standalone::outside_any_call;
 
     std::size_t count () const;
-    std::size_t stored () const;    // values that `real` holds
+    std::size_t stored () const;    // number of values in `real`
 };
 
 namespace standalone {
@@ -48,26 +48,26 @@ std::size_t element_size (mxClassID class_id);    // 0 for classes without numbe
 struct Book {
     Session session;
     std::unordered_map<const mxArray*, std::unique_ptr<mxArray>> arrays;
-    std::deque<std::unique_ptr<mxArray>> released;    // shells of the latest, so that a later use is seen
-    std::unordered_map<void*, int> blocks;            // and the depth that owns each
+    std::deque<std::unique_ptr<mxArray>> released;    // shells of the latest, to recognise later uses
+    std::unordered_map<void*, int> blocks;            // live blocks, each with the depth that owns it
     int depth = outside_any_call;
     std::thread::id thread = std::this_thread::get_id ();
 
     void fault (std::string text);
     void check_thread (const char* function);
 
-    // Counts one request for memory; true when it is the one that gives null.
+    // Counts a request for memory; true when this request must fail.
     bool refuses ();
 
-    // The numbers of an array; the first look at those of another's may need memory.
+    // The numbers of an array; null if the first access (is_unread) fails for lack of memory.
     void* numbers (const mxArray* array, const char* function);
 
-    // The array, once it is sure that it may be used. Anything else ends the call.
+    // The array, if it may be read; otherwise the call ends.
     mxArray& used (const mxArray* array, const char* function);
-    // The same for a change.
+    // The array, if it may be changed; otherwise the call ends.
     mxArray& changed (mxArray* array, const char* function);
 
-    // Null when there is no room for the elements.
+    // A new array; null when memory for the elements is short.
     mxArray* create (mxClassID class_id, Sizes sizes, bool is_complex = false);
     mxArray* create_sparse (mxClassID class_id, std::size_t rows, std::size_t columns, std::size_t nzmax,
                             bool is_complex);
@@ -75,17 +75,17 @@ struct Book {
     mxArray* duplicate (const mxArray& array);
     void destroy (mxArray& array);
 
-    // Makes `value`, which may be null, a part. What was there before is left alone.
+    // Makes `value`, which may be null, a part. The part that it replaces is not released.
     void put (mxArray& whole, std::size_t place, mxArray* value, const char* function);
 
-    // Releases what belongs to a depth, parts of values excepted; the counts of what there was.
+    // Releases arrays and blocks that belong to a depth, except parts of values. Returns how many there were.
     std::size_t release_arrays (bool (*belongs) (int depth));
     std::size_t release_blocks (bool (*belongs) (int depth));
 };
 
 Book& book ();
 
-// Calls `visit` with the array's data as what it is; false for classes without numbers.
+// Calls `visit` with the array's data in its own type; false for classes without numbers.
 template <class Visit>
 bool with_elements (const mxArray& array, Visit visit)
 {

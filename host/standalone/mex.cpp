@@ -109,7 +109,7 @@ std::size_t digest (const mxArray& array)
     return sum;
 }
 
-// One running call: its inputs are borrowed, and what it leaves behind is released at its end.
+// One running call. Its inputs are borrowed; arrays and blocks that it leaves behind are released at its end.
 class Frame {
 public:
     explicit Frame (const std::vector<Value>& inputs) : arguments_ (inputs)
@@ -137,7 +137,7 @@ public:
     int count () const { return static_cast<int> (pointers_.size ()); }
     const mxArray** inputs () { return pointers_.data (); }
 
-    // The output as a value of the test's, null when it was not assigned or is not the gateway's to give.
+    // An output as a value for the test; null when the gateway assigned none, or one that it must not give away.
     static Value take (mxArray* output)
     {
         if (output == nullptr)
@@ -169,7 +169,7 @@ private:
 Call standalone::call (int outputs, const std::vector<Value>& inputs, EntryPoint entry)
 {
     const bool interrupt_enabled = session ().interrupt_enabled;
-    // A MEX entry may always assign its first output; slots beyond the requested ones show a stray write.
+    // A MEX entry may always assign its first output. The slots behind the requested ones reveal stray writes.
     const std::size_t slots = static_cast<std::size_t> (std::max (outputs, 1));
     std::vector<mxArray*> assigned (slots + 2, nullptr);
     Call result;

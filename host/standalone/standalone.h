@@ -1,8 +1,8 @@
-// Control of the standalone host by tests: values to pass in, views of what comes back, calls of the MEX
-// entry, faults to inject, and a record of everything that the gateway did wrong.
+// Control of the standalone host by tests: values to pass in, views of results, calls of the MEX entry, faults to inject, and a
+// record of the gateway's errors.
 //
-// A call ends as in MATLAB: what the gateway did not release is released by the host, and counted in
-// Call::left_arrays and Call::left_blocks. Recorded as faults, which end a test as failures:
+// A call ends as in MATLAB: the host releases arrays and blocks that the gateway did not release, and counts them in
+// Call::left_arrays and Call::left_blocks. Recorded as faults, which fail a test:
 //   - an array or block released twice, or never given out;
 //   - data read as another class than its own (mxGetPr on anything but double, mxGetData on records);
 //   - an input changed, released, or made part of an output;
@@ -23,7 +23,7 @@
 
 namespace standalone {
 
-// Reads an array that something else owns. A null view stands for what is not there.
+// Reads an array without owning it. A null view stands for an absent array.
 class View {
 public:
     View (const mxArray* array = nullptr) : array_ (array) {}
@@ -47,7 +47,7 @@ protected:
     const mxArray* array_;
 };
 
-// A view of an array outside of any call, which it owns. Copies are deep.
+// An array outside of any call, with its owner. Copies are deep.
 class Value : public View {
 public:
     Value () = default;
@@ -85,12 +85,12 @@ Value records (const Sizes& sizes, const std::vector<std::string>& fields);
 Value function_handle ();
 Value object ();
 
-// What mexErrMsgTxt throws through the gateway.
+// The exception of mexErrMsgTxt, which passes through the gateway.
 struct MexError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Thrown by a registered function to fail as a MATLAB function fails.
+// A registered function throws this to fail as a MATLAB function does.
 struct MatlabError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -100,7 +100,7 @@ using EntryPoint = void (*) (int, mxArray*[], int, const mxArray*[]);
 
 struct Call {
     std::vector<Value> outputs;          // null where the entry assigned none
-    std::optional<std::string> error;    // of mexErrMsgTxt
+    std::optional<std::string> error;    // text of mexErrMsgTxt
     std::size_t left_arrays = 0, left_blocks = 0;
 
     View operator[] (std::size_t output) const
@@ -118,14 +118,14 @@ struct Session {
     std::vector<std::string> evaluated;
     std::vector<std::pair<std::string, Function>> functions;
 
-    long allocations = 0;              // blocks and arrays that were asked for
-    long failing_allocation = 0;       // the number of the one that fails; 0: none
-    bool failure_ends_call = false;    // by an error, as in MATLAB; otherwise null is given
+    long allocations = 0;              // requests for blocks and arrays
+    long failing_allocation = 0;       // number of the request that fails; 0: none
+    bool failure_ends_call = false;    // as in MATLAB; false: a failing request gives null
 
     bool interrupt_enabled = true;
     bool interrupt_pending = false;
-    long interrupt_polls = 0;      // how often it was asked for
-    long interrupting_poll = 0;    // the number of the one that finds it; 0: none
+    long interrupt_polls = 0;      // calls of utIsInterruptPending
+    long interrupting_poll = 0;    // number of the call that finds an interrupt; 0: none
 
     int lock_count = 0;
     std::vector<std::string> faults;
@@ -135,11 +135,11 @@ struct Session {
 
 Session& session ();
 
-// What the functions of mex.h gave out and nobody released; outputs of calls became values.
+// Arrays and blocks that mex.h's functions gave out and nobody released. Outputs of calls are values, and not counted.
 std::size_t live_arrays ();
 std::size_t live_blocks ();
 
-// A new session: each test starts with one. Values stay.
+// Begins a new session, as each test does. Values stay.
 void reset ();
 
 }

@@ -85,7 +85,7 @@ View View::cell (std::size_t index) const
     return array_ == nullptr ? nullptr : mxGetCell (array_, index);
 }
 
-// Arrays of values belong to no call.
+// Gives an array to a Value: no call releases it then.
 static Value owned (mxArray* array)
 {
     if (array == nullptr)

@@ -28,7 +28,7 @@ KLVrescode_t read_problem (Task& task, const char* path)
         return KLV_RES_OK;
     } catch (const FileFault& fault) {
         return report (task, path, fault);
-    } catch (const Refusal& refusal) {    // of the problem: it has no room for all that the file has
+    } catch (const Refusal& refusal) {    // the file has more entries than a problem can hold
         return report (task, path, {refusal.code, refusal.message});
     }
 }

@@ -12,7 +12,7 @@ namespace klv {
 
 // ---- The formats
 
-// Reads a format that holds a problem and nothing else.
+// Reads a file of a format that holds a problem and nothing else.
 template <Problem (*read) (Task&, const std::string&, Pacer&)>
 static FileContent read_alone (Task& task, const std::string& path, Pacer& pacer)
 {
@@ -91,7 +91,7 @@ static FileFault unknown_format ()
             "any file"};
 }
 
-// The formats that a file may have: the one that the parameter names, or all of the file's extension.
+// The formats that a file may have: the one that the parameter names, or all with the file's extension.
 static std::vector<const Format*> candidates (const Task& task, std::string_view path)
 {
     const std::int32_t number = task.parameters.get (IntSetting::file_format);

@@ -1,4 +1,4 @@
-// The formats of problem files: what each can hold, its reader and its writer.
+// The formats of problem files: features, reader and writer of each.
 #pragma once
 
 #include "kalvo/files/json/json.h"
@@ -9,7 +9,7 @@
 
 namespace klv {
 
-// Formats that share an extension stand in the order in which they are tried for writing.
+// Formats that share an extension stand in the order in which a writer tries them.
 struct Format {
     using Reader = FileContent (*) (Task& task, const std::string& path, Pacer& pacer);
     using Writer = void (*) (Task& task, OutputFile& file);
@@ -22,15 +22,15 @@ struct Format {
     std::string (*unfit) (const Problem& problem) = nullptr;
     Reader read = nullptr;
     Writer write = nullptr;
-    // Finds out which of the formats that share the extension a file has: belongs to the first of them.
+    // Reads a file that has any of the formats that share the extension; null but for the first of these.
     Reader read_any = nullptr;
 };
 
 // "LP cannot hold ...; JSON can", or nothing when the format can hold the problem.
 std::string why_not (const Format& format, const Problem& problem);
 
-// By the parameter of the format, else by the extension. Throw FileFault when neither names a format, and when the
-// format cannot hold the problem.
+// Choose a format by its parameter, else by the extension. Throw FileFault when neither names a format, or when the format cannot
+// hold the problem.
 Format::Reader reader_of (const Task& task, std::string_view path);
 Format::Writer writer_of (const Task& task, std::string_view path);
 

@@ -1,5 +1,5 @@
-// Forms: a problem's data as engines take them, made once and shared by all runs, and the way back from what an engine
-// claims of a form to the problem as it was stated. Every form is a minimum.
+// Forms: a problem's data as engines take them, made once and shared by all runs; and recoveries, which take an engine's claims
+// on a form back to the problem as it was stated. Every form is a minimisation.
 #pragma once
 
 #include "kalvo/model/point.h"
@@ -14,13 +14,14 @@
 
 namespace klv {
 
-// Magnitudes of an engine: what it takes as infinite (bounds, costs), refuses (matrix), or drops (entries up to it).
+// Magnitudes at which an engine takes bounds and costs as infinite, and beyond which it refuses a matrix entry; entries up to
+// smallest_entry are dropped.
 struct Limits {
     double infinite_bound = infinity, infinite_cost = infinity;
     double largest_entry = infinity, smallest_entry = 0;
 };
 
-// Numbers of the stated problem as they are, or changed ones in their place.
+// Numbers of the stated problem, copied only when the form changes one.
 class Values {
 public:
     Values () = default;
@@ -39,20 +40,20 @@ private:
     std::vector<double> changed_;
 };
 
-// min c'x + constant, row bounds on Ax, column bounds on x. Bounds are ordered, and infinite where the engine would take them
-// so; every row has a bound.
+// min c'x + constant, row bounds on Ax, column bounds on x. Lower bounds do not exceed upper ones, a bound that the engine would
+// take as infinite is infinite, and every row has a bound.
 struct LinearForm {
     double sign = 1;    // -1: a maximum was stated
     double constant = 0;
     Values cost, column_lower, column_upper, row_lower, row_upper;
     std::span<const std::int32_t> starts, rows;    // the matrix by columns
     std::span<const double> entries;
-    double smallest_entry = infinity;         // in magnitude, zeros apart
+    double smallest_entry = infinity;         // smallest magnitude but zero
     std::span<const std::uint8_t> integer;    // KLVvartype; empty: all columns are continuous
     std::int32_t integers = 0;
 
-    std::shared_ptr<const Problem> stated;             // what the spans point into
-    std::vector<std::int32_t> own_starts, own_rows;    // or these, where rows were left out
+    std::shared_ptr<const Problem> stated;             // the spans point into the stated problem,
+    std::vector<std::int32_t> own_starts, own_rows;    // or into these where rows were left out
     std::vector<double> own_entries;
 
     std::int32_t columns () const { return static_cast<std::int32_t> (cost.get ().size ()); }
@@ -70,14 +71,14 @@ struct ConicForm {    // a quadratic objective, elementary cones
 
 using Form = std::variant<LinearForm, QuadraticForm, ConicForm>;
 
-// What an engine says of a run, in the terms of the form that it was given.
+// An engine's answer to a job, in terms of the form.
 struct Claims : Point {
     std::int64_t simplex_iterations = 0, interior_iterations = 0, crossover_iterations = 0;
-    std::int32_t interior_method = 0;    // KLVinteriormethod that was used, where the engine has several
-    std::string warning = {};            // what was not done as it was asked for, a sentence
+    std::int32_t interior_method = 0;    // KLVinteriormethod that was used
+    std::string warning = {};            // a sentence that tells what was not done as asked
 };
 
-// The way from a form to the stated problem, and of a start the other way.
+// Takes claims from a form back to the stated problem, and a start forth to the form.
 class Recovery {
 public:
     Recovery () = default;
@@ -87,7 +88,7 @@ public:
 
     virtual Point back (Point&& claimed) const = 0;
     virtual std::shared_ptr<const Start> forth (std::shared_ptr<const Start> stated) const = 0;
-    virtual double sign () const = 0;    // of an objective
+    virtual double sign () const = 0;    // -1: the form's objective is the negative of the stated one
 };
 
 }

@@ -44,7 +44,7 @@ static std::string refused_bound (const Problem& problem, const Bounds& bounds, 
     return {};
 }
 
-// Magnitudes of entries: the smallest, the largest, and how many the engine drops.
+// Magnitudes of matrix entries, and how many of them the engine drops.
 struct Entries {
     double smallest = infinity, largest = 0;
     std::int64_t dropped = 0;
@@ -87,7 +87,7 @@ static void lower_bounds (const Bounds& stated, const Limits& limits, Values& lo
     }
 }
 
-// The new number of each row, -1 for one without a bound; empty: all have one.
+// The number in the form of each stated row, -1 for a row without bounds. Empty: all rows have bounds, and keep their numbers.
 static std::vector<std::int32_t> numbers_of_bound_rows (const LinearForm& form)
 {
     const std::span<const double> lower = form.row_lower.get (), upper = form.row_upper.get ();
@@ -181,8 +181,8 @@ private:
                 value = 0.0 - value;
     }
 
-    // What is no array of the form's rows stays what it is: whoever checks it will see that. Of no rows an array is empty
-    // also where it is `claimed`.
+    // From rows of the form to stated rows. An array of another length stays as it is, for the check to reject. With no rows in
+    // the form an array that was claimed is empty too: only `claimed` tells.
     template <class Value>
     void spread (std::vector<Value>& values, Value of_free_rows, bool claimed) const
     {
@@ -208,11 +208,11 @@ private:
     }
 
     double sign_;
-    std::vector<std::int32_t> number_;    // of each stated row in the form, or -1; empty: the same
+    std::vector<std::int32_t> number_;    // numbers_of_bound_rows
     std::ptrdiff_t kept_;
 };
 
-// ---- The whole -------------------------------------------------------------------------------------------------------
+// ---- The form -------------------------------------------------------------------------------------------------------
 
 Lowered lower_linear (std::shared_ptr<const Problem> stated, const Limits& limits, bool integers)
 {

@@ -4,7 +4,7 @@
  * - Every operation returns a response code: 0 for success, KLV_FIRST_TERMINATION and above for a
  *   termination (the run ended before an optimum was proved; results can be read), anything else a failure
  *   that changed nothing unless its description says so. KLV_getcodedesc gives a code's name and description, and
- *   KLV_getlasterror the last message of a task. Operations that answer something else say so.
+ *   KLV_getlasterror the last message of a task. Operations that return something else say so.
  * - Handles: a null environment stands for the process-wide default environment, the only one there is.
  *   A null task gives KLV_RES_NULL_HANDLE, a null pointer where data is needed KLV_RES_NULL_POINTER, a wrong
  *   index or range KLV_RES_INDEX_RANGE. Pointers to zero entries may be null.
@@ -13,17 +13,15 @@
  * - Ownership: arrays and texts that are passed in are copied and never kept; results are written into memory
  *   of the caller. Texts are 0-terminated UTF-8. Where a text buffer has no length argument it must
  *   hold KLV_MAX_TEXT bytes.
- * - Infinite bounds: the bound key says whether a bound exists; the value of an absent bound is not looked
- *   at.
+ * - Infinite bounds: the bound key says whether a bound exists; the value of an absent bound is ignored.
  * - Threads: a task is used by one thread at a time. All callbacks run on the thread that called the
  *   operation. While an operation runs, a callback may read the task but not change or delete it
  *   (KLV_RES_TASK_BUSY).
- * - An internal failure, a callback that throws among them, gives KLV_RES_INTERNAL and makes the task
- *   unusable: it can then only be asked for its last error and deleted; everything else gives
- *   KLV_RES_TASK_UNUSABLE.
- * - Changes of data leave the solutions as they were answered, until the next optimisation or until variables
- *   or constraints are added.
- * - Nothing is thrown across this interface, but for what the caller's own exit function throws.
+ * - An internal failure, or a callback that throws, gives KLV_RES_INTERNAL and makes the task unusable: it can
+ *   only be asked for its last error and deleted; all other operations give KLV_RES_TASK_UNUSABLE.
+ * - Changes of data leave the solutions as they are, until the next optimisation or until variables or
+ *   constraints are added.
+ * - No exceptions cross this interface, except those of the caller's own exit function.
  */
 #ifndef KALVO_H
 #define KALVO_H
@@ -43,7 +41,7 @@ extern "C" {
 
 enum { KLV_VERSION_MAJOR = 10, KLV_VERSION_MINOR = 2, KLV_VERSION_REVISION = 18 };
 
-// Bytes of a text buffer whose length is not passed, the terminating 0 included.
+// Size in bytes of text buffers whose length is not passed, the terminating 0 included.
 enum { KLV_MAX_TEXT = 1024 };
 
 typedef struct KLV_env* KLVenv_t;
@@ -118,7 +116,7 @@ enum KLVobjsense { KLV_SENSE_MINIMIZE = 0, KLV_SENSE_MAXIMIZE = 1 };
 
 enum KLVvartype { KLV_VAR_CONTINUOUS = 0, KLV_VAR_INTEGER = 1 };
 
-// Solutions of a task, in the order in which they are always handled.
+// Solutions of a task: interior, basic, integer.
 enum KLVsoltype { KLV_SOL_ITR = 0, KLV_SOL_BAS = 1, KLV_SOL_INT = 2, KLV_SOL_COUNT = 3 };
 
 // What is known of the problem.
@@ -133,7 +131,7 @@ enum KLVprosta {
     KLV_PRO_INFEASIBLE_BY_SEARCH = 7    // an integer search ended without a point; not certified
 };
 
-// What a solution is. Follows from residuals that the library computed itself.
+// What a solution is, by residuals that the library computed itself.
 enum KLVsolsta {
     KLV_SOLSTA_UNKNOWN = 0,
     KLV_SOLSTA_OPTIMAL = 1,
@@ -156,6 +154,7 @@ enum KLVstakey {
     KLV_SK_INFEASIBLE = 6
 };
 
+// From here to KLVfileformat: values of integer parameters.
 enum KLVoptimizer {
     KLV_OPTIMIZER_PRIMAL_SIMPLEX = 0,
     KLV_OPTIMIZER_DUAL_SIMPLEX = 1,
@@ -165,7 +164,6 @@ enum KLVoptimizer {
     KLV_OPTIMIZER_MIXED_INTEGER = 5
 };
 
-// Values of integer parameters.
 enum KLVswitch { KLV_OFF = 0, KLV_ON = 1 };
 
 enum KLVpresolve { KLV_PRESOLVE_OFF = 0, KLV_PRESOLVE_ON = 1, KLV_PRESOLVE_AUTOMATIC = 2 };
@@ -238,8 +236,8 @@ enum {
 };
 
 /* Message streams: 0 carries everything; 1 messages (progress, summaries, analysis); 2 errors; 3 warnings and
- * errors. A function that is linked with one handle to several streams receives a line that they share once.
- * What a function causes to be printed while it receives a line reaches files only. */
+ * errors. A function that is linked with one handle to several streams of a line receives the line once. Lines
+ * that are printed while a function receives one go to files only. */
 enum KLVstreamtype {
     KLV_STREAM_ALL = 0,
     KLV_STREAM_MESSAGES = 1,
@@ -247,8 +245,8 @@ enum KLVstreamtype {
     KLV_STREAM_WARNINGS = 3
 };
 
-/* Progress points: the caller code that a progress callback receives. Each phase calls at
- * its begin, and then at least once in 50 ms and at most once in 20 ms. */
+/* Progress points: the caller code that a progress callback receives. The callback is called when a phase
+ * begins, then at least once in 50 ms and at most once in 20 ms. */
 enum KLVcallercode {
     KLV_CALLER_BEGIN_OPTIMIZE = 1,
     KLV_CALLER_END_OPTIMIZE = 2,
@@ -272,8 +270,8 @@ enum KLVcallercode {
 };
 
 /* Progress callback: 0 lets the operation go on, anything else asks it to end. The operation then returns
- * KLV_RES_USER_STOP, or KLV_RES_OUT_OF_MEMORY where the callback answered that. The last three pointers are
- * null in this version. */
+ * KLV_RES_USER_STOP, or KLV_RES_OUT_OF_MEMORY when that was the callback's answer. The last three pointers
+ * are null in this version. */
 typedef int32_t (*KLVcallbackfunc) (KLVtask_t task, void* handle, uint32_t caller, const double* douinf,
                                     const int32_t* intinf, const int64_t* lintinf);
 
@@ -288,15 +286,14 @@ typedef void (*KLVexitfunc) (void* handle, const char* file, int32_t line, const
 /* The version of the loaded library; compare with the KLV_VERSION_ constants of this header. */
 KLV_API KLVrescode_t KLV_getversion (int32_t* major, int32_t* minor, int32_t* revision);
 
-// Prints the banner on environment streams 0 and 1: one line, with a line for each engine below it when
-// longver > 0.
+// Prints the banner on environment streams 0 and 1: one line, then a line for each engine if longver > 0.
 KLV_API KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver);
 
 // Links a function to an environment stream (0 to 3), replacing the linked one; a null func unlinks.
 KLV_API KLVrescode_t KLV_linkfunctoenvstream (KLVenv_t env, int32_t stream, void* handle, KLVstreamfunc func);
 
-// The function to call, on the calling thread and with no lock held, when a task has become unusable. Null:
-// none.
+// Sets the function that is called, on the calling thread and with no lock held, when a task has become
+// unusable; null: none.
 KLV_API KLVrescode_t KLV_putexitfunc (KLVenv_t env, KLVexitfunc func, void* handle);
 
 /* Symbolic name ("KLV_RES_...") and description of a response code; each buffer holds KLV_MAX_TEXT bytes,
@@ -310,11 +307,10 @@ KLV_API KLVrescode_t KLV_getsymbcondim (KLVenv_t env, int32_t* count, size_t* lo
 KLV_API KLVrescode_t KLV_getsymbcon (KLVtask_t task, int32_t index, int32_t capacity, char* name,
                                      int32_t* value);
 
-// Answers 1 and writes the value as decimal text (KLV_MAX_TEXT bytes) when name is a symbolic constant, else
-// 0.
+// Returns 1 and writes the value as decimal text (KLV_MAX_TEXT bytes) if name is a symbolic constant, else 0.
 KLV_API int32_t KLV_symnamtovalue (const char* name, char* value);
 
-// The symbolic constant that stands for a value of an integer parameter, or an empty text when it has none.
+// The symbolic constant for a value of an integer parameter, or an empty text.
 KLV_API KLVrescode_t KLV_iparvaltosymnam (KLVenv_t env, int32_t index, int32_t value, char* name);
 
 // ---- Tasks, streams, callbacks --------------------------------------------------------------------------
@@ -329,18 +325,18 @@ KLV_API KLVrescode_t KLV_deletetask (KLVtask_t* task);
 KLV_API KLVrescode_t KLV_linkfunctotaskstream (KLVtask_t task, int32_t stream, void* handle,
                                                KLVstreamfunc func);
 
-/* Links a file to a task stream beside the linked function, replacing the linked one: append 0 writes it
- * anew, 1 appends. A null filename closes the linked file. A file that can't be opened: KLV_RES_FILE_OPEN,
- * and the linked one stays; one that can't be written later is closed with one warning. */
+/* Links a file to a task stream, beside a linked function and in place of the linked file: append 0 writes the
+ * file anew, 1 appends. A null filename closes the linked file. A file that can't be opened gives
+ * KLV_RES_FILE_OPEN, and the linked one stays; when writing fails later, the file is closed with one warning. */
 KLV_API KLVrescode_t KLV_linkfiletotaskstream (KLVtask_t task, int32_t stream, const char* filename,
                                                int32_t append);
 
 // Sets the progress callback of a task; a null func removes it.
 KLV_API KLVrescode_t KLV_putcallbackfunc (KLVtask_t task, KLVcallbackfunc func, void* handle);
 
-/* The last error of a task, whatever succeeded since: its code, the length of its message, and the message
- * cut to capacity - 1 bytes. Without an error *code is 0 and *length and message are left untouched. length
- * may be null. Terminations are no errors, nor is a call that was refused because the task was busy. */
+/* The last error of a task, also after later successes: code, length of the message, and the message cut to
+ * capacity - 1 bytes. Without an error *code is 0, and *length and message are untouched. length may be null.
+ * Terminations are no errors, nor is a call that was refused because the task was busy. */
 KLV_API KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, int32_t* length,
                                        char* message);
 
@@ -355,8 +351,9 @@ KLV_API KLVrescode_t KLV_whichparam (KLVtask_t task, const char* name, int32_t* 
 // Name of parameter number index of a kind (KLVparamtype).
 KLV_API KLVrescode_t KLV_getparamname (KLVtask_t task, int32_t kind, int32_t index, char* name);
 
-/* Sets a parameter: KLV_RES_PARAMETER_RANGE outside its range (NaN included), KLV_RES_PARAMETER_RESERVED for
- * another value than the default of a reserved one. The message names it. */
+/* Sets a parameter: KLV_RES_PARAMETER_RANGE for a value outside the range (NaN included),
+ * KLV_RES_PARAMETER_RESERVED for a reserved parameter and a value other than the default. The message names
+ * the parameter. */
 KLV_API KLVrescode_t KLV_putdouparam (KLVtask_t task, int32_t index, double value);
 KLV_API KLVrescode_t KLV_putintparam (KLVtask_t task, int32_t index, int32_t value);
 KLV_API KLVrescode_t KLV_putstrparam (KLVtask_t task, int32_t index, const char* value);
@@ -388,19 +385,19 @@ KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
 // Makes room for entries of the constraint matrix; a hint that is never needed.
 KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
-/* Operations of this section that are called very often, as KLV_putacol is, ask the progress callback now and
- * then (KLV_CALLER_LOAD); when it answers other than 0 they change nothing and return KLV_RES_USER_STOP. */
+/* Operations on variables and constraints ask the progress callback now and then (KLV_CALLER_LOAD); after an
+ * answer other than 0 they change nothing and return KLV_RES_USER_STOP. */
 
 /* Replaces column j of the constraint matrix: count entries, rows in any order, each row at most once, values
  * finite. Zeros are kept as entries. */
 KLV_API KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_t* rows,
                                   const double* values);
 
-/* Bounds of the items first ... last - 1; the arrays hold last - first entries. A bound that its key says
- * exists must not be NaN; an infinite one on its own side means no bound, and the key becomes that of what is
- * left; on the other side KLV_RES_BOUND_BEYOND_INFINITY. Lower values above upper ones are accepted: such a
- * problem is infeasible. The two values of a fixed item (KLV_BK_FX) must be finite and equal, else
- * KLV_RES_ARGUMENT. */
+/* Bounds of the items first ... last - 1; the arrays hold last - first entries. A bound that exists by its key
+ * must not be NaN. A lower bound of -Inf and an upper one of Inf mean no bound, and the key is changed
+ * accordingly; a lower bound of Inf and an upper one of -Inf give KLV_RES_BOUND_BEYOND_INFINITY. Lower values
+ * above upper ones are accepted: such a problem is infeasible. The two values of a fixed item (KLV_BK_FX) must
+ * be finite and equal, else KLV_RES_ARGUMENT. */
 KLV_API KLVrescode_t KLV_putvarboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
                                            const double* lower, const double* upper);
 KLV_API KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, const int32_t* keys,
@@ -440,12 +437,12 @@ KLV_API KLVrescode_t KLV_getnumdjc (KLVtask_t task, int64_t* count);
 KLV_API KLVrescode_t KLV_getdimbarvarj (KLVtask_t task, int32_t j, int32_t* dimension);
 KLV_API KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t* length);
 
-// Costs of all variables, in an array of as many entries.
+// Costs of all variables; the array must hold one entry for each.
 KLV_API KLVrescode_t KLV_getc (KLVtask_t task, double* costs);
 KLV_API KLVrescode_t KLV_getcfix (KLVtask_t task, double* constant);
 
-/* Column j of the constraint matrix, in the order in which it was put. The arrays must hold as many entries
- * as the column has: at most one a constraint. */
+/* Column j of the constraint matrix, entries in the order in which they were put. The arrays must have room for
+ * all of them: at most one for each constraint. */
 KLV_API KLVrescode_t KLV_getacol (KLVtask_t task, int32_t j, int32_t* count, int32_t* rows, double* values);
 
 // Quadratic terms of the objective and of constraint i; room is the size of the arrays.
@@ -461,13 +458,13 @@ KLV_API KLVrescode_t KLV_getconbound (KLVtask_t task, int32_t i, int32_t* key, d
 KLV_API KLVrescode_t KLV_getvartype (KLVtask_t task, int32_t j, int32_t* type);
 KLV_API KLVrescode_t KLV_getobjsense (KLVtask_t task, int32_t* sense);
 
-// Lengths of names without terminator. The longest of all names of variables, constraints and other items.
+// Lengths of names without terminator: of the task, of the objective, and of the longest name of any item.
 KLV_API KLVrescode_t KLV_gettasknamelen (KLVtask_t task, int32_t* length);
 KLV_API KLVrescode_t KLV_getobjnamelen (KLVtask_t task, int32_t* length);
 KLV_API KLVrescode_t KLV_getmaxnamelen (KLVtask_t task, int32_t* length);
 
-// Names into a buffer of size bytes; KLV_RES_BUFFER_TOO_SMALL, with the buffer cut and terminated, where one
-// does not fit.
+// Copy a name into a buffer of size bytes. A name that does not fit is cut and terminated, with
+// KLV_RES_BUFFER_TOO_SMALL.
 KLV_API KLVrescode_t KLV_gettaskname (KLVtask_t task, int32_t size, char* name);
 KLV_API KLVrescode_t KLV_getobjname (KLVtask_t task, int32_t size, char* name);
 KLV_API KLVrescode_t KLV_getvarname (KLVtask_t task, int32_t j, int32_t size, char* name);
@@ -478,15 +475,15 @@ KLV_API KLVrescode_t KLV_getaccname (KLVtask_t task, int64_t k, int32_t size, ch
 
 // ---- Files and analysis -----------------------------------------------------------------------------------
 
-/* Reads a problem file into an empty task: filename, or the string parameter KLV_SPAR_DATA_FILE when it is
- * null. A fault is reported on the error stream with its line; the task then holds an empty problem.
- * A JSON file holds a whole task (docs/json.md). Of its parameters those are set that have their default in the
- * task; the data file and the file format are not among them. Its solutions are read as KLV_putsolutionnew takes
- * them: the next optimisation starts there, and their statuses follow from their values. */
+/* Reads a problem file into an empty task. A null filename stands for the string parameter KLV_SPAR_DATA_FILE.
+ * A fault is reported on the error stream with its line; the task then holds an empty problem.
+ * A JSON file holds a whole task (docs/json.md). Parameters that have their default in the task are set from the
+ * file, except the data file and the file format. Solutions are taken as by KLV_putsolutionnew: the next
+ * optimisation starts there, and statuses follow from the values. */
 KLV_API KLVrescode_t KLV_readdata (KLVtask_t task, const char* filename);
 
-/* Writes the problem to a file, in the format that its extension or the file-format parameter names. On any failure
- * the file that was there before is as it was. */
+/* Writes the problem to a file, in the format that the parameter KLV_IPAR_FILE_FORMAT or the extension names. After
+ * a failure an existing file is as it was. */
 KLV_API KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename);
 
 // Prints a short summary of the problem, or its analysis (kinds of bounds, density, coefficient ranges), on a
@@ -497,19 +494,19 @@ KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
 // ---- Optimisation -----------------------------------------------------------------------------------------
 
 /* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops
- * give their termination code. It starts from the solutions that the task holds (KLV_IPAR_WARM_START): a
- * basis, else a point for the simplex methods, known values of the integer solution for the integer search. A
- * bad start costs time, never the answer. Afterwards the task holds the new solutions only. */
+ * give their termination code. With KLV_IPAR_WARM_START the task's solutions are the start: a basis, else a
+ * point for the simplex methods, known values of the integer solution for the integer search. A bad start
+ * costs time, never the answer. Afterwards the task holds the new solutions only. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
-// Brings the problem into conic form. A linear problem already is.
+// Brings the problem into conic form, which a linear problem already has.
 KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
 
-// Repairs an infeasible problem. This version can't: KLV_RES_NOT_AVAILABLE. Weights: one a bound, or null.
+// Repairs an infeasible problem: KLV_RES_NOT_AVAILABLE in this version. Weights: one for each bound, or null.
 KLV_API KLVrescode_t KLV_primalrepair (KLVtask_t task, const double* wlc, const double* wuc,
                                        const double* wlx, const double* wux);
 
-// Print what was found, and how, on a stream.
+// Print on a stream: a summary of the solutions, and one of the optimisation's course.
 KLV_API KLVrescode_t KLV_solutionsummary (KLVtask_t task, int32_t stream);
 KLV_API KLVrescode_t KLV_optimizersummary (KLVtask_t task, int32_t stream);
 
@@ -523,7 +520,7 @@ KLV_API KLVrescode_t KLV_solutiondef (KLVtask_t task, int32_t which, int32_t* de
 KLV_API KLVrescode_t KLV_getprosta (KLVtask_t task, int32_t which, int32_t* status);
 KLV_API KLVrescode_t KLV_getsolsta (KLVtask_t task, int32_t which, int32_t* status);
 
-// c'x plus the constant, and the bound on it that the duals prove.
+// The objective c'x plus the constant, and the bound on the optimum that the duals prove.
 KLV_API KLVrescode_t KLV_getprimalobj (KLVtask_t task, int32_t which, double* value);
 KLV_API KLVrescode_t KLV_getdualobj (KLVtask_t task, int32_t which, double* value);
 
@@ -559,33 +556,32 @@ KLV_API KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t fi
                                        int64_t length, double* values);
 KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* values);
 
-/* Puts a solution into its place, for the next optimisation to start from (KLV_IPAR_WARM_START), and to keep
- * until then. Every array may be null: nothing is given. skc, xc, y, slc, suc: one entry a constraint; skx,
- * xx, slx, sux: one a variable. A NaN among values is an unknown one, infinite values are refused
- * (KLV_RES_VALUE_NOT_FINITE), as are numbers that are no key. The task keeps what is given as it is, but for what follows
- * from xx when all of it is known (xc), and from the multipliers when all of them are (slc and suc from y, y from slc - suc
- * where it is missing, slx and sux from their difference, or from y where they are missing). Statuses follow from these and
- * the problem; a certificate that is put as it was handed out is one again, once it is verified. The integer solution has
- * no duals and no proof of optimality: a point of it is at most PRIMAL_FEASIBLE. Of conic values (skn, snx, doty) this
- * version has none: they are not looked at. */
+/* Puts a solution, for the next optimisation to start from (KLV_IPAR_WARM_START). Arrays that are not given are
+ * null. skc, xc, y, slc, suc have one entry for each constraint; skx, xx, slx, sux one for each variable. NaN is
+ * an unknown value; infinite values (KLV_RES_VALUE_NOT_FINITE) and numbers that are no key are refused.
+ * The task keeps given values as they are, except that when all of xx is known, xc is computed from xx; and when
+ * all multipliers are known, slc and suc are computed from y (a missing y is slc - suc), and slx and sux from
+ * their difference (if missing, from y). Statuses follow from these values and the problem. A certificate in the
+ * form in which the library returns it is one again, once it is verified. The integer solution has no duals and
+ * no proof of optimality: its status is at most PRIMAL_FEASIBLE. Conic values (skn, snx, doty) are ignored in
+ * this version. */
 KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
                                          const int32_t* skx, const int32_t* skn, const double* xc,
                                          const double* xx, const double* y, const double* slc,
                                          const double* suc, const double* slx, const double* sux,
                                          const double* snx, const double* doty);
 
-/* Values of semidefinite variable j in a solution that was put. This version has no such variables: no index
- * is valid. */
+/* Puts values of semidefinite variable j of a solution. This version has no such variables: no index is valid. */
 KLV_API KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 KLV_API KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 
-// Texts of statuses and keys (KLV_MAX_TEXT bytes); KLV_RES_VALUE_UNKNOWN and an empty text for another
-// number.
+// Texts of statuses and keys (KLV_MAX_TEXT bytes). Any other number gives an empty text and
+// KLV_RES_VALUE_UNKNOWN.
 KLV_API KLVrescode_t KLV_prostatostr (KLVtask_t task, int32_t status, char* text);
 KLV_API KLVrescode_t KLV_solstatostr (KLVtask_t task, int32_t status, char* text);
 KLV_API KLVrescode_t KLV_sktostr (KLVtask_t task, int32_t key, char* text);
 
-// The key whose text, or the first two characters of whose text, is given; else KLV_RES_STATUS_KEY_UNKNOWN.
+// The key with the given text; its first two characters are enough. Else KLV_RES_STATUS_KEY_UNKNOWN.
 KLV_API KLVrescode_t KLV_strtosk (KLVtask_t task, const char* text, int32_t* key);
 
 #ifdef __cplusplus

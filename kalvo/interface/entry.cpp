@@ -8,7 +8,7 @@ namespace klv {
 
 KLVrescode_t end_with_internal_failure (const std::source_location& where, const char* message)
 {
-    // The folder in which the library was built is nobody's business.
+    // The file's name alone: messages do not show the folder that the library was built in.
     std::string_view file = where.file_name ();
     if (const std::size_t slash = file.rfind ('/'); slash != file.npos)
         file.remove_prefix (slash + 1);

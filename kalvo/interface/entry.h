@@ -1,5 +1,4 @@
-// What every operation of the C interface goes through: it checks the handle, catches everything, and turns
-// what was thrown into a response code.
+// The guard of every operation of the C interface: checks the handle, and turns exceptions into response codes.
 #pragma once
 
 #include "kalvo/include/kalvo.h"
@@ -100,7 +99,7 @@ KLVrescode_t enter_environment (KLVenv_t env, const Operation& operation)
 
 // ---- Checks of arguments; `name` is the argument's name in kalvo.h ----
 
-// Where a result goes.
+// A pointer to where a result goes.
 template <class Value>
 Value& output (Value* place, const char* name)
 {

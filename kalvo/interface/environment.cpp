@@ -45,7 +45,7 @@ KLVrescode_t KLV_putexitfunc (KLVenv_t env, KLVexitfunc func, void* handle)
 
 KLVrescode_t KLV_getcodedesc (int32_t code, char* symname, char* description)
 {
-    // Called when memory has run out, too: nothing here needs any.
+    // Also called when memory has run out, so nothing is allocated here.
     const Constant* known = find_constant (Group::response, code);
     if (symname != nullptr)
         copy_text (known ? known->name : "UNKNOWN", symname, KLV_MAX_TEXT);

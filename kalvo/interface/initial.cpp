@@ -1,4 +1,4 @@
-// The C interface: solutions are put, for an optimisation to start from.
+// The C interface: solutions from which an optimisation starts.
 
 #include "kalvo/interface/entry.h"
 #include "kalvo/verify/given.h"

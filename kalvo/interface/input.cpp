@@ -1,4 +1,4 @@
-// The C interface: the problem is put into the task.
+// The C interface: problem input.
 
 #include "kalvo/interface/entry.h"
 
@@ -9,7 +9,7 @@
 
 using namespace klv;
 
-// A change of the problem that handles `work` entries. Now and then the progress callback is asked first.
+// Makes a change to the problem that handles `work` entries. Now and then the progress callback is asked first.
 template <class Operation>
 static KLVrescode_t load (KLVtask_t task, std::size_t work, const Operation& operation,
                           const std::source_location& where = std::source_location::current ())
@@ -131,7 +131,7 @@ struct Bound {
     double lower, upper;
 };
 
-// A bound with every absent side infinite, and a key that names what is left.
+// A bound whose absent sides are infinite, with the key of the sides that exist.
 static Bound settle (std::int32_t key, double lower, double upper)
 {
     const bool below = key == KLV_BK_LO || key == KLV_BK_RA || key == KLV_BK_FX;
@@ -144,7 +144,7 @@ static Bound settle (std::int32_t key, double lower, double upper)
             bound.lower, bound.upper};
 }
 
-// Why a bound can't be taken; 0 when it can.
+// The code for a bound that can't be taken, else 0.
 static KLVrescode_t fault (std::int32_t key, double lower, double upper)
 {
     if (key < KLV_BK_LO || key > KLV_BK_RA)
@@ -275,7 +275,7 @@ KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type)
 static std::string checked_name (const char* name)
 {
     const std::string_view words = given_text (name, "name");
-    if (words.size () >= std::numeric_limits<std::int32_t>::max ())    // a reader's buffer holds a 0, too
+    if (words.size () >= std::numeric_limits<std::int32_t>::max ())    // the length of a buffer counts a 0
         refuse (KLV_RES_TOO_LARGE, "A name of ", words.size (), " bytes is too long.");
     return std::string (words);
 }

@@ -1,4 +1,4 @@
-// The C interface: what is done with a whole problem.
+// The C interface: files, optimisation, analysis and summaries.
 
 #include "kalvo/files/files.h"
 #include "kalvo/interface/entry.h"
@@ -8,7 +8,7 @@
 
 using namespace klv;
 
-// An operation that takes time: the item progress_time counts from here.
+// Runs an operation that takes time: the item progress_time counts from here.
 template <class Operation>
 static KLVrescode_t run (KLVtask_t task, const Operation& operation,
                          const std::source_location& where = std::source_location::current ())

@@ -1,4 +1,4 @@
-// The C interface: the problem is read back.
+// The C interface: problem output.
 
 #include "kalvo/interface/entry.h"
 
@@ -6,7 +6,7 @@
 
 using namespace klv;
 
-// A number of the problem: `value_of` takes it out.
+// Writes the number that `value_of` takes from the problem.
 template <class Value, class Getter>
 static KLVrescode_t give (KLVtask_t task, Value* place, const char* name, const Getter& value_of,
                           const std::source_location& where = std::source_location::current ())

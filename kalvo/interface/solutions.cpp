@@ -1,4 +1,4 @@
-// The C interface: solutions are read out.
+// The C interface: solutions of a task.
 
 #include "kalvo/interface/entry.h"
 #include "kalvo/tables/constants.h"

@@ -70,7 +70,7 @@ KLVrescode_t KLV_getlasterror (KLVtask_t task, int32_t* code, int32_t capacity, 
     if (error.code == KLV_RES_OK)
         return KLV_RES_OK;
     std::string_view words = error.message;
-    if (words.empty ())    // there was no memory for more
+    if (words.empty ())    // no memory was left to store the message
         if (const Constant* known = find_constant (Group::response, error.code))
             words = known->description;
     if (length != nullptr)
@@ -88,7 +88,7 @@ KLVrescode_t KLV_putoptserverhost (KLVtask_t task, const char* host)
     });
 }
 
-// The name of a row of a table; `item` says what its rows are.
+// Copies the name of a table's row; `item` is the word for a row in messages.
 template <class Rows>
 static void give_row_name (const Rows& rows, const char* item, std::int32_t index, char* name)
 {
@@ -229,7 +229,7 @@ KLVrescode_t KLV_getintinf (KLVtask_t task, int32_t index, int32_t* value)
 {
     return read (task, [&] (Task& t) {
         check_index (index, KLV_INTEGER_INFORMATION, "integer information item");
-        // Sizes follow the problem; whoever changes it need not tell.
+        // Sizes are computed when they are asked for, so that no change of the problem need update them.
         t.information.set (IntItem::variables, t.problem ().variables ());
         t.information.set (IntItem::constraints, t.problem ().constraints ());
         t.information.set (IntItem::integers, t.problem ().integers);

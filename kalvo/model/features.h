@@ -1,5 +1,4 @@
-// The features that a problem has beyond continuous variables, linear terms and bounds, to compare with those that
-// formats and engines can take.
+// A problem's features beyond continuous variables, linear terms and bounds, to compare with those that file formats can hold.
 #pragma once
 
 #include <array>
@@ -27,7 +26,7 @@ public:
     constexpr void add (Feature feature) { bits_ |= bit (feature); }
     constexpr bool has (Feature feature) const { return (bits_ & bit (feature)) != 0; }
 
-    // The name of a feature that others lack, or null when they have all.
+    // The name of a feature that is not among `others`, or null when all are.
     constexpr const char* missing_in (Features others) const
     {
         for (std::size_t i = 0; i < feature_names.size (); ++i)

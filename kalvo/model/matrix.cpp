@@ -31,7 +31,7 @@ void ColumnMatrix::put (std::int32_t j, std::span<const std::int32_t> rows, std:
         if (entries_ + size > most_entries_)
             refuse (KLV_RES_TOO_LARGE, "The matrix has ", entries_, " entries; the ", size, " of column ",
                     std::int64_t{j} + 1, " are more than can be counted.");
-        // Closing holes costs the length of the arrays, most of which was put since holes were last closed.
+        // Closing holes costs time by the length of the arrays, of which most was put since holes were last closed.
         const auto length = static_cast<std::int64_t> (row_.size ());
         if (length > 2 * entries_ + columns () || length + size > most_entries_)
             pack ();
@@ -74,7 +74,7 @@ void ColumnMatrix::pack ()
     packed_ = true;
 }
 
-// Whether the columns stand one behind the other, holes aside; empty ones stand nowhere.
+// Whether the columns stand in order, with or without holes; an empty column has no place.
 bool ColumnMatrix::in_order () const
 {
     std::int32_t end = 0;
@@ -122,7 +122,7 @@ void ColumnMatrix::copy_in_order ()
 std::int64_t RepeatedRows::find (std::span<const std::int32_t> rows, std::int32_t constraints)
 {
     if (std::ranges::adjacent_find (rows, std::greater_equal{}) == rows.end ())
-        return -1;    // strictly increasing
+        return -1;    // rows increase: none is named twice
     if (last_seen_.size () < static_cast<std::size_t> (constraints))
         last_seen_.resize (static_cast<std::size_t> (constraints), 0);
     if (++search_ == 0) {

@@ -1,4 +1,4 @@
-// What is claimed of the problem as it was stated, before anyone has checked it.
+// Claims about the problem as it was stated, not checked yet.
 #pragma once
 
 #include <cstdint>
@@ -29,25 +29,25 @@ inline bool ended_early (Outcome outcome)
     return outcome >= Outcome::time_limit && outcome <= Outcome::stopped;
 }
 
-// Signs of duals are those of kalvo.h; arrays are empty where nothing is claimed.
+// Duals have the signs of kalvo.h; an array is empty where nothing is claimed.
 struct Point {
     Outcome outcome = Outcome::unknown;
     std::vector<double> x = {};    // variables
     std::vector<double> y = {},
-                        reduced_cost = {};    // constraints, variables; c - A'y where it is not claimed
+                        reduced_cost = {};    // constraints, variables; an empty reduced_cost means c - A'y
     std::vector<std::int32_t> column_key = {}, row_key = {};    // status keys of a basis: KLVstakey
-    std::vector<double> dual_ray = {};      // constraints: proves that no point is feasible
+    std::vector<double> dual_ray = {};      // constraints: multipliers that prove infeasibility
     std::vector<double> primal_ray = {};    // variables: a direction of unbounded improvement
     std::optional<double> bound = {};       // on the objective of an integer problem
-    std::string message = {};               // why there is no answer, in plain words
+    std::string message = {};               // plain words for a run without an answer
 };
 
-// Where an optimisation starts. Arrays are empty where nothing is known.
+// Where an optimisation starts: a basis, or a point. Unknown arrays are empty.
 struct Start {
     std::vector<std::int32_t> row_key = {},
                               column_key = {};    // a basis, of which nothing else is known: KLVstakey
-    std::vector<double> x = {};                   // for an integer search some entries may be NaN: unknown
-    std::vector<double> activity = {}, y = {}, reduced_cost = {};    // of x, and its duals
+    std::vector<double> x = {};                   // NaN, for an integer search only: an unknown value
+    std::vector<double> activity = {}, y = {}, reduced_cost = {};    // row activities of x, and duals
 };
 
 }

@@ -1,4 +1,4 @@
-// The problem as the user stated it: what a task stores, what answers are checked on, what engines read.
+// The problem as the user stated it: tasks store it, answers are checked on it, forms are made from it.
 #pragma once
 
 #include "kalvo/include/kalvo.h"
@@ -28,18 +28,17 @@ struct Bounds {
 
     std::int32_t count () const { return static_cast<std::int32_t> (key.size ()); }
 
-    // The interval that an item has to lie in. A pair that is crossed, but by too little to be a contradiction, is
-    // taken the other way round.
+    // The interval that an item has to lie in. Bounds crossed by too little to be a contradiction are swapped.
     Interval interval (std::size_t item) const
     {
         return {std::min (lower[item], upper[item]), std::max (lower[item], upper[item])};
     }
 };
 
-// The key of a pair of bounds that are absent where they are infinite.
+// The key of a pair of bounds, of which infinite ones are absent.
 std::uint8_t key_of (double lower, double upper);
 
-// Names of one kind of item; takes no room while none has a name.
+// Names of one kind of item; without memory while no item has a name.
 class Names {
 public:
     void put (std::int32_t item, std::int32_t count, std::string name);
@@ -71,7 +70,7 @@ struct Problem {
     std::int32_t constraints () const { return constraint.count (); }
 
     Features features () const;
-    // Whether no term joins two items, so that every row and every variable is a problem of its own.
+    // Whether the matrix has no entries, so that every row and every variable is a problem of its own.
     bool is_separable () const { return matrix.entries () == 0; }
 
     void append_variables (std::int32_t count);      // continuous, free, without cost and entries

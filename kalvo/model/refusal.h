@@ -1,4 +1,4 @@
-// How an operation of the library is refused.
+// Thrown by operations of the library that can't be done.
 #pragma once
 
 #include "kalvo/include/kalvo.h"
@@ -8,7 +8,7 @@
 
 namespace klv {
 
-// An operation that can't be done, thrown before anything was changed.
+// Thrown before anything was changed.
 struct Refusal {
     KLVrescode_t code;
     std::string message;

@@ -7,7 +7,7 @@
 
 namespace klv {
 
-// Exactly as much as is needed at first, then at least twice as much as before: many small steps stay cheap.
+// The first request gets exactly its size, later ones at least double the room: many small steps stay cheap.
 template <class Value>
 void make_room (std::vector<Value>& values, std::size_t more)
 {

@@ -10,12 +10,12 @@
 
 namespace klv {
 
-// How far a point is from what it should be, each the largest over all items.
+// Violations of a point, each the largest over all items; the first of a pair is relative.
 struct Violations {
     double primal = 0, primal_absolute = 0;    // distance outside a bound
     double dual = 0, dual_absolute = 0;        // c - A'y - (slx - sux), multipliers of absent bounds
-    double complementarity = 0;                // multiplier times distance from its bound, relative
-    double gap = 0;                            // of primal and dual objective, relative
+    double complementarity = 0;                // multiplier times distance from the bound, relative
+    double gap = 0;                            // between primal and dual objective, relative
     double integer = 0;                        // distance from a whole number
 };
 
@@ -27,7 +27,7 @@ struct Solution {
     std::vector<double> y, slc, suc, slx, sux;    // empty in the integer slot
     double primal_objective = 0;
     double dual_objective = 0;
-    bool has_primal = false;    // xx is known; else it may be in part
+    bool has_primal = false;    // all of xx is known; otherwise xx holds zeros, or NaN for unknown values
     bool has_dual = false;      // y and slx - sux are known
     Violations violations;
 };
@@ -35,11 +35,11 @@ struct Solution {
 // The slots of a task, by KLVsoltype.
 using Solutions = std::array<std::optional<Solution>, KLV_SOL_COUNT>;
 
-// Values as a user or a file gives them; empty where they are not given, NaN where one is unknown.
+// A solution that a user or a file gives: an array that is not given is empty, an unknown value NaN.
 struct GivenSolution {
     std::vector<std::int32_t> skc, skx;
     std::vector<double> xx, xc, y, slc, suc, slx, sux;
-    bool certificate = false;    // of infeasibility: y, slx and sux; or xx, of unboundedness
+    bool certificate = false;    // y, slx and sux prove infeasibility, or xx unboundedness
 };
 
 }

@@ -38,8 +38,8 @@ std::string text (const Pieces&... pieces)
     return whole;
 }
 
-// Copies into a buffer of `capacity` bytes and ends it with a 0. What does not fit is cut between two
-// characters of UTF-8; the answer says whether all of it fitted.
+// Copies a text with a terminating 0 into a buffer of `capacity` bytes, cut between two UTF-8 characters when it is too long;
+// then false is returned.
 inline bool copy_text (std::string_view source, char* buffer, std::size_t capacity) noexcept
 {
     if (capacity == 0)

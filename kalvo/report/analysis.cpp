@@ -12,7 +12,7 @@
 
 namespace klv {
 
-// ---- What is looked at -----------------------------------------------------------------------------------
+// ---- Collecting -----------------------------------------------------------------------------------
 
 // Smallest and largest magnitude of the values that are neither 0 nor infinite.
 struct Magnitudes {
@@ -79,7 +79,7 @@ static void look_at (Column column, std::vector<std::int32_t>& row_lengths, Anal
     }
 }
 
-// The answer of the progress callback, when it ended the analysis.
+// Returns the progress callback's answer when that ends the analysis, else 0.
 static std::int32_t look_at (Task& task, Analysis& analysis)
 {
     const Problem& problem = task.problem ();
@@ -126,7 +126,7 @@ static void note (Information& information, const Analysis& analysis)
     information.set (IntItem::crossed_bounds, analysis.constraint.crossed + analysis.variable.crossed);
 }
 
-// ---- What is printed -------------------------------------------------------------------------------------
+// ---- Printing -------------------------------------------------------------------------------------
 
 class Page {
 public:

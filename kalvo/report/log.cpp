@@ -84,7 +84,7 @@ static std::string number (int width, int digits, bool known, double value)
                                           : formatted (" %*s", width, "-");
 }
 
-// Digits as the engine tells them.
+// The engine prints objectives with 8 digits in interior-point methods, 10 in simplex.
 static std::string linear_row (Method method, const Progress& now, bool measured)
 {
     const int digits = is_interior (method) ? 8 : 10;
@@ -94,7 +94,7 @@ static std::string linear_row (Method method, const Progress& now, bool measured
            number (9, 1, measured, now.primal_violation) + number (9, 1, measured, now.dual_violation);
 }
 
-// What is left to prove, relative to the incumbent.
+// The gap between incumbent and bound.
 static std::string percentage (const Progress& now)
 {
     const double gap = 100 * relative_gap (now.primal_objective, now.dual_objective);
@@ -103,7 +103,7 @@ static std::string percentage (const Progress& now)
     return gap < 1e5 ? formatted ("%.2f%%", gap) : "large";
 }
 
-// A star is where the search found a better point.
+// A star: since the last row the search found a better point.
 static std::string search_row (const Progress& now, bool improved)
 {
     const auto value = [] (bool known, double number) {
@@ -147,7 +147,7 @@ void Log::step (std::size_t number_of_run, const Progress& now, double seconds)
         row (run, now, true, seconds);
 }
 
-// The longer a run takes, the more rarely. Between its steps a linear method tells the iteration only.
+// Pulses become rarer as a run grows longer. Between the steps of a linear method only its iteration count is current.
 void Log::pulse (std::size_t number_of_run, const Progress& now, double seconds)
 {
     Run& run = runs_[number_of_run];

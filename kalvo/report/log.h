@@ -1,5 +1,5 @@
-// The log of an optimisation: one header, one line a step of a method in aligned columns, and the engine's
-// own lines where they are asked for.
+// The log of an optimisation: a header, a line for each step of a method in aligned columns, and on request the engine's own
+// lines.
 #pragma once
 
 #include "kalvo/engines/engine.h"
@@ -26,20 +26,20 @@ public:
 
     struct Begin {
         Method method;
-        bool joins;    // another run that is at it
+        bool joins;    // another run is under way
         int threads;
         const char* engine;
         const std::string& why;
-        double seconds;    // of the optimisation, here and below
+        double seconds;    // here and below: since the optimisation began
     };
     std::size_t runs () const { return runs_.size (); }
-    std::size_t begin_run (const Begin& begin);                           // the run's number
-    void step (std::size_t run, const Progress& now, double seconds);     // one line
-    void pulse (std::size_t run, const Progress& now, double seconds);    // the same, after a long silence
+    std::size_t begin_run (const Begin& begin);                           // returns the run's number
+    void step (std::size_t run, const Progress& now, double seconds);     // prints one line
+    void pulse (std::size_t run, const Progress& now, double seconds);    // prints one after a long silence
     void engine_line (std::size_t run, const std::string& line);
 
 private:
-    // Runs side by side have the same columns, and each line then says whose it is.
+    // Runs side by side share the columns; each line then names its method.
     struct Run {
         Method method;
         bool shows_progress;

@@ -81,7 +81,7 @@ KLVrescode_t solution_summary (Task& task, std::int32_t stream)
     bool any = false;
     for (std::size_t slot = 0; slot < task.solutions.size (); ++slot)
         if (task.solutions[slot]) {
-            // An interior slot that is a copy of the basic one is told of with it.
+            // A copy of the basic solution in the interior slot has no summary of its own.
             const bool copied =
                 slot == KLV_SOL_ITR && task.solutions[KLV_SOL_BAS] &&
                 task.information.get (IntItem::interior_source) ==

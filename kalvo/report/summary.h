@@ -1,4 +1,4 @@
-// What was found, and how: the summaries that follow an optimisation.
+// Summaries of an optimisation's solutions, and of its course.
 #pragma once
 
 #include "kalvo/task/task.h"

@@ -10,10 +10,10 @@
 
 namespace klv {
 
-// Interior-point runs are looked at so often.
+// Seconds between two looks at how interior-point runs get on.
 constexpr double between_looks = 0.05;
 
-// Asked once: the system looks into a file for it.
+// Counted once, since the system reads a file for it.
 static int processors ()
 {
     static const int count = static_cast<int> (std::thread::hardware_concurrency ());
@@ -98,7 +98,7 @@ int Attempts::threads_to_be_had () const
     return asked > 0 ? asked : std::max (processors (), 1);
 }
 
-// Only the integer search has use for more than one thread, and dual simplex where it is asked to.
+// Only the integer search uses several threads, and parallel dual simplex.
 int Attempts::threads (Method method) const
 {
     if (method != Method::mixed_integer && !is_parallel_simplex (*settings_, method))
@@ -153,7 +153,7 @@ Tried Attempts::take (Runs::Ended&& ended)
 {
     auto run = std::ranges::find (running_, ended.id, &Running::id);
     if (run == running_.end ())
-        run = running_.begin ();    // stopped before any could begin
+        run = running_.begin ();    // the optimisation was stopped before a run could begin
     Tried tried{.attempt = run->attempt};
     running_.erase (run);
     Claims& claims = ended.claims;
@@ -161,9 +161,9 @@ Tried Attempts::take (Runs::Ended&& ended)
     if (!claims.warning.empty ())
         task_.warn (claims.warning);
     if (claims.outcome == Outcome::stopped && !stopped ())
-        claims.outcome = Outcome::unknown;    // nobody asked it to
+        claims.outcome = Outcome::unknown;    // the engine stopped without being asked to
     if (stopped () || claims.outcome == Outcome::time_limit)
-        drop_all ();    // their time is over, too
+        drop_all ();    // the other runs end for the same reason
     tried.answer = judge (lowered_.recovery->back (std::move (claims)));
     if (tried.answer.outcome == Outcome::optimal && !tried.answer.conclusive)
         add_one (task_, IntItem::engine_optimal_claims_rejected);

@@ -1,4 +1,4 @@
-// Attempts to solve: runs on the problem's form, whose claims are taken back to the problem as stated and checked there.
+// Attempts to solve: runs on the problem's form, whose claims are taken back to the problem as stated and checked on it.
 #pragma once
 
 #include "kalvo/forms/linear.h"
@@ -28,31 +28,32 @@ struct Tried {
 
 class Attempts {
 public:
-    // `integers`: whether integer variables are to be whole.
+    // `integers`: whether integer variables must be whole.
     Attempts (Task& task, Runs& runs, bool integers);
 
-    // Finds an engine for the method and lowers the problem for it; before all else.
+    // Finds an engine for the method and makes the engine's form of the problem. Runs need a prepared engine.
     KLVrescode_t prepare (Method method);
 
-    // Begins an attempt beside those that are under way; `why` is for the log. Throws std::system_error when no thread is to be had.
+    // Begins an attempt beside those that are under way; `why` is for the log. Throws std::system_error when no thread can be
+    // started.
     void start (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);
 
-    // The next answer, checked; an interior-point run that gets nowhere is given up. Nothing: none came for so long.
+    // The next answer, checked, or nothing when none came in `seconds`. An interior-point run that stagnates is given up.
     std::optional<Tried> next (double seconds = infinity);
 
     Tried run (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);
     std::size_t under_way () const { return running_.size (); }
     void drop_all ();
 
-    // Whether another attempt has nothing to win.
+    // Whether no further attempt is to be made after this answer.
     bool settles (const Answer& answer) const;
 
-    // What is claimed without a run.
+    // Checks claims that no run has made.
     Answer judge (Point&& claimed);
 
     int threads_to_be_had () const;
-    std::size_t size () const;    // of the form: entries, rows and columns
-    bool has_entries () const;    // in rows that bind
+    std::size_t size () const;    // entries, rows and columns of the form
+    bool has_entries () const;    // whether the form's matrix has any
     const Check& check () const { return check_; }
     const Problem& problem () const { return *problem_; }
     const Parameters& settings () const { return *settings_; }
@@ -84,7 +85,7 @@ private:
     std::vector<Running> running_;
 };
 
-// What one pass over the problem has to look at.
+// The number of items in one pass over the problem.
 std::size_t work_of (const Problem& problem);
 
 void add_one (Task& task, IntItem item);

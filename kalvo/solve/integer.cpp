@@ -1,5 +1,5 @@
-// Mixed-integer linear problems: one search of the engine's own, from the values that are known, and once more where its answer
-// does not hold.
+// Mixed-integer linear problems: one search by the engine, from the known values, and a second one if the first one's answer does
+// not hold.
 
 #include "kalvo/solve/plans.h"
 #include "kalvo/solve/start.h"

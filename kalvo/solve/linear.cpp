@@ -13,10 +13,10 @@
 
 namespace klv {
 
-// From a given basis simplex mostly needs less time than this.
+// Seconds: with a given basis simplex mostly ends sooner.
 constexpr double head_start = 0.1;
 
-// A simplex run that may never end gets so much time: from a point the engine makes a basis that may be all but singular.
+// Seconds for an entry, row or column: from a point the engine may make an almost singular basis, with which simplex never ends.
 constexpr double seconds_an_item = 1e-5;
 
 class LinearPlan {
@@ -74,7 +74,7 @@ bool LinearPlan::is_automatic () const
     return asks (KLV_OPTIMIZER_AUTOMATIC) || asks (KLV_OPTIMIZER_MIXED_INTEGER);
 }
 
-// An objective limit is known to simplex only.
+// Interior-point methods know no objective limit.
 bool LinearPlan::may_race () const
 {
     return is_automatic () && attempts_.threads_to_be_had () > 1 &&
@@ -95,7 +95,7 @@ std::string LinearPlan::why (const Start* start) const
 
 // ---- A basic solution --------------------------------------------------------------------------------------------------
 
-// What a solution that the task held is worth for the problem as it is now.
+// Checks an earlier solution on the problem as it is now.
 std::optional<Answer> LinearPlan::again (KLVsoltype which)
 {
     std::optional<Point> claim = claim_again (earlier_[which]);
@@ -114,7 +114,7 @@ Method LinearPlan::method_from (const Start& start)
     return feasible ? Method::primal_simplex : method;
 }
 
-// Begins a crossover beside the run that is under way; without a thread for it that run goes on alone.
+// Begins a crossover beside the run that is under way, which goes on alone when no thread can be started.
 void LinearPlan::join (const std::string& why)
 {
     try {
@@ -124,7 +124,8 @@ void LinearPlan::join (const std::string& why)
     }
 }
 
-// Both at once, or interior point after a delay: the first conclusive answer wins, nobody waits for the other.
+// Runs simplex and interior point side by side, the latter after a delay. The first conclusive answer wins; the other run is not
+// waited for.
 Tried LinearPlan::race (Method simplex, const std::shared_ptr<const Start>& start, double delay)
 {
     attempts_.start ({simplex}, start, why (start.get ()));
@@ -153,7 +154,7 @@ void LinearPlan::look_for_basis (std::optional<Tried>& best)
     attempts_.drop_all ();
 }
 
-// What a start does to an optimiser is not known: an answer that it leads to counts only when it settles the problem.
+// A bad start can mislead an optimiser: an answer from a start counts only when it settles the problem.
 std::optional<Tried> LinearPlan::from_start ()
 {
     const std::shared_ptr<const Start> start = find_start (earlier_, false);
@@ -225,7 +226,7 @@ void LinearPlan::climb_down (Tried& best)
 
 // ---- An interior solution ----------------------------------------------------------------------------------------------
 
-// Takes answers while runs are under way. A certificate ends them all: it is the answer of every slot.
+// Takes answers while runs are under way. A certificate ends all runs: it is the answer of every slot.
 void LinearPlan::gather_interior (Found& found)
 {
     while (attempts_.under_way () > 0) {
@@ -238,8 +239,8 @@ void LinearPlan::gather_interior (Found& found)
     }
 }
 
-// The interior solution is that of a run without crossover; the basic one comes from a run with it, beside the first where there
-// is a thread for it.
+// The interior solution comes from a run without crossover, the basic one from a run with crossover: beside the first run where
+// there is a second thread, else after it.
 Found LinearPlan::interior ()
 {
     Found found;

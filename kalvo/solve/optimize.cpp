@@ -15,7 +15,7 @@ namespace klv {
 
 class Optimization {
 public:
-    // The problem's matrix is packed.
+    // The problem's matrix must be packed.
     Optimization (Task& task, Runs& runs)
         : task_ (task),
           runs_ (runs),
@@ -51,7 +51,7 @@ private:
     Runs& runs_;
     bool integers_;
     Attempts attempts_;
-    Solutions earlier_;    // that the task held
+    Solutions earlier_;    // from before this optimisation
 };
 
 // ---- Slots and codes ---------------------------------------------------------------------------------------------------------
@@ -83,7 +83,7 @@ KLVrescode_t Optimization::code_of (const Answer& answer)
     return KLV_RES_NUMERICAL_TROUBLE;
 }
 
-// Where there are two solutions, each has figures of its own.
+// The interior and the basic solution have information items of their own.
 void Optimization::describe_slot (KLVsoltype slot, int source)
 {
     struct Items {
@@ -114,12 +114,12 @@ void Optimization::describe_slot (KLVsoltype slot, int source)
     }
 }
 
-// Fills the slots with the answer; `source` is the optimiser that it came from. Only where two slots hold one answer is it copied.
+// Puts the answer into the slots; `source` is the optimiser that gave it.
 void Optimization::fill (Answer&& answer, const std::vector<KLVsoltype>& slots, int source)
 {
     const bool has_ended_without = ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory;
     if (!answer.solution && has_ended_without)
-        return;    // no point was copied out
+        return;    // the run ended early and left no point
     const bool has_basis = answer.has_basis;
     Solution solution =
         answer.solution ? std::move (*answer.solution) : attempts_.check ().unknown_solution ();
@@ -161,10 +161,9 @@ KLVrescode_t Optimization::store (Answer&& answer, const std::vector<KLVsoltype>
     return code;
 }
 
-// ---- The whole ------------------------------------------------------------------------------------------------------------------
+// ---- Answers of plans ----------------------------------------------------------------------------------------------------------
 
-// The slots that an optimum fills. Asked to choose, the library leaves an interior solution too, where an interior-point
-// run would have left a basic one.
+// The slots that an optimum fills. The automatic optimiser fills both, whichever method wins, unless no basis is asked for.
 std::vector<KLVsoltype> Optimization::slots () const
 {
     if (integers_)
@@ -197,7 +196,7 @@ static bool is_conclusive (const std::optional<Tried>& tried)
     return tried && tried->answer.conclusive;
 }
 
-// A point of an interior run that was ended before it had a basis is an interior one.
+// An interior-point run that ended before it had a basis has left an interior solution, not a basic one.
 KLVrescode_t Optimization::store_basic (Tried&& basic)
 {
     const std::optional<Solution>& solution = basic.answer.solution;
@@ -208,8 +207,8 @@ KLVrescode_t Optimization::store_basic (Tried&& basic)
     return store (std::move (basic.answer), lacks_basis ? std::vector{KLV_SOL_ITR} : slots (), source);
 }
 
-// What is certified holds for both slots, and where only the basic solution is an answer, it is that of both. A slot that is
-// answered is not lost because another one is not.
+// A certificate fills both slots, and so does a conclusive basic solution beside an interior one that is not. A conclusive
+// interior solution stands without a basic one.
 KLVrescode_t Optimization::store_interior (Found&& found)
 {
     auto& [interior, basic, integer] = found;
@@ -273,7 +272,7 @@ KLVrescode_t Optimization::report_separable ()
                   about (first_method (attempts_.settings (), integers_)).optimizer);
 }
 
-// ---- The whole -----------------------------------------------------------------------------------------------------------------
+// ---- The optimisation ----------------------------------------------------------------------------------------------------------
 
 KLVrescode_t Optimization::solve ()
 {
@@ -308,7 +307,7 @@ KLVrescode_t Optimization::run ()
     } catch (const std::system_error& error) {
         code = task_.fail (KLV_RES_THREAD_FAILED, text ("No thread can be started: ", error.what (), "."));
     }
-    // An answer at the last progress point ends nothing any more, but it is what the caller asked for.
+    // A callback that asks to stop at the last progress point gets the code of a stop; the solutions stay.
     runs_.enter (KLV_CALLER_END_OPTIMIZE);
     const bool failed = code != KLV_RES_OK && code < KLV_FIRST_TERMINATION;
     if (attempts_.stopped () && !failed)

@@ -6,7 +6,7 @@
 
 namespace klv {
 
-// The problem's matrix is packed. A response code: 0 where the problem is settled, or why it is not.
+// The problem's matrix must be packed. Returns 0 when the problem is settled, else a code that tells why not.
 KLVrescode_t optimize (Task& task, Runs& runs);
 
 }

@@ -1,4 +1,4 @@
-// Plans: which attempts are made for a kind of problem, in which order, until one settles it.
+// Plans: the attempts for each kind of problem, made in order until one settles the problem.
 #pragma once
 
 #include "kalvo/model/solution.h"
@@ -8,22 +8,22 @@
 
 namespace klv {
 
-// The best that was found, by kind of solution.
+// The best attempt for each kind of solution.
 struct Found {
     std::optional<Tried> interior = {}, basic = {}, integer = {};
 };
 
-// `earlier`: the solutions that the task held, to start from. The engine is prepared.
+// `earlier`: solutions to start from. The engine must be prepared.
 Found solve_linear (Attempts& attempts, const Solutions& earlier);
 Found solve_integer (Attempts& attempts, const Solutions& earlier);
 
-// The method that is asked for, or by which the library begins.
+// The method that the settings ask for, or the automatic optimiser's first one.
 Method first_method (const Parameters& settings, bool integers);
 
-// Another attempt after one that settled nothing, told as a warning.
+// Makes another attempt after one that settled nothing, with a warning.
 Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next);
 
-// Of two answers that settle nothing the one that knows more.
+// Replaces `kept` by `other` if that knows more about the problem.
 void keep_better (std::optional<Tried>& kept, Tried&& other);
 
 }

@@ -1,5 +1,5 @@
-// What a plan needs from below: runs of engines are started, waited for and ended, while whoever asked for the
-// optimisation is told how it goes on and may stop it.
+// Runs of engines, as plans start them, wait for them and end them. Meanwhile the caller of the optimisation receives progress
+// and may stop it.
 #pragma once
 
 #include "kalvo/engines/engine.h"
@@ -14,7 +14,7 @@
 
 namespace klv {
 
-// Entries, rows and columns of a problem that takes some 10 ms to look at.
+// Entries, rows and columns: one pass over a problem of this size takes some 10 ms.
 constexpr std::size_t large_work = 1'000'000;
 
 class Runs {
@@ -30,25 +30,25 @@ public:
     Runs& operator= (const Runs&) = delete;
     virtual ~Runs () = default;
 
-    // Starts a run beside those that are at it; `why` is for the log. Throws std::system_error when there is no thread to be had.
+    // Starts a run beside those that are under way; `why` is for the log. Throws std::system_error when no thread can be started.
     virtual Id start (const std::shared_ptr<Engine>& engine, Job job, const std::string& why) = 0;
 
-    // Waits for the first run to end; nothing: none did for so long, or none is at it. When all must end, for a stop or for the
-    // time limit, what could be copied out of one of them is claimed, as Outcome::stopped or Outcome::time_limit.
+    // Waits for the first run to end; nothing when none ends in time. A stop or the time limit ends all runs: the claims then hold
+    // what one of them had found, as Outcome::stopped or Outcome::time_limit.
     virtual std::optional<Ended> wait (double seconds) = 0;
 
-    virtual void drop (Id run) = 0;    // that nobody needs any more
+    virtual void drop (Id run) = 0;    // abandons the run
     virtual bool running () const = 0;
-    virtual const Progress& newest (Id run) const = 0;    // of a run that is at it
-    virtual double seconds (Id run) const = 0;            // since it was started
+    virtual const Progress& newest (Id run) const = 0;    // the run must be under way
+    virtual double seconds (Id run) const = 0;            // since the run was started
 
-    virtual void enter (std::uint32_t phase) = 0;        // of the calling thread
-    virtual void no_run (const std::string& why) = 0;    // tells that the answer comes without one
-    virtual std::int32_t answer () const = 0;            // other than 0: the run is to stop
-    virtual double seconds_left () const = 0;            // of the time limit
+    virtual void enter (std::uint32_t phase) = 0;        // begins a phase of the calling thread
+    virtual void no_run (const std::string& why) = 0;    // logs that the answer needs no run
+    virtual std::int32_t answer () const = 0;            // of the progress callback; other than 0: stop
+    virtual double seconds_left () const = 0;            // until the time limit
 
-    // A computation whose time grows with `work`, about the entries that it looks at; what it throws comes through. Long ones
-    // are done beside the calling thread; they change nothing that a callback could see.
+    // Calls a function that looks at about `work` entries. A long computation takes place on another thread while the callback
+    // goes on being asked: it must change nothing that a callback can see. Exceptions come through.
     template <class Function>
     auto compute (std::size_t work, const Function& function)
     {

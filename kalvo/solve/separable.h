@@ -6,7 +6,7 @@
 
 namespace klv {
 
-// The answer in the form in which engines claim theirs, to be checked in the same way. No bounds may be crossed.
+// Claims the answer as an engine would, to be checked likewise. No bounds may be crossed.
 Point solve_separable (const Problem& problem, bool integers);
 
 }

@@ -9,8 +9,8 @@ constexpr std::int64_t most_idle_iterations = 100;
 constexpr double least_idle_seconds = 0.2;
 constexpr double gain = 0.9;
 
-// A factorisation needs at most some 1e-9 s times the cube of its order: the square of the size in microseconds leaves hundreds of
-// them to the smallest problem, and days to one of a million entries.
+// A factorisation takes at most about 1e-9 s times the cube of its order. A limit of 1e-6 s times the square of the size leaves
+// time for hundreds of factorisations to a small problem, and days to one of a million entries.
 Stagnation::Stagnation (std::size_t size)
     : most_seconds_ (0.2 + 1e-6 * static_cast<double> (size) * static_cast<double> (size))
 {}

@@ -1,4 +1,4 @@
-// When an interior-point run is given up: the engine's method knows no end of its own on some problems.
+// When an interior-point run is given up: on some problems the engine's method never ends by itself.
 #pragma once
 
 #include "kalvo/engines/events.h"
@@ -14,13 +14,13 @@ public:
     // `size`: entries, rows and columns of the form.
     explicit Stagnation (std::size_t size);
 
-    // Takes the newest state of a run that is `seconds` old; true: the run gets nowhere.
+    // Takes the newest state of a run, `seconds` after its start; true when the run is to be given up.
     bool note (const Progress& now, double seconds);
 
 private:
     double most_seconds_;
-    double best_ =
-        std::numeric_limits<double>::infinity ();    // of the larger violation and the relative gap
+    // The smallest so far of the largest of violations and relative gap.
+    double best_ = std::numeric_limits<double>::infinity ();
     double best_at_seconds_ = 0;
     std::int64_t best_at_iteration_ = 0;
 };

@@ -12,7 +12,7 @@ static bool has_basis (const Solution& solution)
     return basics (solution.skc) + basics (solution.skx) > 0;
 }
 
-// A ray is nothing to start from.
+// A ray is not a point to start from.
 static bool is_point (const Solution& solution)
 {
     return solution.has_primal && solution.solution_status != KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE;

@@ -1,4 +1,4 @@
-// Starting an optimisation from solutions that a task holds.
+// Starts of an optimisation, taken from the task's solutions.
 #pragma once
 
 #include "kalvo/model/point.h"
@@ -9,11 +9,11 @@
 
 namespace klv {
 
-// What to start from, or null where nothing can be started from: of a problem whose integer variables are to be whole the known
-// values of the integer solution; else a basis, else a point, of the basic solution or of the interior one.
+// With `integers` the known values of the integer solution; else a basis, else a point, of the basic or the interior solution.
+// Null where there is no such start.
 std::shared_ptr<const Start> find_start (const Solutions& solutions, bool integers);
 
-// The interior or basic solution as a claim, to be checked on the problem as it is now; or nothing.
+// An earlier interior or basic solution as claims, to be checked on the problem as it is now.
 std::optional<Point> claim_again (const std::optional<Solution>& solution);
 
 }

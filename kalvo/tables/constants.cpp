@@ -245,7 +245,7 @@ struct Range {
     std::size_t count = 0;
 };
 
-// Where each group stands. A group whose rows are apart, or whose values do not increase, does not compile.
+// The rows of each group. A group whose rows are not adjacent, or whose values do not increase, does not compile.
 static constexpr auto ranges = [] {
     std::array<Range, static_cast<std::size_t> (Group::count)> found{};
     for (std::size_t i = 0; i < table.size (); ++i) {

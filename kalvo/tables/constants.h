@@ -43,14 +43,14 @@ struct Constant {
     std::string_view description;
 };
 
-// All constants; those of a group stand together, in the order of their values.
+// All constants; constants of a group stand together, in the order of their values.
 std::span<const Constant> constants ();
 std::span<const Constant> constants (Group group);
 
 const Constant* find_constant (std::string_view name);
 const Constant* find_constant (Group group, std::int32_t value);
 
-// The text of a status or key: its name without the prefix that its group has in common.
+// The text of a status or key: its name without the prefix that all names of the group share.
 std::string_view short_name (const Constant& constant);
 
 }

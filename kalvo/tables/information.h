@@ -1,5 +1,4 @@
-// The tables of information items. The live ones stand first, in the order of their enum; the rest is
-// reserved.
+// The tables of information items: live items in the order of their enum, then reserved ones.
 #pragma once
 
 #include "kalvo/include/kalvo.h"

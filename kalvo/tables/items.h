@@ -1,5 +1,5 @@
-// Information items that are live; the tables give each its name and description. Items are numbered in this
-// order, so a new one stands last.
+// Live information items; the tables give each a name and a description. Items are numbered in this order, so a new one stands
+// last.
 #pragma once
 
 namespace klv {

@@ -28,8 +28,7 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
     {7, "KLV_DPAR_OBJECTIVE_LIMIT", inf, -inf, inf, Group::none, RealSetting::objective_limit,
      "A dual (simplex) or primal (integer) objective beyond it ends the run; infinite: no limit."},
     {8, "KLV_DPAR_RACE_DELAY", 0, 0, inf, Group::none, RealSetting::race_delay,
-     "Seconds after which interior point joins a simplex run of the automatic optimiser; infinite: it does "
-     "not."},
+     "Seconds after which interior point joins a simplex run of the automatic optimiser; infinite: never."},
     {KLV_DPAR_BOUND_INFINITY_NUMBER, "KLV_DPAR_BOUND_INFINITY", 1e20, 1, inf, Group::none,
      RealSetting::bound_infinity, "Bounds at or beyond it are infinite."},
     {KLV_DPAR_FIXING_TOLERANCE_NUMBER, "KLV_DPAR_FIXING_TOLERANCE", 1e-10, 0, 1, Group::none,
@@ -53,16 +52,16 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
 static constexpr auto live_ints = std::to_array<IntParameter> ({
     {0, "KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_AUTOMATIC, KLV_OPTIMIZER_PRIMAL_SIMPLEX,
      KLV_OPTIMIZER_MIXED_INTEGER, Group::optimizer, IntSetting::optimizer,
-     "The optimiser; problems with integers are solved as such anyway."},
+     "The optimiser of problems without integer variables; the others get the integer search."},
     {1, "KLV_IPAR_INTPNT_BASIS", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::interior_point_basis,
      "Whether the interior-point method also leaves a basic solution."},
     {2, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_AUTOMATIC, KLV_PRESOLVE_OFF, KLV_PRESOLVE_AUTOMATIC,
      Group::presolve, IntSetting::presolve,
-     "Whether the problem is made smaller before it is solved; left to itself, a tiny one is not."},
+     "Whether a problem is made smaller before it is solved; AUTOMATIC leaves tiny problems as they are."},
     {3, "KLV_IPAR_SCALING", KLV_SCALING_AUTOMATIC, KLV_SCALING_OFF, KLV_SCALING_MAXIMUM_VALUE, Group::scaling,
      IntSetting::scaling, "How the simplex methods scale rows and columns."},
     {4, "KLV_IPAR_SIMPLEX_PRICING", KLV_PRICING_AUTOMATIC, KLV_PRICING_AUTOMATIC, KLV_PRICING_STEEPEST_EDGE,
-     Group::pricing, IntSetting::simplex_pricing, "How the simplex methods choose what leaves or enters."},
+     Group::pricing, IntSetting::simplex_pricing, "How the simplex methods choose the next pivot."},
     {5, "KLV_IPAR_SIMPLEX_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::simplex_iteration_limit,
      "Iterations that a simplex method may take; -1: no limit."},
     {6, "KLV_IPAR_INTPNT_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::interior_iteration_limit,
@@ -89,7 +88,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {16, "KLV_IPAR_FILE_FORMAT", KLV_FILE_BY_EXTENSION, KLV_FILE_BY_EXTENSION, KLV_FILE_JSON,
      Group::file_format, IntSetting::file_format, "The format of problem files."},
     {17, "KLV_IPAR_WARM_START", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::warm_start,
-     "Whether an optimisation starts from the solutions that are there."},
+     "Whether an optimisation starts from the solutions that the task holds."},
     {19, "KLV_IPAR_PRESOLVE_FILL_LIMIT", 10, 0, most, Group::none, IntSetting::presolve_fill_limit,
      "Entries that presolve may add to the matrix by eliminating one variable."},
     {20, "KLV_IPAR_SCALING_LIMIT", 20, 0, 30, Group::none, IntSetting::scaling_limit,
@@ -106,7 +105,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      "Which linear systems are factorised (KLV_INTPNT_METHOD_FACTORIZATION)."},
     {25, "KLV_IPAR_INTPNT_ORDERING", KLV_ORDERING_AUTOMATIC, KLV_ORDERING_AUTOMATIC,
      KLV_ORDERING_CUTHILL_MCKEE, Group::ordering, IntSetting::interior_ordering,
-     "How they are ordered before they are factorised."},
+     "How these systems are ordered before they are factorised (KLV_INTPNT_METHOD_FACTORIZATION)."},
     {26, "KLV_IPAR_INTPNT_DUALIZE", KLV_DUALIZE_AUTOMATIC, KLV_DUALIZE_OFF, KLV_DUALIZE_AUTOMATIC,
      Group::dualization, IntSetting::interior_dualization,
      "Whether the dual is solved instead (KLV_INTPNT_METHOD_ITERATIVE)."},
@@ -123,7 +122,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {32, "KLV_IPAR_MIP_CUT_AGE_LIMIT", 30, 0, 1000, Group::none, IntSetting::cut_age_limit,
      "Rounds after which a cut that was of no use is forgotten."},
     {33, "KLV_IPAR_MIP_CUT_POOL_SIZE", 10000, 1, most, Group::none, IntSetting::cut_pool_size,
-     "Cuts beyond which they are forgotten sooner."},
+     "Number of cuts above which cuts are forgotten sooner."},
     {34, "KLV_IPAR_MIP_ROW_AGE_LIMIT", 10, 0, 32767, Group::none, IntSetting::row_age_limit,
      "Rounds after which a cut that does not bind leaves the relaxation."},
     {35, "KLV_IPAR_MIP_BRANCHING_RELIABILITY", 8, 0, most, Group::none, IntSetting::branching_reliability,
@@ -143,14 +142,14 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {41, "KLV_IPAR_MIP_ZI_ROUND", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::zi_round,
      "Heuristic: shifts values within their slack until they are whole."},
     {42, "KLV_IPAR_MIP_SHIFTING", KLV_OFF, KLV_OFF, KLV_ON, Group::on_off, IntSetting::shifting,
-     "Heuristic: rounds one by one, mending rows on the way."},
+     "Heuristic: rounds variables one by one, mending violated constraints on the way."},
     {43, "KLV_IPAR_RACE_SIZE", 5000, 0, most, Group::none, IntSetting::race_size,
      "Entries, rows and columns from which the automatic optimiser lets interior point run beside simplex."},
 });
 
 static constexpr auto live_texts = std::to_array<TextParameter> ({
     {KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
-     "The problem file. kalvoopt sets it from read(file); KLV_readdata reads it when it is given no name."},
+     "The problem file that KLV_readdata reads when it is given no name; kalvoopt sets it from read(file)."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_PARAMETERS> ("KLV_DPAR_RESERVED_");

@@ -1,4 +1,4 @@
-// The tables of parameters: one row is all there is to know about one.
+// The tables of parameters: a row holds all that is to be known of a parameter.
 #pragma once
 
 #include "kalvo/include/kalvo.h"
@@ -11,13 +11,13 @@
 
 namespace klv {
 
-// A row that drives no setting is reserved: it accepts its default only.
+// A row that drives no setting is reserved: its parameter accepts the default only.
 template <class Value, class Setting>
 struct Parameter {
     std::int32_t number = 0;
     std::string_view name;
     Value fallback, smallest, largest;
-    Group symbols = {};    // the constants that its values are, or none
+    Group symbols = {};    // the constants that are the parameter's values, or none
     Setting drives;
     std::string_view description;
 

@@ -1,4 +1,4 @@
-// Phases of an optimisation whose time is told: which information item counts it, and its title in summaries.
+// Phases of an optimisation whose time is counted: by which information item, and under which title in summaries.
 #pragma once
 
 #include "kalvo/include/kalvo.h"
@@ -14,7 +14,7 @@ struct PhaseRow {
     const char* title;
 };
 
-// Phases with one item stand together.
+// Phases that share an item stand together.
 constexpr PhaseRow phase_rows[] = {
     {KLV_CALLER_PRESOLVE, RealItem::time_presolve, "presolve"},
     {KLV_CALLER_PRIMAL_SIMPLEX, RealItem::time_simplex, "simplex"},

@@ -1,4 +1,4 @@
-// What the tables of names have in common: reserved rows, and look-up by name.
+// Shared by the tables of names: reserved rows, and look-up by name.
 #pragma once
 
 #include <algorithm>

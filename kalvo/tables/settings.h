@@ -1,11 +1,11 @@
-// What parameters drive. A row of a parameter table names the setting that it drives; engines, readers and
-// reports ask for settings and never for parameter numbers.
+// Settings, which parameters drive. A row of a parameter table names its setting; the rest of the library asks for settings and
+// never for parameter numbers.
 #pragma once
 
 namespace klv {
 
 enum class RealSetting {
-    bound_infinity,      // finite upper bounds beyond it are no bounds, lower ones an error
+    bound_infinity,    // files: bounds beyond this are none; problem records: for upper bounds only, lower ones are refused
     fixing_tolerance,    // bounds that differ by at most this are one value; crossed by more, a contradiction
     primal_tolerance,
     dual_tolerance,
@@ -16,7 +16,7 @@ enum class RealSetting {
     time_limit,            // seconds; negative: none
     objective_limit,       // infinite: none
     race_delay,            // seconds after which interior point joins simplex; infinite: never
-    interior_tolerance,    // 0: from the gap tolerance
+    interior_tolerance,    // 0: follows gap_tolerance
     cost_perturbation,     // a factor
     bound_perturbation,    // a factor
     pivot_threshold,
@@ -32,7 +32,7 @@ enum class IntSetting {
     scaling,                     // KLVscaling
     simplex_pricing,             // KLVpricing
     simplex_iteration_limit,     // negative: none
-    interior_iteration_limit,    // negative: as many as the method can need
+    interior_iteration_limit,    // negative: the engine's adapter limits iterations that lead nowhere
     node_limit,                  // negative: none
     solution_limit,              // improving integer solutions; negative: none
     relax_integers,              // KLVswitch

@@ -7,7 +7,7 @@
 
 namespace klv::environment {
 
-// Nothing here needs to be constructed or destroyed: it works as long as the library is loaded.
+// Constants initialise these statics and none has a destructor, so the environment works as long as the library is loaded.
 static constinit std::mutex mutex;
 static constinit std::array<StreamFunction, stream_count> functions;
 static constinit ExitFunction exit_function_;

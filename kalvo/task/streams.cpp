@@ -19,7 +19,7 @@ StreamFile& StreamFile::operator= (StreamFile&& other) noexcept
     return *this;
 }
 
-// Appending lets two streams share one file. A pipe that nobody reads is refused instead of waited for.
+// O_APPEND lets two streams share one file. O_NONBLOCK refuses a pipe that nobody reads, which would block otherwise.
 bool StreamFile::open (const char* filename, bool append)
 {
     close ();
@@ -128,7 +128,7 @@ void Streams::deliver (unsigned carriers, std::string_view line)
             bool& running;
             ~Delivery () { running = false; }
         } delivery{delivering_ = true};
-        const auto functions = functions_;    // a function may link others
+        const auto functions = functions_;    // a copy, since a function may link others while it is called
         call_functions (functions, carriers, whole.c_str ());
     }
     for (const std::string& warning : lost)

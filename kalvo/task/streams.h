@@ -37,9 +37,9 @@ private:
     int descriptor_ = -1;
 };
 
-// Stream 0 carries everything; 1 messages; 2 errors; 3 warnings and errors. A linked function and a linked
-// file live on one stream together. A function that is linked, with one handle, to several streams which
-// carry a line receives it once. What a function prints while it receives a line goes to files only.
+// Stream 0 carries everything; 1 messages; 2 errors; 3 warnings and errors. A stream can have a function and a file. A function
+// that is linked with one handle to several streams of a line receives the line once. Lines that are printed while a function
+// receives one go to files only.
 class Streams {
 public:
     void link_function (std::int32_t stream, void* handle, KLVstreamfunc func);
@@ -48,7 +48,7 @@ public:
 
     void print (Kind kind, std::string_view line);    // adds the newline
     void print_on (std::int32_t stream,
-                   std::string_view line);    // that stream's receivers, and those of stream 0
+                   std::string_view line);    // to receivers of that stream and of stream 0
     bool anyone_listens (Kind kind) const;
 
 private:

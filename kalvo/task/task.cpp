@@ -19,7 +19,7 @@ Problem& KLV_task::edit_problem ()
             problem_ = std::make_shared<Problem> (*problem_);
         else
             std::shared_ptr<Problem> (problem_)
-                .reset ();    // what its last reader did happened before what follows
+                .reset ();    // orders the last reader's accesses before the changes that follow
         lent_ = false;
     }
     return *problem_;
@@ -98,7 +98,7 @@ void KLV_task::make_unusable (std::string_view message) noexcept
     last_error_.message.clear ();
     try {
         last_error_.message = message;
-    } catch (...) {    // the code says enough
+    } catch (...) {    // no memory for the message: the code remains
     }
 }
 

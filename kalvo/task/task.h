@@ -24,12 +24,11 @@ struct LastError {
 }
 
 struct KLV_task {
-    // The problem is shared with runs of engines that may outlive the call, so it is copied before it is
-    // changed while someone else still holds it.
+    // Runs of engines share the problem and may outlive the call: a problem that is still shared is copied before it is changed.
     const klv::Problem& problem () const { return *problem_; }
     std::shared_ptr<const klv::Problem> share_problem () const;
     klv::Problem& edit_problem ();                    // throws std::bad_alloc, then nothing has changed
-    void replace_problem (klv::Problem&& problem);    // names, data and solutions of the old one are gone
+    void replace_problem (klv::Problem&& problem);    // solutions of the old problem are dropped
     void drop_solutions ();
 
     klv::Parameters parameters;
@@ -45,16 +44,16 @@ struct KLV_task {
     void say (std::string_view message);     // one line on the message streams
     const klv::LastError& last_error () const { return last_error_; }
 
-    // Runs the progress callback; its answer. 0 when there is none.
+    // Calls the progress callback and returns its answer; 0 without a callback.
     void set_callback (KLVcallbackfunc func, void* handle);
     std::int32_t ask_callback (std::uint32_t caller);
-    // Asks only when the last answer is older than 20 ms.
+    // Asks the callback only when its last answer is older than 20 ms.
     std::int32_t ask_callback_in_time (std::uint32_t caller);
-    // For many cheap operations in a row: looks at the clock only after `work` entries have added up.
+    // For many cheap operations in a row: the clock is read only after enough `work` (entries) has added up.
     std::int32_t ask_callback_while_loading (std::size_t work);
-    void begin_timing () { began_ = Clock::now (); }    // of the item progress_time
+    void begin_timing () { began_ = Clock::now (); }    // progress_time counts from here
 
-    // What the entry points keep: which operations run, whether the task can still be used.
+    // Kept by the guard of entry points: which operations run, and whether the task can still be used.
     KLVrescode_t refuses (klv::Access access) const;
     void enter () { ++running_; }
     void leave () { --running_; }

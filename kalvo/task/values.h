@@ -14,8 +14,8 @@
 
 namespace klv {
 
-// Starts with every default. Values by number for the C interface (checked by its table row), by setting for
-// everyone else.
+// Parameters start with their defaults. The C interface uses their numbers (values are checked by the table row), the rest of the
+// library their settings.
 class Parameters {
 public:
     Parameters ()
@@ -34,7 +34,7 @@ public:
     std::array<std::string, KLV_STRING_PARAMETERS> texts;
 };
 
-// Items are 0 until something sets them. Integer items beyond 32 bits are held at the limit.
+// Items are 0 until they are set. Integer items beyond 32 bits are held at the limit.
 class Information {
 public:
     void set (RealItem item, double value) { doubles[information_number (item)] = value; }

@@ -1,5 +1,5 @@
-// Certificates: proofs that no point is feasible, or that the objective improves for ever. A ray becomes a
-// certificate only after it was verified by definition on the problem as stated.
+// Certificates: proofs that no point is feasible, or that the objective improves for ever. A ray is a certificate once its
+// definition was verified on the problem as stated.
 #pragma once
 
 #include "kalvo/model/problem.h"
@@ -10,11 +10,11 @@
 
 namespace klv {
 
-// A ray is tried as it is and reversed, then without its noise, then refined; what is handed out has the definition proved of
-// its own numbers. At a bound that does not exist it holds zeros, exact up to 1e-12 of the terms that add up to them: the largest
-// such share is the solution's relative violation. The absolute one is their sum, of a ray with the value 1: its inverse is
-// how large a point may be, in those variables (how far a direction may be followed, in those constraints), before the
-// proof no longer reaches it.
+// A ray is tried as it is, reversed, without its noise, and refined; the definition is verified on the numbers that are returned.
+// Multipliers at absent bounds are set to 0 where they are noise: at most 1e-12 of the terms that add up to them. The largest such
+// share is the solution's relative violation. The absolute violation is the sum of the noise in a ray of value 1; its inverse
+// tells how large a point may be in those variables (how far a direction may be followed in those constraints) before the proof
+// no longer reaches it.
 
 // From multipliers y of the rows: slx - sux = -A'y, and the sum of bound times multiplier over all bounds
 // that exist scaled to 1 (-1 for maximisation). Empty when nothing is proved.
@@ -24,7 +24,7 @@ std::optional<Solution> certify_infeasible (const Problem& problem, std::span<co
 // proved.
 std::optional<Solution> certify_unbounded (const Problem& problem, std::span<const double> direction);
 
-// The pair of bounds that is crossed by more than `tolerance`, if any, and its certificate.
+// A pair of bounds that is crossed by more than `tolerance`, if there is one, and the certificate of such a pair.
 struct CrossedBounds {
     bool variable = false;
     std::int32_t item = -1;
@@ -33,7 +33,7 @@ struct CrossedBounds {
 CrossedBounds find_crossed (const Problem& problem, double tolerance);
 Solution certify_crossed (const Problem& problem, const CrossedBounds& crossed);
 
-// A certificate that was stored, verified; its values stay as they are where they prove it. Without keys.
+// Verifies a certificate that was stored. Values that are a proof as they stand are not changed; keys are left out.
 std::optional<Solution> certify_again (const Problem& problem, const GivenSolution& stored, double tolerance);
 
 }

@@ -60,7 +60,8 @@ static std::vector<double> rounding_of_rows (const Problem& problem, const std::
     return room;
 }
 
-// Keys of a basis: each of them what the point says, and as many basic items as there are rows.
+// Whether claimed keys are those of a basis at the point: each agrees with its item's value, and there are as many basic items
+// as rows.
 static bool is_basis (const Problem& problem, const Point& claimed, const Solution& point, double tolerance)
 {
     if (claimed.row_key.size () != point.xc.size () || claimed.column_key.size () != point.xx.size ())
@@ -81,7 +82,7 @@ static bool is_basis (const Problem& problem, const Point& claimed, const Soluti
             in_place (claimed.row_key, problem.constraint, point.xc, rounding_of_rows (problem, point.xx)));
 }
 
-// The slot's content as far as the claims can be used: arrays of the right size without a NaN in them.
+// A slot filled from those claims that have the right size and only finite numbers.
 Solution Check::measured (Point&& claimed, bool& has_basis) const
 {
     const auto m = static_cast<std::size_t> (problem_->constraints ());
@@ -114,7 +115,7 @@ Solution Check::measured (Point&& claimed, bool& has_basis) const
     return solution;
 }
 
-// All that is handed out of a solution of which nothing is known.
+// The content of a slot of which nothing is known.
 Solution Check::unknown_solution () const
 {
     bool has_basis = false;
@@ -135,7 +136,7 @@ Answer Check::check_continuous (Point&& claimed) const
     return answer;
 }
 
-// What is whole but for rounding becomes exactly so where that costs no feasibility.
+// Rounds integer variables that are whole but for rounding errors, where that costs no feasibility.
 void Check::hand_out_whole_numbers (Solution& solution) const
 {
     if (solution.violations.integer == 0 || solution.violations.integer > tolerances_.integer)
@@ -183,8 +184,8 @@ Answer Check::check_infeasible (const Point& claimed) const
     answer.conclusive = answer.solution.has_value ();
     if (!integers_)
         return answer;
-    // A ray of the relaxation proves it, but the integer slot has no room for the ray; otherwise there is only the engine's word
-    // that its search found nothing, which is no proof.
+    // A ray of the relaxation proves infeasibility, but the integer slot has no room for the ray. Without a ray there is only the
+    // engine's word that its search found no point.
     Solution solution = unknown_solution ();
     solution.problem_status = answer.conclusive ? KLV_PRO_PRIMAL_INFEASIBLE : KLV_PRO_INFEASIBLE_BY_SEARCH;
     answer.solution = std::move (solution);

@@ -1,4 +1,4 @@
-// What holds of claims on the problem as stated.
+// Checks claims on the problem as stated.
 #pragma once
 
 #include "kalvo/model/point.h"
@@ -13,31 +13,31 @@
 
 namespace klv {
 
-// How far an integer solution is from the bound that the engine claims; absolute, and relative to the solution.
+// The distance of an integer solution's objective from the bound that the engine claims; absolute, and relative to the objective.
 struct IntegerGap {
     double bound = 0;
     double absolute = 0, relative = 0;
 };
 
-// What one run led to, once it was checked. Conclusive: nothing is left to find out. An optimum of a continuous problem, a ray,
-// are proved then; of an integer problem the bound, and that a search found no point, are the engine's word.
+// The checked result of one run. Conclusive: nothing is left to find out. An optimum of a continuous problem and a ray are
+// proved then; for the bound of an integer problem, and for a search without a point, there is only the engine's word.
 struct Answer {
     Outcome outcome = Outcome::unknown;
     bool conclusive = false;
     std::optional<Solution> solution = {};
     bool has_basis = false;    // the solution's keys are those of a basis
     std::optional<IntegerGap> integer_gap = {};
-    std::string message = {};    // why there is none, in plain words
+    std::string message = {};    // plain words for a run without a result
 };
 
-// Depends on nothing but what it is given, so that any thread may check.
+// Depends on nothing but its arguments, so that any thread may check.
 class Check {
 public:
-    // `integers`: whether integer variables are to be whole.
+    // `integers`: whether integer variables must be whole.
     Check (std::shared_ptr<const Problem> problem, const Parameters& settings, bool integers);
 
     Answer operator() (Point&& claimed) const;
-    Solution unknown_solution () const;    // zeros of which nothing is known
+    Solution unknown_solution () const;    // zeros, with unknown statuses
 
 private:
     Solution measured (Point&& claimed, bool& has_basis) const;

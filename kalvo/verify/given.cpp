@@ -15,7 +15,7 @@ namespace klv {
 
 using Values = std::vector<double>;
 
-// What is missing of two parts is zero.
+// Values that `plus` or `minus` lacks are zero.
 static Values difference (const Values& plus, const Values& minus)
 {
     Values result (std::max (plus.size (), minus.size ()));
@@ -50,8 +50,8 @@ static Tolerances tolerances (const Parameters& parameters)
             .integer = parameters.get (RealSetting::integer_tolerance)};
 }
 
-// Statuses follow from points and multipliers that are known in full, and so do the values that are not given. Of others
-// what is given is kept, after all has been measured.
+// Points and multipliers that are known in full give statuses, and the values that were not given. Points and multipliers that
+// are known in part are kept as they are, and say nothing.
 static Solution checked_point (const GivenSolution& given, const std::shared_ptr<const Problem>& problem,
                                const Parameters& parameters, KLVsoltype which)
 {
@@ -73,7 +73,7 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
         measure_integers (*problem, solution);
         judge_integer (tolerances (parameters), false, solution);
     }
-    // Nothing is feasible between bounds that contradict each other, which a point's measures don't tell.
+    // A point can be within tolerance of bounds that contradict each other: it is not feasible all the same.
     if (find_crossed (*problem, parameters.get (RealSetting::fixing_tolerance)).count > 0) {
         solution.problem_status = KLV_PRO_UNKNOWN;
         solution.solution_status = KLV_SOLSTA_UNKNOWN;
@@ -94,8 +94,8 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
     return solution;
 }
 
-// A certificate as an answer holds it: a direction beside multipliers that are zero, where its slot has any, or multipliers
-// beside a point that is zero. Whoever gives a point alone means a point.
+// Whether values look like a certificate in an answer: a direction with zero multipliers (the integer slot has none), or
+// multipliers with a zero point. A point without multipliers is a point.
 static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which)
 {
     bool has_multipliers = false, are_zero = true;
@@ -106,8 +106,8 @@ static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which
     return is_zero (given.xx) ? !are_zero : are_zero && (has_multipliers || which == KLV_SOL_INT);
 }
 
-// The certificate that is given, once it is verified. One that nobody calls so counts only where it is to nine digits
-// what was verified: values that are given are not to be scaled.
+// The given certificate, verified. Verifying may scale values: unless they were given as a certificate, they count as one only
+// when scaling leaves nine digits as they are.
 static std::optional<Solution> given_certificate (const GivenSolution& given, const Problem& problem,
                                                   double tolerance, KLVsoltype which)
 {
@@ -141,7 +141,7 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
         if (std::optional<Solution> certificate =
                 given_certificate (given, *problem, parameters.get (RealSetting::fixing_tolerance), which))
             solution = std::move (*certificate);
-    // Keys are a user's word on where to start, and no one else's.
+    // Only keys that were given are stored: they say where to start.
     const auto keep_keys = [] (std::vector<std::int32_t>& keys, std::vector<std::int32_t>& given_keys) {
         if (given_keys.empty ())
             std::ranges::fill (keys, KLV_SK_UNKNOWN);

@@ -9,7 +9,7 @@
 
 namespace klv {
 
-// The solution that a task with this problem holds then: completed, its statuses those that it deserves.
+// The solution for a task to hold: the given values, those that follow from them, and the statuses that the values prove.
 Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& problem,
                    const Parameters& parameters, KLVsoltype which);
 

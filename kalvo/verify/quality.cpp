@@ -6,7 +6,7 @@
 
 namespace klv {
 
-// A running sum with the rounding errors of its additions added up beside it (Neumaier).
+// A running sum that adds up its rounding errors separately (Neumaier).
 class Sum {
 public:
     void add (double term)
@@ -21,7 +21,7 @@ public:
         add (product);
         error_ += std::fma (a, b, -product);
     }
-    // Infinite terms leave a NaN beside the sum, which then says enough by itself.
+    // With infinite terms the errors add up to NaN: the sum alone is right then.
     double value () const { return std::isfinite (error_) ? sum_ + error_ : sum_; }
 
 private:
@@ -77,7 +77,7 @@ double objective (const Problem& problem, std::span<const double> x)
 static void measure_against (const Bounds& bounds, std::span<const double> values, Violations& violations)
 {
     const auto note = [&] (double distance, double bound) {
-        // A NaN counts as the worst there is.
+        // A NaN is the largest violation.
         if (!(distance <= 0)) {
             distance = std::isnan (distance) ? infinity : distance;
             violations.primal_absolute = std::max (violations.primal_absolute, distance);
@@ -116,8 +116,7 @@ void split (std::span<const double> multipliers, double sign, std::vector<double
     }
 }
 
-// What the multipliers of one kind of item add to the dual objective, to the violations and to
-// complementarity.
+// Contributions of the multipliers of one kind of item to the dual objective, violations and complementarity.
 static void measure_multipliers (const Bounds& bounds, std::span<const double> values,
                                  std::span<const double> lower, std::span<const double> upper,
                                  std::span<const double> cost, Sum& dual_objective, double& complementarity,

@@ -1,5 +1,4 @@
-// The one place where answers are checked: whatever an engine claims is measured here on the problem as the
-// user stated it, and statuses follow from these measurements alone.
+// Measures claimed points on the problem as the user stated it. Statuses of solutions follow from these measurements alone.
 #pragma once
 
 #include "kalvo/model/problem.h"
@@ -17,8 +16,7 @@ struct Tolerances {
     double integer = 1e-6;
 };
 
-// A x and c - A'y (c empty: all zeros) in one pass over the matrix each; sums are compensated, so that what is measured is the
-// point's error and not the measurement's.
+// A x and c - A'y (c empty: all zeros). Sums are compensated, so that the point's errors are measured and not the sums'.
 std::vector<double> activities (const Problem& problem, std::span<const double> x);
 std::vector<double> reduced_costs (const ColumnMatrix& matrix, std::span<const double> cost,
                                    std::span<const double> y);
@@ -27,26 +25,25 @@ double objective (const Problem& problem, std::span<const double> x);
 // Fills a slot from a primal point: xx, xc, the primal objective and the primal violations.
 void measure_primal (const Problem& problem, std::vector<double> x, Solution& solution);
 
-// Fills a slot from duals of the rows and reduced costs (which may be empty: then they are computed): y, slc,
-// suc, slx, sux, the dual objective, and the dual violations. With a primal point in the slot also gap and
-// complementarity.
+// Fills a slot from row duals and reduced costs (empty: computed): y, slc, suc, slx, sux, dual objective and violations; with a
+// primal point in the slot also gap and complementarity.
 void measure_dual (const Problem& problem, std::vector<double> y, std::vector<double> reduced_cost,
                    Solution& solution);
 
-// Splits multipliers into those of the lower and those of the upper bounds; `sign`: 1, or -1 for maximisation.
+// Splits multipliers into parts for lower and for upper bounds; `sign`: 1, or -1 for maximisation.
 void split (std::span<const double> multipliers, double sign, std::vector<double>& lower,
             std::vector<double>& upper);
 
 // Distance of the integer variables from whole numbers.
 void measure_integers (const Problem& problem, Solution& solution);
 
-// How far an integer point is from a bound on its objective, relative to it.
+// Distance of an integer point's objective from a bound, relative to the objective.
 double relative_gap (double objective, double bound);
 
 // The statuses that a measured point of a continuous problem deserves.
 void judge (const Tolerances& tolerances, Solution& solution);
 
-// The same for a point of an integer problem; `closed`: the search ended with a gap within its parameters.
+// The statuses of a measured point of an integer problem; `closed`: its gap is within the gap parameters.
 void judge_integer (const Tolerances& tolerances, bool closed, Solution& solution);
 
 // Keys by position and multipliers, for a point without a basis. With duals an item whose multiplier

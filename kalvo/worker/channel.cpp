@@ -79,7 +79,7 @@ void EventChannel::incumbent (const double* x, std::size_t count) noexcept
         const std::lock_guard lock (mutex_);
         incumbent_.assign (x, x + count);
         news_.new_incumbent = true;
-    } catch (...) {    // the earlier one is gone, too
+    } catch (...) {    // no memory: the calling thread does not learn of this incumbent
     }
 }
 

@@ -1,4 +1,4 @@
-// What a worker tells the calling thread.
+// The channel from a worker to the calling thread.
 #pragma once
 
 #include "kalvo/engines/events.h"
@@ -19,11 +19,11 @@ struct PhaseChange {
     Clock::time_point since;
 };
 
-// Rings when a run has finished; one for all runs that are waited for together.
+// Rings when a run has finished. Runs that are waited for together share a bell.
 class Bell {
 public:
     void ring () noexcept;
-    void wait (double seconds);    // not at all when it rang since the last wait
+    void wait (double seconds);    // returns at once if the bell rang since the last wait
 
 private:
     std::mutex mutex_;
@@ -31,31 +31,31 @@ private:
     bool rang_ = false;
 };
 
-// Owned by worker and calling thread together, so that either may go first. All of it is bounded: when nobody empties it, new lines
-// and steps are dropped, and lines counted. The worker's side never throws: what can't be stored is dropped. Only the end of a
-// run wakes the calling thread, so that short runs are not slowed down; it looks often enough for all else.
+// Shared by worker and calling thread, either of which may end first. The channel is bounded: when nobody empties it, new steps and
+// lines are dropped, and dropped lines counted. The worker's side never throws: reports that can't be stored are dropped. Only
+// the end of a run wakes the calling thread, which polls for everything else: waking it more often would slow short runs down.
 class EventChannel final : public Events {
 public:
     explicit EventChannel (std::shared_ptr<Bell> bell) : bell_ (std::move (bell)) {}
 
     // Worker side.
-    void text (std::string_view piece) noexcept override;    // handed on as whole lines
+    void text (std::string_view piece) noexcept override;    // collected into lines
     void progress (const Progress& now) noexcept override;
     void step (const Progress& now) noexcept override;
     void incumbent (const double* x, std::size_t count) noexcept override;
-    void finish (Claims&& claims) noexcept;    // last act of a run
+    void finish (Claims&& claims) noexcept;    // nothing follows
 
     // Calling side.
     struct News {
-        std::vector<std::variant<std::string, Progress>> told;    // lines and steps, as they came
+        std::vector<std::variant<std::string, Progress>> told;    // lines and steps in their order
         std::uint64_t dropped_lines = 0;
         std::vector<PhaseChange> phases;
         Progress progress;
         bool new_incumbent = false;
         bool finished = false;
     };
-    News take_news ();                        // since they were taken last
-    std::vector<double> take_incumbent ();    // the newest; empty: none came
+    News take_news ();                        // all since the last call
+    std::vector<double> take_incumbent ();    // the newest one, or empty
     Claims take_claims ();
 
 private:

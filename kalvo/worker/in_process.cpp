@@ -5,7 +5,7 @@
 
 namespace klv {
 
-// Every item but those of reading and writing belongs to one optimisation.
+// All information items but the times of reading and writing belong to one optimisation.
 static void forget_last_run (Information& information)
 {
     const double read = information.get (RealItem::time_read);

@@ -10,7 +10,7 @@
 
 namespace klv {
 
-// How long a run that was asked to stop may take to answer, and one whose time is over to see it by itself.
+// Seconds that a run may take to answer a request to stop, and to notice by itself that its time is over.
 constexpr double patience = 0.5;
 constexpr double patience_with_clock = 0.1;
 
@@ -135,7 +135,7 @@ void Watch::note (const Run& run)
         information.set (RealItem::dual_objective, now.dual_objective);
 }
 
-// Objectives as the problem states them.
+// Progress with the signs of the stated problem's objective.
 static Progress stated (Progress now, double sign)
 {
     now.primal_objective *= sign;
@@ -158,7 +158,7 @@ void Watch::tell (const Run& run, const EventChannel::News& news)
         log_.pulse (run.id, run.progress, seconds ());
 }
 
-// True when the callback was asked.
+// Passes a run's news on. True when that asked the callback.
 bool Watch::take_news (Run& run)
 {
     const EventChannel::News news = run.worker->channel ().take_news ();
@@ -215,7 +215,8 @@ void Watch::drop (Id run)
     std::erase_if (runs_, [run] (const Run& candidate) { return candidate.id == run; });
 }
 
-// Abandoned workers use up memory and processors: with too many of them a new one waits. False: it must not begin any more.
+// Abandoned workers use up memory and processors: a new run waits while there are too many. False when the run must not begin,
+// since the optimisation was stopped or is out of time.
 bool Watch::wait_for_room ()
 {
     while (answer_ == 0 && abandoned_workers () >= most_abandoned_workers && seconds_left () > 0) {
@@ -231,7 +232,7 @@ Runs::Id Watch::start (const std::shared_ptr<Engine>& engine, Job job, const std
     const bool joins = running ();
     const Log::Begin begin{job.method, joins, job.budget.threads, engine->name (), why, seconds ()};
     if (!joins && !wait_for_room ())
-        return log_.runs ();    // wait () says so
+        return log_.runs ();    // nothing runs: wait () ends the optimisation
     const double left = seconds_left ();
     const Clock::time_point now = Clock::now ();
     if (left < infinity)
@@ -255,15 +256,15 @@ std::optional<Runs::Ended> Watch::take_ended ()
     if (ended == runs_.end ())
         return std::nullopt;
     change_phase (ended->phase, ended->phase.caller, Clock::now ());
-    note (*ended);    // not that of a run beside it
+    note (*ended);    // information items may show another run's figures
     ended->worker->join ();
     Ended result{ended->id, ended->worker->channel ().take_claims ()};
     runs_.erase (ended);
     return result;
 }
 
-// Waits for the answers of runs that must end, and abandons those that give none in time. The first that knows a point is
-// the answer.
+// Asks all runs to stop, waits for their answers, and abandons runs that give none in time. The first answer with a point is
+// returned.
 Runs::Ended Watch::stop ()
 {
     std::optional<Ended> best;
@@ -308,7 +309,7 @@ std::optional<Runs::Ended> Watch::wait (double most_seconds)
         if (!ended && seconds_between (began, Clock::now ()) >= most_seconds)
             return std::nullopt;
     }
-    if (!ended) {    // none could begin
+    if (!ended) {    // no run could begin
         ended.emplace ();
         ended->claims.outcome = Outcome::stopped;
     }

@@ -1,4 +1,4 @@
-// Runs engines on workers while the calling thread passes on what they tell and asks the progress callback.
+// Runs engines on workers while the calling thread passes their reports on and asks the progress callback.
 #pragma once
 
 #include "kalvo/report/log.h"
@@ -28,10 +28,11 @@ public:
     double seconds (Id run) const override;
     void enter (std::uint32_t phase) override;
     void no_run (const std::string& why) override { log_.no_run (why); }
-    std::int32_t answer () const override { return answer_; }    // the callback's first other than 0
+    std::int32_t answer () const override { return answer_; }
     double seconds_left () const override;
 
-    double seconds () const { return seconds_between (began_, Clock::now ()); }    // since the begin
+    // Since the optimisation began.
+    double seconds () const { return seconds_between (began_, Clock::now ()); }
 
 private:
     // Between two questions to the callback lie at least 20 and at most 50 ms, changes of phase aside.
@@ -45,12 +46,12 @@ private:
     struct Run {
         Id id;
         Method method;
-        double sign;    // of objectives
+        double sign;    // -1: the form's objective is the negative of the stated one
         Clock::time_point began;
         double late;
         Phase phase;
         std::unique_ptr<Worker> worker = nullptr;
-        Progress progress = {};    // the newest
+        Progress progress = {};    // the newest state
         bool finished = false;
     };
 

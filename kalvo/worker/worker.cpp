@@ -16,15 +16,15 @@ namespace klv {
 
 constexpr std::chrono::seconds patience_at_process_end{10};
 
-// All workers whose threads were not joined. Never destroyed: threads and the end of the process look at it when statics
-// are gone.
+// All workers whose threads were not joined. The list is never destroyed: threads and end_process use it after the destructors
+// of statics have run.
 struct Workers {
     std::mutex mutex;
     std::condition_variable ended;
     std::list<std::shared_ptr<Worker::Shared>> list;
     pid_t process = getpid ();
 
-    // Joins those that have ended and that nobody else will join: what they still do takes no time.
+    // Joins abandoned workers that have ended, which nobody else joins. Their threads are at their last instructions.
     void reap ()
     {
         std::erase_if (list, [] (const std::shared_ptr<Worker::Shared>& worker) {
@@ -48,7 +48,7 @@ static Claims failed (Outcome outcome, const char* why) noexcept
     claims.outcome = outcome;
     try {
         claims.message = why;
-    } catch (...) {    // failed without words
+    } catch (...) {    // no memory for a message
     }
     return claims;
 }
@@ -70,7 +70,7 @@ static Claims run (Worker::Shared& shared) noexcept
 static void work (const std::shared_ptr<Worker::Shared>& shared) noexcept
 {
     Claims claims = run (*shared);
-    shared->job = {};    // problem and settings may be large: gone before anyone goes on
+    shared->job = {};    // a large problem is freed before the calling thread goes on
     shared->channel.finish (std::move (claims));
     Workers& all = workers ();
     const std::lock_guard lock (all.mutex);
@@ -90,7 +90,7 @@ BlockedSignals::~BlockedSignals ()
     pthread_sigmask (SIG_SETMASK, &before_, nullptr);
 }
 
-// Also when a callback ends the process in the middle of a run.
+// The exit handler; a callback may end the process in the middle of a run.
 static void end_process (int status, void*)
 {
     Workers& all = workers ();
@@ -110,7 +110,7 @@ static void end_process (int status, void*)
     _exit (status);
 }
 
-// The first worker starts when an engine was loaded: its own end comes after this watch then.
+// Exit handlers run in reverse order: this one is registered when an engine has been loaded, so it runs before the engine's.
 static void watch_process_end ()
 {
     static const int registered = on_exit (end_process, nullptr);
@@ -160,7 +160,7 @@ int abandoned_workers ()
     Workers& all = workers ();
     const std::lock_guard lock (all.mutex);
     if (all.process != getpid ())
-        return 0;    // a forked child has none of these threads
+        return 0;    // a forked child has no threads of its parent's
     all.reap ();
     return static_cast<int> (std::ranges::count_if (all.list, &Worker::Shared::abandoned));
 }

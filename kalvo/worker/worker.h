@@ -1,9 +1,8 @@
 // Threads that engines run on.
 //
-// Each run has a fresh thread with all signals blocked. A worker that does not stop when it is asked to is abandoned: it
-// ends by itself, on data that it owns together with nobody who waits. At process end all workers are asked to stop and
-// waited for; when one still runs then, the process ends without the destructors that would pull the ground away from
-// under it.
+// Each run has a fresh thread with all signals blocked. A worker that does not stop when asked is abandoned: it goes on with data
+// that it shares with nobody, and ends by itself. At the process's end all workers are asked to stop and waited for; if one still
+// runs then, the process ends without running destructors, since these would destroy what the worker uses.
 #pragma once
 
 #include "kalvo/engines/engine.h"
@@ -17,7 +16,7 @@
 
 namespace klv {
 
-// While it lives, threads start with all signals blocked: signals are to meet the host's thread.
+// Threads that are started during the lifetime of such an object have all signals blocked, so that the host's thread gets them.
 class BlockedSignals {
 public:
     BlockedSignals ();
@@ -31,7 +30,7 @@ private:
 
 class Worker {
 public:
-    // Starts the run; the bell rings when it has finished. Throws std::system_error when there is no thread to be had,
+    // Starts the run; the bell rings when the run has finished. Throws std::system_error when no thread can be started, and
     // std::bad_alloc.
     Worker (std::shared_ptr<Engine> engine, Job job, std::shared_ptr<Bell> bell);
     Worker (const Worker&) = delete;
@@ -40,7 +39,7 @@ public:
 
     EventChannel& channel () { return shared_->channel; }
     void stop () { shared_->stop = true; }
-    void join ();    // of a run that has finished
+    void join ();    // the run must have finished
 
     struct Shared {
         explicit Shared (std::shared_ptr<Bell> bell) : channel (std::move (bell)) {}
@@ -49,7 +48,7 @@ public:
         Job job;
         StopFlag stop = false;
         EventChannel channel;
-        std::thread thread;    // these are guarded by the list of workers
+        std::thread thread;    // this and the members below are guarded by the mutex of the list of workers
         bool abandoned = false;
         bool ended = false;
     };

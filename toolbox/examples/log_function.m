@@ -1,7 +1,7 @@
 % A log function: receives the text that would go to the console, line by line.
 %
-% kalvoopt calls a function of this name, so it must be on the path or in the current folder. Called without inputs, this
-% one solves a small problem and has the log sent to itself.
+% kalvoopt calls the log function by name, so it must be on the path or in the current folder. Called without inputs, this
+% function solves a small problem with itself as the log function.
 
 function log_function (handle, text)
     global lines

@@ -2,7 +2,7 @@
 
 prob = struct ('a', [1 2; 3 1], 'c', [1 1], 'blc', [4 3], 'blx', [0 0]);
 
-% Numbers, or the library's names for them.
+% Values are numbers, or the library's names for numbers.
 param = struct ();
 param.KLV_IPAR_OPTIMIZER = 'KLV_OPTIMIZER_INTERIOR_POINT';
 param.KLV_DPAR_TIME_LIMIT = 10;             % seconds
@@ -19,5 +19,5 @@ fprintf ('solved in %d interior-point iterations and %.3f s\n', res.info.KLV_IIN
 [r, again] = kalvoopt ('minimize echo(0)', prob, res.param);
 fprintf ('the same answer again: %d\n', again.sol.itr.pobjval == res.sol.itr.pobjval);
 
-% A name that does not exist is an error that says so, never ignored.
+% A parameter that does not exist is an error, with a message, and never ignored.
 r = kalvoopt ('minimize echo(0)', prob, struct ('KLV_IPAR_OPTIMISER', 1));

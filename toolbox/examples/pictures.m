@@ -1,4 +1,4 @@
-% Pictures: how a solve went on, and what the matrix looks like. Without a file name they are windows.
+% Pictures: how a solve went on, and what the matrix looks like. Without a file name a picture is drawn in a window.
 
 rand ('twister', 42);
 n = 80;
@@ -17,7 +17,7 @@ param = struct ('KLV_DPAR_TIME_LIMIT', 1);
 [r, res] = kalvoopt ('maximize echo(0)', prob, param, kalvoplot ('progress', progress));
 fprintf ('%s, %s: %g\n', res.rcodestr, res.sol.int.solsta, res.sol.int.pobjval);
 
-% What the picture shows, as numbers: seconds, objective, bound.
+% The picture's numbers: seconds, objective, bound.
 data = kalvoplot ('data');
 last = data(end, :);
 fprintf ('%d points; at the end the objective is %g, the bound %g\n', size (data, 1), last(2), last(3));

@@ -1,10 +1,10 @@
-% A progress function: called during the run with what is known at that moment; it can stop the run.
+% A progress function: called during a run with the run's current figures; it can stop the run.
 %
-% handle is what was given as "iterhandle"; caller says at which point of the computation the call comes (see res.symbcon,
-% KLV_CALLER_...); info holds every information item. A number that is not 0 stops the run; a logical value does not.
+% handle is the value of "iterhandle"; caller says which phase the run is in (KLV_CALLER_... in res.symbcon); info holds every
+% information item. A number other than 0 stops the run; a logical value does not.
 %
-% kalvoopt calls a function of this name, so it must be on the path or in the current folder. Called without inputs, this
-% one solves a problem that it watches.
+% kalvoopt calls the progress function by name, so it must be on the path or in the current folder. Called without inputs, this
+% function solves a problem with itself as the progress function.
 
 function stop = progress_function (handle, caller, info)
     if nargin == 0
@@ -30,6 +30,6 @@ function solve ()
     callback = struct ('iter', 'progress_function', 'iterhandle', struct ('seconds', 0.5));
     [r, res] = kalvoopt ('maximize echo(0)', prob, [], callback);
 
-    % Stopped or not, the best solution so far is there; its status says what was proved of it.
+    % Also after a stop res.sol holds the best solution so far; its status says what was proved.
     fprintf ('%d, %s: %s, %g\n', r, res.rcodestr, res.sol.int.solsta, res.sol.int.pobjval);
 end

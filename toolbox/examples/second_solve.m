@@ -15,13 +15,13 @@ prob.blx = zeros (ways, 1);
 [r, res] = kalvoopt ('minimize info echo(0)', prob);
 fprintf ('first: %g, after %d iterations\n', res.sol.bas.pobjval, res.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
-% One customer needs more. res.sol is taken as it is; a basis is what counts.
+% One customer needs more. res.sol is the start, of which simplex uses the basis.
 prob.sol = res.sol;
 prob.blc(depots + 1) = 12;
 [r, again] = kalvoopt ('minimize info echo(0)', prob);
 fprintf ('second: %g, after %d iterations\n', again.sol.bas.pobjval, again.info.KLV_IINF_SIMPLEX_ITERATIONS);
 
-% Where whole numbers are asked for, some known values are a start too: NaN is what is not known.
+% An integer search can also start from some known values; NaN marks unknown ones.
 prob.ints.sub = 1:ways;
 prob.sol = struct ('int', struct ('xx', NaN (ways, 1)));
 prob.sol.int.xx(again.sol.bas.xx == 0) = 0;

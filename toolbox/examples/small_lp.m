@@ -20,14 +20,14 @@ for j = 1:3
     fprintf ('  %-10s %g\n', prob.names.var{j}, bas.xx(j));
 end
 
-% A resource's dual y is what one more unit of it would earn; it is 0 where some is left over.
+% A resource's dual y is the profit of one more unit; y is 0 where some of the resource is left over.
 for i = 1:3
     fprintf ('  %-10s %5g of %g used; one more unit is worth %g\n', prob.names.con{i}, bas.xc(i), prob.buc(i), bas.y(i));
 end
 
-% A product's reduced cost slx - sux is what making one unit of it by force would change.
+% A product's reduced cost slx - sux is the change of the profit if one more unit had to be made.
 reduced_cost = bas.slx - bas.sux;
 fprintf ('  forcing a chair into the plan would change what it earns by %g\n', reduced_cost(2));
 
-% Both together prove that no plan earns more: the bound that the duals give is the plan's own value.
+% Duals and reduced costs prove that no plan earns more: the bound that they give is the plan's own value.
 fprintf ('  proved bound %g\n', bas.dobjval);

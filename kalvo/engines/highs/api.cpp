@@ -18,7 +18,7 @@ constexpr const char* library_file = "libhighs.so";
 constexpr const char* extras_file = "libhighs_extras.so";
 constexpr const char* no_memory = "there is not enough memory for the engine";
 
-// Other copies of the engine's library may be loaded: LOCAL and DEEPBIND keep their symbols and ours apart. Sanitizers do not
+// Other copies of the engine's library may be loaded: LOCAL and DEEPBIND keep the symbols of our copy apart. Sanitizers do not
 // work with DEEPBIND.
 #ifdef KALVO_SANITIZED
 constexpr int load_flags = RTLD_NOW | RTLD_LOCAL;
@@ -54,7 +54,7 @@ static bool find (void* library, const char* name, Function& function)
     return function != nullptr;
 }
 
-// Makes the library load its extras. It unloads them by an exit handler, even under a run that uses them. Exit handlers run in
+// Makes the library load its extras. An exit handler of the library unloads the extras, even under a run that uses them. Exit handlers run in
 // reverse order: a handler that waits for runs must be registered after this.
 static bool take_hold_of_extras (const Api& found)
 {
@@ -67,7 +67,8 @@ static bool take_hold_of_extras (const Api& found)
     return true;
 }
 
-// The extras' linear algebra takes this much address space for each processor when it is loaded; without it, it retries for ever.
+// The extras' linear algebra takes this much address space for each processor when it is loaded, and retries for ever
+// while there is none.
 static bool has_space_for_extras ()
 {
     constexpr std::size_t space = std::size_t{136} << 20;
@@ -87,7 +88,7 @@ static std::string load_once ()
     if (std::filesystem::exists (text (folder, "/", extras_file), ignored) && !has_space_for_extras ())
         return no_memory;
     // The library opens its extras by name on the system's search path: a copy that is already loaded is what it then gets.
-    // Without extras it lacks one interior-point method.
+    // Without extras the library lacks one interior-point method.
     dlopen (text (folder, "/", extras_file).c_str (), load_flags);
     void* const library = dlopen (text (folder, "/", library_file).c_str (), load_flags);
     if (library == nullptr)

@@ -287,14 +287,14 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
     claims.warning = options.warning;
     claims.interior_method = options.interior_method;
     if (options.refused)
-        return failed ("it refused a setting");
+        return failed ("the engine refused a setting");
     api ().setCallback (handle_, Listener::called, &listener);
     for (const HighsInt type :
          {kHighsCallbackLogging, kHighsCallbackSimplexInterrupt, kHighsCallbackIpmInterrupt,
           kHighsCallbackMipImprovingSolution, kHighsCallbackMipLogging, kHighsCallbackMipInterrupt})
         api ().startCallback (handle_, type);
     if (!passed_ && !pass_problem (integers))
-        return failed (text ("it refused the problem: ", listener.last_error ()));
+        return failed (text ("the engine refused the problem: ", listener.last_error ()));
     passed_ = true;
     pass_start (job);
     if (listener.stopped ()) {

@@ -9,7 +9,7 @@
 
 namespace klv::highs {
 
-// ---- Options that take a setting's value as it is, with the same default; a negative limit is none -------------------------
+// ---- Options that equal a setting, default included -------------------------
 
 template <class Setting>
 struct Option {
@@ -49,7 +49,7 @@ constexpr Option<RealSetting> factors[] = {
     {RealSetting::integer_log_interval, "mip_min_logging_interval"},
 };
 
-// What the engine calls the values of a setting, in their order; the first is the default.
+// The engine's words for the values of a setting, by value; the first word is the engine's default.
 struct Choice {
     IntSetting setting;
     const char* name;
@@ -62,7 +62,7 @@ constexpr Choice choices[] = {
     {IntSetting::relaxation_method, "mip_lp_solver", {"choose", "simplex", "ipx"}},
 };
 
-// ---- Setting them -----------------------------------------------------------------------------------------------------------
+// ---- Setting options -----------------------------------------------------------------------------------------------------------
 
 class Options {
 public:

@@ -21,8 +21,8 @@ public:
     char peek () const { return buffer_[next_]; }
     void take () { ++next_; }
 
-    // Of the last character that was taken. The character behind a number is taken with the number, which matters for
-    // a newline only.
+    // The line of the last character that was taken. The JSON library takes the character behind a number along with the number: a
+    // newline there must not count yet.
     std::int64_t line () const { return lines_ + std::count (buffer_.begin (), last (), '\n'); }
     std::int64_t column () const
     {
@@ -123,14 +123,14 @@ private:
     const UnknownField& unknown_;
     const JsonText& text_;
     JsonField document_;
-    JsonField* field_ = &document_;    // the one whose value is read; null between the fields of an object
-    std::string object_;               // path of the object that is open
+    JsonField* field_ = &document_;    // its value is being read; null between the fields of an object
+    std::string object_;               // path of the open object
     bool in_list_ = false;
     bool in_bytes_ = false;
     std::int64_t index_ = 0;
     std::string bytes_;
     bool skipping_ = false;
-    std::size_t skipped_levels_ = 0;    // objects and lists that are open in the value that is skipped
+    std::size_t skipped_levels_ = 0;    // open objects and lists of a value that is skipped
 };
 
 std::string JsonFieldReader::place () const
@@ -139,8 +139,8 @@ std::string JsonFieldReader::place () const
     return in_list_ ? path + "[" + std::to_string (index_) + "]" : path;
 }
 
-// Whether the piece of the document at hand belongs to a value that is skipped. The piece opens a level, closes one or
-// neither.
+// Whether the current piece of the document belongs to a value that is skipped. `levels`: 1 where the piece opens an object or a
+// list, -1 where it closes one, else 0.
 bool JsonFieldReader::skips (int levels)
 {
     if (!skipping_)
@@ -251,7 +251,7 @@ bool JsonFieldReader::number (double value)
     return true;
 }
 
-// A number too close to zero would silently become zero.
+// Refuses numbers so close to zero that they would silently become zero.
 bool JsonFieldReader::number_float (double value, const std::string& digits)
 {
     if (!skipping_ && value == 0 && digits.find_first_of ("123456789") < digits.find_first_of ("eE"))
@@ -294,7 +294,7 @@ bool JsonFieldReader::name (std::string& text)
     return true;
 }
 
-// The library's message without places, which are told in our way, and without the text at fault, which may be long.
+// The JSON library's message without its place, since ours names line and path, and without the faulty text, which may be long.
 bool JsonFieldReader::parse_error (std::size_t, const std::string&, const std::exception& fault)
 {
     std::string_view message = fault.what ();

@@ -18,20 +18,19 @@ struct JsonField {
     std::string path;    // "problem.matrix.rows"
     JsonKind kind = JsonKind::object;
     bool list = false;
-    bool required = true;    // in the object that it belongs to
+    bool required = true;    // in its object
     // Take a value, or throw syntax () with what is wrong with the value. "Inf", "-Inf" and "NaN" are numbers; a name may also be
     // given as the list of its bytes.
     std::function<void (double)> take_number = {};
     std::function<void (std::string&)> take_text = {};
-    std::int64_t line = 0;    // where the document has the field; 0: nowhere
+    std::int64_t line = 0;    // of the field in the document; 0: not there
 };
 
-// Called when an object has an unknown field, before the field's value is read: throws FileFault, or returns to have the
-// value skipped.
+// Called for an unknown field before its value is read: throws FileFault, or returns to have the value skipped.
 using UnknownField =
     std::function<void (const std::string& object, const std::string& name, std::int64_t line)>;
 
-// Throws FileFault, which names line and field, for a document that is anything else than one object with these fields.
+// Throws FileFault, with line and field, unless the document is one object with these fields.
 void read_json_fields (const std::string& path, std::vector<JsonField>& fields, const UnknownField& unknown,
                        Pacer& pacer);
 

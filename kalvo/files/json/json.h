@@ -9,7 +9,7 @@
 namespace klv {
 
 constexpr std::string_view json_format = "kalvo task";
-constexpr double json_version = 1;    // the latest that is read and written
+constexpr double json_version = 1;    // the latest version that is known
 constexpr std::array<const char*, KLV_SOL_COUNT> json_solutions{"itr", "bas", "int"};
 
 // The content of a file, for a task to hold.
@@ -25,7 +25,7 @@ FileContent read_json (Task& task, const std::string& path, Pacer& pacer);
 
 void write_json (Task& task, OutputFile& file);
 
-// A parameter that says where a task is kept is no part of the task, and is in no file.
+// Whether files hold a parameter. Those that name the file and its format are no part of the task.
 constexpr bool is_kept_in_json (IntSetting setting)
 {
     return setting != IntSetting::file_format && setting != IntSetting::count;

@@ -11,7 +11,7 @@
 
 namespace klv {
 
-// ---- How values are taken
+// ---- Taking values
 
 enum class Allowed { finite, finite_or_unknown, above_minus, below_plus };
 
@@ -168,7 +168,7 @@ bool JsonTask::has (std::string_view path) const
     return field != fields_.end () && field->line > 0;
 }
 
-// ---- Its fields
+// ---- Fields of the document
 
 void JsonTask::add_head ()
 {
@@ -183,8 +183,8 @@ void JsonTask::add_head ()
           }});
 }
 
-// Later versions state more of a problem inside the object "problem" only: there an unknown field cannot be skipped,
-// since the rest would be another problem.
+// Later versions may state more of a problem inside the object "problem" only. Without such a field the problem would be another
+// one, so unknown fields can be skipped anywhere else only.
 void JsonTask::meet_unknown (const std::string& object, const std::string& name, std::int64_t line)
 {
     if (version_ <= json_version)
@@ -283,7 +283,7 @@ void JsonTask::add_solution (std::size_t which)
     add_values (".sux", given.sux);
 }
 
-// ---- What must hold between fields
+// ---- Consistency of fields
 
 void JsonTask::finish_items (Items& items, Names& kept) const
 {
@@ -385,7 +385,7 @@ FileContent JsonTask::finish ()
 
 // ---- Reading
 
-// The text of a fault between fields begins with the path of a field, whose line is the fault's.
+// The text of a fault between fields begins with a field's path: that field's line is the fault's.
 FileContent JsonTask::read (const std::string& path, Pacer& pacer)
 {
     add_head ();

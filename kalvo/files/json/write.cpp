@@ -17,7 +17,7 @@ static void append_number (std::string& line, double value)
     if (!std::isfinite (value))
         line += std::isnan (value) ? "\"NaN\"" : value > 0 ? "\"Inf\"" : "\"-Inf\"";
     else if (value == 0 && std::signbit (value))
-        line += "-0.0";    // readers take -0 for an integer, which has no sign then
+        line += "-0.0";    // readers take "-0" for the integer 0
     else
         line += NumberText (value);
 }
@@ -86,7 +86,7 @@ public:
         append_word (line_, group, value);
     }
 
-    // fill (next) asks next () for the text before each entry, and puts the entry behind that text.
+    // fill (next) calls next () before each entry, and appends the entry to the text that next () returns.
     void list (std::string_view name, const auto& fill);
     void numbers (std::string_view name, const std::vector<double>& values);
     void names (std::string_view name, const Names& names, std::int32_t count);
@@ -223,7 +223,7 @@ static void write_parameters (JsonWriter& json, const Parameters& parameters)
     json.close ();
 }
 
-// Values of which nothing is known are left out.
+// Leaves out arrays without a known value.
 static void write_solution (JsonWriter& json, const Solution& solution)
 {
     const std::int32_t status = solution.solution_status;

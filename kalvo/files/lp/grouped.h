@@ -1,4 +1,4 @@
-// The matrix turned from rows to columns and back: LP files have it by rows, problems by columns.
+// Turns the matrix from rows to columns and back: LP files have it by rows, problems by columns.
 #pragma once
 
 #include <cstdint>
@@ -8,12 +8,12 @@
 
 namespace klv {
 
-// Entries sorted by one of their two indices; those of a group are in the order in which they came.
+// Entries grouped by one of their two indices, in each group in the order in which they came.
 class Grouped {
 public:
     Grouped () = default;
 
-    // for_each (visit) calls visit (group, other, value) for every entry; it is run twice.
+    // for_each (visit) must call visit (group, other, value) for every entry. It is called twice.
     template <class ForEach>
     Grouped (std::int32_t groups, std::int64_t entries, const ForEach& for_each)
         : begin_ (static_cast<std::size_t> (groups) + 2, 0),
@@ -24,7 +24,7 @@ public:
             ++begin_[static_cast<std::size_t> (group) + 2];
         });
         std::partial_sum (begin_.begin (), begin_.end (), begin_.begin ());
-        // begin_[group + 1] moves from the begin of the group to its end, which is the begin of the next one.
+        // While entries are put, begin_[group + 1] moves from the begin of the group to its end.
         for_each ([&] (std::int32_t group, std::int32_t other, double value) {
             const std::size_t at = begin_[static_cast<std::size_t> (group) + 1]++;
             others_[at] = other;

@@ -47,8 +47,8 @@ std::int32_t LpReader::column_of (std::string_view name)
 
 // ---- Expressions
 
-// Behind "0 <=", a number at the end of a line is the bound of a row without terms. Where a variable follows on the next
-// line, nobody can tell whether the number is its coefficient.
+// Behind "0 <=", a number at the end of a line is the bound of a row without terms. When the next line begins with a variable, the
+// number could as well be its coefficient.
 LpReader::Side LpReader::side (bool behind_number)
 {
     Side side;

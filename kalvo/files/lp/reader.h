@@ -19,7 +19,7 @@ public:
     Problem read ();
 
 private:
-    // A side of a relation: terms are put behind the entries, numbers without a variable add up.
+    // A side of a relation: its terms are appended to the entries, its numbers without a variable are added up.
     struct Side {
         bool has_terms = false;
         bool has_constant = false;
@@ -27,7 +27,7 @@ private:
         std::int64_t line = 0;    // of the last number
     };
 
-    // The bounds that the relations of a constraint have said.
+    // The bounds that the relations of a constraint state.
     struct RowBounds {
         std::string label;
         double lower = -infinity;
@@ -68,8 +68,8 @@ private:
     LpSection section_ = LpSection::none;
     bool constraints_seen_ = false;
 
-    NameTable row_names_;                  // and the objective's
-    std::vector<std::int64_t> row_end_;    // where each row ends in the entries
+    NameTable row_names_;                  // the objective's name too
+    std::vector<std::int64_t> row_end_;    // the end of each row in the entries
     std::vector<std::int32_t> entry_columns_;
     std::vector<double> entry_values_;
     std::vector<std::int64_t> last_entry_;    // of each column

@@ -35,10 +35,10 @@ static bool is (char c, std::uint8_t which)
 struct LpWord {
     std::string_view text;    // in capitals, with one blank between words
     LpSection section;
-    const char* unsupported = nullptr;    // what the section would hold, when a task cannot hold such things
+    const char* unsupported = nullptr;    // content of the section that a task cannot hold, else null
 };
 
-// A word that begins with another word stands before that one.
+// A longer word stands before the word that it begins with.
 constexpr std::array section_words{
     LpWord{"MINIMIZE MULTI-OBJECTIVES", LpSection::none, "several objectives"},
     LpWord{"MAXIMIZE MULTI-OBJECTIVES", LpSection::none, "several objectives"},
@@ -84,7 +84,7 @@ constexpr std::array section_words{
 
 constexpr std::array<std::string_view, 2> infinity_words{"INFINITY", "INF"};
 
-// How many bytes of a text its first word takes when that is the given one, any blanks standing for one; else 0.
+// The length of a word at the begin of a text, 0 when the text begins otherwise. Several blanks may stand for one.
 static std::size_t match (std::string_view text, std::string_view word)
 {
     std::size_t at = 0;

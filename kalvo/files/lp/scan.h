@@ -22,17 +22,17 @@ struct LpToken {
     LpSection opened = LpSection::none;
     char relation_sign = 0;     // '<', '=' or '>'
     double value = 0;           // of a number; 1 or -1 of a sign
-    std::string_view text{};    // as it stands in the file, a label without its colon
+    std::string_view text{};    // from the file; a label without its colon
 };
 
 class LpScanner {
 public:
-    // The names of a line will be looked up in a table: their places are fetched from memory all at once.
+    // `names`: the table in which names will be looked up. Its places for all names of a line are fetched from memory at once.
     LpScanner (LineReader& lines, const NameTable& names) : lines_ (lines), names_ (names) {}
 
-    // The token at hand, valid until the next one is asked for. Only asking for a token moves to its line, so that a
-    // fault of the token before names the right line. Throws FileFault for text that is no token or begins something
-    // that a task cannot hold.
+    // The current token, valid until the next one is asked for. The reader moves to a token's line only when that token is asked
+    // for, so that a fault of the token before names the right line. Throws FileFault for text that is no token or begins
+    // something that a task cannot hold.
     const LpToken& token ();
     void next () { taken_ = false; }
 

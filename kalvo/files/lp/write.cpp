@@ -13,7 +13,7 @@ namespace klv {
 
 static const char* why_not_of_row (std::string_view name)
 {
-    constexpr std::size_t longest = 255;    // that other programs read
+    constexpr std::size_t longest = 255;    // other programs read no longer names
     return name.size () > longest ? "is too long" : why_not_in_lp (name);
 }
 
@@ -184,8 +184,7 @@ void LpWriter::bounds ()
         bounds_of (j);
 }
 
-// The bounds 0 and infinity go without saying, and so does a lower bound of 0 beside an upper one that is not
-// negative.
+// The bounds 0 and infinity are the default, and a lower bound of 0 stays when a file gives an upper one that is not negative.
 void LpWriter::bounds_of (std::int32_t number)
 {
     const auto j = static_cast<std::size_t> (number);

@@ -10,7 +10,7 @@ namespace klv {
 // ---- Free form
 
 struct Tokens {
-    static constexpr std::size_t most = 6;    // one more than any line has
+    static constexpr std::size_t most = 6;    // valid lines have up to 5
 
     std::array<std::string_view, most> text;
     std::size_t count = 0;

@@ -26,7 +26,7 @@ MpsFields split (MpsForm form, MpsSection section, std::string_view line);
 // Whether a line fits the columns of fixed form with a blank inside a name, so that free form cannot mean it.
 bool only_fixed (MpsSection section, std::string_view line);
 
-// Whether free and fixed form read such a line differently, both without a fault.
+// Whether free and fixed form read a line differently, both without a fault.
 bool free_and_fixed_differ (MpsSection section, std::string_view line);
 
 }

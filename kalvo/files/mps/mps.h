@@ -9,19 +9,19 @@
 
 namespace klv {
 
-// The problem of a file, in the given form. Print warnings on the task.
+// Read a file in the given form. Print warnings on the task.
 Problem read_free_mps (Task& task, const std::string& path, Pacer& pacer);
 Problem read_fixed_mps (Task& task, const std::string& path, Pacer& pacer);
 
-// In free form unless a line shows that names with blanks are in fixed columns.
+// Reads a file in free form, unless a line shows that names with blanks stand in fixed columns.
 Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer);
 
 // The first item that a form cannot hold: its name, or bounds of a row that no range says.
 std::string unfit_for_free_mps (const Problem& problem);
 std::string unfit_for_fixed_mps (const Problem& problem);
 
-// Write what the form can hold. Variables and constraints without a name are written as C1, C2, ... and R1, R2, ... by
-// their place, an objective without one as OBJ; "_" is added to these where others have such names.
+// Write a problem that the form can hold. Variables and constraints without a name are written as C1, C2, ... and R1, R2, ... by
+// their place, an objective without a name as OBJ; "_" is added to C, R and OBJ where given names look like that.
 void write_free_mps (Task& task, OutputFile& file);
 void write_fixed_mps (Task& task, OutputFile& file);
 

@@ -11,7 +11,7 @@ namespace klv {
 struct MpsHeader {
     std::string_view word;
     MpsSection section;
-    MpsSection after;    // a section that must have come before
+    MpsSection after;    // the section that must precede
     bool may_have_text;
 };
 
@@ -27,7 +27,7 @@ constexpr std::array headers{
     MpsHeader{"ENDATA", MpsSection::endata, MpsSection::columns, false},
 };
 
-// Sections of other programs for what a task cannot hold.
+// Sections that hold what a task cannot hold.
 constexpr std::array<std::string_view, 14> unsupported_sections{
     "QUADOBJ", "QMATRIX", "QSECTION",   "QCMATRIX", "CSECTION", "SOS",     "SOS1",
     "SOS2",    "SETS",    "INDICATORS", "LAZYCONS", "USERCUTS", "GENCONS", "PWLOBJ"};
@@ -234,7 +234,7 @@ Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer)
     try {
         return read_fixed_mps (task, path, pacer);
     } catch (const FileFault& fault) {
-        // A file that is not in fixed form either, up to the line at fault, was meant as free form.
+        // The file is not in fixed form either, up to the line at fault: the fault in free form is reported.
         if (fault.code == KLV_RES_FILE_SYNTAX && fault.line <= free_fault.line)
             throw free_fault;
         throw;

@@ -10,7 +10,7 @@ namespace klv {
 
 // ---- RHS and RANGES
 
-// One or two pairs of a row and a number, which count when they belong to the set that is used.
+// Takes one or two pairs of a row and a number, unless they belong to a set that is not used.
 void MpsReader::pairs_line (const MpsFields& fields, Set& set, const auto& parse, const auto& put)
 {
     const bool used = set.uses (fields.name);

@@ -48,8 +48,8 @@ void MpsReader::column_line (const MpsFields& fields)
         put_entry (fields.item[1], parse_finite (fields.number[1]));
 }
 
-// Large files refer to rows in any order, so that looking up a row waits for memory: the row of the next line is
-// fetched while the line at hand is read.
+// Large files name rows in any order, so that looking a row up waits for memory: the row of the next line is fetched while this
+// line is read.
 void MpsReader::prefetch_row_ahead () const
 {
     const std::string_view text = lines_.ahead ().substr (0, 256);

@@ -40,7 +40,7 @@ private:
         std::int64_t line;
     };
 
-    // The set of RHS, RANGES or BOUNDS that is used: the first that is named. Lines without a name belong to it.
+    // The set of RHS, RANGES or BOUNDS that is used: the first one that is named, and all lines without a name.
     class Set {
     public:
         bool uses (std::string_view name)
@@ -84,7 +84,7 @@ private:
     void finish_columns ();
 
     bool has_objective () const { return objective_ < row_names_.size (); }
-    std::size_t place_of (std::int32_t row) const;    // among the constraints
+    std::size_t place_of (std::int32_t row) const;    // the number of the constraint
     std::int32_t known_row (std::string_view name) const;
 
     LineReader lines_;
@@ -100,14 +100,14 @@ private:
     NameTable row_names_;
     std::vector<Row> rows_;
     std::vector<Range> ranges_;
-    std::int32_t objective_ =
-        std::numeric_limits<std::int32_t>::max ();    // its row; beyond all when there is none
+    // The objective's row, or a number above all rows.
+    std::int32_t objective_ = std::numeric_limits<std::int32_t>::max ();
     Set sides_, range_set_, bound_set_;
 
     std::int32_t column_ = -1;
     std::vector<std::int32_t> minus_infinity_;    // columns with a bound of type MI
     bool integers_begun_ = false;
-    std::vector<std::int32_t> last_column_;    // in which each row had an entry
+    std::vector<std::int32_t> last_column_;    // the last column with an entry, for each row
     std::vector<std::int32_t> entry_rows_;
     std::vector<double> entry_values_;
 };

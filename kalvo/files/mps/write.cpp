@@ -9,7 +9,7 @@
 
 namespace klv {
 
-// ---- Rows: one bound is the right-hand side, the other follows by the range
+// ---- Rows: one bound is the right-hand side, the other is stated by the range
 
 struct MpsRow {
     char kind;    // 0 when no range gives both bounds back
@@ -49,7 +49,7 @@ static MpsRow mps_row (const Problem& problem, std::int32_t number)
     }
 }
 
-// ---- What a form cannot hold
+// ---- Limits of a form
 
 static const char* why_not_in_any_form (std::string_view name)
 {
@@ -118,7 +118,7 @@ private:
 
     void bounds_of (std::int32_t j);
 
-    // A line of two or three names and a number, in the form of the file. An empty text stands for no number.
+    // Writes a line of two or three names and a number, in the form of the file. An empty text means no number.
     void line (std::string_view key, std::string_view name, std::string_view item, std::string_view number);
     void line (std::string_view key, std::string_view name, std::string_view item, double value);
     void bound (std::string_view key, std::int32_t j, double value);
@@ -286,9 +286,8 @@ void MpsWriter::bound (std::string_view key, std::int32_t j, double value)
     line (key, bound_set_, columns_ (j), value);
 }
 
-// The bounds 0 and infinity of a continuous column go without saying; so do a lower bound of 0 beside an
-// upper one that is not negative. The bounds of an integer column are always written: programs assume different
-// ones.
+// The bounds 0 and infinity of a continuous column are the default, and a lower bound of 0 stays beside an upper one that is not
+// negative. Bounds of integer columns are always written, since programs differ in their defaults.
 void MpsWriter::bounds_of (std::int32_t number)
 {
     const std::size_t j = static_cast<std::size_t> (number);

@@ -1,4 +1,4 @@
-// An open file, closed by its owner's end.
+// An open file's descriptor, closed by the destructor.
 #pragma once
 
 #include <unistd.h>
@@ -16,7 +16,7 @@ public:
     bool is_open () const { return number_ >= 0; }
     operator int () const { return number_; }
 
-    // The answer of close (), which may say that the last bytes found no room.
+    // Closes the file. Other than 0: the last bytes may not have found room.
     int close ()
     {
         const int number = number_;

@@ -1,5 +1,5 @@
-// A problem that is being read from a file: what readers of text formats do with columns, bounds and names. Throws
-// FileFault for what no problem can have.
+// A problem that is being read from a file: columns, bounds and names, for readers of text formats. Throws FileFault for numbers
+// and bounds that no problem can have.
 #pragma once
 
 #include "kalvo/files/text/line_reader.h"
@@ -17,13 +17,13 @@ public:
           huge_ (task.parameters.get (RealSetting::bound_infinity))
     {}
 
-    // A bound on its own side and beyond the threshold is no bound; on the other side nothing could meet it.
+    // A lower bound below minus the threshold, or an upper one above it, is no bound. On the other side it is refused: no value
+    // could meet it.
     double lower_bound (double value, std::string_view item);
     double upper_bound (double value, std::string_view item);
     bool is_huge (double value) const;
 
-    // A column has the bounds 0 and infinity until a file says more; a file may say each bound once.
-    // False when another column has the name.
+    // Adds a column with bounds 0 and infinity; the file may then state each bound once. False when another column has the name.
     bool append_column (std::string_view name);
     void set_lower (std::int32_t j, double value);
     void set_upper (std::int32_t j, double value);
@@ -33,14 +33,14 @@ public:
     bool is_lower_said (std::int32_t j) const { return columns_[static_cast<std::size_t> (j)].lower_said; }
     bool is_upper_said (std::int32_t j) const { return columns_[static_cast<std::size_t> (j)].upper_said; }
 
-    // A tradition met on the line at hand, or on the last line that named a column.
+    // Counts a tradition that was met on the current line, or on the last line that named a column.
     void note (Tradition kind, std::string_view item) { warnings.note (kind, lines_.number (), item); }
     void note_column (Tradition kind, std::int32_t j);
 
-    // Keys and names of the columns, when all their bounds were said.
+    // Sets keys and names of the columns, once all bounds are read.
     void finish_columns (Pacer& pacer);
 
-    // The problem that was read; prints the warnings of its file.
+    // Hands the problem out; prints the warnings.
     Problem take ();
 
     Problem problem;
@@ -49,7 +49,7 @@ public:
 
 private:
     struct Column {
-        std::int64_t line;    // of the last bound, else of the first entry
+        std::int64_t line;    // of the column's last bound, else of its first entry
         bool lower_said = false;
         bool upper_said = false;
         bool fixed = false;
@@ -64,7 +64,7 @@ private:
     std::vector<Column> columns_;
 };
 
-// Gives the names of a table to items, in order; one number is left out, or none.
+// The names of a table for items, in order; the number `without`, if any, is left out.
 void name_items (Names& names, const NameTable& table, std::int32_t without, Pacer& pacer);
 
 }

@@ -1,8 +1,8 @@
-// How readers and writers of files give up. Thrown inside kalvo/files only: read_problem and write_problem
-// turn it into the task's last error.
+// The fault with which readers and writers of files give up. Thrown inside kalvo/files only: read_problem and write_problem turn a
+// fault into the task's last error.
 #pragma once
 
-#include "kalvo.h"
+#include "kalvo/include/kalvo.h"
 
 #include <cstdint>
 #include <string>
@@ -13,7 +13,7 @@ namespace klv {
 struct FileFault {
     KLVrescode_t code;
     std::string text;         // empty: the user stopped the operation, or memory ran out
-    std::int64_t line = 0;    // 0: not a fault of one line
+    std::int64_t line = 0;    // 0: no line is at fault
 };
 
 inline FileFault syntax (std::string text)
@@ -31,7 +31,7 @@ inline std::string quote (std::string_view text)
     return quoted + (text.size () > most ? "...\"" : "\"");
 }
 
-// Things that other programs can say in a file and a task cannot hold, with the text that begins them.
+// Parts of problem files that a task cannot hold, with the text that begins each.
 inline FileFault unsupported (const char* things, const std::string& text)
 {
     return {KLV_RES_FILE_SECTION_UNSUPPORTED, std::string (things) + " are not supported: " + text};

@@ -6,7 +6,7 @@
 
 namespace klv {
 
-constexpr int gzip_window_bits = MAX_WBITS + 16;    // gzip's header and check, not zlib's own
+constexpr int gzip_window_bits = MAX_WBITS + 16;    // the 16 asks zlib for gzip's header and check sum
 
 inline z_stream gzip_stream ()
 {
@@ -18,7 +18,7 @@ inline z_stream gzip_stream ()
     return stream;
 }
 
-// Throws std::bad_alloc when the set-up of a stream had no memory: nothing else can fail there.
+// Throws std::bad_alloc when the set-up of a stream failed: lack of memory is the only possible cause.
 inline void check_gzip (int answer)
 {
     if (answer != Z_OK)

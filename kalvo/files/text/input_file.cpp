@@ -37,7 +37,7 @@ private:
     bool member_ended_ = false;
 };
 
-// Members may follow one another, as in files that were joined.
+// A gzip file may have several members, as after joining files.
 std::size_t InputFile::Unpacker::read (const InputFile& file, char* at, std::size_t size)
 {
     const auto room = static_cast<uInt> (size);

@@ -14,7 +14,7 @@ public:
     explicit InputFile (const std::string& path);
     ~InputFile ();
 
-    // Puts up to `size` of the next bytes at a place and returns how many; 0 at the end of the file.
+    // Copies up to `size` of the next bytes to `at` and returns their number; 0 at the end of the file.
     std::size_t read (char* at, std::size_t size);
 
 private:
@@ -24,7 +24,7 @@ private:
     bool begins_packed () const;
 
     Descriptor file_;
-    std::unique_ptr<Unpacker> unpacker_;    // none: the bytes are as they stand in the file
+    std::unique_ptr<Unpacker> unpacker_;    // null for a plain file
 };
 
 }

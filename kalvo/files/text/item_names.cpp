@@ -4,7 +4,7 @@
 
 namespace klv {
 
-// Adds as many "_" to a wanted name as keep the name, alone or before a number, apart from all names to avoid.
+// Adds "_" to a wanted name until no name to avoid equals it, or equals it with a number behind.
 class Distinct {
 public:
     explicit Distinct (std::string wanted) : wanted_ (std::move (wanted)) {}

@@ -1,4 +1,4 @@
-// The names of a problem's items as a file gets them: their own, or made ones for items without a name.
+// The names of a problem's items in a file: their own, or invented ones for items without a name.
 #pragma once
 
 #include "kalvo/model/problem.h"
@@ -10,8 +10,8 @@ namespace klv {
 
 class ItemNames {
 public:
-    // An item without a name is called by the prefix and its number, and "_" is added to the prefix while
-    // others have such names.
+    // An item without a name is called by the prefix and its number; "_" is added to the prefix until other items have no such
+    // name.
     ItemNames (const Names& names, std::int32_t count, const char* prefix);
 
     // Valid until the next call for an item without a name.
@@ -38,7 +38,7 @@ inline ItemNames variable_names (const Problem& problem)
     return {problem.variable_name, problem.variables (), "C"};
 }
 
-// The wanted name, with as many "_" behind it as set it apart from all others.
+// The wanted name, with "_" appended until it differs from all others.
 std::string unused_name (const char* wanted, const ItemNames& others);
 
 }

@@ -38,7 +38,7 @@ bool LineReader::next ()
 void LineReader::refill ()
 {
     pacer_.tick ();
-    line_ = {};    // its place is used again
+    line_ = {};    // the buffer that it points into is about to change
     std::memmove (buffer_.data (), buffer_.data () + begin_, end_ - begin_);
     end_ -= begin_;
     begin_ = 0;

@@ -26,7 +26,7 @@ public:
     std::string_view line () const { return line_; }
     std::int64_t number () const { return number_; }
 
-    // The text behind the line, as far as memory has it.
+    // The text behind the line, as far as it is in the buffer.
     std::string_view ahead () const { return {buffer_.data () + begin_, end_ - begin_}; }
 
 private:
@@ -35,15 +35,15 @@ private:
 
     Pacer& pacer_;
     InputFile file_;
-    std::vector<char> buffer_;    // twice as long as the longest line so far, at least
-    std::size_t begin_ = 0;       // the text not yet handed out: buffer_[begin_, end_)
+    std::vector<char> buffer_;    // at least twice as long as the longest line so far
+    std::size_t begin_ = 0;       // buffer_[begin_, end_) is the text not yet handed out
     std::size_t end_ = 0;
     bool at_end_ = false;
     std::string_view line_;
     std::int64_t number_ = 0;
 };
 
-// Reads line by line: a fault that names no line, other than of the file itself, is a fault of the line at hand.
+// Calls a reader of lines. A fault that names no line, unless it is a fault of the file itself, gets the current line.
 template <class Reading>
 void with_lines_of_faults (const LineReader& lines, const Reading& reading)
 {

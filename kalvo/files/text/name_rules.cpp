@@ -37,7 +37,7 @@ static std::string unfit_item (const char* kind, const ItemNames& names, WhyNot 
     return {};
 }
 
-// The problem's name stands alone on a line, behind a word.
+// The problem's name stands on a line of its own, behind a word.
 static const char* why_not_of_problem (std::string_view name)
 {
     if (name.size () > longest_name)

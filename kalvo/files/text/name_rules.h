@@ -12,11 +12,11 @@ namespace klv {
 using WhyNot = const char* (*)(std::string_view name);
 
 struct NameRules {
-    WhyNot of_row;    // of the objective too
+    WhyNot of_row;    // constraints and the objective
     WhyNot of_variable;
 };
 
-// Lines of three names stay below the longest line that is read.
+// Three names of this length fit into the longest line that is read.
 constexpr std::size_t longest_name = std::size_t{1} << 16;
 
 bool has_control_character (std::string_view name);
@@ -24,8 +24,8 @@ bool has_control_character (std::string_view name);
 // 'constraint 3 "x"'
 std::string describe_item (const char* kind, const ItemNames& names, std::int32_t i);
 
-// The first item whose name the rules refuse or another item of its kind has, or the problem when lines cannot hold
-// its name, as messages call it: 'constraint 3 "a b", whose name has a blank'. Empty when all names are fit.
+// For messages: the first item whose name the rules refuse or another item of its kind has, or the problem when a line cannot
+// hold its name: 'constraint 3 "a b", whose name has a blank'. Empty when all names are fit.
 std::string unfit_name (const Problem& problem, const NameRules& rules);
 
 }

@@ -45,7 +45,7 @@ std::size_t NameTable::first_place (const Slot& key) const
     return mix (key.word, second_factor) & (slots_.size () - 1);
 }
 
-// The slot that holds a name, or the free one where it belongs.
+// The slot that holds a name, or the free slot for it.
 std::size_t NameTable::place (std::string_view name, const Slot& key) const
 {
     const std::size_t mask = slots_.size () - 1;

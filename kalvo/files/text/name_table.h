@@ -1,5 +1,4 @@
-// Names of a file with their numbers: looked up by hash, their texts one after another in one block. A name
-// has no zero byte.
+// Names of a file with their numbers: a hash table, with all texts in one block. A name has no zero byte.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +14,7 @@ public:
     // The number of a name, or none.
     std::int32_t find (std::string_view name) const;
 
-    // Starts to fetch from memory what finding a name will look at.
+    // Starts to fetch from memory the slot that finding a name will look at.
     void prefetch (std::string_view name) const
     {
         if (!slots_.empty ())
@@ -29,8 +28,8 @@ public:
     std::string_view operator[] (std::int32_t number) const;
 
 private:
-    // The word of a name of up to 8 bytes is the name, so that finding the name costs one look into memory; the word
-    // of a longer name is its hash, and names with the same hash are compared.
+    // The word of a name of up to 8 bytes is the name itself, so that finding it costs one access to memory. The word of a longer
+    // name is its hash; names of equal hash are compared.
     struct Slot {
         std::uint64_t word = 0;
         std::uint32_t length = 0;
@@ -43,8 +42,8 @@ private:
     void grow ();
 
     std::vector<char> text_;
-    std::vector<std::size_t> end_;    // name i ends here in text_, and begins where its predecessor ends
-    std::vector<Slot> slots_;         // a power of two, at most four fifths full
+    std::vector<std::size_t> end_;    // ends of the names in text_, where the next one begins
+    std::vector<Slot> slots_;         // their number is a power of two; at most four fifths are used
 };
 
 }

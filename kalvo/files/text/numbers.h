@@ -11,7 +11,7 @@
 
 namespace klv {
 
-// Zeros of both signs are equal numbers and different texts.
+// Zeros of different sign are equal but have different texts.
 inline bool same_bits (double a, double b)
 {
     return std::bit_cast<std::uint64_t> (a) == std::bit_cast<std::uint64_t> (b);
@@ -26,8 +26,8 @@ inline bool is_plain_zero (double value)
 double parse_number (std::string_view text);
 double parse_finite (std::string_view text);
 
-// A range is the difference of two bounds, which double precision cannot always hold so that one bound and
-// the range give the other back. With more than 17 digits it is read in extended precision.
+// A range is the difference of two bounds. In double precision one bound and the range do not always give the other bound back, so
+// a range may have more than 17 digits, and is read in extended precision then.
 long double parse_range (std::string_view text);
 
 // The text of a finite number, or of a range.

@@ -18,7 +18,7 @@ static FileFault cannot_create (const std::string& reason)
     return {KLV_RES_FILE_OPEN, "cannot be written: " + reason};
 }
 
-// The file that a chain of links ends at, so that a link is not replaced by the file.
+// The end of a chain of links, so that the file at the end is replaced and not a link.
 static std::string without_links (const std::string& path)
 {
     const std::unique_ptr<char, decltype (&std::free)> real (::realpath (path.c_str (), nullptr), &std::free);
@@ -32,7 +32,7 @@ public:
     Packer ()
     {
         constexpr int level = 1,
-                      memory = 8;    // a tenth larger than of slow levels, in a quarter of their time
+                      memory = 8;    // a tenth larger than at slow levels, in a quarter of the time
         check_gzip (
             ::deflateInit2 (&stream_, level, Z_DEFLATED, gzip_window_bits, memory, Z_DEFAULT_STRATEGY));
     }
@@ -40,7 +40,7 @@ public:
     Packer& operator= (const Packer&) = delete;
     ~Packer () { ::deflateEnd (&stream_); }
 
-    // Packs all of a text; the last one ends the file.
+    // Packs a text; the last text ends the file.
     void put (const OutputFile& file, std::string_view text, bool last);
 
 private:

@@ -1,5 +1,4 @@
-// A file, plain or packed by gzip, that is written beside its target and takes the target's place only when it is
-// complete.
+// A file, plain or packed by gzip, that is written beside its target and replaces the target only when it is complete.
 #pragma once
 
 #include "kalvo/files/text/descriptor.h"
@@ -22,7 +21,7 @@ public:
 
     void put (std::string_view text);
 
-    // Takes the target's place. Writing and closing tell what the disk refuses; a power cut is not guarded against.
+    // Replaces the target. Faults of the disk show in writing and closing; a power cut may lose the file.
     void commit ();
 
 private:

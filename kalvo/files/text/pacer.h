@@ -1,5 +1,5 @@
-// Asks the progress callback while a file is read or written. A block of a file takes a few milliseconds and
-// so do some thousand items, so tick () after each keeps the callback's pace.
+// Asks the progress callback while a file is read or written. A block of a file, or some thousand items, take a few milliseconds:
+// tick () after each keeps the callback's pace.
 #pragma once
 
 #include "kalvo/files/text/fault.h"

@@ -1,4 +1,4 @@
-// What writers of problems as text share: the problem, the names that its items get, and the line at hand.
+// Shared by writers of text formats: the problem, the names of its items in the file, and the current line.
 #pragma once
 
 #include "kalvo/files/text/item_names.h"
@@ -27,7 +27,7 @@ protected:
         file_.put ("\n");
         width_ = 0;
     }
-    std::size_t width () const { return width_; }    // of the line so far
+    std::size_t width () const { return width_; }    // of the current line
 
     bool is_integer (std::int32_t j) const
     {
@@ -43,7 +43,7 @@ private:
     std::size_t width_ = 0;
 };
 
-// Text formats have no other sign of an absent bound than its size.
+// In text formats only its size shows that a bound is absent.
 void warn_of_huge_bounds (Task& task);
 
 }

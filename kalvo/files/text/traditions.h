@@ -1,4 +1,4 @@
-// Points on which programs differ in reading a file, and what our readers do there: the text is the warning of it.
+// Points on which programs differ in reading a file. Each text is the warning, which says what our readers do.
 #pragma once
 
 #include "kalvo/task/task.h"
@@ -44,7 +44,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t> (Tradition::coun
     "a field that only a later version of the format has is skipped",
 };
 
-// The traditions that a file has met: each with its first line and its count.
+// The traditions that were met in a file, each with its first line and its count.
 class Warnings {
 public:
     void note (Tradition kind, std::int64_t line, std::string_view item);

@@ -19,12 +19,12 @@ constexpr char upper (char c)
 
 std::string_view trim (std::string_view text);
 
-// Whether a text is a word, whatever the case of the text; the word is given in capitals.
+// Whether a text is the given word but for case; the word is in capitals.
 bool same_word (std::string_view text, std::string_view word);
 
 FileFault control_character (char c);
 
-// Throws FileFault when a line has control characters other than tabs.
+// Throws FileFault for control characters other than tabs.
 void check_characters (std::string_view line);
 
 }
