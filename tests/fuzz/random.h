@@ -1,20 +1,15 @@
 // What the fuzzers share: choices that are the same in every run, texts in pieces, a failure that is caught.
 #pragma once
 
+#include "tests/support/proof.h"
+
 #include <cstdint>
 #include <random>
 #include <sstream>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace fuzz {
 
-inline void require (bool condition, const std::string& what)
-{
-    if (!condition)
-        throw std::runtime_error (what);
-}
+using proof::require;
 
 inline std::vector<std::string> pieces_of (const std::string& text, char end)
 {
