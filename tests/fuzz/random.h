@@ -26,6 +26,10 @@ public:
 
     std::size_t below (std::size_t count) { return static_cast<std::size_t> (random_ () % count); }
     bool one_in (std::size_t count) { return below (count) == 0; }
+    double whole (int smallest, int largest)
+    {
+        return smallest + static_cast<double> (below (static_cast<std::size_t> (largest - smallest + 1)));
+    }
     const std::string& any (const std::vector<std::string>& of) { return of[below (of.size ())]; }
 
 private:
