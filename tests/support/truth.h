@@ -144,6 +144,25 @@ inline Found solve (const Linear& lp)
     return Dictionary (lp).solve ();
 }
 
+// The best of all whole values of the integer columns, each of which has two bounds.
+inline Found best_whole (Linear lp, const std::vector<std::uint8_t>& integer, std::size_t from = 0)
+{
+    const auto found =
+        std::find (integer.begin () + static_cast<std::ptrdiff_t> (from), integer.end (), KLV_VAR_INTEGER);
+    if (found == integer.end ())
+        return solve (lp);
+    const auto j = static_cast<std::size_t> (found - integer.begin ());
+    const Range range = lp.column[j];
+    Found best{};
+    for (Number value = std::ceil (range.lower->get_d ()); value <= *range.upper; ++value) {
+        lp.column[j] = {value, value};
+        const Found one = best_whole (lp, integer, j + 1);
+        if (one.feasible && (!best.feasible || !one.bounded || (best.bounded && one.value < best.value)))
+            best = one;
+    }
+    return best;
+}
+
 const Number tolerance (1, 1'000'000);
 
 inline Number allowance (const Number& value)

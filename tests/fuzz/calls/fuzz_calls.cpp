@@ -2,20 +2,15 @@
 // left over, answers that hold what they claim, and a session in which a good call works. Case number i makes the
 // same call in every run; a failing one is printed, and run alone by `fuzz_calls 1 i`.
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <unistd.h>
 
 #include "tests/fuzz/calls/check.h"
 #include "tests/fuzz/calls/random_call.h"
 #include "tests/support/problem_file.h"
-#include "tests/unit/notation.h"
 
 namespace {
 
 using namespace standalone;
-using fuzz::Random, fuzz::RandomCall, fuzz::require;
+using fuzz::CallMaker, fuzz::Random, fuzz::RandomCall, fuzz::require;
 
 constexpr unsigned longest_call = 120;    // seconds
 std::string running;
@@ -38,22 +33,23 @@ std::vector<Value> values_of (const std::vector<std::string>& texts)
 
 void define_functions (Random& random)
 {
-    for (const auto& [name, answer] :
-         {std::pair ("quiet", value ("0")), {"stopping", value ("1")}, {"odd", value (odd_value (random))}})
+    for (const auto& [name, answer] : {std::pair ("quiet", value ("0")),
+                                       {"stopping", value ("1")},
+                                       {"odd", value (CallMaker (random).odd ())}})
         session ().define (name, [answer] (int, const std::vector<View>&) { return std::vector{answer}; });
-    session ().define ("nothing", [] (int, const std::vector<View>&) { return std::vector<Value>{}; });
-    session ().define ("failing", [] (int, const std::vector<View>&) -> std::vector<Value> {
-        throw MatlabError ("on purpose");
-    });
-    session ().define ("pressing", [answer = value ("0")] (int, const std::vector<View>&) {
+    using Inputs = const std::vector<View>&;
+    session ().define ("nothing", [] (int, Inputs) { return std::vector<Value>{}; });
+    session ().define ("failing",
+                       [] (int, Inputs) -> std::vector<Value> { throw MatlabError ("on purpose"); });
+    session ().define ("pressing", [] (int, Inputs) {
         session ().interrupt_pending = true;
-        return std::vector{answer};
+        return std::vector{value ("0")};
     });
-    const auto inner = std::make_shared<std::vector<Value>> (values_of (random_call (random).inputs));
-    session ().define ("again", [inner, answer = value ("0")] (int, const std::vector<View>&) {
+    const auto inner = std::make_shared<std::vector<Value>> (values_of (CallMaker (random).call ().inputs));
+    session ().define ("again", [inner] (int, Inputs) {
         if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
             standalone::call (2, inputs);
-        return std::vector{answer};
+        return std::vector{value ("0")};
     });
 }
 
@@ -156,7 +152,7 @@ int main (int argc, char** argv)
     long counts[outcomes] = {}, failed = 0, files_before = 0;
     for (long i = first; i < first + count; ++i) {
         Random random (static_cast<std::uint64_t> (i));
-        const RandomCall call = random_call (random);
+        const RandomCall call = CallMaker (random).call ();
         running = "case " + std::to_string (i) + ": " + call.text ();
         alarm (longest_call);
         try {
