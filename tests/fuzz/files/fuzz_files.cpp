@@ -4,23 +4,11 @@
 #include "tests/fuzz/random.h"
 #include "tests/support/problem_file.h"
 
-#include <cctype>
-#include <cstdio>
-#include <cstdlib>
 #include <set>
 
 namespace {
 
 using fuzz::pieces_of, fuzz::require;
-
-std::vector<std::string> words_of (const std::string& text)
-{
-    std::istringstream stream (text);
-    std::vector<std::string> words;
-    for (std::string word; stream >> word;)
-        words.push_back (word);
-    return words;
-}
 
 // ---- Files to begin with: a little of everything in free MPS, LP and JSON, and small published ones in fixed MPS
 
@@ -49,12 +37,9 @@ std::vector<std::string> seeds ()
             paths.insert (entry.path ());
     require (!paths.empty (), "no instances in " KALVO_TEST_DATA);
     std::vector<std::string> texts;
-    for (const auto& path : paths) {
-        texts.push_back (files::load (path));
-        texts.push_back (everything);
-        texts.push_back (everything_in_lp);
-        texts.push_back (files::json_example ());
-    }
+    for (const auto& path : paths)
+        texts.insert (texts.end (),
+                      {files::load (path), everything, everything_in_lp, files::json_example ()});
     return texts;
 }
 
@@ -90,8 +75,8 @@ public:
             damage (lines);
         std::string result;
         for (const std::string& line : lines)
-            result += line + (below (2000) == 0 ? "\r\n" : "\n");
-        if (below (8) == 0)
+            result += line + (one_in (2000) ? "\r\n" : "\n");
+        if (one_in (8))
             damage_bytes (result);
         return result;
     }
@@ -101,20 +86,21 @@ public:
         static constexpr std::string_view bytes ("\0\r\n\t\x1a\xEF\xBB\xBF\xFF$*'-+.eED 0", 19);
         for (std::size_t times = 1 + below (3); times > 0 && !text.empty (); --times) {
             const std::size_t at = below (text.size ()), kind = below (4);
+            const char byte = bytes[below (bytes.size ())];
             if (kind == 0)
                 text.resize (at);
             else if (kind == 1)
-                text[at] = bytes[below (bytes.size ())];
+                text[at] = byte;
             else
-                text.insert (at, below (2000) == 0 ? 20'000'000 : 1 + below (20),
-                             bytes[below (bytes.size ())]);
+                text.insert (at, one_in (2000) ? 20'000'000 : 1 + below (20), byte);
         }
     }
 
 private:
-    std::string any_word (const std::vector<std::string>& lines)
+    std::string any_word (const std::string& line)
     {
-        const std::vector<std::string> found = words_of (any (lines));
+        std::vector<std::string> found = pieces_of (line, ' ');
+        std::erase (found, "");
         return found.empty () ? "" : any (found);
     }
 
@@ -129,11 +115,11 @@ private:
     // A change after which most files can still be read: a number, a type of row or bound, a name everywhere.
     void change_meaning (std::vector<std::string>& lines)
     {
-        const std::string old = any_word (lines);
-        const bool is_type = std::find (types.begin (), types.end (), old) != types.end ();
+        const std::string old = any_word (any (lines));
+        const bool is_type = std::ranges::count (types, old) > 0;
         if (old.empty ())
             return;
-        if (is_type || (std::isdigit (static_cast<unsigned char> (old.back ())) && below (3) != 0))
+        if (is_type || (std::isdigit (static_cast<unsigned char> (old.back ())) && !one_in (3)))
             return replace (lines[below (lines.size ())], old, any (is_type ? types : numbers));
         const std::string& name = any (names);
         for (std::string& line : lines)
@@ -148,32 +134,23 @@ private:
             return lines.begin () + static_cast<std::ptrdiff_t> (below (lines.size ()));
         };
         std::string& line = *place ();
-        const std::string word = any_word ({line});
-        switch (below (8)) {
-        case 0:
+        const std::string word = any_word (line);
+        const std::size_t kind = below (8);
+        if (kind == 0)
             lines.erase (place ());
-            break;
-        case 1:
-            lines.insert (place (), below (2) ? any (extra_lines) : std::string (line));
-            break;
-        case 2:
-            if (auto place1 = place (), place2 = place (); place1 < place2)
-                std::rotate (place1, place2, place2 + 1);
-            break;
-        case 3:
-            lines.resize (below (2) ? lines.size () : below (lines.size ()));
-            break;
-        case 4:
-        case 5:
-            replace (line, word, below (2) ? any (words) : any_word (lines));
-            break;
-        case 6:
-            replace (line, word, below (2) ? word + any (endings) : any (endings) + word);
-            break;
-        default:
+        else if (kind == 1)
+            lines.insert (place (), one_in (2) ? std::string (line) : any (extra_lines));
+        else if (kind == 2)
+            std::swap (line, *place ());
+        else if (kind == 3)
+            lines.resize (one_in (2) ? below (lines.size ()) : lines.size ());
+        else if (kind < 6)
+            replace (line, word, one_in (2) ? any_word (any (lines)) : any (words));
+        else if (kind == 6)
+            replace (line, word, one_in (2) ? any (endings) + word : word + any (endings));
+        else
             line.insert (line.empty () ? 0 : below (line.size ()), 1 + below (4),
-                         " \t+:"[below (8) == 0 ? 1 + below (3) : 0]);
-        }
+                         " \t+:"[one_in (8) ? below (4) : 0]);
     }
 };
 
@@ -222,8 +199,7 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
         return refused;
     }
     const klv::Problem& problem = task.problem ();
-    require (std::count (problem.integer.begin (), problem.integer.end (), KLV_VAR_INTEGER) ==
-                 problem.integers,
+    require (std::ranges::count (problem.integer, KLV_VAR_INTEGER) == problem.integers,
              "the number of integers");
 
     // JSON alone holds bounds beyond the threshold.
