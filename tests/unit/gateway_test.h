@@ -61,6 +61,13 @@ inline std::string printed ()
     return text;
 }
 
+// What such a call prints, and its code: "1200 prob.a; 1200".
+inline std::string outcome (const std::string& command, const std::vector<std::string>& rest)
+{
+    const KLVrescode_t code = code_of (ask (command, rest));
+    return printed () + std::to_string (code);
+}
+
 inline std::string described (KLVrescode_t code, const char* before, const char* between, const char* after)
 {
     char name[KLV_MAX_TEXT] = "", text[KLV_MAX_TEXT] = "";
