@@ -3,7 +3,9 @@
 
 #include "tests/support/proof.h"
 
-#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
 #include <random>
 #include <sstream>
 
@@ -35,5 +37,26 @@ public:
 private:
     std::mt19937_64 random_;
 };
+
+// Runs COUNT cases, from number FIRST, as the arguments say; `check` gives a case's outcome in words, or throws.
+template <class Check>
+int run_cases (int argc, char** argv, Check check)
+{
+    const long count = argc > 1 ? std::atol (argv[1]) : 1000, first = argc > 2 ? std::atol (argv[2]) : 0;
+    std::setvbuf (stdout, nullptr, _IOLBF, BUFSIZ);
+    std::map<std::string, long> outcomes;
+    long failed = 0;
+    for (long i = first; i < first + count; ++i)
+        try {
+            ++outcomes[check (i)];
+        } catch (const std::exception& fault) {
+            ++failed;
+            std::printf ("case %ld: %s\n", i, fault.what ());
+        }
+    for (const auto& [outcome, times] : outcomes)
+        std::printf ("%ld %s\n", times, outcome.c_str ());
+    std::printf ("%ld passed, %ld failed\n", count - failed, failed);
+    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
 
 }

@@ -105,9 +105,7 @@ void check_good_call ()
              "a good call afterwards: " + show (good[1]["sol"]));
 }
 
-enum Outcome : std::uint8_t { solved, refused, ended, without_code, outcomes };
-
-Outcome run (const RandomCall& call, Random& random)
+const char* run (const RandomCall& call, Random& random)
 {
     reset ();
     define_functions (random);
@@ -127,7 +125,10 @@ Outcome run (const RandomCall& call, Random& random)
     check_good_call ();
     require (session ().faults.empty (), session ().faults.empty () ? "" : session ().faults[0]);
     require (live_arrays () + live_blocks () == 0, "something is still alive");
-    return !code ? without_code : *code == 0 ? solved : *code < 20'000 ? refused : ended;
+    return !code            ? "without a code"
+           : *code == 0     ? "without a fault"
+           : *code < 20'000 ? "refused"
+                            : "ended early";
 }
 
 long open_files ()
@@ -140,39 +141,28 @@ long open_files ()
 
 int main (int argc, char** argv)
 {
-    const long count = argc > 1 ? std::atol (argv[1]) : 1000;
-    const long first = argc > 2 ? std::atol (argv[2]) : 0;
     const files::Folder folder;
     std::filesystem::current_path (folder / ".");
     files::save ("good.mps", files::lines ("ROWS| N o| L a|COLUMNS| x o -1 a 1|RHS| r a 2|ENDATA|"));
     files::save ("bad.mps", files::lines ("ROWS| N o|COLUMNS| x nowhere 1|ENDATA|"));
-    std::setvbuf (stdout, nullptr, _IOLBF, BUFSIZ);
     std::signal (SIGALRM, end_of_patience);
-
-    long counts[outcomes] = {}, failed = 0, files_before = 0;
-    for (long i = first; i < first + count; ++i) {
+    long files_before = 0;
+    const int status = fuzz::run_cases (argc, argv, [&] (long i) {
         Random random (static_cast<std::uint64_t> (i));
         const RandomCall call = CallMaker (random).call ();
-        running = "case " + std::to_string (i) + ": " + call.text ();
+        running = std::to_string (i) + ": " + call.text ();
         alarm (longest_call);
+        const char* outcome = "";
         try {
-            ++counts[run (call, random)];
+            outcome = run (call, random);
         } catch (const std::exception& fault) {
-            ++failed;
-            std::printf ("%s  %s\n", running.c_str (), fault.what ());
+            throw std::runtime_error (fault.what () + ("\n" + running));
         }
         alarm (0);
-        if (i == first)
-            files_before = open_files ();
-    }
-    if (open_files () > files_before) {
-        ++failed;
-        std::printf ("%ld files are left open\n", open_files () - files_before);
-    }
-    reset ();
-    std::filesystem::current_path ("/");
-    std::printf ("%ld calls without a fault, %ld refused, %ld ended early, %ld without a code\n",
-                 counts[solved], counts[refused], counts[ended], counts[without_code]);
-    std::printf ("%ld passed, %ld failed\n", count - failed, failed);
-    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+        files_before = files_before == 0 ? open_files () : files_before;
+        require (open_files () <= files_before, "a file is left open\n" + running);
+        return outcome;
+    });
+    reset ();    // while the host's tables still exist
+    return status;
 }

@@ -170,8 +170,6 @@ void check_fault (const files::Task& task, KLVrescode_t code, const std::string&
              "a problem after a fault");
 }
 
-enum Outcome : std::uint8_t { refused, same, not_written, outcomes };
-
 // Bytes of a packed file that are damaged are refused, or were of no account.
 void check_packed (const std::string& path, const klv::Problem& problem, Mutator& choice)
 {
@@ -185,7 +183,7 @@ void check_packed (const std::string& path, const klv::Problem& problem, Mutator
     require (!model::difference (problem, task.problem ()), "another problem from damaged packing");
 }
 
-Outcome run (const std::string& text, const files::Folder& folder, Mutator& choice)
+const char* run (const std::string& text, const files::Folder& folder, Mutator& choice)
 {
     const bool json = text.starts_with ('{');
     const std::string path = folder / (json ? "f.json" : text.starts_with ('\\') ? "f.lp" : "f.mps");
@@ -196,7 +194,7 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
         task.set_format (static_cast<std::int32_t> (std::min<std::size_t> (choice.below (6), 2)));
     if (const KLVrescode_t code = KLV_readdata (task, path.c_str ())) {
         check_fault (task, code, path);
-        return refused;
+        return "refused with their line";
     }
     const klv::Problem& problem = task.problem ();
     require (std::ranges::count (problem.integer, KLV_VAR_INTEGER) == problem.integers,
@@ -210,7 +208,7 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
         require (code == KLV_RES_FILE_CANNOT_HOLD, "writing: " + task.last_error ());
         require (task.last_error ().find ("of the same name") == std::string::npos, "two items of one name");
         require (!std::filesystem::exists (copy), "a file that could not be written");
-        return not_written;
+        return "that the chosen form cannot hold";
     }
     require (KLV_readdata (again, copy.c_str ()) == KLV_RES_OK, "what was written: " + again.last_error ());
     const auto difference = model::difference (problem, again.problem ());
@@ -218,32 +216,23 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
     if (copy.ends_with (".gz") && format == KLV_FILE_FREE_MPS)
         check_packed (copy, problem, choice);
     std::filesystem::remove (copy);
-    return same;
+    return "the same after writing and reading";
 }
 
 }
 
 int main (int argc, char** argv)
 {
-    const long count = argc > 1 ? std::atol (argv[1]) : 10'000;
-    const long first = argc > 2 ? std::atol (argv[2]) : 0;
     const std::vector<std::string> texts = seeds ();
     const files::Folder folder;
-    long counts[outcomes] = {}, failed = 0;
-    for (long i = first; i < first + count; ++i) {
+    return fuzz::run_cases (argc, argv, [&] (long i) {
         Mutator mutator (static_cast<std::uint64_t> (i));
         const std::string text = mutator.mutate (texts[mutator.below (texts.size ())]);
         try {
-            ++counts[run (text, folder, mutator)];
-        } catch (const std::exception& fault) {
-            ++failed;
-            std::printf ("case %ld: %s\n", i, fault.what ());
+            return run (text, folder, mutator);
+        } catch (const std::exception&) {
             files::save ("fuzz_" + std::to_string (i), text);
+            throw;
         }
-    }
-    std::printf ("%ld files refused with their line, %ld the same after writing, %ld that the chosen form "
-                 "cannot hold\n",
-                 counts[refused], counts[same], counts[not_written]);
-    std::printf ("%ld passed, %ld failed\n", count - failed, failed);
-    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    });
 }
