@@ -23,25 +23,20 @@ struct Model {
     bool maximize = false;
 };
 
+inline std::string text_of (const Range& of)
+{
+    const auto bound = [] (double value) { return std::isinf (value) ? "" : model::text_of (value); };
+    return of.lower == of.upper ? '=' + bound (of.lower) : bound (of.lower) + ".." + bound (of.upper);
+}
+
 // As tests state problems: "min 3 2; 0.. =4; 1 1 in 1..".
 inline std::string text_of (const Model& made)
 {
-    const auto bound = [] (double value) { return std::isinf (value) ? "" : model::text_of (value); };
-    const auto range = [&] (const Range& of) {
-        return of.lower == of.upper ? '=' + bound (of.lower) : bound (of.lower) + ".." + bound (of.upper);
-    };
-    std::string text = made.maximize ? "max" : "min";
-    for (const double cost : made.cost)
-        text += ' ' + model::text_of (cost);
-    text += ';';
-    for (const Range& bounds : made.bounds)
-        text += ' ' + range (bounds);
-    for (std::size_t i = 0; i < made.rows.size (); ++i) {
-        text += ';';
-        for (const double value : made.rows[i])
-            text += ' ' + model::text_of (value);
-        text += " in " + range (made.row_bounds[i]);
-    }
+    const auto number = [] (double value) { return model::text_of (value); };
+    std::string text = (made.maximize ? "max " : "min ") + join (made.cost, " ", number) + "; " +
+                       join (made.bounds, " ", [] (const Range& of) { return text_of (of); });
+    for (std::size_t i = 0; i < made.rows.size (); ++i)
+        text += "; " + join (made.rows[i], " ", number) + " in " + text_of (made.row_bounds[i]);
     return text;
 }
 

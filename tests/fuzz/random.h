@@ -22,6 +22,15 @@ inline std::vector<std::string> pieces_of (const std::string& text, char end)
     return pieces;
 }
 
+template <class Items, class Text>
+std::string join (const Items& items, const std::string& between, Text text_of)
+{
+    std::string text;
+    for (const auto& item : items)
+        text += (&item == &*std::begin (items) ? "" : between) + text_of (item);
+    return text;
+}
+
 class Random {
 public:
     explicit Random (std::uint64_t seed) : random_ (seed) {}

@@ -10,6 +10,7 @@
 
 namespace fuzz {
 
+using proof::Values;
 using standalone::Numbers, standalone::View;
 
 inline bool is_given (View field)
@@ -101,15 +102,10 @@ inline int status_of (View slot)
 inline void check_slot (const klv::Problem& problem, View slot, bool integer, double tolerance)
 {
     proof::Slot found{.defined = true, .solution = status_of (slot)};
-    for (const auto& [name, values] : {std::pair ("xx", &found.xx),
-                                       {"xc", &found.xc},
-                                       {"y", &found.y},
-                                       {"slc", &found.slc},
-                                       {"suc", &found.suc},
-                                       {"slx", &found.slx},
-                                       {"sux", &found.sux}})
-        if (name[0] == 'x' || !integer)
-            *values = slot[name].numbers ();
+    static const auto names = pieces_of ("xx|xc|y|slc|suc|slx|sux", '|');
+    Values* const values[] = {&found.xx, &found.xc, &found.y, &found.slc, &found.suc, &found.slx, &found.sux};
+    for (std::size_t k = 0; k < (integer ? 2 : names.size ()); ++k)
+        *values[k] = slot[names[k].c_str ()].numbers ();
     found.primal = slot["pobjval"].number ();
     found.dual = integer ? 0 : slot["dobjval"].number ();
     proof::Judge (problem, found, tolerance).judge ();

@@ -16,12 +16,9 @@ struct RandomCall {
 
     std::string text () const
     {
-        std::string text = std::to_string (outputs) + " outputs, memory fails at " +
-                           std::to_string (failing_allocation) + ", Ctrl-C at poll " +
-                           std::to_string (interrupting_poll) + "\n";
-        for (const std::string& input : inputs)
-            text += "    " + input + "\n";
-        return text;
+        return std::to_string (outputs) + " outputs, memory fails at " + std::to_string (failing_allocation) +
+               ", Ctrl-C at poll " + std::to_string (interrupting_poll) + "\n    " +
+               join (inputs, "\n    ", [] (const std::string& input) { return input; });
     }
 };
 
@@ -94,10 +91,10 @@ private:
 
     static std::string record (const Fields& fields)
     {
-        std::string text;
-        for (const auto& [name, value] : fields)
-            text += (text.empty () ? "" : ", ") + name + (value.empty () ? "" : "=" + value);
-        return "(" + text + ")";
+        const auto text_of = [] (const auto& field) {
+            return field.first + (field.second.empty () ? "" : "=" + field.second);
+        };
+        return "(" + join (fields, ", ", text_of) + ")";
     }
 
     std::size_t below (std::size_t count) { return random_.below (count); }
@@ -109,11 +106,9 @@ private:
 
     std::string list (const Values& values, const char* between)
     {
-        std::string text;
-        for (const double value : values)
-            text += (text.empty () ? "" : between) +
-                    (odd_entries_ && one_in (15) ? random_.any (odd_numbers) : model::text_of (value));
-        return text;
+        return join (values, between, [&] (double value) {
+            return odd_entries_ && one_in (15) ? random_.any (odd_numbers) : model::text_of (value);
+        });
     }
     std::string vector (const Values& values)
     {
@@ -148,10 +143,8 @@ private:
     std::string names (std::size_t m, std::size_t n)
     {
         const auto some = [this] (std::size_t count) {
-            std::string text;
-            for (std::size_t k = 0; k < count; ++k)
-                text += (k > 0 ? ", 'n" : "'n") + std::to_string (below (9)) + "'";
-            return "{" + text + "}";
+            const auto name = [this] (char) { return "'n" + std::to_string (below (9)) + "'"; };
+            return "{" + join (std::string (count, ' '), ", ", name) + "}";
         };
         Fields fields{{"con", some (m)}, {"var", some (n)}, {"name", "'p'"}, {"obj", "'o'"}};
         damage (fields, pieces_of ("con|var|name|obj|cone|acc|barvar|x", '|'));
@@ -190,9 +183,7 @@ private:
                 bounds.upper = std::isinf (bounds.upper) ? bounds.lower + random_.whole (0, 4) : bounds.upper;
             }
         }
-        std::string a;
-        for (const Values& row : made.rows)
-            a += (a.empty () ? "" : "; ") + list (row, " ");
+        const auto a = join (made.rows, "; ", [&] (const Values& row) { return list (row, " "); });
         fields["a"] = m * n == 0 ? std::to_string (m) + "x" + std::to_string (n)
                                  : (one_in (4) ? "sparse [" : "[") + a + "]";
         fields["c"] = vector (made.cost);
