@@ -121,12 +121,10 @@ private:
 
     void inside (const klv::Bounds& bounds, std::size_t i, const Sum& at) const
     {
-        const auto holds = [&] (double bound, long double distance) {
-            return std::isinf (bound) || distance <= tolerance_ * (1 + std::abs (bound)) + at.noise;
-        };
-        require (holds (bounds.lower[i], bounds.lower[i] - at.value) &&
-                     holds (bounds.upper[i], at.value - bounds.upper[i]),
-                 "outside its bounds");
+        for (const auto& [bound, side] : {std::pair (bounds.lower[i], 1), {bounds.upper[i], -1}})
+            require (std::isinf (bound) ||
+                         side * (bound - at.value) <= tolerance_ * (1 + std::abs (bound)) + at.noise,
+                     "outside its bounds");
     }
     void point () const
     {
@@ -142,10 +140,9 @@ private:
     // Whole numbers come as such, unless a loose tolerance allows for others.
     void whole () const
     {
+        const double room = tolerance_ > 1e-6 ? tolerance_ : 0;
         for (std::size_t j = 0; j < s_.xx.size (); ++j)
-            require (p_.integer[j] != KLV_VAR_INTEGER || std::abs (s_.xx[j] - std::nearbyint (s_.xx[j])) <=
-                                                             (tolerance_ > 1e-6 ? tolerance_ : 0),
-                     "not whole");
+            require (!p_.integer[j] || std::abs (s_.xx[j] - std::nearbyint (s_.xx[j])) <= room, "not whole");
     }
 
     // Bounds times multipliers; signs and absent bounds are looked at on the way.
@@ -160,7 +157,7 @@ private:
                     sum.add (bound, multiplier);
                 else
                     require (std::abs (multiplier) <=
-                                 tolerance * (scale.empty () ? 1 : 1 + std::abs (scale[i])),
+                                 tolerance * (1 + std::abs (scale.empty () ? 0 : scale[i])),
                              "a multiplier of no bound");
         }
     }
@@ -170,7 +167,7 @@ private:
     {
         const Values none;
         for (std::size_t i = 0; i < s_.y.size (); ++i)
-            require (std::abs (s_.y[i] - (s_.slc[i] - s_.suc[i])) <=
+            require (std::abs (s_.y[i] - s_.slc[i] + s_.suc[i]) <=
                          1e-12 * (std::abs (s_.slc[i]) + std::abs (s_.suc[i])),
                      "y");
         for (std::size_t j = 0; j < s_.slx.size (); ++j) {

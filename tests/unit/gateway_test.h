@@ -23,11 +23,9 @@ protected:
 // A call of kalvoopt with inputs in our notation. Nothing may be left over.
 inline Call ask_with (const std::vector<std::string>& inputs, int outputs = 2)
 {
-    std::vector<Value> values;
-    for (const std::string& input : inputs)
-        values.push_back (value (input));
+    const std::vector<Value> arrays = values (inputs);
     session ().printed.clear ();
-    Call result = call (outputs, values);
+    Call result = call (outputs, arrays);
     EXPECT_EQ (result.left_arrays + result.left_blocks, 0U);
     EXPECT_FALSE (result.error) << *result.error;
     return result;

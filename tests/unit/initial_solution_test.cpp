@@ -79,6 +79,7 @@ TEST_F (InitialSolution, FaultsAreNamed)
                                                   "prob.sol.itr.bars; 1200 prob.sol.itr.doty; 1200"},
         {"(bas=(skx=[1 99], xx=1))", "1200 prob.sol.bas.skx(2); 1200"},
         {"(bas=(skc=['LO'; '!!']))", "1200 prob.sol.bas.skc(2); 1200"},
+        {"(bas=(skx=[4294967297 1]))", "1200 prob.sol.bas.skx(1); 1200"},
         {"(bas=(skx=sparse [1;1]))", "1200 prob.sol.bas.skx; 1200"},
         {"(bas=(skx=['BAS'; 'BAS']))", "1200 prob.sol.bas.skx; 1200"},
         {"(int=(xx=[inf 0]))", std::to_string (KLV_RES_VALUE_NOT_FINITE)},

@@ -97,10 +97,11 @@ private:
         if (!lines.empty ())
             return texts (lines);
         Numbers values;
-        for (std::size_t j = 0; !rows.empty () && j < rows[0].size (); ++j)
+        const std::size_t columns = rows.empty () ? 0 : rows[0].size ();
+        for (std::size_t j = 0; j < columns; ++j)
             for (const Numbers& row : rows)
                 values.push_back (row.at (j));
-        return matrix (rows.size (), rows.empty () ? 0 : rows[0].size (), values);
+        return matrix (rows.size (), columns, values);
     }
 
     static Sizes sizes (const std::string& text)
@@ -198,6 +199,14 @@ Value value (std::string_view text)
     Value read = reader.read ();
     if (!reader.at_end ())
         throw std::invalid_argument ("no value: " + std::string (text));
+    return read;
+}
+
+std::vector<Value> values (const std::vector<std::string>& texts)
+{
+    std::vector<Value> read;
+    for (const std::string& text : texts)
+        read.push_back (value (text));
     return read;
 }
 

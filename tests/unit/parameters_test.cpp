@@ -30,6 +30,7 @@ TEST_F (Parameters, AreSetOrRefused)
         {real, "'1'", wrong, 1200},
         {integer, "nan", wrong, 1200},
         {integer, "4294967297", wrong, 1200},
+        {integer, "-2147483649", wrong, 1200},
         {integer, "-7", "Error 3010: KLV_IPAR_SIMPLEX_ITERATION_LIMIT must", 1200},    // the library's reason
         {choice, "string", wrong, 1200},
         {choice, "'SIMPLEX'", "1217 SIMPLEX param.", 1217},

@@ -51,6 +51,7 @@ TEST_F (ProblemInput, BoundsBecomeWhatTheyMean)
     } cases[] = {
         {"absent", "blx=[], bux={}", none, all},
         {"a lower one alone", "blx=[1;2;3]", "[1;2;3]", all},
+        {"-Inf and NaN are none, a finite one counts", "blx=[-inf nan -1e40]", "[-inf;-inf;-1e+40]", all},
         {"not stored is 0, stored -Inf and NaN are none", "blx=sparse [-inf;0;nan]", "[-inf;0;-inf]", all},
         {"truth values", "blx=sparse logical [0;1;0]", "[0;1;0]", all},
         {"real parts", "blx=complex [1 2 3], bux=complex [4 5 6]", "[1;2;3]", "[4;5;6]"},
@@ -112,6 +113,7 @@ TEST_F (ProblemInput, FaultsAreNamed)
          "1200 prob.g must be a dense vector with length(prob.g) == size(prob.f,1); "
          "1200 prob.cones and prob.accs cannot be simultaneously specified; 1200 prob.f is not supported "
          "yet; 1200"},
+        {"f=sparse 0x3", "1200 prob.f specified but neither prob.accs nor prob.cones found; 1200"},
         {"g=[]", "1200 prob.g cannot be specified without prob.f; 1200"},
         {"f=sparse [1 2 3], accs=[0 1]",
          "1200 prob.f is not supported yet; 1200 prob.accs is not supported yet; 1200"},
@@ -119,6 +121,7 @@ TEST_F (ProblemInput, FaultsAreNamed)
          "1200 prob.qoval is not supported yet; 1200 prob.duasen is not supported yet; 1200"},
         {"c=1, cfix=[1 2]", "1200 prob.cfix; 1200"},
         {"c=1, qosubi=1", "1200 prob.c has wrong length; 1200"},
+        {"c=sparse [1 2 3]", "1200 prob.c has wrong length; 1200"},
         {"qosubi=1, qosubj=1, qcsubk='k', qcsubi=1, qcsubj=1, blc=1",
          "1200 prob.qosubj; 1200 prob.qosubi; 1200 prob.qcsubk; 1200 prob.qcsubi; 1200 prob.qcsubj; 1201"},
         {"blx=1, buc=1", "1200 prob.buc has invalid dimension; 1201"},
@@ -130,8 +133,11 @@ TEST_F (ProblemInput, FaultsAreNamed)
         {"bux=sparse [0;-1e20;-inf]", "1400 bux[2] is too small; 1400"},
         {"names=(x='x'), ints=1", "1200 prob.ints; 1200"},
         {"ints=(sub=[1 4])", "1200 prob.ints.sub(2); 1200"},
+        {"ints=(sub=0.9)", "1200 prob.ints.sub(1); 1200"},
+        {"ints=(sub=4294967297)", "1200 prob.ints.sub(1); 1200"},
         {"ints=(sub=[3 nan])", "1200 prob.ints.sub(2); 1200"},
         {"names=record 1x2 name", "1200 prob.names.name; 1200"},
+        {"names=(vars='x', obj=1)", "1200 prob.names.vars; 1200"},
         {"names=(obj)", "1200 prob.names.obj; 1200"},
         {"names=(name=char [97 0 98])", "1200 prob.names.name; 1200"},
         {"names=(con={'a'})", "1200 prob.names.con; 1201"},
@@ -155,6 +161,7 @@ TEST_F (ProblemInput, NothingIsReadWithoutAGoodMatrix)
         {"(a=complex 1)", "1200 prob.a is complex; 1200"},
         {"(a=2x3x2)", "1200 prob.a has more than two dimensions; 1200"},
         {"(a=0x2147483648)", "1200 prob.a has more than 2147483647 rows or columns; 1200"},
+        {"(a=4294967296x0)", "1200 prob.a has more than 2147483647 rows or columns; 1200"},
     };
     for (const auto& [prob, line] : cases)
         EXPECT_EQ (outcome ("echo(0)", {prob}), line) << prob;
@@ -170,6 +177,7 @@ TEST_F (ProblemInput, RepairNeedsGoodWeights)
         {"primalrepair=(wlc=[1 1], wuc=[1;1], wlx=[1 1 1], wux=[1;1;1])", good},
         {"primalrepair=(wlc=[1 1 1])", "1200 prob.primalrepair.wlc; 1201"},
         {"primalrepair=(wlx=[1 1], wuc=1)", "1200 prob.primalrepair.wuc; 1201"},
+        {"primalrepair=(wlx=[])", "1200 prob.primalrepair.wlx; 1201"},
         {"primalrepair=(wux=sparse [1;1;1])", "1200 prob.primalrepair.wux; 1201"},
     };
     for (const auto& [fields, line] : cases)

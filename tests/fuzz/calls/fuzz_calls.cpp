@@ -17,18 +17,8 @@ std::string running;
 
 extern "C" void end_of_patience (int)
 {
-    static constexpr char message[] = "a call does not end:\n";
-    [[maybe_unused]] const auto written = write (STDERR_FILENO, message, sizeof message - 1) +
-                                          write (STDERR_FILENO, running.data (), running.size ());
+    std::fputs (running.c_str (), stderr);
     std::abort ();
-}
-
-std::vector<Value> values_of (const std::vector<std::string>& texts)
-{
-    std::vector<Value> values;
-    for (const std::string& text : texts)
-        values.push_back (value (text));
-    return values;
 }
 
 void define_functions (Random& random)
@@ -45,7 +35,7 @@ void define_functions (Random& random)
         session ().interrupt_pending = true;
         return std::vector{value ("0")};
     });
-    const auto inner = std::make_shared<std::vector<Value>> (values_of (CallMaker (random).call ().inputs));
+    const auto inner = std::make_shared<std::vector<Value>> (values (CallMaker (random).call ().inputs));
     session ().define ("again", [inner] (int, Inputs) {
         if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
             standalone::call (2, inputs);
@@ -100,7 +90,7 @@ void check_answers (const RandomCall& call, const std::vector<Value>& inputs, co
 void check_good_call ()
 {
     const Call good = standalone::call (
-        2, values_of ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[2 3], blc=[3 3], blx=[0 0])"}));
+        2, values ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[2 3], blc=[3 3], blx=[0 0])"}));
     require (show (good[0]) == "0" && show (good[1]["sol"]["bas"], "xx pobjval") == "xx=[1;1], pobjval=5",
              "a good call afterwards: " + show (good[1]["sol"]));
 }
@@ -109,7 +99,7 @@ const char* run (const RandomCall& call, Random& random)
 {
     reset ();
     define_functions (random);
-    const std::vector<Value> inputs = values_of (call.inputs);
+    const std::vector<Value> inputs = values (call.inputs);
     session ().failing_allocation = call.failing_allocation;
     session ().allocations = 0;
     session ().interrupting_poll = call.interrupting_poll;
@@ -150,7 +140,7 @@ int main (int argc, char** argv)
     const int status = fuzz::run_cases (argc, argv, [&] (long i) {
         Random random (static_cast<std::uint64_t> (i));
         const RandomCall call = CallMaker (random).call ();
-        running = std::to_string (i) + ": " + call.text ();
+        running = "in case " + std::to_string (i) + ": " + call.text () + "\n";
         alarm (longest_call);
         const char* outcome = "";
         try {
