@@ -1,6 +1,6 @@
 // fuzz_ways COUNT|PROBLEM|named [FIRST] [WORD ...]: solves COUNT random tiny linear problems, or the one given as text, or a fixed
-// list, in every way that the parameters offer, and compares with the truth. WORDs choose ways by their names
-// ("interior", "basis=0"); "show" tells good answers as well. Children solve, so that a call that crashes or does not end
+// list, in every way that the parameters offer, and compares with the truth. WORDs choose ways by their
+// settings ("OPTIMIZER 3", "INTPNT_BASIS 0"); "show" tells good answers as well. Children solve, so that a call that crashes or does not end
 // costs itself only.
 #include "tests/fuzz/odd_problem.h"
 #include "tests/library/model.h"
@@ -29,31 +29,26 @@ const std::vector<std::string> named{
 };
 
 struct Way {
-    std::string name, settings;
+    std::string settings;
     bool interior, basic;    // the slots that it is to fill
 };
 
 std::vector<Way> make_ways (const std::vector<std::string>& words)
 {
     std::vector<Way> ways;
-    for (const auto& [optimizer, choice] : {std::pair ("primal", "0"),
-                                            {"dual", "1"},
-                                            {"automatic", "2"},
-                                            {"interior iterative", "3 INTPNT_METHOD 1"},
-                                            {"interior factorization", "3 INTPNT_METHOD 2"}})
-        for (const auto& [presolve, on] : {std::pair ("off", "0"), {"on", "1"}, {"auto", "2"}})
+    for (const std::string optimizer : {"0", "1", "2", "3 INTPNT_METHOD 1", "3 INTPNT_METHOD 2"})
+        for (const char presolve : {'0', '1', '2'})
             for (const char basis : {'0', '1'})
                 for (const char threads : {'1', '2'}) {
-                    const bool simplex = choice[0] < '2', with_basis = basis == '1';
-                    const std::string name = std::string (optimizer) + " presolve=" + presolve +
-                                             " basis=" + basis + " threads=" + threads,
-                                      settings = std::string ("OPTIMIZER ") + choice + " PRESOLVE " + on +
+                    const bool simplex = optimizer < "2", interior = optimizer > "3",
+                               with_basis = basis == '1';
+                    const std::string settings = "OPTIMIZER " + optimizer + " PRESOLVE " + presolve +
                                                  " INTPNT_BASIS " + basis + " MAX_THREADS " + threads;
                     const bool chosen = std::ranges::all_of (
-                        words, [&] (const std::string& word) { return name.find (word) != name.npos; });
+                        words, [&] (const std::string& word) { return settings.find (word) != word.npos; });
                     if (chosen && !(simplex && with_basis))
-                        ways.push_back ({name, settings, choice[0] == '3' || (!simplex && with_basis),
-                                         simplex || with_basis});
+                        ways.push_back (
+                            {settings, interior || (!simplex && with_basis), simplex || with_basis});
                 }
     return ways;
 }
@@ -90,7 +85,7 @@ void check (const std::string& problem, const Way& way, const truth::Truth& trut
     const KLVrescode_t code = KLV_optimize (task);
     const double seconds = now () - begin;
     if (shown)
-        std::printf ("%s: %s, code %d\n", way.name.c_str (), model::proved (task).c_str (), code);
+        std::printf ("%s: %s, code %d\n", way.settings.c_str (), model::proved (task).c_str (), code);
     check_slots (task, way, truth);
     require (code == 0 || !truth.robust, "code " + std::to_string (code));
     require (seconds < slow, "slow: " + std::to_string (seconds) + " s");
@@ -147,7 +142,7 @@ private:
         volatile long& count = failure.empty () ? place_->passed : place_->failed;
         count = count + 1;
         if (!failure.empty ())
-            std::printf ("%ld: %s: %s: %s\n", place_->problem, ways_[place_->way].name.c_str (),
+            std::printf ("%ld: %s: %s: %s\n", place_->problem, ways_[place_->way].settings.c_str (),
                          failure.c_str (), text ().c_str ());
         place_->way = (place_->way + 1) % ways_.size ();
         place_->problem = place_->problem + (place_->way == 0);
@@ -227,7 +222,7 @@ int main (int argc, char** argv)
     const bool shown = std::erase (words, "show") > 0;
     const std::vector<Way> ways = make_ways (words);
     if (ways.empty ()) {
-        std::printf ("no way has this name\n");
+        std::printf ("no way has these settings\n");
         return EXIT_FAILURE;
     }
     const long all = given.empty () ? count.value_or (100) : std::ssize (given) - first;
