@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "gateway/command.h"
 
 namespace {
@@ -9,30 +11,19 @@ namespace {
 // The settings that differ from the defaults, in the order of the words' table; then the file names.
 std::string changed (const cmdoptions& options)
 {
-    using Options = cmdoptions;
-    constexpr std::pair<const char*, std::int32_t Options::*> settings[] = {
-        {"statuskeys", &Options::statuskeys},
-        {"echo", &Options::echo},
-        {"info", &Options::info},
-        {"symbcon", &Options::symbcon},
-        {"param", &Options::param},
-        {"primalrepair", &Options::primalrepair},
-        {"cmdsense", &Options::cmdsense},
-        {"read", &Options::read},
-        {"write", &Options::write},
-        {"log", &Options::log},
-        {"anapro", &Options::anapro},
-        {"debug", &Options::debug},
-        {"calloc", &Options::use_matlab_calloc},
-        {"nokeepenv", &Options::nokeepenv},
-        {"version", &Options::version},
-        {"toconic", &Options::toconic},
-        {"prob", &Options::prob}};
+    using C = cmdoptions;
+    constexpr std::int32_t C::*settings[] = {
+        &C::statuskeys,        &C::echo,      &C::info,    &C::symbcon, &C::param,  &C::primalrepair,
+        &C::cmdsense,          &C::read,      &C::write,   &C::log,     &C::anapro, &C::debug,
+        &C::use_matlab_calloc, &C::nokeepenv, &C::version, &C::toconic, &C::prob};
+    std::istringstream names (
+        "statuskeys echo info symbcon param primalrepair cmdsense read write log anapro debug "
+        "calloc nokeepenv version toconic prob");
     const cmdoptions defaults;
-    std::string text;
-    for (const auto& [name, setting] : settings)
-        if (options.*setting != defaults.*setting)
-            text += name + std::string ("=") + std::to_string (options.*setting) + ' ';
+    std::string text, name;
+    for (const auto setting : settings)
+        if (names >> name; options.*setting != defaults.*setting)
+            text += name + "=" + std::to_string (options.*setting) + ' ';
     for (const char* file : {options.readfile, options.writefile, options.logfile})
         if (*file)
             text += '<' + std::string (file) + "> ";

@@ -13,14 +13,13 @@ using fuzz::pieces_of, fuzz::require;
 // ---- Files to begin with: a little of everything in free MPS, LP and JSON, and small published ones in fixed MPS
 
 const std::string everything = files::lines (
-    "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit| G "
-    "need|"
-    " E balance| E window|COLUMNS|    x cost 1.5 limit 2|    x need -1e-3 balance +7|    M1 'MARKER' "
-    "'INTORG'|"
-    "    n cost -2 window 1|    b limit .5 other 4D1|    M2 'MARKER' 'INTEND'|    y window 1 balance -1|"
-    "    z need 1|    w limit 3|RHS|    RHS cost -12.5 limit 100|    RHS need 1 balance 0|    RHS window -4|"
-    "RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS| UP BND x 40| LO BND x -3| LI BND n 2|"
-    " UI BND n 9| BV BND b| MI BND y| UP BND y -1| FR BND z| FX BND w 2.25|ENDATA|");
+    "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit|"
+    " G need| E balance| E window|COLUMNS|    x cost 1.5 limit 2|    x need -1e-3 balance +7|"
+    "    M1 'MARKER' 'INTORG'|    n cost -2 window 1|    b limit .5 other 4D1|    M2 'MARKER' 'INTEND'|"
+    "    y window 1 balance -1|    z need 1|    w limit 3|RHS|    RHS cost -12.5 limit 100|"
+    "    RHS need 1 balance 0|    RHS window -4|RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS|"
+    " UP BND x 40| LO BND x -3| LI BND n 2| UI BND n 9| BV BND b| MI BND y| UP BND y -1| FR BND z|"
+    " FX BND w 2.25|ENDATA|");
 
 const std::string everything_in_lp = files::lines (
     "\\ Problem name: little|Maximize| cost: 1.5 x - 2 n + 0 b|  + 12.5|Subject To| limit: -40 <= 2 x + .5 b|"
