@@ -139,8 +139,9 @@
 %       KLV_IPAR_MIP_PARALLEL             KLV_OFF                  KLV_ON: several threads search the tree
 %       KLV_IPAR_WARM_START               KLV_ON                   prob.sol is where a run starts
 %       KLV_IPAR_MAX_THREADS              0                        0: the library chooses; 1: runs repeat bit for bit
-%       KLV_DPAR_RACE_DELAY               0.3                      seconds after which interior point joins a simplex run of
-%                                                                  the automatic optimiser; Inf: it does not
+%       KLV_IPAR_RACE_SIZE                5000                     entries, rows and columns from which the automatic optimiser
+%                                                                  runs simplex and interior point side by side
+%       KLV_DPAR_RACE_DELAY               0                        seconds by which interior point begins later; Inf: never
 %       KLV_IPAR_RANDOM_SEED              0                        of what optimisers do at random
 %       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
 %                                                                  engine's own lines

@@ -26,7 +26,8 @@ struct Sizes {
 // Counts and times of an integer search.
 struct Search {
     std::int64_t nodes = 0, open_nodes = 0, solutions = 0, restarts = 0;
-    std::int64_t cuts = 0, cuts_in_use = 0, conflicts = 0;    // cuts in the pool, in the relaxation; conflicts in the pool
+    std::int64_t cuts = 0, cuts_in_use = 0,
+                 conflicts = 0;    // cuts in the pool, in the relaxation; conflicts in the pool
     std::int64_t strong_branching = 0, separation = 0, heuristics = 0;    // simplex iterations spent in each
     std::optional<double> root_bound;                                     // objective of the first relaxation
     double integral = 0;                                                  // of the gap over time

@@ -30,10 +30,17 @@ Claims run_with_proof (Session& session, const Job& job, const StopFlag& stop, E
         return claims;
     Job proving = job;
     proving.goal = Goal::prove;
-    proving.method = Method::dual_simplex;
     proving.start.reset ();
-    Claims proof = session.run (proving, stop, events);
-    claims.simplex_iterations += proof.simplex_iterations;
+    Claims proof;
+    // The dual method leaves rays of both kinds, but for some unbounded forms only the primal one ends.
+    for (const Method method : {Method::dual_simplex, Method::primal_simplex}) {
+        proving.method = method;
+        proof = session.run (proving, stop, events);
+        claims.simplex_iterations += proof.simplex_iterations;
+        const bool undecided = proof.outcome == Outcome::unknown || proof.outcome == Outcome::failed;
+        if (stop || !(undecided || lacks_ray (proof)))
+            break;
+    }
     if (job.method == Method::mixed_integer) {
         add_to_search (std::move (proof), claims);
         return claims;

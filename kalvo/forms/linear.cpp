@@ -178,7 +178,7 @@ private:
     {
         if (sign_ < 0)
             for (double& value : values)
-                value = -value;
+                value = 0.0 - value;
     }
 
     // What is no array of the form's rows stays what it is: whoever checks it will see that. Of no rows an array is empty

@@ -6,6 +6,7 @@
 #include "kalvo/tables/phases.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace klv {
@@ -31,8 +32,13 @@ static bool is_certificate (const Solution& solution)
 static std::string residuals (const Solution& solution, std::size_t slot)
 {
     const Violations& found = solution.violations;
-    if (is_certificate (solution))
-        return formatted ("  the certificate holds within %.1e", std::max (found.primal, found.dual));
+    if (is_certificate (solution)) {
+        const double noise = std::max (found.primal_absolute, found.dual_absolute);
+        return noise == 0
+                   ? "  the certificate is exact"
+                   : formatted ("  the certificate is exact but for rounding: it reaches as far as %.1e",
+                                1 / noise);
+    }
     if (slot == KLV_SOL_INT)
         return formatted ("  checked: primal violation %.1e, distance from whole numbers %.1e", found.primal,
                           found.integer);
@@ -56,9 +62,12 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
     }
     if (slot == KLV_SOL_INT) {
         const Information& information = task.information;
-        say (formatted ("  objective %.10e, bound %.10e, gap %.2f%% (the bound is the optimiser's word)",
-                        solution.primal_objective, information.get (RealItem::mip_bound),
-                        100 * information.get (RealItem::mip_relative_gap)));
+        const double bound = information.get (RealItem::mip_bound);
+        say (std::isfinite (bound)
+                 ? formatted (
+                       "  objective %.10e, bound %.10e, gap %.2f%% (the bound is the optimiser's word)",
+                       solution.primal_objective, bound, 100 * information.get (RealItem::mip_relative_gap))
+                 : formatted ("  objective %.10e, no bound", solution.primal_objective));
     } else
         say (formatted ("  primal objective %.10e, dual objective %.10e", solution.primal_objective,
                         solution.dual_objective));

@@ -52,13 +52,11 @@ KLVrescode_t Attempts::lower ()
     task_.information.set (IntItem::lowered_infinite_bounds, lowered_.infinite_bounds);
     task_.information.set (IntItem::lowered_dropped_entries, lowered_.dropped_entries);
     if (lowered_.infinite_bounds > 0)
-        task_.warn (text (lowered_.infinite_bounds,
-                          " finite bounds are so large that the optimiser takes them as infinite; "
-                          "the answer is checked on them as they are."));
+        task_.warn (text ("Finite bounds so large that the optimiser takes them as infinite: ",
+                          lowered_.infinite_bounds, "; the answer is checked on them as they are."));
     if (lowered_.dropped_entries > 0)
-        task_.warn (text (lowered_.dropped_entries,
-                          " entries of the constraint matrix are so small that the optimiser "
-                          "leaves them out; the answer is checked with them."));
+        task_.warn (text ("Matrix entries so small that the optimiser leaves them out: ",
+                          lowered_.dropped_entries, "; the answer is checked with them."));
     // What was freed after loading lies in holes that an engine's thread does not use.
     if (work_of (*problem_) >= large_work)
         malloc_trim (0);

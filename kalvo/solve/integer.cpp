@@ -17,6 +17,12 @@ Found solve_integer (Attempts& attempts, const Solutions& earlier)
     const std::int32_t integers = attempts.problem ().integers;
     const std::string why = text (integers, integers == 1 ? " integer variable" : " integer variables");
 
+    // Until the search tells a bound there is none.
+    const double none = task.problem ().sense == KLV_SENSE_MAXIMIZE ? infinity : -infinity;
+    task.information.set (RealItem::mip_bound, none);
+    task.information.set (RealItem::mip_absolute_gap, infinity);
+    task.information.set (RealItem::mip_relative_gap, infinity);
+
     std::optional<Tried> best;
     if (const std::shared_ptr<const Start> start = find_start (earlier, true)) {
         task.information.set (IntItem::start, 3);

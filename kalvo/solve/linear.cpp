@@ -1,6 +1,7 @@
 // Linear problems: simplex and interior point side by side where that pays, and a ladder of further attempts where an engine
 // fails or claims what does not hold.
 
+#include "kalvo/solve/plain_rays.h"
 #include "kalvo/solve/plans.h"
 #include "kalvo/solve/start.h"
 
@@ -15,7 +16,7 @@ namespace klv {
 // From a given basis simplex mostly needs less time than this.
 constexpr double head_start = 0.1;
 
-// From a point the engine makes a basis that may be all but singular: simplex then never ends.
+// A simplex run that may never end gets so much time: from a point the engine makes a basis that may be all but singular.
 constexpr double seconds_an_item = 1e-5;
 
 class LinearPlan {
@@ -30,7 +31,7 @@ private:
     bool is_automatic () const;
     bool wants_interior () const { return asks (KLV_OPTIMIZER_INTERIOR_POINT) || asks (KLV_OPTIMIZER_CONIC); }
     bool may_race () const;
-    double patience_with_point () const
+    double patience () const
     {
         return head_start + seconds_an_item * static_cast<double> (attempts_.size ());
     }
@@ -41,6 +42,7 @@ private:
     std::optional<Tried> from_start ();
     Tried cold ();
     void join (const std::string& why);
+    void look_for_basis (std::optional<Tried>& best);
     Tried race (Method simplex, const std::shared_ptr<const Start>& start, double delay);
     Tried basic ();
     void climb_down (Tried& best);
@@ -56,6 +58,13 @@ private:
 static bool is_certificate (const Answer& answer)
 {
     return answer.conclusive && answer.outcome != Outcome::optimal;
+}
+
+// An optimum that crossover left without a basis is an interior one.
+static bool is_basic (const Tried& tried)
+{
+    return tried.answer.conclusive &&
+           (is_certificate (tried.answer) || tried.answer.has_basis || is_simplex (tried.attempt.method));
 }
 
 // ---- What is asked for -------------------------------------------------------------------------------------------------
@@ -127,8 +136,21 @@ Tried LinearPlan::race (Method simplex, const std::shared_ptr<const Start>& star
     }
     while (attempts_.under_way () > 0 && !best->answer.conclusive)
         keep_better (best, std::move (*attempts_.next ()));
+    look_for_basis (best);
     attempts_.drop_all ();
     return std::move (*best);
+}
+
+// An optimum without a basis: simplex gets a short time to find one.
+void LinearPlan::look_for_basis (std::optional<Tried>& best)
+{
+    if (!best->answer.conclusive || is_basic (*best) || attempts_.stopped ())
+        return;
+    if (attempts_.under_way () == 0)
+        attempts_.start ({Method::dual_simplex}, nullptr, "for a basis");
+    if (std::optional<Tried> tried = attempts_.next (patience ()))
+        keep_better (best, std::move (*tried));
+    attempts_.drop_all ();
 }
 
 // What a start does to an optimiser is not known: an answer that it leads to counts only when it settles the problem.
@@ -149,7 +171,7 @@ std::optional<Tried> LinearPlan::from_start ()
                          method == Method::primal_simplex && is_automatic ()
                              ? "automatic: the given basis is feasible, but not optimal"
                              : why (start.get ()));
-        tried = attempts_.next (start->column_key.empty () ? patience_with_point () : infinity);
+        tried = attempts_.next (start->column_key.empty () ? patience () : infinity);
         attempts_.drop_all ();
     }
     if (tried && attempts_.settles (tried->answer))
@@ -197,6 +219,7 @@ void LinearPlan::climb_down (Tried& best)
         tried_.push_back (attempt);
         keep_better (kept, try_again (attempts_, kept->answer, attempt));
     }
+    look_for_basis (kept);
     best = std::move (*kept);
 }
 
@@ -261,7 +284,15 @@ Found LinearPlan::run ()
 
 Found solve_linear (Attempts& attempts, const Solutions& earlier)
 {
-    return LinearPlan (attempts, earlier).run ();
+    Found found = LinearPlan (attempts, earlier).run ();
+    std::optional<Tried>& last = found.basic ? found.basic : found.interior;
+    const bool answered = (found.interior && found.interior->answer.conclusive) || last->answer.conclusive;
+    if (answered || attempts.settles (last->answer))
+        return found;
+    if (std::optional<Point> claimed = find_plain_ray (attempts.problem ()))
+        if (Answer answer = attempts.judge (std::move (*claimed)); answer.conclusive)
+            last->answer = std::move (answer);
+    return found;
 }
 
 }

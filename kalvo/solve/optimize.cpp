@@ -4,6 +4,7 @@
 #include "kalvo/model/text.h"
 #include "kalvo/solve/plans.h"
 #include "kalvo/solve/separable.h"
+#include "kalvo/tables/constants.h"
 #include "kalvo/verify/certificate.h"
 
 #include <algorithm>
@@ -119,6 +120,7 @@ void Optimization::fill (Answer&& answer, const std::vector<KLVsoltype>& slots, 
     const bool has_ended_without = ended_early (answer.outcome) || answer.outcome >= Outcome::out_of_memory;
     if (!answer.solution && has_ended_without)
         return;    // no point was copied out
+    const bool has_basis = answer.has_basis;
     Solution solution =
         answer.solution ? std::move (*answer.solution) : attempts_.check ().unknown_solution ();
     Information& information = task_.information;
@@ -144,6 +146,9 @@ void Optimization::fill (Answer&& answer, const std::vector<KLVsoltype>& slots, 
     information.set (IntItem::optimizer_used, source);
     for (std::size_t k = 1; k < slots.size (); ++k)
         task_.solutions[slots[k]] = solution;
+    // The keys of an interior solution follow from its complementarity; those of a basic one are a basis, or unknown.
+    if (slots.front () == KLV_SOL_ITR && !has_basis && solution.solution_status == KLV_SOLSTA_OPTIMAL)
+        derive_keys (problem (), task_.parameters.get (RealSetting::primal_tolerance), solution);
     task_.solutions[slots.front ()] = std::move (solution);
     for (const KLVsoltype slot : slots)
         describe_slot (slot, source);
@@ -217,14 +222,16 @@ KLVrescode_t Optimization::store_interior (Found&& found)
         return store_basic (std::move (*basic));
     }
     const int source = source_of (*interior);
-    if (!is_conclusive (interior)) {
+    const bool is_point = is_interior (basic->attempt.method) && !basic->answer.has_basis;
+    if (!is_conclusive (interior) && !is_point) {
         fill (std::move (interior->answer), {KLV_SOL_ITR}, source);
         return store (std::move (basic->answer), {KLV_SOL_BAS}, source_of (*basic));
     }
     const KLVrescode_t code = store (std::move (interior->answer), {KLV_SOL_ITR}, source);
-    if (!is_conclusive (basic))
+    if (code == KLV_RES_OK && !is_conclusive (basic))
         task_.warn ("There is no basic solution that passes the check; the interior one is the answer.");
-    fill (std::move (basic->answer), {KLV_SOL_BAS}, source_of (*basic));
+    if (!is_point || is_conclusive (basic))
+        fill (std::move (basic->answer), {KLV_SOL_BAS}, source_of (*basic));
     return code;
 }
 
@@ -304,7 +311,11 @@ KLVrescode_t Optimization::run ()
     // An answer at the last progress point ends nothing any more, but it is what the caller asked for.
     runs_.enter (KLV_CALLER_END_OPTIMIZE);
     const bool failed = code != KLV_RES_OK && code < KLV_FIRST_TERMINATION;
-    return attempts_.stopped () && !failed ? stop_code (runs_.answer ()) : code;
+    if (attempts_.stopped () && !failed)
+        code = stop_code (runs_.answer ());
+    if (code >= KLV_FIRST_TERMINATION && setting (IntSetting::log_level) >= 1)
+        task_.say (text ("Ended early: ", find_constant (Group::response, code)->description));
+    return code;
 }
 
 KLVrescode_t optimize (Task& task, Runs& runs)

@@ -36,7 +36,7 @@ Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next)
 static int worth (const Answer& answer)
 {
     if (answer.conclusive)
-        return 5;
+        return answer.has_basis ? 6 : 5;
     if (!answer.solution)
         return 0;
     switch (answer.solution->solution_status) {

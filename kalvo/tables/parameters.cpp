@@ -90,8 +90,6 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      Group::file_format, IntSetting::file_format, "The format of problem files."},
     {17, "KLV_IPAR_WARM_START", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::warm_start,
      "Whether an optimisation starts from the solutions that are there."},
-    {18, "KLV_IPAR_PRESOLVE_REDUCTION_LIMIT", -1, -1, most, Group::none, IntSetting::presolve_reduction_limit,
-     "Reductions that presolve may make; -1: no limit."},
     {19, "KLV_IPAR_PRESOLVE_FILL_LIMIT", 10, 0, most, Group::none, IntSetting::presolve_fill_limit,
      "Entries that presolve may add to the matrix by eliminating one variable."},
     {20, "KLV_IPAR_SCALING_LIMIT", 20, 0, 30, Group::none, IntSetting::scaling_limit,

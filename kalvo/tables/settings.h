@@ -42,9 +42,8 @@ enum class IntSetting {
     log_interior_point,    // KLVswitch: progress lines of one optimiser
     log_simplex,
     log_mixed_integer,
-    file_format,                 // KLVfileformat
-    warm_start,                  // KLVswitch: an optimisation starts from the solutions that the task holds
-    presolve_reduction_limit,    // negative: none
+    file_format,    // KLVfileformat
+    warm_start,     // KLVswitch: an optimisation starts from the solutions that the task holds
     presolve_fill_limit,
     scaling_limit,       // an exponent of two
     simplex_parallel,    // KLVswitch: several pivots at a time

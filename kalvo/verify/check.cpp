@@ -25,11 +25,11 @@ static bool finite (const std::vector<double>& values, std::size_t count)
            std::ranges::all_of (values, [] (double value) { return std::isfinite (value); });
 }
 
-// Whether an item that a basis places at a bound is there.
-static bool is_in_place (std::int32_t key, Interval bounds, double value, double tolerance)
+// Whether an item that a basis places at a bound is there, but for `room`.
+static bool is_in_place (std::int32_t key, Interval bounds, double value, double tolerance, double room)
 {
     const auto at = [&] (double bound) {
-        return std::isfinite (bound) && std::abs (value - bound) <= tolerance * (1 + std::abs (bound));
+        return std::isfinite (bound) && std::abs (value - bound) <= tolerance * (1 + std::abs (bound)) + room;
     };
     switch (key) {
     case KLV_SK_BASIC:
@@ -46,25 +46,43 @@ static bool is_in_place (std::int32_t key, Interval bounds, double value, double
     }
 }
 
+// What rounding may leave of the activity of each row: that of large terms is far from a bound that they add up to.
+static std::vector<double> rounding_of_rows (const Problem& problem, const std::vector<double>& x)
+{
+    constexpr double rounding = 1e-12;
+    std::vector<double> room (static_cast<std::size_t> (problem.constraints ()));
+    for (std::int32_t j = 0; j < problem.variables (); ++j) {
+        const Column column = problem.matrix.column (j);
+        for (std::size_t k = 0; k < column.rows.size (); ++k)
+            room[static_cast<std::size_t> (column.rows[k])] +=
+                rounding * std::abs (column.values[k] * x[static_cast<std::size_t> (j)]);
+    }
+    return room;
+}
+
 // Keys of a basis: each of them what the point says, and as many basic items as there are rows.
 static bool is_basis (const Problem& problem, const Point& claimed, const Solution& point, double tolerance)
 {
     if (claimed.row_key.size () != point.xc.size () || claimed.column_key.size () != point.xx.size ())
         return false;
-    const auto in_place = [&] (const auto& keys, const Bounds& bounds, const auto& values) {
+    const auto basics = [] (const auto& keys) { return std::ranges::count (keys, KLV_SK_BASIC); };
+    if (basics (claimed.row_key) + basics (claimed.column_key) != std::ssize (point.xc))
+        return false;
+    const auto in_place = [&] (const auto& keys, const Bounds& bounds, const auto& values,
+                               const std::vector<double>& room) {
         for (std::size_t i = 0; i < keys.size (); ++i)
-            if (!is_in_place (keys[i], bounds.interval (i), values[i], tolerance))
+            if (!is_in_place (keys[i], bounds.interval (i), values[i], tolerance,
+                              room.empty () ? 0 : room[i]))
                 return false;
         return true;
     };
-    const auto basics = [] (const auto& keys) { return std::ranges::count (keys, KLV_SK_BASIC); };
-    return basics (claimed.row_key) + basics (claimed.column_key) == std::ssize (point.xc) &&
-           in_place (claimed.row_key, problem.constraint, point.xc) &&
-           in_place (claimed.column_key, problem.variable, point.xx);
+    return in_place (claimed.column_key, problem.variable, point.xx, {}) &&
+           (in_place (claimed.row_key, problem.constraint, point.xc, {}) ||
+            in_place (claimed.row_key, problem.constraint, point.xc, rounding_of_rows (problem, point.xx)));
 }
 
 // The slot's content as far as the claims can be used: arrays of the right size without a NaN in them.
-Solution Check::measured (Point&& claimed) const
+Solution Check::measured (Point&& claimed, bool& has_basis) const
 {
     const auto m = static_cast<std::size_t> (problem_->constraints ());
     const auto n = static_cast<std::size_t> (problem_->variables ());
@@ -85,7 +103,8 @@ Solution Check::measured (Point&& claimed) const
         for (std::vector<double>* values : {&solution.slx, &solution.sux})
             values->assign (n, 0);
     }
-    if (solution.has_primal && is_basis (*problem_, claimed, solution, tolerances_.primal)) {
+    has_basis = solution.has_primal && is_basis (*problem_, claimed, solution, tolerances_.primal);
+    if (has_basis) {
         solution.skc = std::move (claimed.row_key);
         solution.skx = std::move (claimed.column_key);
     } else {
@@ -98,19 +117,18 @@ Solution Check::measured (Point&& claimed) const
 // All that is handed out of a solution of which nothing is known.
 Solution Check::unknown_solution () const
 {
-    return measured ({});
+    bool has_basis = false;
+    return measured ({}, has_basis);
 }
 
 Answer Check::check_continuous (Point&& claimed) const
 {
     Answer answer{.outcome = claimed.outcome, .message = std::move (claimed.message)};
-    Solution solution = measured (std::move (claimed));
+    Solution solution = measured (std::move (claimed), answer.has_basis);
     if (!solution.has_primal && !solution.has_dual)
         return answer;
     judge (tolerances_, solution);
     answer.conclusive = solution.solution_status == KLV_SOLSTA_OPTIMAL;
-    if (answer.conclusive && std::ranges::count (solution.skx, KLV_SK_UNKNOWN) == std::ssize (solution.skx))
-        derive_keys (*problem_, tolerances_.primal, solution);
     answer.solution = std::move (solution);
     return answer;
 }
@@ -134,7 +152,7 @@ Answer Check::check_integer (Point&& claimed) const
 {
     Answer answer{.outcome = claimed.outcome, .message = std::move (claimed.message)};
     const std::optional<double> bound = claimed.bound;
-    Solution solution = measured (std::move (claimed));
+    Solution solution = measured (std::move (claimed), answer.has_basis);
     if (!solution.has_primal)
         return answer;
     measure_integers (*problem_, solution);

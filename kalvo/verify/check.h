@@ -25,6 +25,7 @@ struct Answer {
     Outcome outcome = Outcome::unknown;
     bool conclusive = false;
     std::optional<Solution> solution = {};
+    bool has_basis = false;    // the solution's keys are those of a basis
     std::optional<IntegerGap> integer_gap = {};
     std::string message = {};    // why there is none, in plain words
 };
@@ -39,7 +40,7 @@ public:
     Solution unknown_solution () const;    // zeros of which nothing is known
 
 private:
-    Solution measured (Point&& claimed) const;
+    Solution measured (Point&& claimed, bool& has_basis) const;
     Answer check_continuous (Point&& claimed) const;
     Answer check_integer (Point&& claimed) const;
     Answer check_infeasible (const Point& claimed) const;

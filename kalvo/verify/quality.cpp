@@ -229,8 +229,11 @@ void judge_integer (const Tolerances& tolerances, bool closed, Solution& solutio
 
 static std::vector<std::int32_t> keys_of (const Bounds& bounds, std::span<const double> values,
                                           std::span<const double> lower, std::span<const double> upper,
-                                          double tolerance)
+                                          double tolerance, double largest_cost)
 {
+    const auto outweighs = [&] (double multiplier, double distance, double bound) {
+        return std::abs (multiplier) * (1 + std::abs (bound)) > distance * largest_cost;
+    };
     std::vector<std::int32_t> keys (values.size ());
     for (std::size_t i = 0; i < values.size (); ++i) {
         const Interval here = bounds.interval (i);
@@ -247,17 +250,21 @@ static std::vector<std::int32_t> keys_of (const Bounds& bounds, std::span<const 
                       : above <= near_upper ? KLV_SK_UPPER
                                             : KLV_SK_SUPERBASIC;
         else
-            keys[i] = below < std::abs (lower[i])   ? KLV_SK_LOWER
-                      : above < std::abs (upper[i]) ? KLV_SK_UPPER
-                                                    : KLV_SK_BASIC;
+            keys[i] = outweighs (lower[i], below, here.lower)   ? KLV_SK_LOWER
+                      : outweighs (upper[i], above, here.upper) ? KLV_SK_UPPER
+                                                                : KLV_SK_BASIC;
     }
     return keys;
 }
 
 void derive_keys (const Problem& problem, double tolerance, Solution& solution)
 {
-    solution.skc = keys_of (problem.constraint, solution.xc, solution.slc, solution.suc, tolerance);
-    solution.skx = keys_of (problem.variable, solution.xx, solution.slx, solution.sux, tolerance);
+    double largest = 0;
+    for (const double cost : problem.cost)
+        largest = std::max (largest, std::abs (cost));
+    largest = largest > 0 ? largest : 1;
+    solution.skc = keys_of (problem.constraint, solution.xc, solution.slc, solution.suc, tolerance, largest);
+    solution.skx = keys_of (problem.variable, solution.xx, solution.slx, solution.sux, tolerance, largest);
 }
 
 }

@@ -50,7 +50,7 @@ void judge (const Tolerances& tolerances, Solution& solution);
 void judge_integer (const Tolerances& tolerances, bool closed, Solution& solution);
 
 // Keys by position and multipliers, for a point without a basis. With duals an item whose multiplier
-// outweighs the distance from its bound is at that bound and others are basic; without, items at a bound are,
+// outweighs the distance from its bound, both relative, is at that bound and others are basic; without, items at a bound are,
 // others superbasic.
 void derive_keys (const Problem& problem, double tolerance, Solution& solution);
 

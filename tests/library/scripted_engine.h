@@ -100,6 +100,11 @@ inline klv::Claims claims (const std::string& text)
     made.outcome = static_cast<klv::Outcome> (std::ranges::find (outcomes, word) - outcomes);
     std::vector<double> bound, *place = nullptr;
     while (words >> word) {
+        if (word == "basis") {    // of the problem below
+            made.column_key = {KLV_SK_BASIC, KLV_SK_LOWER};
+            made.row_key = {KLV_SK_LOWER};
+            continue;
+        }
         const std::pair<const char*, std::vector<double>*> places[] = {{"x", &made.x},
                                                                        {"y", &made.y},
                                                                        {"d", &made.reduced_cost},
@@ -121,6 +126,6 @@ inline klv::Claims claims (const std::string& text)
 // A problem and its optimum, 2 at (2, 0), with multiplier 1.
 constexpr const char* small = "min 1 2; 0..10 0..10; 1 1 in 2..";
 constexpr const char* small_integers = "min 1 2; 0..10i 0..10i; 1 1 in 2..";
-constexpr const char* right = "optimal x 2 0 y 1 d 0 1 bound 2";
+constexpr const char* right = "optimal x 2 0 y 1 d 0 1 bound 2 basis";
 
 }

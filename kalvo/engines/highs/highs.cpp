@@ -170,7 +170,10 @@ void Session::take_point (bool integers, Claims& claims) const
                             claims.reduced_cost.empty () ? nullptr : claims.reduced_cost.data (), nullptr,
                             claims.y.empty () ? nullptr : claims.y.data ()) == kHighsStatusOk;
     const bool zeros = std::ranges::all_of (claims.x, [] (double value) { return value == 0; });
-    if (!found || (status == kHighsSolutionStatusNone && zeros))
+    const bool untouched = !integers &&
+                           info ("simplex_iteration_count") + info ("ipm_iteration_count") == 0 &&
+                           status != kHighsSolutionStatusFeasible;
+    if (!found || (zeros && (status == kHighsSolutionStatusNone || untouched)))
         claims.x = claims.y = claims.reduced_cost = {};
 }
 
@@ -230,6 +233,16 @@ void Session::take_figures (bool integers, Listener& listener, Claims& claims) c
     listener.end ();
 }
 
+// The primal method leaves none of infeasibility, and the parallel one none at all.
+static bool leaves_ray (const Job& job, Outcome outcome)
+{
+    if (is_presolved (job) || !is_simplex (job.method))
+        return false;
+    return job.method == Method::dual_simplex
+               ? job.goal == Goal::prove || !is_parallel_simplex (*job.settings, job.method)
+               : outcome == Outcome::unbounded;
+}
+
 void Session::take_answer (const Job& job, const Listener& listener, Claims& claims) const
 {
     const bool integers = job.method == Method::mixed_integer;
@@ -240,8 +253,7 @@ void Session::take_answer (const Job& job, const Listener& listener, Claims& cla
         return;
     case Outcome::infeasible:
     case Outcome::unbounded:
-        if (!is_presolved (job) && job.method == Method::dual_simplex &&
-            !is_parallel_simplex (*job.settings, job.method))
+        if (leaves_ray (job, claims.outcome))
             take_ray (claims);
         return;
     case Outcome::infeasible_or_unbounded:

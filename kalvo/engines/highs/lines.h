@@ -12,7 +12,7 @@ namespace klv::highs {
 // One step of a linear method; the objectives have the line's digits and signs.
 struct Iteration {
     std::int64_t number = 0;
-    bool first_phase = false;                    // of a simplex method, whose objective is then not the problem's
+    bool first_phase = false;    // of a simplex method, whose objective is then not the problem's
     double objective = 0, dual_objective = 0;    // a simplex method has only the first
     double primal_violation = 0, dual_violation = 0;
 };

@@ -159,12 +159,20 @@ void Listener::read_line (std::string_view line)
     }
 }
 
+// "ERROR:   Model is bad\n"
+static std::string_view words_of_error (std::string_view message)
+{
+    message.remove_prefix (
+        std::min (message.find_first_not_of (' ', message.find (':') + 1), message.size ()));
+    return message.substr (0, message.find_last_not_of (" \n.") + 1);
+}
+
 void Listener::take_message (std::string_view message, int type)
 {
     if (passes_text_on_)
         events_.text (message);
     if (type == error_message)
-        last_error_ = message;
+        last_error_ = words_of_error (message);
     if (now_.caller != KLV_CALLER_PRESOLVE && now_.caller != phase_of_method_)
         return;
     while (!message.empty ()) {

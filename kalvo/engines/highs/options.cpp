@@ -30,7 +30,6 @@ constexpr Option<IntSetting> switches[] = {
 };
 
 constexpr Option<IntSetting> numbers[] = {
-    {IntSetting::presolve_reduction_limit, "presolve_reduction_limit"},
     {IntSetting::presolve_fill_limit, "presolve_substitution_maxfillin"},
     {IntSetting::scaling_limit, "allowed_matrix_scale_factor"},
     {IntSetting::simplex_update_limit, "simplex_update_limit"},
@@ -188,7 +187,8 @@ void Options::set_all ()
     const std::int32_t scaling = settings.get (IntSetting::scaling);
     if (!job_.reformulate || scaling != KLV_SCALING_AUTOMATIC)
         set ("simplex_scale_strategy", HighsInt{job_.reformulate ? scaling : KLV_SCALING_OFF});
-    const HighsInt pricing = settings.get (IntSetting::simplex_pricing) - 1;    // the engine's "choose" is -1, ours is 0
+    const HighsInt pricing =
+        settings.get (IntSetting::simplex_pricing) - 1;    // the engine's "choose" is -1, ours is 0
     set ("simplex_dual_edge_weight_strategy", pricing);
     // With exact steepest-edge weights the engine's primal method prints on the process's standard output.
     set ("simplex_primal_edge_weight_strategy", std::min (pricing, HighsInt{KLV_PRICING_DEVEX - 1}));
@@ -230,7 +230,7 @@ void Options::set_limits ()
     if (integers ()) {
         limit ("mip_max_nodes", IntSetting::node_limit, 0);
         limit ("mip_max_improving_sols", IntSetting::solution_limit, 1);
-    } else {
+    } else if (job_.goal == Goal::optimise) {
         limit ("simplex_iteration_limit", IntSetting::simplex_iteration_limit, 0);
         const std::int32_t interior = settings.get (IntSetting::interior_iteration_limit);
         set ("ipm_iteration_limit", HighsInt{interior >= 0 ? interior : most_interior_iterations});

@@ -267,8 +267,6 @@ void JsonTask::add_solution (std::size_t which)
     add (words (path + ".skc", Group::status_key, given.skc));
     add (words (path + ".skx", Group::status_key, given.skx));
     add_values (".xx", given.xx);
-    if (which == KLV_SOL_INT)
-        return;
     add ({.path = path + ".certificate",
           .kind = JsonKind::word,
           .required = false,
@@ -278,6 +276,8 @@ void JsonTask::add_solution (std::size_t which)
                   throw syntax ("must be PRIMAL_INFEASIBLE or DUAL_INFEASIBLE");
               given.certificate = true;
           }});
+    if (which == KLV_SOL_INT)
+        return;
     add_values (".y", given.y);
     add_values (".slx", given.slx);
     add_values (".sux", given.sux);
