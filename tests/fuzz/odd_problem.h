@@ -2,23 +2,18 @@
 #pragma once
 
 #include "tests/fuzz/random.h"
+#include "tests/support/problem_text.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
+#include <numeric>
 
 namespace fuzz {
 
-constexpr double inf = std::numeric_limits<double>::infinity ();
+using model::inf;
+using proof::Values;
 
 struct Range {
     double lower = -inf, upper = inf;
 };
-
-using Values = std::vector<double>;
 
 // Zeros of the rows are no entries.
 struct Model {
@@ -28,218 +23,146 @@ struct Model {
     bool maximize = false;
 };
 
-// Shortest text that reads back to the same bits.
-inline std::string text_of (double value)
+inline std::string text_of (const Range& of)
 {
-    char text[32];
-    return {text, std::to_chars (text, std::end (text), value).ptr};
+    const auto bound = [] (double value) { return std::isinf (value) ? "" : model::text_of (value); };
+    return of.lower == of.upper ? '=' + bound (of.lower) : bound (of.lower) + ".." + bound (of.upper);
 }
 
 // As tests state problems: "min 3 2; 0.. =4; 1 1 in 1..".
-inline std::string text_of (const Model& model)
+inline std::string text_of (const Model& made)
 {
-    const auto range = [] (const Range& bounds) {
-        return bounds.lower == bounds.upper
-                   ? '=' + text_of (bounds.lower)
-                   : (std::isinf (bounds.lower) ? "" : text_of (bounds.lower)) + ".." +
-                         (std::isinf (bounds.upper) ? "" : text_of (bounds.upper));
-    };
-    std::string text = model.maximize ? "max" : "min";
-    for (const double cost : model.cost)
-        text += ' ' + text_of (cost);
-    text += ';';
-    for (const Range& bounds : model.bounds)
-        text += ' ' + range (bounds);
-    for (std::size_t i = 0; i < model.rows.size (); ++i) {
-        text += ';';
-        for (const double value : model.rows[i])
-            text += ' ' + text_of (value);
-        text += " in " + range (model.row_bounds[i]);
-    }
+    const auto number = [] (double value) { return model::text_of (value); };
+    std::string text = (made.maximize ? "max " : "min ") + join (made.cost, " ", number) + "; " +
+                       join (made.bounds, " ", [] (const Range& of) { return text_of (of); });
+    for (std::size_t i = 0; i < made.rows.size (); ++i)
+        text += "; " + join (made.rows[i], " ", number) + " in " + text_of (made.row_bounds[i]);
     return text;
 }
 
-class OddProblem {
-public:
-    explicit OddProblem (Random& random) : random_ (random) {}
+// Mostly one that holds `value`: often just so, sometimes not at all.
+inline Range odd_range (Random& random, double value)
+{
+    if (random.one_in (15))
+        value += random.whole (-9, 9);
+    const double room = random.one_in (2) ? 0 : random.whole (0, 3);
+    const Range below{-inf, value + room}, above{value - room, inf},
+        box{value - room, value + random.whole (0, 4)};
+    const Range kinds[] = {{}, {value, value}, below, above, above, box, box};
+    return kinds[random.below (std::size (kinds))];
+}
 
-    Model make ()
-    {
-        m_ = below (6);
-        n_ = 1 + below (7);
-        for (std::size_t j = 0; j < n_; ++j)
-            at_.push_back (whole (-3, 4));
-        make_columns ();
-        make_rows ();
-        make_costs ();
-        if (one_in (3))
-            scale ();
-        if (one_in (8))
-            spoil_one_number ();
-        made_.maximize = one_in (2);
-        if (made_.maximize)
-            for (double& cost : made_.cost)
-                cost = -cost + 0.0;
-        return std::move (made_);
-    }
-
-private:
-    std::size_t below (std::size_t count) { return random_.below (count); }
-    bool one_in (std::size_t count) { return random_.one_in (count); }
-    double whole (int smallest, int largest)
-    {
-        return smallest + static_cast<double> (below (static_cast<std::size_t> (largest - smallest + 1)));
-    }
-
-    // Mostly one that holds `value`: often just so, sometimes not at all.
-    Range range (double value)
-    {
-        if (one_in (15))
-            value += whole (-9, 9);
-        const double room = one_in (2) ? 0 : whole (0, 3);
-        switch (below (7)) {
-        case 0:
-            return {};
-        case 1:
-            return {value, value};
+inline void make_rows (Random& random, std::vector<Values>& rows, std::size_t columns)
+{
+    const std::size_t rarity = 1 + random.below (3);
+    for (Values& row : rows)
+        for (std::size_t j = 0; j < columns; ++j)
+            row.push_back (random.one_in (rarity) ? random.whole (-3, 4) : 0);
+    for (std::size_t times = rows.empty () ? 0 : random.below (3); times > 0; --times) {
+        const double factor = random.one_in (2) ? 1 : random.whole (-2, 3);
+        const std::size_t from = random.below (columns), to = random.below (columns);
+        Values &row = rows[random.below (rows.size ())], &other = rows[random.below (rows.size ())];
+        const auto multiple = [&] (double of) { return factor * of + 0.0; };
+        switch (random.below (4)) {
+        case 0:    // a column that is a multiple of another one, or empty
+            for (Values& values : rows)
+                values[to] = multiple (values[from]);
+            break;
+        case 1:    // the same for rows
+            std::ranges::transform (other, row.begin (), multiple);
+            break;
         case 2:
-            return {-inf, value + room};
-        case 3:
-        case 4:
-            return {value - room, inf};
-        default:
-            return {value - room, value + whole (0, 4)};
+            row.assign (columns, 0);
+            break;
+        default:    // a row that is one variable's bound
+            row.assign (columns, 0);
+            row[to] = factor;
         }
     }
+}
 
-    void make_columns ()
-    {
-        for (std::size_t j = 0; j < n_; ++j) {
-            if (one_in (2))
-                at_[j] = 0;
-            made_.bounds.push_back (one_in (3) ? Range{std::min (at_[j], 0.0), inf} : range (at_[j]));
-        }
-    }
+// None, any, or those of a problem whose dual has a point.
+inline void make_costs (Random& random, Model& made)
+{
+    const std::size_t kind = random.below (6);
+    const auto multiplier = [&] (const Range& of) {
+        return random.one_in (2)
+                   ? 0
+                   : random.whole (std::isinf (of.upper) ? 0 : -2, std::isinf (of.lower) ? 0 : 2);
+    };
+    for (const Range& bounds : made.bounds)
+        made.cost.push_back (kind == 0 ? 0 : kind < 3 ? random.whole (-3, 4) : multiplier (bounds));
+    for (std::size_t i = 0; kind >= 3 && i < made.rows.size (); ++i)
+        if (const double y = multiplier (made.row_bounds[i]); y != 0)
+            for (std::size_t j = 0; j < made.cost.size (); ++j)
+                made.cost[j] += y * made.rows[i][j];
+}
 
-    void make_rows ()
-    {
-        made_.rows.assign (m_, Values (n_, 0));
-        const std::size_t rarity = 1 + below (3);
-        for (Values& row : made_.rows)
-            for (double& value : row)
-                value = one_in (rarity) ? whole (-3, 4) : 0;
-        for (std::size_t times = below (3); times > 0 && m_ > 0; --times) {
-            const double factor = one_in (2) ? 1 : whole (-2, 3);
-            const std::size_t from = below (n_), to = below (n_), row = below (m_), other = below (m_);
-            switch (below (4)) {
-            case 0:    // a column that is a multiple of another one, or empty
-                for (Values& values : made_.rows)
-                    values[to] = factor * values[from] + 0.0;
-                break;
-            case 1:    // the same for rows
-                for (std::size_t j = 0; j < n_; ++j)
-                    made_.rows[row][j] = factor * made_.rows[other][j] + 0.0;
-                break;
-            case 2:
-                made_.rows[row].assign (n_, 0);
-                break;
-            default:    // a row that is one variable's bound
-                made_.rows[row].assign (n_, 0);
-                made_.rows[row][to] = factor;
-            }
-        }
-        for (const Values& row : made_.rows) {
-            double activity = 0;
-            for (std::size_t j = 0; j < n_; ++j)
-                activity += row[j] * at_[j];
-            made_.row_bounds.push_back (range (activity));
-        }
+// By powers of 2, so that rows and columns that depend on each other do so to the last bit.
+inline void scale (Random& random, Model& made)
+{
+    const int widest = static_cast<int> (random.whole (1, 20));
+    const auto power = [&] { return random.one_in (2) ? 1 : std::exp2 (random.whole (-widest, widest)); };
+    for (std::size_t i = 0; i < made.rows.size (); ++i) {
+        const double factor = power ();
+        for (double& value : made.rows[i])
+            value *= factor;
+        made.row_bounds[i] = {factor * made.row_bounds[i].lower, factor * made.row_bounds[i].upper};
     }
+    for (std::size_t j = 0; j < made.cost.size (); ++j) {
+        const double factor = power ();
+        for (Values& row : made.rows)
+            row[j] *= factor;
+        made.cost[j] *= factor;
+        made.bounds[j] = {made.bounds[j].lower / factor, made.bounds[j].upper / factor};
+    }
+}
 
-    // Those of a problem whose dual has a point, or any.
-    void make_costs ()
-    {
-        made_.cost.assign (n_, 0);
-        if (one_in (6))
-            return;
-        const bool any = one_in (3);
-        const auto multiplier = [&] (const Range& bounds) {
-            return any || one_in (2)
-                       ? 0
-                       : whole (std::isinf (bounds.upper) ? 0 : -2, std::isinf (bounds.lower) ? 0 : 2);
-        };
-        for (std::size_t j = 0; j < n_; ++j)
-            made_.cost[j] = any ? whole (-3, 4) : multiplier (made_.bounds[j]);
-        for (std::size_t i = 0; i < m_; ++i)
-            if (const double y = multiplier (made_.row_bounds[i]); y != 0)
-                for (std::size_t j = 0; j < n_; ++j)
-                    made_.cost[j] += y * made_.rows[i][j];
-    }
+// One number made tiny or huge, or off by little.
+inline void spoil (Random& random, Model& made)
+{
+    static const Values factors{1e-12, 1e-10, 1e-9, 1e-8, 1e-6, 1e6, 1e9, 1 + 1e-5, 1 + 1e-7};
+    const double factor = factors[random.below (factors.size ())];
+    const std::size_t j = random.below (made.cost.size ()), m = made.rows.size ();
+    const std::size_t kind = m == 0 ? 0 : random.below (10);
+    Range& column = made.bounds[j];
+    if (kind < 3)
+        made.cost[j] *= factor;
+    else if (kind < 6)
+        made.rows[random.below (m)][j] *= factor;
+    else if (kind == 6) {
+        made.row_bounds[random.below (m)].lower += random.whole (-1, 1) * 1e-7;
+        column.lower += random.whole (-1, 1) * 1e-9;
+    } else if (kind == 7)
+        column.upper *= factor;
+    else
+        (kind == 8 ? column.lower : column.upper) = kind == 8 ? -1e20 : 9.9e19;
+}
 
-    static void multiply (Range& bounds, double factor)
-    {
-        bounds.lower *= factor;
-        bounds.upper *= factor;
+inline Model odd_problem (Random& random)
+{
+    Model made;
+    made.rows.resize (random.below (6));
+    Values at;    // a point that most bounds are made for
+    for (std::size_t n = random.below (7) + 1; n > 0; --n) {
+        at.push_back (random.one_in (2) ? 0 : random.whole (-3, 4));
+        made.bounds.push_back (random.one_in (3) ? Range{std::min (at.back (), 0.0), inf}
+                                                 : odd_range (random, at.back ()));
     }
-    // By powers of 2, so that rows and columns that depend on each other do so to the last bit.
-    void scale ()
-    {
-        const int widest = 1 + static_cast<int> (below (20));
-        const auto power = [&] { return std::exp2 (whole (-widest, widest)); };
-        for (std::size_t i = 0; i < m_; ++i) {
-            if (one_in (2))
-                continue;
-            const double factor = power ();
-            for (double& value : made_.rows[i])
-                value *= factor;
-            multiply (made_.row_bounds[i], factor);
-        }
-        for (std::size_t j = 0; j < n_; ++j) {
-            if (one_in (2))
-                continue;
-            const double factor = power ();
-            for (Values& row : made_.rows)
-                row[j] *= factor;
-            made_.cost[j] *= factor;
-            multiply (made_.bounds[j], 1 / factor);
-        }
-    }
-
-    // Made tiny or huge, or off by little.
-    void spoil_one_number ()
-    {
-        static const std::vector<double> factors{1e-12, 1e-10, 1e-9,     1e-8,    1e-6,
-                                                 1e6,   1e9,   1 + 1e-5, 1 + 1e-7};
-        const double factor = factors[below (factors.size ())];
-        const std::size_t j = below (n_);
-        Range& column = made_.bounds[j];
-        if (m_ == 0 || one_in (4))
-            made_.cost[j] *= factor;
-        else if (one_in (2))
-            made_.rows[below (m_)][j] *= factor;
-        else
-            switch (below (5)) {
-            case 0:
-                made_.row_bounds[below (m_)].lower += whole (-1, 1) * 1e-7;
-                break;
-            case 1:
-                column.lower += whole (-1, 1) * 1e-9;
-                break;
-            case 2:
-                column.upper *= factor;
-                break;
-            case 3:
-                column.upper = 9.9e19;
-                break;
-            default:
-                column.lower = -1e20;
-            }
-    }
-
-    Random& random_;
-    std::size_t m_ = 0, n_ = 0;
-    Values at_;    // a point that most bounds are made for
-    Model made_;
-};
+    make_rows (random, made.rows, at.size ());
+    for (const Values& row : made.rows)
+        made.row_bounds.push_back (
+            odd_range (random, std::inner_product (row.begin (), row.end (), at.begin (), 0.0)));
+    make_costs (random, made);
+    if (random.one_in (3))
+        scale (random, made);
+    if (random.one_in (8))
+        spoil (random, made);
+    made.maximize = random.one_in (2);
+    if (made.maximize)
+        for (double& cost : made.cost)
+            cost = 0.0 - cost;
+    return made;
+}
 
 }

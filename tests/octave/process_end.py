@@ -11,12 +11,9 @@ import unittest
 
 CODE = r"""
 rand ('twister', %(seed)d);
-n = 70;
-prob.a = round (95 * rand (6, n)) + 5;
-prob.c = round (sum (prob.a)' / 6 + 20 * rand (n, 1));
-prob.buc = floor (sum (prob.a, 2) / 3);
-prob.blx = zeros (n, 1);
-prob.bux = ones (n, 1);
+a = round (95 * rand (6, 70)) + 5;
+prob = struct ('a', a, 'c', round (sum (a)' / 6 + 20 * rand (70, 1)), 'buc', floor (sum (a, 2) / 3), ...
+               'blx', zeros (70, 1), 'bux', ones (70, 1));
 %(integers)s
 param.KLV_DPAR_TIME_LIMIT = 5;
 param.KLV_IPAR_OPTIMIZER = '%(optimizer)s';
@@ -36,17 +33,13 @@ def command(seconds, code):
             "--eval", "1;\n" + STOP % seconds + code]
 
 
-def octave(seconds, code):
-    """Ends in a process of its own, where a run is stopped after so many seconds."""
-    return subprocess.run(command(seconds, code), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
-
-
 def run(case):
+    """A process of its own, where a run is stopped: the status that it is to end with, and how it ended."""
     status = case % 2 * 3 + case % 5
-    done = octave([0, 0.02, 0.1][case % 3], CODE % {
-        "seed": case, "status": status, "optimizer": OPTIMIZERS[case % 3],
-        "integers": "prob.ints.sub = 1:n;" if case % 4 else ""})
-    return status, done
+    code = CODE % {"seed": case, "status": status, "optimizer": OPTIMIZERS[case % 3],
+                   "integers": "prob.ints.sub = 1:70;" if case % 4 else ""}
+    return status, subprocess.run(command([0, 0.02, 0.1][case % 3], code), stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT, text=True, timeout=60)
 
 
 class ProcessEnd(unittest.TestCase):
@@ -59,7 +52,7 @@ class ProcessEnd(unittest.TestCase):
 
     def test_a_signal_to_end_is_not_left_waiting_for_the_end_of_a_run(self):
         code = CODE.replace("echo(0)", "echo(0) log(run.log)") % {
-            "seed": 1, "status": 0, "optimizer": OPTIMIZERS[0], "integers": "prob.ints.sub = 1:n; param = [];"}
+            "seed": 1, "status": 0, "optimizer": OPTIMIZERS[0], "integers": "prob.ints.sub = 1:70; param = [];"}
         for number in (signal.SIGTERM, signal.SIGHUP):
             process = subprocess.Popen(command(1e9, code), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             time.sleep(2)

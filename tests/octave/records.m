@@ -36,15 +36,6 @@
 %! assert ([logical_form.c, logical_form.bux], [1 0; 0 1; 1 1]);
 %! assert (mislocked ("kalvoopt"));        # no `clear` ends what may still run
 
-## Statuses and keys as texts and as numbers.
-%!test
-%! text_form = solved ("minimize echo(0)", rmfield (prob, "ints")).sol;
-%! numbers = solved ("minimize statuskeys(1) echo(0)", rmfield (prob, "ints")).sol.bas;
-%! assert ({size(text_form.bas.skc), size(numbers.skx), size(text_form.itr.skn), size(text_form.itr.doty)}, ...
-%!         {[3 2], [4 1], [0 2], [0 1]});
-%! assert (text_form.bas.skx(numbers.skx == 1, :), repmat ("BA", sum (numbers.skx == 1), 1));
-%! assert (sum (numbers.skx == 1) + sum (numbers.skc == 1), 3);        # a basis: as many as constraints
-
 ## What is returned is accepted as it is and gives the same answer.
 %!test
 %! first = solved (["read(" fullfile(data, "lp", "israel.mps") ") minimize param echo(0)"]);

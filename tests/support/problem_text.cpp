@@ -72,13 +72,7 @@ void read_constraint (std::istream& words, klv::Problem& p, std::vector<Entries>
     }
 }
 
-std::string text_of (double value)
-{
-    char text[32];
-    return {text, std::to_chars (text, std::end (text), value).ptr};
-}
-
-std::string text_of (const klv::Bounds& bounds, std::size_t at)
+std::string range_of (const klv::Bounds& bounds, std::size_t at)
 {
     if (bounds.key[at] == KLV_BK_FX && bounds.lower[at] == bounds.upper[at])
         return "=" + text_of (bounds.lower[at]);
@@ -115,6 +109,12 @@ klv::Problem parse (const std::string& text)
     return p;
 }
 
+std::string text_of (double value)
+{
+    char text[32];
+    return {text, std::to_chars (text, std::end (text), value).ptr};
+}
+
 std::string text_of (const klv::Problem& p)
 {
     const klv::ItemNames rows = klv::constraint_names (p), columns = klv::variable_names (p);
@@ -124,7 +124,7 @@ std::string text_of (const klv::Problem& p)
     for (std::int32_t j = 0; j < p.variables (); ++j) {
         const auto at = static_cast<std::size_t> (j);
         text += ' ' + text_of (p.cost[at]);
-        variables += ' ' + std::string (columns (j)) + ' ' + text_of (p.variable, at) +
+        variables += ' ' + std::string (columns (j)) + ' ' + range_of (p.variable, at) +
                      (p.integer[at] == KLV_VAR_INTEGER ? "i" : "");
         const klv::Column column = p.matrix.column (j);
         for (std::size_t k = 0; k < column.rows.size (); ++k) {
@@ -140,7 +140,7 @@ std::string text_of (const klv::Problem& p)
     text += variables.empty () && entries.empty () ? "" : ";" + variables;
     for (std::int32_t i = 0; i < p.constraints (); ++i) {
         const auto at = static_cast<std::size_t> (i);
-        text += "; " + std::string (rows (i)) + ": " + entries[at] + "in " + text_of (p.constraint, at);
+        text += "; " + std::string (rows (i)) + ": " + entries[at] + "in " + range_of (p.constraint, at);
     }
     return text;
 }

@@ -18,6 +18,7 @@ constexpr double inf = klv::infinity;
 klv::Problem parse (const std::string& text);
 
 // Numbers are the shortest texts that read back to the same bits; items without a name are called as writers call them.
+std::string text_of (double value);
 std::string text_of (const klv::Problem& problem);
 
 // Where two problems begin to differ, to the last bit and name; nothing when they are the same.

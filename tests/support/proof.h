@@ -24,6 +24,13 @@ struct Slot {
     double primal = 0, dual = 0;
 };
 
+template <class Text>
+void require (bool condition, const Text& what)
+{
+    if (!condition)
+        throw std::runtime_error (what);
+}
+
 inline double largest (const Values& values)
 {
     double most = 0;
@@ -49,8 +56,10 @@ public:
         : p_ (problem), s_ (slot), tolerance_ (tolerance)
     {
         activity_.resize (s_.xc.size ());
-        for (std::size_t j = 0; j < s_.xx.size (); ++j)
+        for (std::size_t j = 0; j < s_.xx.size (); ++j) {
+            cost_.add (p_.cost[j], s_.xx[j]);
             each_entry (j, [&] (std::size_t i, double value) { activity_[i].add (value, s_.xx[j]); });
+        }
     }
 
     // Throws what is wrong.
@@ -75,9 +84,8 @@ public:
             problem_is (KLV_PRO_DUAL_FEASIBLE);
             return multipliers ();
         case KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE:
-            require (s_.problem < 0 || s_.problem == KLV_PRO_PRIMAL_INFEASIBLE ||
-                         s_.problem == KLV_PRO_BOTH_INFEASIBLE,
-                     "the problem's status");
+            if (s_.problem != KLV_PRO_BOTH_INFEASIBLE)
+                problem_is (KLV_PRO_PRIMAL_INFEASIBLE);
             return dual_ray ();
         case KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE:
             problem_is (KLV_PRO_DUAL_INFEASIBLE);
@@ -88,11 +96,6 @@ public:
     }
 
 private:
-    static void require (bool condition, const char* what)
-    {
-        if (!condition)
-            throw std::runtime_error (what);
-    }
     void problem_is (std::int32_t status) const
     {
         require (s_.problem < 0 || s_.problem == status, "the problem's status");
@@ -116,22 +119,12 @@ private:
             function (static_cast<std::size_t> (column.rows[k]), column.values[k]);
     }
 
-    Sum cost () const
-    {
-        Sum sum;
-        for (std::size_t j = 0; j < s_.xx.size (); ++j)
-            sum.add (p_.cost[j], s_.xx[j]);
-        return sum;
-    }
-
     void inside (const klv::Bounds& bounds, std::size_t i, const Sum& at) const
     {
-        const auto holds = [&] (double bound, long double distance) {
-            return std::isinf (bound) || distance <= tolerance_ * (1 + std::abs (bound)) + at.noise;
-        };
-        require (holds (bounds.lower[i], bounds.lower[i] - at.value) &&
-                     holds (bounds.upper[i], at.value - bounds.upper[i]),
-                 "outside its bounds");
+        for (const auto& [bound, side] : {std::pair (bounds.lower[i], 1), {bounds.upper[i], -1}})
+            require (std::isinf (bound) ||
+                         side * (bound - at.value) <= tolerance_ * (1 + std::abs (bound)) + at.noise,
+                     "outside its bounds");
     }
     void point () const
     {
@@ -141,17 +134,15 @@ private:
         }
         for (std::size_t j = 0; j < s_.xx.size (); ++j)
             inside (p_.variable, j, {s_.xx[j], 0});
-        const Sum objective = cost ();
-        exact (s_.primal, objective.value + p_.constant, objective.noise, "pobjval");
+        exact (s_.primal, cost_.value + p_.constant, cost_.noise, "pobjval");
     }
 
     // Whole numbers come as such, unless a loose tolerance allows for others.
     void whole () const
     {
+        const double room = tolerance_ > 1e-6 ? tolerance_ : 0;
         for (std::size_t j = 0; j < s_.xx.size (); ++j)
-            require (p_.integer[j] != KLV_VAR_INTEGER || std::abs (s_.xx[j] - std::nearbyint (s_.xx[j])) <=
-                                                             (tolerance_ > 1e-6 ? tolerance_ : 0),
-                     "not whole");
+            require (!p_.integer[j] || std::abs (s_.xx[j] - std::nearbyint (s_.xx[j])) <= room, "not whole");
     }
 
     // Bounds times multipliers; signs and absent bounds are looked at on the way.
@@ -166,7 +157,7 @@ private:
                     sum.add (bound, multiplier);
                 else
                     require (std::abs (multiplier) <=
-                                 tolerance * (scale.empty () ? 1 : 1 + std::abs (scale[i])),
+                                 tolerance * (1 + std::abs (scale.empty () ? 0 : scale[i])),
                              "a multiplier of no bound");
         }
     }
@@ -176,15 +167,14 @@ private:
     {
         const Values none;
         for (std::size_t i = 0; i < s_.y.size (); ++i)
-            require (std::abs (s_.y[i] - (s_.slc[i] - s_.suc[i])) <=
+            require (std::abs (s_.y[i] - s_.slc[i] + s_.suc[i]) <=
                          1e-12 * (std::abs (s_.slc[i]) + std::abs (s_.suc[i])),
                      "y");
         for (std::size_t j = 0; j < s_.slx.size (); ++j) {
             const double c = ray ? 0 : p_.cost[j];
             Sum residual;
-            residual.add (c);
-            residual.add (-s_.slx[j]);
-            residual.add (s_.sux[j]);
+            for (const double term : {c, -s_.slx[j], s_.sux[j]})
+                residual.add (term);
             each_entry (j, [&] (std::size_t i, double value) { residual.add (-value, s_.y[i]); });
             require (std::abs (residual.value) <= tolerance * (ray ? 1 : 1 + std::abs (c)) + residual.noise,
                      "dual residual");
@@ -229,13 +219,14 @@ private:
         keep (p_.variable, s_.xx);
         for (std::size_t i = 0; i < activity_.size (); ++i)
             require (std::abs (activity_[i].value - s_.xc[i]) <= activity_[i].noise, "xc of a direction");
-        has_value (cost (), -sign (), "the direction's value");
+        has_value (cost_, -sign (), "the direction's value");
         require (s_.primal == -sign () && s_.dual == 0, "the direction's objectives");
     }
 
     const klv::Problem& p_;
     const Slot& s_;
     double tolerance_;
+    Sum cost_;
     std::vector<Sum> activity_;
 };
 

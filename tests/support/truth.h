@@ -1,18 +1,12 @@
-// The truth about small linear problems, by exact arithmetic and without the library: an exact simplex method on the problem as
-// stated, and on the same problem with every bound and every cost moved by what an answer's tolerances allow.
+// The truth about small linear problems, by exact arithmetic and without the library: of the problem as stated, and of the same
+// problem with every bound and every cost moved by what an answer's tolerances allow.
 #pragma once
 
 #include "tests/support/proof.h"
 
 #include <gmpxx.h>
 
-#include <cmath>
-#include <cstddef>
 #include <optional>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace truth {
 
@@ -26,231 +20,147 @@ struct Range {
     bool is_crossed () const { return lower && upper && *lower > *upper; }
 };
 
-// A price for being on one side of 0, on top of the cost.
-struct Price {
-    Number below = 0, above = 0;
-};
-
-// To be minimised.
+// To be minimised: cost x + price |x|.
 struct Linear {
-    Numbers cost = {};
-    std::vector<Price> price = {};
-    std::vector<Range> column = {};
+    Numbers cost = {}, price = {};
     std::vector<Numbers> entries = {};    // by row
-    std::vector<Range> row = {};
+    std::vector<Range> column = {}, row = {};
 };
 
 struct Found {
-    bool feasible = false;    // a point exists
-    bool bounded = false;     // a dual point exists
-    Number value = 0;
+    bool feasible, bounded;    // a point exists, a dual point exists
+    Number value;              // where both do
 };
 
-// Rows a x = b with x, b >= 0. Slacks, and one artificial variable a row, stand behind the columns.
-class Tableau {
+// Variables that are not negative: basic ones as a sum of multiples of those outside, which are 0, and of a constant, the last.
+// A column is the difference of two of them; each bound adds a basic one, the distance from it.
+class Dictionary {
 public:
-    explicit Tableau (const Linear& lp) : lp_ (lp)
+    explicit Dictionary (const Linear& lp) : objective_ (2 * lp.cost.size () + 1)
     {
         for (std::size_t j = 0; j < lp.cost.size (); ++j) {
-            if (!lp.column[j].upper || *lp.column[j].upper > 0)
-                columns_.push_back ({j, 1, lp.cost[j] + lp.price[j].above});
-            if (!lp.column[j].lower || *lp.column[j].lower < 0)
-                columns_.push_back ({j, -1, lp.price[j].below - lp.cost[j]});
-        }
-        for (std::size_t i = 0; i < lp.row.size (); ++i)
-            add_range (lp.entries[i], lp.row[i]);
-        for (std::size_t j = 0; j < lp.cost.size (); ++j) {
+            objective_[2 * j] = lp.price[j] + lp.cost[j];
+            objective_[2 * j + 1] = lp.price[j] - lp.cost[j];
             Numbers unit (lp.cost.size ());
             unit[j] = 1;
-            // A bound at 0 is the sign of a column.
-            Range range = lp.column[j];
-            if (range.lower && *range.lower == 0)
-                range.lower.reset ();
-            if (range.upper && *range.upper == 0)
-                range.upper.reset ();
-            add_range (unit, range);
+            add (unit, lp.column[j]);
         }
-        add_slacks_and_artificials ();
+        for (std::size_t i = 0; i < lp.row.size (); ++i)
+            add (lp.entries[i], lp.row[i]);
+        for (std::size_t k = 0; k + 1 < objective_.size (); ++k)
+            outside_.push_back (k);
+        for (std::size_t i = 0; i < rows_.size (); ++i)
+            basic_.push_back (outside_.size () + i);
     }
 
-    bool make_feasible ()
+    Found solve ()
     {
-        Numbers artificials (width_);
-        for (std::size_t k = first_artificial_; k < width_; ++k)
-            artificials[k] = 1;
-        minimize (artificials, width_);
-        if (value (artificials) > 0)
-            return false;
-        // Artificial variables leave the basis; a row where none can take the place says nothing.
-        for (std::size_t i = rows_.size (); i-- > 0;) {
-            if (basis_[i] < first_artificial_)
-                continue;
-            std::size_t k = 0;
-            while (k < first_artificial_ && rows_[i][k] == 0)
-                ++k;
-            if (k < first_artificial_)
-                pivot (i, k);
-            else {
-                rows_.erase (rows_.begin () + static_cast<std::ptrdiff_t> (i));
-                basis_.erase (basis_.begin () + static_cast<std::ptrdiff_t> (i));
-            }
+        const End end = run ();
+        Found found{end != infeasible, end != unbounded, objective_.back ()};
+        if (end == infeasible) {    // whether the dual has a point does not depend on the bounds' values
+            for (Numbers& row : rows_)
+                row.back () = 0;
+            found.bounded = run () == optimal;
         }
-        return true;
+        if (end == unbounded) {    // nor does the problem depend on costs
+            objective_.assign (objective_.size (), 0);
+            found.feasible = run () == optimal;
+        }
+        return found;
     }
-
-    // Whether there is a minimum.
-    bool minimize_cost () { return minimize (costs (), first_artificial_); }
-    Number cost () const { return value (costs ()); }
 
 private:
-    struct Split {
-        std::size_t variable;
-        int sign;
-        Number cost;
-    };
+    enum End : std::uint8_t { optimal, infeasible, unbounded };
 
-    void add (const Numbers& coefficients, int sign, const Number& bound, bool equal)
+    void add (const Numbers& coefficients, const Range& range)
     {
-        Numbers row;
-        for (const Split& column : columns_)
-            row.push_back (sign * column.sign * coefficients[column.variable]);
-        row.push_back (sign * bound);
-        rows_.push_back (std::move (row));
-        slack_.push_back (!equal);
-    }
-    void add_range (const Numbers& coefficients, const Range& range)
-    {
-        if (range.upper)
-            add (coefficients, 1, *range.upper, range.is_fixed ());
-        if (range.lower && !range.is_fixed ())
-            add (coefficients, -1, *range.lower, false);
-    }
-
-    void add_slacks_and_artificials ()
-    {
-        const std::size_t count = rows_.size (), n = columns_.size ();
-        first_artificial_ = n + count;
-        width_ = first_artificial_ + count;
-        basis_.resize (count);
-        for (std::size_t i = 0; i < count; ++i) {
-            const Number right = rows_[i].back ();
-            const int sign = right < 0 ? -1 : 1;
-            rows_[i].pop_back ();
-            for (Number& value : rows_[i])
-                value *= sign;
-            rows_[i].resize (width_ + 1);
-            rows_[i].back () = sign * right;
-            if (slack_[i])
-                rows_[i][n + i] = sign;
-            basis_[i] = slack_[i] && sign > 0 ? n + i : first_artificial_ + i;
-            rows_[i][basis_[i]] = 1;
-        }
-    }
-
-    Numbers costs () const
-    {
-        Numbers costs (width_);
-        for (std::size_t k = 0; k < columns_.size (); ++k)
-            costs[k] = columns_[k].cost;
-        return costs;
-    }
-    Number value (const Numbers& costs) const
-    {
-        Number sum = 0;
-        for (std::size_t i = 0; i < rows_.size (); ++i)
-            sum += costs[basis_[i]] * rows_[i].back ();
-        return sum;
-    }
-
-    static void subtract (Numbers& from, const Number& times, const Numbers& row)
-    {
-        if (times == 0)
-            return;
-        const Number factor = -times;    // `times` may be an entry of `from`
-        for (std::size_t k = 0; k < row.size (); ++k)
-            if (row[k] != 0)
-                from[k] += factor * row[k];
-    }
-    void pivot (std::size_t row, std::size_t column)
-    {
-        const Number divisor = rows_[row][column];
-        for (Number& value : rows_[row])
-            if (value != 0)
-                value /= divisor;
-        for (std::size_t i = 0; i < rows_.size (); ++i)
-            if (i != row)
-                subtract (rows_[i], rows_[i][column], rows_[row]);
-        basis_[row] = column;
-    }
-
-    // Bland's rule, which never cycles, on the columns before `end`.
-    bool minimize (const Numbers& costs, std::size_t end)
-    {
-        Numbers reduced = costs;
-        reduced.emplace_back ();
-        for (std::size_t i = 0; i < rows_.size (); ++i)
-            subtract (reduced, costs[basis_[i]], rows_[i]);
-        for (;;) {
-            std::size_t enters = 0;
-            while (enters < end && reduced[enters] >= 0)
-                ++enters;
-            if (enters == end)
-                return true;
-            std::optional<std::size_t> leaves;
-            Number least;
-            for (std::size_t i = 0; i < rows_.size (); ++i) {
-                if (rows_[i][enters] <= 0)
-                    continue;
-                const Number ratio = rows_[i].back () / rows_[i][enters];
-                if (!leaves || ratio < least || (ratio == least && basis_[i] < basis_[*leaves])) {
-                    leaves = i;
-                    least = ratio;
+        for (const auto& [bound, sign] : {std::pair (range.lower, 1), {range.upper, -1}})
+            if (bound) {
+                Numbers& row = rows_.emplace_back ();
+                for (const Number& coefficient : coefficients) {
+                    row.push_back (sign * coefficient);
+                    row.push_back (-sign * coefficient);
                 }
+                row.push_back (-sign * *bound);
             }
-            if (!leaves)
-                return false;
-            pivot (*leaves, enters);
-            subtract (reduced, reduced[enters], rows_[*leaves]);
+    }
+
+    // The place, among those where it holds, of the variable with the smallest number.
+    template <class Condition>
+    static std::optional<std::size_t> first (const std::vector<std::size_t>& variables, Condition holds)
+    {
+        std::optional<std::size_t> found;
+        for (std::size_t k = 0; k < variables.size (); ++k)
+            if (holds (k) && (!found || variables[k] < variables[*found]))
+                found = k;
+        return found;
+    }
+
+    // The criss-cross method: it needs no point to begin with, and by the smallest number it never cycles.
+    End run ()
+    {
+        for (;;) {
+            auto row = first (basic_, [&] (std::size_t i) { return rows_[i].back () < 0; });
+            auto column = first (outside_, [&] (std::size_t k) { return objective_[k] < 0; });
+            if (!row && !column)
+                return optimal;
+            if (row && (!column || basic_[*row] < outside_[*column]))
+                column = first (outside_, [&] (std::size_t k) { return rows_[*row][k] > 0; });
+            else
+                row = first (basic_, [&] (std::size_t i) { return rows_[i][*column] < 0; });
+            if (!row || !column)
+                return row ? infeasible : unbounded;
+            exchange (*row, *column);
         }
     }
 
-    const Linear& lp_;
-    std::vector<Split> columns_;
-    std::vector<Numbers> rows_;    // the right-hand side last
-    std::vector<bool> slack_;
-    std::vector<std::size_t> basis_;
-    std::size_t first_artificial_ = 0, width_ = 0;
-};
+    void exchange (std::size_t basic, std::size_t outside)
+    {
+        Numbers& row = rows_[basic];
+        const Number factor = -1 / row[outside];
+        row[outside] = -1;
+        for (Number& value : row)
+            value *= factor;
+        const auto substitute = [&] (Numbers& in) {
+            const Number times = std::exchange (in[outside], 0);
+            for (std::size_t k = 0; times != 0 && k < row.size (); ++k)
+                if (row[k] != 0)
+                    in[k] += times * row[k];
+        };
+        substitute (objective_);
+        for (Numbers& other : rows_)
+            if (&other != &row)
+                substitute (other);
+        std::swap (basic_[basic], outside_[outside]);
+    }
 
-// Directions in which points of the problem may move for ever.
-inline Linear directions (Linear lp)
-{
-    for (auto* ranges : {&lp.row, &lp.column})
-        for (Range& range : *ranges)
-            for (auto* bound : {&range.lower, &range.upper})
-                if (*bound)
-                    **bound = 0;
-    return lp;
-}
+    Numbers objective_;
+    std::vector<Numbers> rows_;
+    std::vector<std::size_t> basic_, outside_;    // the numbers of the variables
+};
 
 inline Found solve (const Linear& lp)
 {
-    bool crossed = false;
-    for (const auto* ranges : {&lp.row, &lp.column})
-        for (const Range& range : *ranges)
-            crossed = crossed || range.is_crossed ();
-    Found found;
-    if (Tableau tableau (lp); !crossed && tableau.make_feasible ()) {
-        found.feasible = true;
-        found.bounded = tableau.minimize_cost ();
-        found.value = tableau.cost ();
-    } else {
-        const Linear ways = directions (lp);
-        Tableau rays (ways);
-        rays.make_feasible ();
-        found.bounded = rays.minimize_cost ();
+    return Dictionary (lp).solve ();
+}
+
+// The best of all whole values of the integer columns, each of which has two bounds.
+inline Found best_whole (Linear lp, const std::vector<std::uint8_t>& integer, std::size_t from = 0)
+{
+    const auto found =
+        std::find (integer.begin () + static_cast<std::ptrdiff_t> (from), integer.end (), KLV_VAR_INTEGER);
+    if (found == integer.end ())
+        return solve (lp);
+    const auto j = static_cast<std::size_t> (found - integer.begin ());
+    const Range range = lp.column[j];
+    Found best{};
+    for (Number value = std::ceil (range.lower->get_d ()); value <= *range.upper; ++value) {
+        lp.column[j] = {value, value};
+        const Found one = best_whole (lp, integer, j + 1);
+        if (one.feasible && (!best.feasible || !one.bounded || (best.bounded && one.value < best.value)))
+            best = one;
     }
-    return found;
+    return best;
 }
 
 const Number tolerance (1, 1'000'000);
@@ -269,20 +179,20 @@ inline std::optional<Number> finite (double bound)
 inline Linear linear (const klv::Problem& problem)
 {
     Linear lp;
-    const auto ranges = [] (const klv::Bounds& bounds, std::vector<Range>& to) {
+    const std::size_t columns = problem.cost.size (), rows = problem.constraint.lower.size ();
+    const auto ranges = [] (const klv::Bounds& bounds, std::size_t count, std::vector<Range>& to) {
         constexpr double fixing = 1e-10;
-        for (std::size_t i = 0; i < bounds.lower.size (); ++i) {
-            const bool contradict = bounds.lower[i] - bounds.upper[i] > fixing;
-            const klv::Interval pair =
-                contradict ? klv::Interval{bounds.lower[i], bounds.upper[i]} : bounds.interval (i);
-            to.push_back ({finite (pair.lower), finite (pair.upper)});
+        for (std::size_t i = 0; i < count; ++i) {
+            const klv::Interval stated{bounds.lower[i], bounds.upper[i]};
+            const auto [lower, upper] = stated.lower - stated.upper > fixing ? stated : bounds.interval (i);
+            to.push_back ({finite (lower), finite (upper)});
         }
     };
-    ranges (problem.variable, lp.column);
-    ranges (problem.constraint, lp.row);
-    lp.price.resize (problem.cost.size ());
-    lp.entries.assign (lp.row.size (), Numbers (problem.cost.size ()));
-    for (std::size_t j = 0; j < problem.cost.size (); ++j) {
+    ranges (problem.variable, columns, lp.column);
+    ranges (problem.constraint, rows, lp.row);
+    lp.price.resize (columns);
+    lp.entries.assign (rows, Numbers (columns));
+    for (std::size_t j = 0; j < columns; ++j) {
         lp.cost.emplace_back (problem.sense == KLV_SENSE_MAXIMIZE ? -problem.cost[j] : problem.cost[j]);
         const klv::Column column = problem.matrix.column (static_cast<std::int32_t> (j));
         for (std::size_t k = 0; k < column.rows.size (); ++k)
@@ -313,20 +223,21 @@ inline Linear moved (Linear lp, int outwards)
 inline Linear priced (Linear lp)
 {
     for (std::size_t j = 0; j < lp.cost.size (); ++j)
-        lp.price[j] = {allowance (lp.cost[j]), allowance (lp.cost[j])};
+        lp.price[j] = allowance (lp.cost[j]);
     for (std::size_t i = 0; i < lp.row.size (); ++i) {
         const Range range = lp.row[i];
         if (range.lower && range.upper)
             continue;
-        // The row's activity becomes a variable with a price.
-        lp.cost.emplace_back (0);
-        lp.price.push_back ({range.lower ? Number (0) : tolerance, range.upper ? Number (0) : tolerance});
+        // The row's activity becomes a variable with a price on the sides without a bound.
+        const Number above = range.upper ? Number (0) : tolerance,
+                     below = range.lower ? Number (0) : tolerance;
+        lp.cost.emplace_back ((above - below) / 2);
+        lp.price.emplace_back ((above + below) / 2);
         lp.column.emplace_back ();
         for (Numbers& row : lp.entries)
             row.emplace_back (0);
-        Numbers activity = lp.entries[i];
-        activity.back () = -1;
-        lp.entries.push_back (std::move (activity));
+        lp.entries.push_back (lp.entries[i]);
+        lp.entries.back ().back () = -1;
         lp.row.push_back ({Number (0), Number (0)});
     }
     return lp;
@@ -347,8 +258,8 @@ struct Truth {
     bool feasible = false, bounded = false;    // the problem and its dual have points
     double value = 0;                          // the optimum
     double least = 0, most = 0;                // of the objectives of answers within their tolerances
-    bool robust =
-        false;    // tolerances change nothing of the first two, and no bound that engines take as infinite decides
+    // Tolerances change nothing of the first two, and no bound that engines take as infinite decides.
+    bool robust = false;
 
     bool optimal () const { return feasible && bounded; }
 };
@@ -360,21 +271,14 @@ inline Truth truth (const klv::Problem& problem)
                 dual_relaxed = solve (priced (lp)), dual_tightened = solve (discounted (lp));
     const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     const auto objective = [&] (const Found& found) {
-        return problem.constant + sign * (!found.feasible  ? klv::infinity
-                                          : !found.bounded ? -klv::infinity
-                                                           : found.value.get_d ());
+        const double value = found.bounded ? found.value.get_d () : -klv::infinity;
+        return problem.constant + sign * (found.feasible ? value : klv::infinity);
     };
-    Truth told{.feasible = stated.feasible,
-               .bounded = stated.bounded,
-               .value = objective (stated),
-               .least = objective (relaxed),
-               .most = objective (dual_relaxed),
-               .robust = stated.feasible == relaxed.feasible && stated.feasible == tightened.feasible &&
-                         stated.bounded == dual_relaxed.bounded && stated.bounded == dual_tightened.bounded &&
-                         abs (stated.value) < 1'000'000'000'000};
-    if (sign < 0)
-        std::swap (told.least, told.most);
-    return told;
+    const bool robust = stated.feasible == relaxed.feasible && stated.feasible == tightened.feasible &&
+                        stated.bounded == dual_relaxed.bounded && stated.bounded == dual_tightened.bounded &&
+                        abs (stated.value) < 1'000'000'000'000;
+    const auto [least, most] = std::minmax ({objective (relaxed), objective (dual_relaxed)});
+    return {stated.feasible, stated.bounded, objective (stated), least, most, robust};
 }
 
 inline bool is_answer (const proof::Slot& slot)
@@ -386,10 +290,7 @@ inline bool is_answer (const proof::Slot& slot)
 // Throws what a slot with the default tolerances claims against the truth.
 inline void check_claim (const proof::Slot& slot, const Truth& truth)
 {
-    const auto require = [] (bool condition, const std::string& what) {
-        if (!condition)
-            throw std::runtime_error (what);
-    };
+    using proof::require;
     const double room = 2e-6 * (1 + std::abs (slot.primal) + std::abs (slot.dual));
     if (slot.solution == KLV_SOLSTA_OPTIMAL)
         require (slot.primal >= truth.least - room && slot.primal <= truth.most + room,

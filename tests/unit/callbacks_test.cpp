@@ -20,62 +20,45 @@ void define_progress (const std::function<Value (const std::vector<View>&)>& fun
 // A number whose whole part is not 0 stops; what is no number does not.
 TEST_F (Callbacks, StopByTheirAnswer)
 {
-    const std::pair<const char*, KLVrescode_t> cases[] = {
-        {"0", 0},
-        {"0.5", 0},
-        {"-0.9", 0},
-        {"1", KLV_RES_USER_STOP},
-        {"-1", KLV_RES_USER_STOP},
-        {"2.5", KLV_RES_USER_STOP},
-        {"4294967296", KLV_RES_USER_STOP},
-        {"nan", KLV_RES_USER_STOP},
-        {"[0 1]", 0},
-        {"sparse 0", 0},
-        {"sparse [0;3]", 0},
-        {"sparse 1", KLV_RES_USER_STOP},
-        {"[]", 0},
-        {"logical 1", 0},
-        {"'stop'", 0},
-        {"{1}", 0},
-        {"@", 0},
-    };
-    for (const auto& [answer, code] : cases) {
-        int calls = 0;
-        define_progress ([&] (const std::vector<View>&) { return ++calls, value (answer); });
-        EXPECT_EQ (code_of (solve ()), code) << answer;
-        EXPECT_EQ (printed (), "") << answer;
-        EXPECT_GE (calls, 1) << answer;
+    for (const auto& [answers, code] :
+         {std::pair ("0|0.5|-0.9|[0 1]|sparse 0|sparse [0;3]|[]|logical 1|'stop'|{1}|@|", KLV_RES_OK),
+          {"1|-1|2.5|4294967296|nan|sparse 1|", KLV_RES_USER_STOP}}) {
+        std::istringstream texts (answers);
+        for (std::string answer; std::getline (texts, answer, '|');) {
+            int calls = 0;
+            define_progress ([&] (const std::vector<View>&) { return ++calls, value (answer); });
+            EXPECT_EQ (code_of (solve ()), code) << answer;
+            EXPECT_EQ (printed (), "") << answer;
+            EXPECT_GE (calls, 1) << answer;
+        }
     }
 }
 
 TEST_F (Callbacks, ThatAreWrongOrFailEndAsTheyShould)
 {
-    const struct {
-        const char *callback, *printed;
-        KLVrescode_t code;
-    } cases[] = {
-        {"(other=1)", "", 0},
-        {"(log=1, iter=string)", "", 0},
-        {"(log=@, iter=@)", "", 0},
-        {"(log='', iter='')", "", 0},
-        {"(log='x')", "1200 callback.loghandle; ", 1200},
-        {"(iter='x')", "1200 callback.iterhandle; ", 1200},
-        {"(iter='nowhere', iterhandle=[])", "100007 ; ", KLV_RES_USER_STOP},
-        {"(iter='failing', iterhandle=[])", "100007 ; ", KLV_RES_USER_STOP},
-        {"(iter='interrupted', iterhandle=[])", "", KLV_RES_USER_STOP},
-        {"(log='failing', loghandle=[])", "", 0},
+    const std::string stopped = std::to_string (KLV_RES_USER_STOP), set_up = set_up_line (1200) + "1200";
+    const std::pair<const char*, std::string> cases[] = {
+        {"(other=1)", "0"},
+        {"(log=1, iter=string)", "0"},
+        {"(log=@, iter='')", "0"},
+        {"(log='x')", "1200 callback.loghandle; " + set_up},
+        {"(iter='x')", "1200 callback.iterhandle; " + set_up},
+        {"(iter='nowhere', iterhandle=[])", "100007 ; " + stopped},
+        {"(iter='failing', iterhandle=[])", "100007 ; " + stopped},
+        {"(iter='interrupted', iterhandle=[])", stopped},
+        {"(log='failing', loghandle=[])", "0"},
     };
-    session ().define ("failing", [] (int, const std::vector<View>&) -> std::vector<Value> {
-        throw MatlabError ("on purpose");
-    });
-    session ().define ("interrupted", [] (int, const std::vector<View>&) -> std::vector<Value> {
-        session ().interrupt_pending = true;
-        throw MatlabError ("interrupted");
-    });
-    for (const auto& c : cases) {
-        EXPECT_EQ (code_of (solve (c.callback)), c.code) << c.callback;
-        EXPECT_EQ (printed (), c.printed + (c.code == 1200 ? set_up_line (1200) : "")) << c.callback;
-        EXPECT_FALSE (session ().interrupt_pending) << c.callback;
+    const auto failing = [] (bool interrupts) {
+        return [=] (int, const std::vector<View>&) -> std::vector<Value> {
+            session ().interrupt_pending = interrupts;
+            throw MatlabError ("on purpose");
+        };
+    };
+    session ().define ("failing", failing (false));
+    session ().define ("interrupted", failing (true));
+    for (const auto& [callback, text] : cases) {
+        EXPECT_EQ (outcome ("minimize echo(0)", {small_problem, "[]", callback}), text) << callback;
+        EXPECT_FALSE (session ().interrupt_pending) << callback;
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "gateway/command.h"
 
 namespace {
@@ -9,29 +11,19 @@ namespace {
 // The settings that differ from the defaults, in the order of the words' table; then the file names.
 std::string changed (const cmdoptions& options)
 {
-    constexpr std::pair<const char*, std::int32_t cmdoptions::*> settings[] = {
-        {"statuskeys", &cmdoptions::statuskeys},
-        {"echo", &cmdoptions::echo},
-        {"info", &cmdoptions::info},
-        {"symbcon", &cmdoptions::symbcon},
-        {"param", &cmdoptions::param},
-        {"primalrepair", &cmdoptions::primalrepair},
-        {"cmdsense", &cmdoptions::cmdsense},
-        {"read", &cmdoptions::read},
-        {"write", &cmdoptions::write},
-        {"log", &cmdoptions::log},
-        {"anapro", &cmdoptions::anapro},
-        {"debug", &cmdoptions::debug},
-        {"calloc", &cmdoptions::use_matlab_calloc},
-        {"nokeepenv", &cmdoptions::nokeepenv},
-        {"version", &cmdoptions::version},
-        {"toconic", &cmdoptions::toconic},
-        {"prob", &cmdoptions::prob}};
+    using C = cmdoptions;
+    constexpr std::int32_t C::*settings[] = {
+        &C::statuskeys,        &C::echo,      &C::info,    &C::symbcon, &C::param,  &C::primalrepair,
+        &C::cmdsense,          &C::read,      &C::write,   &C::log,     &C::anapro, &C::debug,
+        &C::use_matlab_calloc, &C::nokeepenv, &C::version, &C::toconic, &C::prob};
+    std::istringstream names (
+        "statuskeys echo info symbcon param primalrepair cmdsense read write log anapro debug "
+        "calloc nokeepenv version toconic prob");
     const cmdoptions defaults;
-    std::string text;
-    for (const auto& [name, setting] : settings)
-        if (options.*setting != defaults.*setting)
-            text += name + std::string ("=") + std::to_string (options.*setting) + ' ';
+    std::string text, name;
+    for (const auto setting : settings)
+        if (names >> name; options.*setting != defaults.*setting)
+            text += name + "=" + std::to_string (options.*setting) + ' ';
     for (const char* file : {options.readfile, options.writefile, options.logfile})
         if (*file)
             text += '<' + std::string (file) + "> ";
@@ -50,25 +42,18 @@ TEST (Command, GivesSettings)
         {"statuskeys(1) echo(12) debug(-3)", "statuskeys=1 echo=12 debug=-3 "},
         {"read(a) write(b) log(c)", "read=1 write=1 log=1 <a> <b> <c> "},
         {"minimize", "cmdsense=1 "},
-        {"maximize", "cmdsense=-1 "},
-        {"min", "cmdsense=2 "},
         {"max", "cmdsense=-2 "},
         {"minimize min", "cmdsense=2 "},
         {"read( my file (2.mps)", "read=1 < my file (2.mps> "},
         {"read write(x)", "read=1 write=1 <x> "},
-        {"read(a) read", "read=1 <a> "},
         {"echo(2) debug", "echo=2 debug=2 "},
-        {"debug echo(2)", "echo=2 "},
-        {"echo()", "echo=0 "},
         {"echo( 7 )", "echo=7 "},
         {"log(" + longest + ")", "log=1 <" + longest + "> "},
         {"minimise", "cmdsense=2 ", "minimise"},
         {"symbcons", "symbcon=1 ", "symbcons"},
         {"Echo(1)", "", "Echo(1)"},
-        {"info\tparam", "info=1 ", "info\tparam"},
         {"debug(1) info bogus echo(0)", "info=1 debug=1 ", "bogus echo(0)"},
         {"debug(2x)", "debug=2 ", "debug(2x)"},
-        {"echo(high)", "echo=0 ", "echo(high)"},
         {"echo(1", "", "echo(1"},
         {"read(a)b", "read=1 <a> ", "read(a)b"},
     };

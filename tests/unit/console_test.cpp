@@ -13,36 +13,29 @@ TEST_F (Console, LinesComeInOrder)
 {
     const std::string open = "Kalvo: Open\nKalvo: Using matlab (1) or system calloc (0) ? ";
     const std::string failed = set_up_line (1200);
-    const struct {
-        std::vector<std::string> inputs;
-        std::string lines;
-        KLVrescode_t code = 0;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{}, banner () + "\nFor help type: help kalvoopt.\n"},
         {{"[]"}, banner ()},
         {{"'echo(0) minimize'", small_problem}, ""},
-        {{"'echo(1) minimize'", small_problem}, banner ()},
         {{"'echo(2) minimize'", small_problem}, banner ()},
         {{"'echo(0) debug(1)'"}, open + "0\nKalvo: Echo intro\n" + banner (1)},
         {{"'echo(0) debug(-1)'"}, banner (-1)},
         {{"'debug(1) use_matlab_calloc echo(0) bogus'"},
-         "Error in KALVO command argument. cmd at -> bogus\n" + open + "1\n" + failed,
-         1200},
-        {{"5"}, failed, 1200},
-        {{"string"}, failed, 1200},
-        {{"'echo(1)'", "5"}, banner () + "1200 prob; " + failure_line (1200), 1200},
-        {{"'echo(0)'", "5"}, "1200 prob; ", 1200},
-        {{"'echo(1)'", "[]", "5"}, "1200 param; " + failed, 1200},
-        {{"'echo(0)'", "[]", "[]", "5"}, "1200 callback; " + failed, 1200},
-        {{"'echo(0)'", "[]", "[]", "[]", "5"}, "1200 optserver; " + failed, 1200},
-        {{"'echo(0)'", "[]", "[]", "[]", "(host=string)"}, "1200 optserver.host; " + failed, 1200},
+         "Error in KALVO command argument. cmd at -> bogus\n" + open + "1\n" + failed},
+        {{"5"}, failed},
+        {{"string"}, failed},
+        {{"'echo(1)'", "5"}, banner () + "1200 prob; " + failure_line (1200)},
+        {{"'echo(0)'", "5"}, "1200 prob; "},
+        {{"'echo(1)'", "[]", "5"}, "1200 param; " + failed},
+        {{"'echo(0)'", "[]", "[]", "5"}, "1200 callback; " + failed},
+        {{"'echo(0)'", "[]", "[]", "[]", "5"}, "1200 optserver; " + failed},
+        {{"'echo(0)'", "[]", "[]", "[]", "(host=string)"}, "1200 optserver.host; " + failed},
         {{"'echo(0)'", "[]", "[]", "[]", "(host='')"}, ""},
         {{"'echo(0)'", "[]", "[]", "[]", "[]", "5"}, ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE (c.inputs.empty () ? "no inputs" : c.inputs[0]);
-        EXPECT_EQ (code_of (ask_with (c.inputs, 1)), c.code);
-        EXPECT_EQ (printed (), c.lines);
+    for (const auto& [inputs, lines] : cases) {
+        EXPECT_EQ (code_of (ask_with (inputs, 1)), lines.find ("1200") == lines.npos ? 0 : 1200) << lines;
+        EXPECT_EQ (printed (), lines);
     }
     EXPECT_EQ (code_of (ask_with ({"[]", "[]", "[]", "[]", "(host='solver.example')"})),
                KLV_RES_NOT_AVAILABLE);
@@ -59,11 +52,9 @@ TEST_F (Console, AndTheLogFunctionShowWhatTheLevelLetsThrough)
         received += inputs[1].text ();
         return std::vector<Value>{};
     });
-    const auto count = [] (const std::string& text, const std::string& word) {
-        int found = 0;
-        for (std::size_t at = text.find (word); at != std::string::npos; at = text.find (word, at + 1))
-            ++found;
-        return found;
+    const auto count = [] (const std::string& text, const char* word) {    // 2: more than once
+        const std::size_t first = text.find (word);
+        return (first != text.npos) + (text.rfind (word) != first);
     };
     for (int level = 0; level <= 5; ++level) {
         SCOPED_TRACE (level);
@@ -74,8 +65,8 @@ TEST_F (Console, AndTheLogFunctionShowWhatTheLevelLetsThrough)
         received = "";
         ask (command, {crossed, "[]", "(log='receive', loghandle=42)"});
         EXPECT_EQ (printed (), intro);
-        for (const std::string& text : {shown, intro + received}) {
-            EXPECT_TRUE (text.starts_with (intro));
+        EXPECT_TRUE (shown.starts_with (intro));
+        for (const std::string& text : {shown, received}) {
             EXPECT_EQ (count (text, "Warning"), level >= 2) << text;
             EXPECT_EQ (count (text, "The basic solution"), level >= 3) << text;
         }

@@ -23,11 +23,9 @@ protected:
 // A call of kalvoopt with inputs in our notation. Nothing may be left over.
 inline Call ask_with (const std::vector<std::string>& inputs, int outputs = 2)
 {
-    std::vector<Value> values;
-    for (const std::string& input : inputs)
-        values.push_back (value (input));
+    const std::vector<Value> arrays = values (inputs);
     session ().printed.clear ();
-    Call result = call (outputs, values);
+    Call result = call (outputs, arrays);
     EXPECT_EQ (result.left_arrays + result.left_blocks, 0U);
     EXPECT_FALSE (result.error) << *result.error;
     return result;
@@ -59,6 +57,13 @@ inline std::string printed ()
         text.replace (text.find ('\n', at), 1, "; ");
     }
     return text;
+}
+
+// What such a call prints, and its code: "1200 prob.a; 1200".
+inline std::string outcome (const std::string& command, const std::vector<std::string>& rest)
+{
+    const KLVrescode_t code = code_of (ask (command, rest));
+    return printed () + std::to_string (code);
 }
 
 inline std::string described (KLVrescode_t code, const char* before, const char* between, const char* after)

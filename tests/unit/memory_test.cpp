@@ -13,10 +13,8 @@ using Memory = GatewayTest;
 void fail_each_allocation (const std::vector<std::string>& inputs, const char* fields,
                            KLVrescode_t other = 1051)
 {
-    std::vector<Value> values;
-    for (const std::string& input : inputs)
-        values.push_back (value (input));
-    const std::string whole = show (call (2, values)[1], fields);
+    const std::vector<Value> arrays = values (inputs);
+    const std::string whole = show (call (2, arrays)[1], fields);
     for (const bool ends_call : {false, true}) {
         session ().failure_ends_call = ends_call;
         int ended_inside = 0;
@@ -24,7 +22,7 @@ void fail_each_allocation (const std::vector<std::string>& inputs, const char* f
             SCOPED_TRACE (n);
             session ().allocations = 0;
             session ().failing_allocation = n;
-            const Call result = call (2, values);
+            const Call result = call (2, arrays);
             session ().failing_allocation = 0;
             EXPECT_EQ (result.left_arrays + result.left_blocks, 0U);
             if (session ().allocations < n)
@@ -39,7 +37,7 @@ void fail_each_allocation (const std::vector<std::string>& inputs, const char* f
                 EXPECT_TRUE (!result.error && (code == 1051 || code == other)) << code;
         }
         EXPECT_TRUE (!ends_call || inputs.size () < 5 || ended_inside > 0);
-        EXPECT_EQ (show (call (2, values)[1], fields), whole);
+        EXPECT_EQ (show (call (2, arrays)[1], fields), whole);
     }
     session ().failure_ends_call = false;
 }

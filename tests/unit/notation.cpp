@@ -58,7 +58,6 @@ private:
     }
 
     std::string word () { return until (" ,;=)]}"); }
-
     std::string quoted ()
     {
         std::string found = until ("'");
@@ -88,19 +87,17 @@ private:
         std::vector<std::string> lines;
         std::vector<Numbers> rows;
         while (!take (']')) {
-            if (take ('\'')) {
+            if (take ('\''))
                 lines.push_back (quoted ());
-            } else {
-                rows.emplace_back ();
-                while (peek () != ';' && peek () != ']')
+            else
+                for (rows.emplace_back (); peek () != ';' && peek () != ']';)
                     rows.back ().push_back (std::stod (word ()));
-            }
             take (';');
         }
         if (!lines.empty ())
             return texts (lines);
-        const std::size_t columns = rows.empty () ? 0 : rows[0].size ();
         Numbers values;
+        const std::size_t columns = rows.empty () ? 0 : rows[0].size ();
         for (std::size_t j = 0; j < columns; ++j)
             for (const Numbers& row : rows)
                 values.push_back (row.at (j));
@@ -132,7 +129,7 @@ private:
         if (name == "record") {
             const Sizes size = sizes (word ());
             const std::string field = word ();
-            return records (size, field.empty () ? std::vector<std::string>{} : std::vector{field});
+            return records (size, std::vector<std::string> (!field.empty (), field));
         }
         if (name == "complex") {
             const Value same = read ();
@@ -171,10 +168,9 @@ std::string grid (const Sizes& sizes, Item item)
 
 std::string number (double value)
 {
-    std::ostringstream text;
-    text.precision (12);
-    text << (value == 0 ? 0 : std::isnan (value) ? std::abs (value) : value);
-    return text.str ();
+    char text[32];
+    std::snprintf (text, sizeof text, "%.12g", value == 0 || std::isnan (value) ? std::abs (value) : value);
+    return text;
 }
 
 std::string show_sparse (const mxArray* a)
@@ -206,6 +202,14 @@ Value value (std::string_view text)
     return read;
 }
 
+std::vector<Value> values (const std::vector<std::string>& texts)
+{
+    std::vector<Value> read;
+    for (const std::string& text : texts)
+        read.push_back (value (text));
+    return read;
+}
+
 std::string show (View view, std::string_view names)
 {
     std::istringstream words{std::string (names)};
@@ -228,15 +232,14 @@ std::string show (View view)
         return std::to_string (sizes[0]) + 'x' + std::to_string (sizes[1]);
     if (view.class_id () == mxCELL_CLASS)
         return grid (sizes, [&] (std::size_t i, std::size_t j) { return show (view.cell (at (i, j))); });
-    if (view.class_id () == mxCHAR_CLASS) {
-        const std::string characters = view.text ();
-        return grid ({sizes[0], 1}, [&] (std::size_t i, std::size_t) {
+    if (view.class_id () == mxCHAR_CLASS)
+        return grid ({sizes[0], 1}, [&, characters = view.text ()] (std::size_t i, std::size_t) {
             std::string row;
             for (std::size_t j = 0; j < sizes[1]; ++j)
                 row += characters[at (i, j)];
             return row;
         });
-    }
-    const Numbers numbers = view.numbers ();
-    return grid (sizes, [&] (std::size_t i, std::size_t j) { return number (numbers[at (i, j)]); });
+    return grid (sizes, [&, numbers = view.numbers ()] (std::size_t i, std::size_t j) {
+        return number (numbers[at (i, j)]);
+    });
 }

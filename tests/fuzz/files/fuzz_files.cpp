@@ -4,35 +4,22 @@
 #include "tests/fuzz/random.h"
 #include "tests/support/problem_file.h"
 
-#include <cctype>
-#include <cstdio>
-#include <cstdlib>
 #include <set>
 
 namespace {
 
 using fuzz::pieces_of, fuzz::require;
 
-std::vector<std::string> words_of (const std::string& text)
-{
-    std::istringstream stream (text);
-    std::vector<std::string> words;
-    for (std::string word; stream >> word;)
-        words.push_back (word);
-    return words;
-}
-
 // ---- Files to begin with: a little of everything in free MPS, LP and JSON, and small published ones in fixed MPS
 
 const std::string everything = files::lines (
-    "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit| G "
-    "need|"
-    " E balance| E window|COLUMNS|    x cost 1.5 limit 2|    x need -1e-3 balance +7|    M1 'MARKER' "
-    "'INTORG'|"
-    "    n cost -2 window 1|    b limit .5 other 4D1|    M2 'MARKER' 'INTEND'|    y window 1 balance -1|"
-    "    z need 1|    w limit 3|RHS|    RHS cost -12.5 limit 100|    RHS need 1 balance 0|    RHS window -4|"
-    "RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS| UP BND x 40| LO BND x -3| LI BND n 2|"
-    " UI BND n 9| BV BND b| MI BND y| UP BND y -1| FR BND z| FX BND w 2.25|ENDATA|");
+    "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit|"
+    " G need| E balance| E window|COLUMNS|    x cost 1.5 limit 2|    x need -1e-3 balance +7|"
+    "    M1 'MARKER' 'INTORG'|    n cost -2 window 1|    b limit .5 other 4D1|    M2 'MARKER' 'INTEND'|"
+    "    y window 1 balance -1|    z need 1|    w limit 3|RHS|    RHS cost -12.5 limit 100|"
+    "    RHS need 1 balance 0|    RHS window -4|RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS|"
+    " UP BND x 40| LO BND x -3| LI BND n 2| UI BND n 9| BV BND b| MI BND y| UP BND y -1| FR BND z|"
+    " FX BND w 2.25|ENDATA|");
 
 const std::string everything_in_lp = files::lines (
     "\\ Problem name: little|Maximize| cost: 1.5 x - 2 n + 0 b|  + 12.5|Subject To| limit: -40 <= 2 x + .5 b|"
@@ -49,12 +36,9 @@ std::vector<std::string> seeds ()
             paths.insert (entry.path ());
     require (!paths.empty (), "no instances in " KALVO_TEST_DATA);
     std::vector<std::string> texts;
-    for (const auto& path : paths) {
-        texts.push_back (files::load (path));
-        texts.push_back (everything);
-        texts.push_back (everything_in_lp);
-        texts.push_back (files::json_example ());
-    }
+    for (const auto& path : paths)
+        texts.insert (texts.end (),
+                      {files::load (path), everything, everything_in_lp, files::json_example ()});
     return texts;
 }
 
@@ -90,8 +74,8 @@ public:
             damage (lines);
         std::string result;
         for (const std::string& line : lines)
-            result += line + (below (2000) == 0 ? "\r\n" : "\n");
-        if (below (8) == 0)
+            result += line + (one_in (2000) ? "\r\n" : "\n");
+        if (one_in (8))
             damage_bytes (result);
         return result;
     }
@@ -101,20 +85,21 @@ public:
         static constexpr std::string_view bytes ("\0\r\n\t\x1a\xEF\xBB\xBF\xFF$*'-+.eED 0", 19);
         for (std::size_t times = 1 + below (3); times > 0 && !text.empty (); --times) {
             const std::size_t at = below (text.size ()), kind = below (4);
+            const char byte = bytes[below (bytes.size ())];
             if (kind == 0)
                 text.resize (at);
             else if (kind == 1)
-                text[at] = bytes[below (bytes.size ())];
+                text[at] = byte;
             else
-                text.insert (at, below (2000) == 0 ? 20'000'000 : 1 + below (20),
-                             bytes[below (bytes.size ())]);
+                text.insert (at, one_in (2000) ? 20'000'000 : 1 + below (20), byte);
         }
     }
 
 private:
-    std::string any_word (const std::vector<std::string>& lines)
+    std::string any_word (const std::string& line)
     {
-        const std::vector<std::string> found = words_of (any (lines));
+        std::vector<std::string> found = pieces_of (line, ' ');
+        std::erase (found, "");
         return found.empty () ? "" : any (found);
     }
 
@@ -129,11 +114,11 @@ private:
     // A change after which most files can still be read: a number, a type of row or bound, a name everywhere.
     void change_meaning (std::vector<std::string>& lines)
     {
-        const std::string old = any_word (lines);
-        const bool is_type = std::find (types.begin (), types.end (), old) != types.end ();
+        const std::string old = any_word (any (lines));
+        const bool is_type = std::ranges::count (types, old) > 0;
         if (old.empty ())
             return;
-        if (is_type || (std::isdigit (static_cast<unsigned char> (old.back ())) && below (3) != 0))
+        if (is_type || (std::isdigit (static_cast<unsigned char> (old.back ())) && !one_in (3)))
             return replace (lines[below (lines.size ())], old, any (is_type ? types : numbers));
         const std::string& name = any (names);
         for (std::string& line : lines)
@@ -148,32 +133,23 @@ private:
             return lines.begin () + static_cast<std::ptrdiff_t> (below (lines.size ()));
         };
         std::string& line = *place ();
-        const std::string word = any_word ({line});
-        switch (below (8)) {
-        case 0:
+        const std::string word = any_word (line);
+        const std::size_t kind = below (8);
+        if (kind == 0)
             lines.erase (place ());
-            break;
-        case 1:
-            lines.insert (place (), below (2) ? any (extra_lines) : std::string (line));
-            break;
-        case 2:
-            if (auto place1 = place (), place2 = place (); place1 < place2)
-                std::rotate (place1, place2, place2 + 1);
-            break;
-        case 3:
-            lines.resize (below (2) ? lines.size () : below (lines.size ()));
-            break;
-        case 4:
-        case 5:
-            replace (line, word, below (2) ? any (words) : any_word (lines));
-            break;
-        case 6:
-            replace (line, word, below (2) ? word + any (endings) : any (endings) + word);
-            break;
-        default:
+        else if (kind == 1)
+            lines.insert (place (), one_in (2) ? std::string (line) : any (extra_lines));
+        else if (kind == 2)
+            std::swap (line, *place ());
+        else if (kind == 3)
+            lines.resize (one_in (2) ? below (lines.size ()) : lines.size ());
+        else if (kind < 6)
+            replace (line, word, one_in (2) ? any_word (any (lines)) : any (words));
+        else if (kind == 6)
+            replace (line, word, one_in (2) ? any (endings) + word : word + any (endings));
+        else
             line.insert (line.empty () ? 0 : below (line.size ()), 1 + below (4),
-                         " \t+:"[below (8) == 0 ? 1 + below (3) : 0]);
-        }
+                         " \t+:"[one_in (8) ? below (4) : 0]);
     }
 };
 
@@ -193,8 +169,6 @@ void check_fault (const files::Task& task, KLVrescode_t code, const std::string&
              "a problem after a fault");
 }
 
-enum Outcome : std::uint8_t { refused, same, not_written, outcomes };
-
 // Bytes of a packed file that are damaged are refused, or were of no account.
 void check_packed (const std::string& path, const klv::Problem& problem, Mutator& choice)
 {
@@ -208,7 +182,7 @@ void check_packed (const std::string& path, const klv::Problem& problem, Mutator
     require (!model::difference (problem, task.problem ()), "another problem from damaged packing");
 }
 
-Outcome run (const std::string& text, const files::Folder& folder, Mutator& choice)
+const char* run (const std::string& text, const files::Folder& folder, Mutator& choice)
 {
     const bool json = text.starts_with ('{');
     const std::string path = folder / (json ? "f.json" : text.starts_with ('\\') ? "f.lp" : "f.mps");
@@ -219,11 +193,10 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
         task.set_format (static_cast<std::int32_t> (std::min<std::size_t> (choice.below (6), 2)));
     if (const KLVrescode_t code = KLV_readdata (task, path.c_str ())) {
         check_fault (task, code, path);
-        return refused;
+        return "refused with their line";
     }
     const klv::Problem& problem = task.problem ();
-    require (std::count (problem.integer.begin (), problem.integer.end (), KLV_VAR_INTEGER) ==
-                 problem.integers,
+    require (std::ranges::count (problem.integer, KLV_VAR_INTEGER) == problem.integers,
              "the number of integers");
 
     // JSON alone holds bounds beyond the threshold.
@@ -234,7 +207,7 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
         require (code == KLV_RES_FILE_CANNOT_HOLD, "writing: " + task.last_error ());
         require (task.last_error ().find ("of the same name") == std::string::npos, "two items of one name");
         require (!std::filesystem::exists (copy), "a file that could not be written");
-        return not_written;
+        return "that the chosen form cannot hold";
     }
     require (KLV_readdata (again, copy.c_str ()) == KLV_RES_OK, "what was written: " + again.last_error ());
     const auto difference = model::difference (problem, again.problem ());
@@ -242,32 +215,23 @@ Outcome run (const std::string& text, const files::Folder& folder, Mutator& choi
     if (copy.ends_with (".gz") && format == KLV_FILE_FREE_MPS)
         check_packed (copy, problem, choice);
     std::filesystem::remove (copy);
-    return same;
+    return "the same after writing and reading";
 }
 
 }
 
 int main (int argc, char** argv)
 {
-    const long count = argc > 1 ? std::atol (argv[1]) : 10'000;
-    const long first = argc > 2 ? std::atol (argv[2]) : 0;
     const std::vector<std::string> texts = seeds ();
     const files::Folder folder;
-    long counts[outcomes] = {}, failed = 0;
-    for (long i = first; i < first + count; ++i) {
+    return fuzz::run_cases (argc, argv, [&] (long i) {
         Mutator mutator (static_cast<std::uint64_t> (i));
         const std::string text = mutator.mutate (texts[mutator.below (texts.size ())]);
         try {
-            ++counts[run (text, folder, mutator)];
-        } catch (const std::exception& fault) {
-            ++failed;
-            std::printf ("case %ld: %s\n", i, fault.what ());
+            return run (text, folder, mutator);
+        } catch (const std::exception&) {
             files::save ("fuzz_" + std::to_string (i), text);
+            throw;
         }
-    }
-    std::printf ("%ld files refused with their line, %ld the same after writing, %ld that the chosen form "
-                 "cannot hold\n",
-                 counts[refused], counts[same], counts[not_written]);
-    std::printf ("%ld passed, %ld failed\n", count - failed, failed);
-    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    });
 }
