@@ -1,4 +1,4 @@
-// Tiny problems of every odd shape: each row names the fault that it would catch.
+// Tiny problems of shapes that random ones do not have: each row names the fault that it would catch.
 #include "tests/library/model.h"
 
 namespace {
@@ -14,34 +14,15 @@ constexpr const char *optimal = "OPTIMAL", *infeasible = "PRIMAL_INFEASIBLE_CERT
 const Shape shapes[] = {
     {"nothing but a constant", "min +-3.5", optimal, -3.5},
     {"constraints without variables that hold", "min;; in -1..1; in ..", optimal},
-    {"one that can't hold below", "min;; in 1..", infeasible},
-    {"one that can't hold above, maximising", "max;; in ..-2", infeasible},
-    {"variables without constraints", "min 1 -1 0; -2..5 -2..5 ..", optimal, -7},
-    {"the same, unbounded", "min 1; ..4", unbounded, -1},
-    {"the same, unbounded, maximising", "max 0 3; .. 0..", unbounded, 1},
-    {"an optimum of 0 at no bound", "min 0 0; .. ..; 1 1 in =2", optimal},
-    {"a constraint without entries that holds", "min 1; 0..; 1 in 2..; 0 in -1..1", optimal, 2},
-    {"one that can't hold", "min 1; 0..; 1 in 2..; 0 in 1..3", infeasible},
-    {"a column without entries that leaves", "min 1 -1; 0.. 0..; 1 0 in 2..", unbounded, -1},
-    {"one at its bound", "min 1 -1; 0.. 0..9; 1 0 in 2..", optimal, -7},
-    {"a free row", "min 1 1; 0.. 0..; 1 -1 in ..; 1 2 in 3..", optimal, 1.5},
-    {"equal rows", "min 2 3; 0.. 0..; 1 1 in 4..; 1 1 in 4..; 2 2 in 8..20", optimal, 8},
+    {"one that can't hold, maximising", "max;; in ..-2", infeasible},
+    {"unbounded without constraints, maximising", "max 0 3; .. 0..", unbounded, 1},
     {"equal rows that contradict each other", "min 2 3; 0.. 0..; 1 1 in =4; 1 1 in =5", infeasible},
-    {"fixed variables only", "min 2 3; =1 =2; 1 1 in 0..10", optimal, 8},
-    {"fixed variables that break a constraint", "min 2 3; =1 =2; 1 1 in 0..2", infeasible},
-    {"an equation with free variables", "min 1 2; .. ..; 1 2 in =3", optimal, 3},
-    {"unbounded along an equation", "min 1 1; .. ..; 1 2 in =3", unbounded, -1},
     {"both infeasible and unbounded", "min -1 0; 0.. 0..1; 0 1 in 2..", infeasible},
-    {"maximising a range", "max 3 2 +1; 0.. 0..; 1 1 in 1..4; 1 0 in ..3", optimal, 12},
-    {"infeasible, maximising", "max 3 2; 0.. 0..; 1 1 in ..1; 1 1 in 2..", infeasible},
-    {"unbounded, maximising", "max 1 1; 0.. 0..; 1 -1 in -2..2", unbounded, 1},
-    {"negative upper bounds", "min -1 -1; ..-2 ..-3; 1 1 in -10..", optimal, 5},
-    {"a degenerate vertex", "min -1 -1; 0.. 0..; 1 0 in ..1; 0 1 in ..1; 1 1 in ..2", optimal, -2},
+    {"maximising with a constant", "max 3 2 +1; 0.. 0..; 1 1 in 1..4; 1 0 in ..3", optimal, 12},
     {"crossed bounds of a variable", "min 1; 2..1; 1 in 0..1", infeasible},
     {"crossed bounds of a constraint, maximising", "max 1; 0..1; 1 in 3..1", infeasible},
     {"crossed within the tolerance", "min 1; 0..3; 1 in 1..0.99999999995", optimal, 1},
     {"a bound of 1e25 that does not matter", "min 1; -1e25..1e25; 1 in 2..1e25", optimal, 2},
-    {"an entry of 1e-10 that matters", "min 1; 0..; 1e-10 in 1..", optimal, 1e10},
     {"costs of 1e12", "min 1e12 2e12; 0.. 0..; 1 1 in 1..", optimal, 1e12},
 };
 
@@ -85,10 +66,11 @@ TEST (Shapes, EndRightWithEveryOptimizer)
 // What an engine would take for something else is refused by name.
 TEST (Shapes, BeyondEveryOptimizerAreRefused)
 {
-    for (const auto& [problem, item] : {std::pair{"min 1 -1e20; 0..1 0..1; 1 1 in 1..", "variable 2"},
-                                        {"min 1; 0..1; 1e15 in 1..", "constraint 1"},
-                                        {"min 1; 1e20..; 1 in 1..", "variable 1"},
-                                        {"min 1; 0..; 1 in ..-1e20", "constraint 1"}}) {
+    for (const auto& [problem, item] :
+         {std::pair{"min 1 -1e20; 0..1 0..1; 1 1 in 1..", "the cost of variable 2"},
+          {"min 1; 0..1; 1e15 in 1..", "entry of constraint 1"},
+          {"min 1; 1e20..; 1 in 1..", "variable 1"},
+          {"min 1; 0..; 1 in ..-1e20", "constraint 1"}}) {
         const model::Task task (problem);
         EXPECT_EQ (model::optimized (task), "TOO_LARGE");
         EXPECT_NE (task.last_error ().find (item), std::string::npos) << task.last_error ();
