@@ -50,35 +50,33 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
         return claims (job.method == klv::Method::primal_simplex && job.reformulate && !job.start ? "unknown"
                                                                                                   : right);
     });
+    const std::string run = "Optimiser: ", join = "Joined after T s: ", one = "; scripted, 1 thread\n";
     const struct {
-        const char *problem, *settings, *why;
+        const char *problem, *settings;
+        std::string line;
         bool again = false;    // from the solution of a first run
     } cases[] = {
-        {small, "", "dual simplex (automatic: continuous variables, no start); scripted, 1 thread"},
-        {small, "OPTIMIZER 1", "dual simplex (asked for); scripted, 1 thread"},
-        {small, "OPTIMIZER 3", "interior point (asked for); scripted, 1 thread"},
-        {small, "OPTIMIZER 1", "dual simplex (asked for, from the given basis); scripted, 1 thread", true},
-        {small_integers, "MAX_THREADS 3", "integer search (2 integer variables); scripted, 3 threads"},
+        {small, "", run + "dual simplex (automatic: continuous variables, no start)" + one},
+        {small, "OPTIMIZER 1", run + "dual simplex (asked for)" + one},
+        {small, "OPTIMIZER 3", run + "interior point (asked for)" + one},
+        {small, "OPTIMIZER 3", join + "interior point with crossover (for a basic solution)" + one},
+        {small, "OPTIMIZER 1", run + "dual simplex (asked for, from the given basis)" + one, true},
+        {small, "OPTIMIZER 0", run + "primal simplex (because the answer before it does not hold)" + one},
+        {small_integers, "MAX_THREADS 3",
+         run + "integer search (2 integer variables); scripted, 3 threads\n"},
         {small_integers, "MAX_THREADS 1",
-         "integer search (2 integer variables, from given values); scripted, 1 thread", true},
+         run + "integer search (2 integer variables, from given values)" + one, true},
         {small_integers, "RELAX_INTEGERS 1",
-         "dual simplex (automatic: continuous variables, integer ones taken as such, no start); scripted, 1 "
-         "thread"},
+         run + "dual simplex (automatic: continuous variables, integer ones taken as such, no start)" + one},
         {"min 1 2; 0..10 0..10", "",
-         "none (no constraint that binds has an entry: each variable goes to its better bound)"},
+         run + "none (no constraint that binds has an entry: each variable goes to its better bound)\n"},
     };
     for (const auto& c : cases) {
         const Task task (c.problem, c.settings);
         if (c.again)
             KLV_optimize (task);
-        expect_lines (log_of (task), {std::string ("Optimiser: ") + c.why + '\n'});
+        expect_lines (log_of (task), {c.line});
     }
-    expect_lines (
-        log_of (Task (small, "OPTIMIZER 0")),
-        {"Optimiser: primal simplex (because the answer before it does not hold); scripted, 1 thread\n"});
-    expect_lines (
-        log_of (Task (small, "OPTIMIZER 3")),
-        {"Joined after T s: interior point with crossover (for a basic solution); scripted, 1 thread\n"});
 }
 
 // A search that reports as this test wants it.

@@ -13,14 +13,12 @@ using scripted::small;
 constexpr const char* at_once = "RACE_SIZE 0 MAX_THREADS 2 ";
 constexpr const char* wrong = "optimal x 0 0 y 1 d 0 1";
 
-// Who answers what; nothing: it runs until it is stopped.
-struct Race {
-    const char *what, *simplex, *interior;
-    int winner, rejected = 0;
-};
-
 TEST (Race, IsWonByTheFirstProof)
 {
+    struct Race {
+        const char *what, *simplex, *interior;    // who answers what; nothing: it runs until it is stopped
+        int winner, rejected;
+    };
     // A loser may outlive the test.
     static const Race races[] = {
         {"simplex", right, nullptr, KLV_OPTIMIZER_DUAL_SIMPLEX, 0},

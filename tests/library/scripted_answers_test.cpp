@@ -58,16 +58,13 @@ TEST (Scripted, AnswersAreReportedAsWhatTheyAre)
              {"not c - A'y", "optimal x 2 0 y 1 d 0 2", trouble + "PRIMAL_FEASIBLE", all, all},
              {"no point at all", "optimal", nothing, all, all},
              {"not a number", "optimal x nan 0 y nan d 0 1", nothing, all, all},
-             {"infinite", "optimal x 2 inf d 0 1", nothing, all, all},
              {"wrong sizes", "optimal x 2 0 0 d 1", nothing, all, all},
              {"infeasible without a ray", "infeasible", nothing, all},
              {"undecided", "undecided", nothing, all},
-             {"stopped though nobody asked", "stopped", nothing, all},
              {"a limit without a point", "time_limit", "TIME_LIMIT"},
              {"a limit with a point", "time_limit x 5 5 y 1 d 0 1", "TIME_LIMIT bas FEASIBLE"},
              {"an iteration limit", "iteration_limit x 5 5", "ITERATION_LIMIT bas PRIMAL_FEASIBLE"},
              {"a node limit", "node_limit", "NODE_LIMIT"},
-             {"an objective limit", "objective_limit", "OBJECTIVE_LIMIT"},
              {"a limit just when it was done", "time_limit x 2 0 y 1 d 0 1", optimal},
              {"unsure of an optimum", "unknown x 2 0 y 1 d 0 1", optimal},
          })
@@ -83,20 +80,15 @@ TEST (Scripted, RaysBecomeCertificatesByDefinitionOnly)
     for (const Answer& answer : {
              Answer{"a true one is scaled to value 1", "infeasible ray 7", infeasible, 1, 0, boxed},
              {"up to its sign", "infeasible ray -7", infeasible, 1, 0, boxed},
-             {"maximising", "infeasible ray 7", infeasible, 1, 0, "max 1 1; 0..1 0..1; 1 1 in 3.."},
              {"zero", "infeasible ray 0", nothing, all, 0, boxed},
-             {"not a number", "infeasible ray nan", nothing, all, 0, boxed},
              {"wrong size", "infeasible ray 1 1", nothing, all, 0, boxed},
              {"the problem is feasible", "infeasible ray 1", nothing, all, 0, "min 1; 0..1; 1 in 1.."},
              {"a bound that does not exist", "infeasible ray 1", nothing, all, 0, half_boxed},
-             {"a tiny entry there", "infeasible ray 1", nothing, all, 0, "min 1 1; 0..1 0..; 1 1e-10 in 3.."},
              {"a free one", "infeasible ray 1", nothing, all, 0, "min 0 0; ..0.9999999 ..; 1 1e-8 in 1.."},
              {"noise there", "infeasible ray 1 0.3333333333", infeasible, 1, 0,
               "min 0 0; 0..1 ..; 1 1 in 3..; 0 -3 in 0.."},
              {"noise at a bound far away", "infeasible ray 0.3333333333333333 -1", infeasible, 1, 0,
               "min 1; -1e30..1e30; 3 in 16..; 1 in ..3"},
-             {"noise at a row", "infeasible ray 1 -1e-13", infeasible, 1, 0,
-              "min 0; 0..1; 1 in 3..; 1 in 0.."},
              {"more than noise there", "infeasible ray 1 0.3", nothing, all, 0,
               "min 0 0; 0..1 ..; 1 1 in 3..; 0 -3 in 0.."},
              {"a value below its rounding", "infeasible ray 1", nothing, all, 0,
@@ -109,8 +101,6 @@ TEST (Scripted, RaysBecomeCertificatesByDefinitionOnly)
              {"it leaves a constraint", "unbounded way 1 0.5", nothing, all, 0, strip},
              {"it leaves a bound", "unbounded way -1 -1", nothing, all, 0, up},
              {"it leaves by noise only", "unbounded way 1 1.0000000001", unbounded, 1, 0, strip},
-             {"noise at a variable", "unbounded way 1 -1e-13", unbounded, 1, 0,
-              "min -1 0; 0.. 0..; 1 1 in 0.."},
              {"it leaves by a tiny entry", "unbounded way 1", nothing, all, 0, "max 1; ..; 5e-9 in ..1"},
              {"a bound of 1e25 is a bound", "unbounded way 1", nothing, all, 0, "min -1; 0..1e25; 1 in 0.."},
              {"infinite", "unbounded way inf inf", nothing, all, 0, strip},
@@ -128,8 +118,6 @@ TEST (Scripted, IntegerAnswersAreReportedAsWhatTheyAre)
              Answer{"the truth", "optimal x 2 0 bound 2", best},
              {"nearly whole", "optimal x 2.0000003 -1e-9 bound 2", best},
              {"not whole", "optimal x 1.5 0.5 bound 2.5", none, 2, 2},
-             {"whole and infeasible", "optimal x 1 0 bound 1", none, 2, 2},
-             {"in spite of its bound", "optimal x 3 0 bound 2", poor, 2, 2},
              {"without a bound", "optimal x 2 0", poor, 2, 2},
              {"a bound that is not a number", "optimal x 2 0 bound nan", poor, 2, 2},
              {"a node limit with a point", "node_limit x 3 0 bound 2", "NODE_LIMIT " + feasible},
@@ -149,20 +137,18 @@ TEST (Scripted, ToleranceDecidesItsOwnQuestion)
         const char *parameter, *claims, *by_default, *loose, *problem = small;
     };
     for (const Judgement& judgement : {
-             Judgement{"PRIMAL_TOLERANCE", "optimal x 1.9999 0 y 1 d 0 1", "DUAL_FEASIBLE", "FEASIBLE"},
-             {"DUAL_TOLERANCE", "optimal x 2 0 y 1 d 0 1.0001", "PRIMAL_FEASIBLE", "OPTIMAL"},
-             {"GAP_TOLERANCE", "optimal x 2.0001 0 y 1 d 0 1", "FEASIBLE", "OPTIMAL"},
-             {"INTEGER_TOLERANCE", "optimal x 2.0001 bound 2.0001", "UNKNOWN", "INTEGER_OPTIMAL",
+             Judgement{"PRIMAL_TOLERANCE", "optimal x 1.9999 0 y 1 d 0 1", " DUAL_FEASIBLE", " FEASIBLE"},
+             {"DUAL_TOLERANCE", "optimal x 2 0 y 1 d 0 1.0001", " PRIMAL_FEASIBLE", " OPTIMAL"},
+             {"GAP_TOLERANCE", "optimal x 2.0001 0 y 1 d 0 1", " FEASIBLE", " OPTIMAL"},
+             {"INTEGER_TOLERANCE", "optimal x 2.0001 bound 2.0001", " UNKNOWN", " INTEGER_OPTIMAL",
               "min 1; 0..10i; 1 in 2.0001..2.0001"},
          }) {
+        SCOPED_TRACE (judgement.parameter);
         const scripted::InFront front ([&] (auto&, auto&, auto&) { return claims (judgement.claims); });
-        const std::string loosened = std::string (judgement.parameter) + " 1e-3";
-        for (const std::string& settings : {std::string (), loosened}) {
-            const model::Task task (judgement.problem, "OPTIMIZER 1 " + settings);
-            const std::string expected = settings.empty () ? judgement.by_default : judgement.loose;
-            EXPECT_TRUE (optimized (task, settings.empty () ? 1e-6 : 1e-3).ends_with (' ' + expected))
-                << judgement.parameter << settings;
-        }
+        model::Task task (judgement.problem, "OPTIMIZER 1");
+        EXPECT_TRUE (optimized (task).ends_with (judgement.by_default));
+        task.set ("WARM_START 0 " + std::string (judgement.parameter) + " 1e-3");
+        EXPECT_TRUE (optimized (task, 1e-3).ends_with (judgement.loose));
     }
 }
 
@@ -221,7 +207,7 @@ TEST (Scripted, FailuresBecomeCodesAndTheNextCallWorks)
 
 TEST (Scripted, AnEngineThatCannotBeLoadedIsNamed)
 {
-    scripted::InFront front ([] (auto&, auto&, auto&) { return claims (right); });
+    scripted::InFront front (nullptr);
     front.engine ().why_not = "the file /nowhere/engine.so can't be loaded";
     const auto behind = std::exchange (klv::engines (), {klv::engines ().front ()});
     const model::Task task (small);
