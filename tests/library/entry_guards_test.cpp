@@ -115,10 +115,9 @@ TEST (InternalFailure, MakesTheTaskUnusableAndCallsTheExitFunctionOnce)
     const auto fails = [] (void*, const char*) { throw std::runtime_error ("the console is gone"); };
     KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, nullptr, fails);
     EXPECT_EQ (KLV_readsummary (task, KLV_STREAM_MESSAGES), KLV_RES_INTERNAL);
-    for (const Operation& operation : operations)
-        EXPECT_EQ (operation.call (task),
-                   operation.is_among ("getlasterror") ? KLV_RES_NULL_POINTER : KLV_RES_TASK_UNUSABLE)
-            << operation.name;
+    for (const auto& [name, call] : operations)
+        EXPECT_EQ (call (task), name == "getlasterror" ? KLV_RES_NULL_POINTER : KLV_RES_TASK_UNUSABLE)
+            << name;
     EXPECT_EQ (task.last_error (), "the console is gone");
     EXPECT_EQ (exits, "operations.cpp: the console is gone");
 

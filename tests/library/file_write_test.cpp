@@ -127,12 +127,12 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         problem.variable_name.put (0, 3, "x");
         if (item == 'r')
             problem.constraint_name.put (2, 4, name);
-        if (item == 'v')
+        else if (item == 'v')
             problem.variable_name.put (2, 3, name);
-        if (item == 'o' || item == 'p')
-            (item == 'o' ? problem.objective_name : problem.name) = name;
-        if (item == 'b')
+        else if (item == 'b')
             problem.constraint.lower[0] = 4;
+        else
+            (item == 'o' ? problem.objective_name : problem.name) = name;
         Writing writing (problem, format);
         EXPECT_EQ (writing.write (), KLV_RES_FILE_CANNOT_HOLD);
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
@@ -161,24 +161,26 @@ klv::Bounds bounds_of_every_kind (bool of_mps_rows)
     klv::Bounds bounds{{KLV_BK_FR}, {-klv::infinity}, {klv::infinity}};
     const auto append = [&] (std::uint8_t key, double lower, double upper) {
         const bool crossed = lower > upper || (lower == upper && std::signbit (lower) < std::signbit (upper));
-        if (of_mps_rows && crossed)
-            return;
-        bounds.key.push_back (key);
-        bounds.lower.push_back (lower);
-        bounds.upper.push_back (upper);
+        if (!of_mps_rows || !crossed) {
+            bounds.key.push_back (key);
+            bounds.lower.push_back (lower);
+            bounds.upper.push_back (upper);
+        }
     };
-    for (const double lower : numbers) {
-        append (KLV_BK_LO, lower, klv::infinity);
-        append (KLV_BK_UP, -klv::infinity, lower);
-        append (KLV_BK_FX, lower, lower);
+    for (const double number : numbers) {
+        append (KLV_BK_LO, number, klv::infinity);
+        append (KLV_BK_UP, -klv::infinity, number);
+        append (KLV_BK_FX, number, number);
         for (const double upper : numbers)
-            append (KLV_BK_RA, lower, upper);
+            append (KLV_BK_RA, number, upper);
     }
     std::mt19937_64 random (7);
-    std::normal_distribution<double> mantissa, exponent (0, 3);
+    std::normal_distribution<double> normal;
+    const auto any = [&] (double spread) {
+        return normal (random) * std::pow (10, spread * normal (random));
+    };
     for (int i = 0; i < 20'000; ++i)
-        append (KLV_BK_RA, mantissa (random) * std::pow (10, exponent (random) * (i % 50 == 0 ? 30 : 1)),
-                mantissa (random) * std::pow (10, exponent (random)));
+        append (KLV_BK_RA, any (i % 50 == 0 ? 90 : 3), any (3));
     return bounds;
 }
 

@@ -70,7 +70,6 @@ const Refusal refusals[] = {
     {KLV_RES_VALUE_UNKNOWN, "bound key of variable 2 (index 1, 'coal') is 5",
      [] (T t) { return bound (t, 5, 0, 0); }},
     {KLV_RES_VALUE_NOT_FINITE, "'coal'", [] (T t) { return bound (t, KLV_BK_LO, nan, 0); }},
-    {KLV_RES_VALUE_NOT_FINITE, "'coal'", [] (T t) { return bound (t, KLV_BK_RA, 0, nan); }},
     {KLV_RES_BOUND_BEYOND_INFINITY, "lower Inf", [] (T t) { return bound (t, KLV_BK_LO, inf, 0); }},
     {KLV_RES_BOUND_BEYOND_INFINITY, "upper -Inf", [] (T t) { return bound (t, KLV_BK_UP, 0, -inf); }},
     {KLV_RES_BOUND_BEYOND_INFINITY, "Inf", [] (T t) { return bound (t, KLV_BK_FX, inf, inf); }},
@@ -173,6 +172,27 @@ TEST (Load, AsksTheCallbackAndStops)
             last = column (task, 2, {1});
         EXPECT_EQ (last, code);
         EXPECT_EQ (asked, KLV_CALLER_LOAD);
+    }
+}
+
+// Names never overrun a buffer.
+TEST (Names, AreCutBetweenCharactersWithAFault)
+{
+    const files::Task task;
+    for (const auto& [text, capacity, kept] : {std::tuple{"abc", 4, "abc"},
+                                               {"abc", 3, "ab"},
+                                               {"abc", 1, ""},
+                                               {"a\xC3\xBC", 3, "a"},
+                                               {"\xF0\x9F\x98\x80", 4, ""},
+                                               {"\x80\x80\x80\x80\x80\x80", 6, "\x80\x80"},
+                                               {"abc", 0, "????????"},
+                                               {"abc", -1, "????????"}}) {
+        std::string buffer (8, '?');
+        KLV_puttaskname (task, text);
+        const KLVrescode_t code = KLV_gettaskname (task, capacity, buffer.data ());
+        EXPECT_EQ (code, kept == std::string (text) ? KLV_RES_OK : KLV_RES_BUFFER_TOO_SMALL) << text;
+        EXPECT_STREQ (buffer.c_str (), kept);
+        EXPECT_EQ (buffer[static_cast<std::size_t> (std::max (capacity, 0))], '?') << "overrun: " << text;
     }
 }
 

@@ -67,27 +67,6 @@ TEST (WorkerProgress, EachPhaseIsToldInOrderAndALongOneAgainButNotTooOften)
                                                               KLV_CALLER_CHECK, KLV_CALLER_END_OPTIMIZE}));
 }
 
-TEST (WorkerProgress, AFloodOfTextIsBoundedAndWhatIsLostIsCounted)
-{
-    constexpr int flood = 300'000;
-    const InFront front ([] (auto&, auto&, auto& channel) {
-        for (int i = 0; i < flood; ++i)
-            channel.text ("one line of very many\n");
-        channel.text ("very many, without an end");
-        return claims (right);
-    });
-    const Task task (small, "OPTIMIZER 1 LOG 3");
-    long lines = 0;    // passed, and said to be lost
-    KLV_linkfunctotaskstream (task, KLV_STREAM_MESSAGES, &lines, [] (void* handle, const char* line) {
-        const std::string text = line;
-        const bool is_lost = text.find (" lines were lost") != text.npos;
-        *static_cast<long*> (handle) +=
-            is_lost ? std::stol (text.substr (text.find ('(') + 1)) : text.find ("very many") != text.npos;
-    });
-    EXPECT_EQ (KLV_optimize (task), 0);
-    EXPECT_EQ (lines, flood + 1);
-}
-
 TEST (Stops, GiveTheirCodeAndKeepWhatIsProved)
 {
     struct Stop {
