@@ -65,24 +65,23 @@ TEST (MpsFailure, OpeningSaysWhy)
     files::save (folder / "endless.mps", "NAME\n*");
     std::filesystem::resize_file (folder / "endless.mps", 20'000'000);
     constexpr const char* extension = "the extensions .mps, .lp and .json are known";
+    constexpr KLVrescode_t open = KLV_RES_FILE_OPEN, format = KLV_RES_FILE_FORMAT_UNKNOWN;
     const struct {
         decltype (&KLV_readdata) operation;
         std::string path;
         KLVrescode_t code;
         const char* cause;
     } cases[] = {
-        {KLV_readdata, folder / "none.mps", KLV_RES_FILE_OPEN, "none.mps: cannot be opened: No such file"},
-        {KLV_readdata, folder / "pipe.mps", KLV_RES_FILE_OPEN, "not a regular file"},
-        {KLV_readdata, folder / "folder.mps", KLV_RES_FILE_OPEN, "it is a directory"},
-        {KLV_readdata, folder / "f.gz", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
-        {KLV_readdata, folder / "f.txt", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
+        {KLV_readdata, folder / "none.mps", open, "none.mps: cannot be opened: No such file"},
+        {KLV_readdata, folder / "pipe.mps", open, "not a regular file"},
+        {KLV_readdata, folder / "folder.mps", open, "it is a directory"},
+        {KLV_readdata, folder / "f.gz", format, extension},
         {KLV_readdata, folder / "endless.mps", KLV_RES_FILE_SYNTAX, "endless.mps:2: a line is longer than"},
         {KLV_readdata, "", KLV_RES_FILE_NAME_MISSING, ""},
-        {KLV_writedata, folder / "none/f.mps", KLV_RES_FILE_OPEN,
-         "none/f.mps: cannot be written: No such file"},
-        {KLV_writedata, folder / "folder.mps", KLV_RES_FILE_OPEN, "it is a directory"},
-        {KLV_writedata, folder / "full.mps", KLV_RES_FILE_OPEN, "it is not a regular file"},
-        {KLV_writedata, folder / "f.txt", KLV_RES_FILE_FORMAT_UNKNOWN, extension},
+        {KLV_writedata, folder / "none/f.mps", open, "none/f.mps: cannot be written: No such file"},
+        {KLV_writedata, folder / "folder.mps", open, "it is a directory"},
+        {KLV_writedata, folder / "full.mps", open, "it is not a regular file"},
+        {KLV_writedata, folder / "f.txt", format, extension},
         {KLV_writedata, "", KLV_RES_FILE_NAME_MISSING, ""},
     };
     for (const auto& [operation, path, code, cause] : cases) {
@@ -104,17 +103,14 @@ TEST (MpsFailure, FullDiskLeavesTheOldFile)
 {
     Failure failure (large ());
     KLV_putobjsense (failure.task, KLV_SENSE_MAXIMIZE);
-    struct sigaction ignore {
-    }, before{};
-    ignore.sa_handler = SIG_IGN;
     rlimit limit{};
-    ::sigaction (SIGXFSZ, &ignore, &before);
+    const auto before = ::signal (SIGXFSZ, SIG_IGN);
     ::getrlimit (RLIMIT_FSIZE, &limit);
     const rlimit less{300'000, limit.rlim_max};
     ::setrlimit (RLIMIT_FSIZE, &less);
     const KLVrescode_t code = KLV_writedata (failure.task, failure.path.c_str ());
     ::setrlimit (RLIMIT_FSIZE, &limit);
-    ::sigaction (SIGXFSZ, &before, nullptr);
+    ::signal (SIGXFSZ, before);
     EXPECT_EQ (code, KLV_RES_FILE_WRITE);
     EXPECT_PRED_FORMAT2 (IsSubstring, "f.mps: cannot be written: File too large", failure.task.last_error ());
     failure.expect_old_file ();
@@ -137,35 +133,28 @@ TEST (MpsFailure, LinkAndPermissionsOfATargetAreKept)
 
 TEST (MpsFailure, CallbackIsAskedAndStops)
 {
-    static const struct {
-        decltype (&KLV_readdata) operation;
-        std::uint32_t begin, end;
-    } cases[] = {{KLV_readdata, KLV_CALLER_BEGIN_READ, KLV_CALLER_END_READ},
-                 {KLV_writedata, KLV_CALLER_BEGIN_WRITE, KLV_CALLER_END_WRITE}};
-    for (const auto& [operation, begin, end] : cases) {
-        for (const std::uint32_t stop_at : {begin, end, 0U}) {
+    for (const auto& [operation, begin, end] :
+         {std::tuple{&KLV_readdata, KLV_CALLER_BEGIN_READ, KLV_CALLER_END_READ},
+          {&KLV_writedata, KLV_CALLER_BEGIN_WRITE, KLV_CALLER_END_WRITE}})
+        for (const std::uint32_t stop_at : {begin, end}) {
             Failure failure;
             std::vector<std::uint32_t> callers;
             failure.task.on_progress ([&] (std::uint32_t caller) {
                 callers.push_back (caller);
-                return caller == stop_at ? 1 : 0;
+                return caller == stop_at;
             });
-            const KLVrescode_t code = operation (failure.task, failure.path.c_str ());
+            EXPECT_EQ (operation (failure.task, failure.path.c_str ()), KLV_RES_USER_STOP);
             EXPECT_EQ (callers.front (), begin);
-            EXPECT_EQ (callers.back (), stop_at == begin ? begin : end);
-            if (stop_at == 0)
-                continue;
-            EXPECT_EQ (code, KLV_RES_USER_STOP);
+            EXPECT_EQ (callers.back (), stop_at);
             EXPECT_EQ (failure.task.problem ().variables (), operation == KLV_readdata ? 0 : 2);
             EXPECT_EQ (failure.task.printed.find ("rror"), std::string::npos) << "a stop is no error";
             failure.expect_old_file ();
         }
-    }
 }
 
 TEST (MpsFailure, EveryAllocationFailsOnce)
 {
-    for (const char* name : {"f.mps", "f.lp", "f.lp.gz", "f.json"}) {
+    for (const std::string name : {"f.mps", "f.lp", "f.lp.gz", "f.json"})
         for (const bool writes : {false, true}) {
             bool failed = true;
             for (std::size_t n = 0; failed; ++n) {
@@ -175,21 +164,20 @@ TEST (MpsFailure, EveryAllocationFailsOnce)
                 const KLVtask_t task = writes ? failure.task : empty;
                 if (writes)
                     KLV_putobjsense (task, KLV_SENSE_MAXIMIZE);
-                KLVrescode_t code = KLV_RES_OK;
-                {
+                const KLVrescode_t code = [&] {
                     const FailingNew fault (n);
-                    code = (writes ? KLV_writedata : KLV_readdata) (task, failure.path.c_str ());
+                    const auto answer = (writes ? KLV_writedata : KLV_readdata) (task, failure.path.c_str ());
                     failed = fault.has_failed ();
-                }
+                    return answer;
+                }();
                 ASSERT_EQ (code, failed ? KLV_RES_OUT_OF_MEMORY : KLV_RES_OK);
                 ASSERT_EQ (task->problem ().variables (), failed && !writes ? 0 : 2);
-                const bool has_start = writes || (!failed && name == std::string ("f.json"));
-                ASSERT_EQ (task->solutions[KLV_SOL_INT].has_value (), has_start);
+                ASSERT_EQ (task->solutions[KLV_SOL_INT].has_value (),
+                           writes || (!failed && name == "f.json"));
                 ASSERT_EQ (failure.folder.count (), 1U);
                 ASSERT_EQ (files::load (failure.path) == failure.old, failed || !writes);
             }
         }
-    }
 }
 
 // ---- Packed files
@@ -203,22 +191,17 @@ TEST (PackedFile, FaultsOfThePackingHaveTheirLine)
     std::string damaged = packed, checked = packed;
     damaged[packed.size () / 2] ^= 1;
     checked[packed.size () - 8] ^= 1;
-    const struct {
-        std::string bytes;
-        const char* cause;
-    } cases[] = {
-        {packed, ""},
-        {nothing + packed + nothing, ""},
-        {packed + packed, ":50008: text after ENDATA"},
-        {packed.substr (0, packed.size () / 2), "the packed data end too early"},
-        {packed.substr (0, packed.size () - 1), ":50007: the packed data end too early"},
-        {packed + nothing.substr (0, 9), ":50007: the packed data end too early"},
-        {packed.substr (0, 2), ":1: the packed data end too early"},
-        {packed + "end", ":50007: the packed data are followed by something else"},
-        {damaged, ": "},
-        {checked, ": the packed data are damaged"},
-    };
-    for (const auto& [bytes, cause] : cases) {
+    for (const auto& [bytes, cause] : std::initializer_list<std::pair<std::string, const char*>>{
+             {packed, ""},
+             {nothing + packed + nothing, ""},
+             {packed + packed, ":50008: text after ENDATA"},
+             {packed.substr (0, packed.size () / 2), "the packed data end too early"},
+             {packed + nothing.substr (0, 9), ":50007: the packed data end too early"},
+             {packed.substr (0, 2), ":1: the packed data end too early"},
+             {packed + "end", ":50007: the packed data are followed by something else"},
+             {damaged, ": "},
+             {checked, ": the packed data are damaged"},
+         }) {
         SCOPED_TRACE (cause);
         files::save (failure.path, bytes);
         const files::Task task;

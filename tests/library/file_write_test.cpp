@@ -20,8 +20,10 @@ struct Writing {
     files::Folder folder;
     std::string path = folder / "f.mps";
     files::Task task;
+    bool path_decides;    // forms of MPS are told apart by themselves
 
     explicit Writing (const klv::Problem& problem, std::int32_t format = KLV_FILE_BY_EXTENSION)
+        : path_decides (format < KLV_FILE_LP)
     {
         KLV_putdouparam (task, KLV_DPAR_BOUND_INFINITY_NUMBER, DBL_MAX);
         static_cast<KLVtask_t> (task)->replace_problem (klv::Problem (problem));
@@ -29,43 +31,44 @@ struct Writing {
     }
 
     KLVrescode_t write () { return KLV_writedata (task, path.c_str ()); }
+    std::string written ()
+    {
+        EXPECT_EQ (write (), KLV_RES_OK) << task.last_error ();
+        return files::load (path);
+    }
+    const klv::Problem& written_and_read ()
+    {
+        written ();
+        if (path_decides)
+            task.set_format (KLV_FILE_BY_EXTENSION);
+        EXPECT_EQ (KLV_readdata (task, path.c_str ()), KLV_RES_OK) << task.last_error ();
+        return task.problem ();
+    }
 };
 
 void expect_same_after_writing (const klv::Problem& problem, std::int32_t format)
 {
-    Writing writing (problem, format);
-    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    if (format < KLV_FILE_LP)    // told apart by themselves
-        writing.task.set_format (KLV_FILE_BY_EXTENSION);
-    ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
-    EXPECT_EQ (model::difference (problem, writing.task.problem ()), std::nullopt);
+    EXPECT_EQ (model::difference (problem, Writing (problem, format).written_and_read ()), std::nullopt);
 }
 
-const std::string small = files::lines (
-    "NAME          small|ROWS| N  cost| G  R1| N  R2| E  R3| L  R4|COLUMNS|    C1 cost 1|    C1 R1 -1.5|    "
-    "C1 R3 1e-07|"
-    "    M1 'MARKER' 'INTORG'|    C2 cost 0.1|    M2 'MARKER' 'INTEND'|    C3 cost 0|RHS|    RHS cost -5|    "
-    "RHS R1 1|"
-    "    RHS R3 2|    RHS R4 6|RANGES|    RNG R1 2|BOUNDS| UP BND C2 4| MI BND C3| UP BND C3 7|ENDATA|");
-
-// The problem of that text, but without names of its items.
 klv::Problem small_problem ()
 {
-    const files::Folder folder;
-    const files::Task task;
-    files::save (folder / "f.mps", small);
-    EXPECT_EQ (KLV_readdata (task, (folder / "f.mps").c_str ()), KLV_RES_OK) << task.last_error ();
-    klv::Problem problem = task.problem ();
-    problem.variable_name = {};
-    problem.constraint_name = {};
+    klv::Problem problem =
+        model::parse ("min 1 0.1 +0 +5; 0.. 0..4i ..7; -1.5 in 1..3; in ..; 1e-07 in =2; in ..6");
+    problem.name = "small";
+    problem.objective_name = "cost";
     return problem;
 }
 
 TEST (MpsWrite, FreeForm)
 {
     Writing writing (small_problem ());
-    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    EXPECT_EQ (files::load (writing.path), small);
+    EXPECT_EQ (writing.written (),
+               files::lines (
+                   "NAME          small|ROWS| N  cost| G  R1| N  R2| E  R3| L  R4|COLUMNS|    C1 cost 1|"
+                   "    C1 R1 -1.5|    C1 R3 1e-07|    M1 'MARKER' 'INTORG'|    C2 cost 0.1|"
+                   "    M2 'MARKER' 'INTEND'|    C3 cost 0|RHS|    RHS cost -5|    RHS R1 1|    RHS R3 2|"
+                   "    RHS R4 6|RANGES|    RNG R1 2|BOUNDS| UP BND C2 4| MI BND C3| UP BND C3 7|ENDATA|"));
     EXPECT_EQ (writing.task.printed, "");
 }
 
@@ -78,8 +81,7 @@ TEST (MpsWrite, FixedFormIsTakenForNamesWithBlanks)
     problem.variable.upper[1] = 1e25;
     Writing writing (problem);
     KLV_putdouparam (writing.task, KLV_DPAR_BOUND_INFINITY_NUMBER, 1e20);
-    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    const std::string text = files::load (writing.path);
+    const std::string text = writing.written ();
     for (const char* lines : {"NAME          small\nOBJSENSE\n    MAX\nROWS\n N  cost\n",
                               "\n    C1        R1                -1.5\n",
                               "\n    M1        'MARKER'                 'INTORG'\n"
@@ -92,27 +94,23 @@ TEST (MpsWrite, FixedFormIsTakenForNamesWithBlanks)
 
 TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
 {
-    constexpr std::int32_t any = KLV_FILE_BY_EXTENSION, free = KLV_FILE_FREE_MPS, fixed = KLV_FILE_FIXED_MPS,
-                           lp = KLV_FILE_LP;
+    constexpr std::int32_t free = KLV_FILE_FREE_MPS, fixed = KLV_FILE_FIXED_MPS, lp = KLV_FILE_LP;
     static const struct {
         char item;    // the third row or variable (the first is an "x"), the objective, the problem
         std::string name;
         const char* cause;
-        std::int32_t format = any;
+        std::int32_t format = KLV_FILE_BY_EXTENSION;
     } cases[] = {
         {'r', "a\tb", "constraint 3 \"a?b\", whose name has a control character; JSON can"},
         {'r', "a long name", "constraint 3 \"a long name\", whose name has a blank; JSON can"},
-        {'r', "a b", "free MPS cannot hold constraint 3 \"a b\", whose name has a blank; fixed MPS can",
-         free},
+        {'r', "a b", "free MPS cannot hold constraint 3 \"a b\", whose name has a blank; fixed", free},
         {'r', "ab ", "begins or ends with a blank; JSON can", fixed},
         {'r', "ninechars", "is too long; free MPS can", fixed},
         {'r', std::string (65'537, 'x'), "is too long; JSON can"},
         {'r', "$a", "begins with the sign of comments; free MPS can", fixed},
         {'r', "'MARKER'", "is the word of markers; LP can"},
         {'r', "cost", "two items of the same name: constraint 3 \"cost\"; JSON can"},
-        {'r', "x-1",
-         "LP cannot hold constraint 3 \"x-1\", whose name has a blank or a sign that LP uses; free MPS can",
-         lp},
+        {'r', "x-1", "whose name has a blank or a sign that LP uses; free MPS can", lp},
         {'r', ".x", "begins like a number; free MPS can", lp},
         {'r', "Bounds", "is a word of LP; free MPS can", lp},
         {'r', std::string (256, 'x'), "is too long; free MPS can", lp},
@@ -121,8 +119,7 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         {'o', "the whole cost", "objective \"the whole cost\""},
         {'p', "a\nb", "the problem's name \"a?b\", which has a control character"},
         {'p', " a", "begins or ends with a blank"},
-        {'b', "",
-         "constraint 1 \"R1\", whose bounds are crossed or differ in the sign of zero alone; LP can"},
+        {'b', "", "\"R1\", whose bounds are crossed or differ in the sign of zero alone; LP can"},
     };
     for (const auto& [item, name, cause, format] : cases) {
         SCOPED_TRACE (cause);
@@ -130,12 +127,12 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         problem.variable_name.put (0, 3, "x");
         if (item == 'r')
             problem.constraint_name.put (2, 4, name);
-        if (item == 'v')
+        else if (item == 'v')
             problem.variable_name.put (2, 3, name);
-        if (item == 'o' || item == 'p')
-            (item == 'o' ? problem.objective_name : problem.name) = name;
-        if (item == 'b')
+        else if (item == 'b')
             problem.constraint.lower[0] = 4;
+        else
+            (item == 'o' ? problem.objective_name : problem.name) = name;
         Writing writing (problem, format);
         EXPECT_EQ (writing.write (), KLV_RES_FILE_CANNOT_HOLD);
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
@@ -164,24 +161,26 @@ klv::Bounds bounds_of_every_kind (bool of_mps_rows)
     klv::Bounds bounds{{KLV_BK_FR}, {-klv::infinity}, {klv::infinity}};
     const auto append = [&] (std::uint8_t key, double lower, double upper) {
         const bool crossed = lower > upper || (lower == upper && std::signbit (lower) < std::signbit (upper));
-        if (of_mps_rows && crossed)
-            return;
-        bounds.key.push_back (key);
-        bounds.lower.push_back (lower);
-        bounds.upper.push_back (upper);
+        if (!of_mps_rows || !crossed) {
+            bounds.key.push_back (key);
+            bounds.lower.push_back (lower);
+            bounds.upper.push_back (upper);
+        }
     };
-    for (const double lower : numbers) {
-        append (KLV_BK_LO, lower, klv::infinity);
-        append (KLV_BK_UP, -klv::infinity, lower);
-        append (KLV_BK_FX, lower, lower);
+    for (const double number : numbers) {
+        append (KLV_BK_LO, number, klv::infinity);
+        append (KLV_BK_UP, -klv::infinity, number);
+        append (KLV_BK_FX, number, number);
         for (const double upper : numbers)
-            append (KLV_BK_RA, lower, upper);
+            append (KLV_BK_RA, number, upper);
     }
     std::mt19937_64 random (7);
-    std::normal_distribution<double> mantissa, exponent (0, 3);
+    std::normal_distribution<double> normal;
+    const auto any = [&] (double spread) {
+        return normal (random) * std::pow (10, spread * normal (random));
+    };
     for (int i = 0; i < 20'000; ++i)
-        append (KLV_BK_RA, mantissa (random) * std::pow (10, exponent (random) * (i % 50 == 0 ? 30 : 1)),
-                mantissa (random) * std::pow (10, exponent (random)));
+        append (KLV_BK_RA, any (i % 50 == 0 ? 90 : 3), any (3));
     return bounds;
 }
 
@@ -212,18 +211,15 @@ TEST (MpsRound, EveryNumberAndNamesThatLookLikeSomethingElse)
         problem.name = "a name\twith blanks";
         problem.append_constraints (std::size (names));
         problem.append_variables (std::size (numbers));
+        problem.cost.assign (std::begin (numbers), std::end (numbers));
+        for (std::int32_t j = 0; j < problem.variables (); ++j)
+            problem.matrix.put (j, std::array{4, 0, 2}, std::array{numbers[j], 0.0, -DBL_MAX});
+        for (const std::int32_t form : forms)
+            expect_same_after_writing (problem, form);
         const auto rename = [&] (std::int32_t item, const std::string& name) {
             problem.variable_name.put (item, problem.variables (), name);
             problem.constraint_name.put (item, problem.constraints (), name);
         };
-        for (std::int32_t j = 0; j < problem.variables (); ++j) {
-            const double number = problem.cost[static_cast<std::size_t> (j)] = numbers[j];
-            const std::int32_t rows[] = {4, 0, 2};
-            const double values[] = {number, 0.0, -DBL_MAX};
-            problem.matrix.put (j, rows, values);
-        }
-        for (const std::int32_t form : forms)
-            expect_same_after_writing (problem, form);
         problem.objective_name = "ROWS";
         for (std::int32_t j = 0; j < problem.variables (); ++j)
             rename (j, names[j]);
@@ -244,11 +240,9 @@ TEST (MpsRound, MissingNamesAreMadeWithoutAClash)
     problem.variable_name.put (1, 3, "C_");
     problem.constraint_name.put (1, 4, "OBJ");
     Writing writing (problem);
-    ASSERT_EQ (writing.write (), KLV_RES_OK) << writing.task.last_error ();
-    ASSERT_EQ (KLV_readdata (writing.task, writing.path.c_str ()), KLV_RES_OK) << writing.task.last_error ();
+    EXPECT_EQ (text_of (writing.written_and_read ()), "min 1 0.1 0 +5; C3 0.. C_ 0..4i C__3 ..7; R1: -1.5 in "
+                                                      "1..3; OBJ: in ..; R3: 1e-07 in =2; R4: in ..6");
     EXPECT_EQ (writing.task.problem ().objective_name, "OBJ_");
-    EXPECT_EQ (text_of (writing.task.problem ()), "min 1 0.1 0 +5; C3 0.. C_ 0..4i C__3 ..7; R1: -1.5 in "
-                                                  "1..3; OBJ: in ..; R3: 1e-07 in =2; R4: in ..6");
 }
 
 }

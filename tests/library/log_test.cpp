@@ -50,35 +50,33 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
         return claims (job.method == klv::Method::primal_simplex && job.reformulate && !job.start ? "unknown"
                                                                                                   : right);
     });
+    const std::string run = "Optimiser: ", join = "Joined after T s: ", one = "; scripted, 1 thread\n";
     const struct {
-        const char *problem, *settings, *why;
+        const char *problem, *settings;
+        std::string line;
         bool again = false;    // from the solution of a first run
     } cases[] = {
-        {small, "", "dual simplex (automatic: continuous variables, no start); scripted, 1 thread"},
-        {small, "OPTIMIZER 1", "dual simplex (asked for); scripted, 1 thread"},
-        {small, "OPTIMIZER 3", "interior point (asked for); scripted, 1 thread"},
-        {small, "OPTIMIZER 1", "dual simplex (asked for, from the given basis); scripted, 1 thread", true},
-        {small_integers, "MAX_THREADS 3", "integer search (2 integer variables); scripted, 3 threads"},
+        {small, "", run + "dual simplex (automatic: continuous variables, no start)" + one},
+        {small, "OPTIMIZER 1", run + "dual simplex (asked for)" + one},
+        {small, "OPTIMIZER 3", run + "interior point (asked for)" + one},
+        {small, "OPTIMIZER 3", join + "interior point with crossover (for a basic solution)" + one},
+        {small, "OPTIMIZER 1", run + "dual simplex (asked for, from the given basis)" + one, true},
+        {small, "OPTIMIZER 0", run + "primal simplex (because the answer before it does not hold)" + one},
+        {small_integers, "MAX_THREADS 3",
+         run + "integer search (2 integer variables); scripted, 3 threads\n"},
         {small_integers, "MAX_THREADS 1",
-         "integer search (2 integer variables, from given values); scripted, 1 thread", true},
+         run + "integer search (2 integer variables, from given values)" + one, true},
         {small_integers, "RELAX_INTEGERS 1",
-         "dual simplex (automatic: continuous variables, integer ones taken as such, no start); scripted, 1 "
-         "thread"},
+         run + "dual simplex (automatic: continuous variables, integer ones taken as such, no start)" + one},
         {"min 1 2; 0..10 0..10", "",
-         "none (no constraint that binds has an entry: each variable goes to its better bound)"},
+         run + "none (no constraint that binds has an entry: each variable goes to its better bound)\n"},
     };
     for (const auto& c : cases) {
         const Task task (c.problem, c.settings);
         if (c.again)
             KLV_optimize (task);
-        expect_lines (log_of (task), {std::string ("Optimiser: ") + c.why + '\n'});
+        expect_lines (log_of (task), {c.line});
     }
-    expect_lines (
-        log_of (Task (small, "OPTIMIZER 0")),
-        {"Optimiser: primal simplex (because the answer before it does not hold); scripted, 1 thread\n"});
-    expect_lines (
-        log_of (Task (small, "OPTIMIZER 3")),
-        {"Joined after T s: interior point with crossover (for a basic solution); scripted, 1 thread\n"});
 }
 
 // A search that reports as this test wants it.
@@ -138,9 +136,6 @@ TEST (Log, SaysWhoseALineOfARaceIs)
             return claims ("stopped");
         }
         klv::Progress now;
-        now.caller = KLV_CALLER_PRESOLVE;
-        now.presolved = {1, 2, 2};
-        channel.step (now);
         now.caller = KLV_CALLER_INTERIOR_POINT;
         now.primal_objective = 1.5;
         now.has_primal = true;
@@ -151,10 +146,77 @@ TEST (Log, SaysWhoseALineOfARaceIs)
     expect_lines (log_of (Task (small, "RACE_SIZE 0 MAX_THREADS 2 LOG 3")),
                   {"Joined after T s: interior point with crossover (the first answer that holds wins); "
                    "scripted, 1 thread\n",
-                   "Presolve of interior point with crossover: nothing to reduce, T s\n",
                    "         0     1.50000000e+00                  -   0.0e+00   0.0e+00     T  interior "
                    "point with crossover\n",
                    "  interior point with crossover | said\n"});
+}
+
+// ---- What is said of a problem
+
+// What a call prints, with one blank between words.
+std::string printed (KLVtask_t task, KLVrescode_t (*call) (KLVtask_t, std::int32_t), int code = KLV_RES_OK)
+{
+    std::string text, words;
+    files::collect (task, KLV_STREAM_MESSAGES, text);
+    EXPECT_EQ (call (task, KLV_STREAM_MESSAGES), code);
+    std::istringstream in (text);
+    for (std::string word; in >> word;)
+        words += word + ' ';
+    return words;
+}
+
+constexpr const char* mixture =
+    "max 0 4 -0.25 0 0; 0.. 0..1i =20i ..-500 ..; -0.5 0 0 0 0 in =0; 3 0 0 0 0 in ..8; "
+    "1e3 0 0 0 1e3 in ..2; 0 0 0 0 0 in ..";
+
+TEST (Analysis, CountsWhatIsThere)
+{
+    const model::Task task (mixture);
+    KLV_puttaskname (task, "mixture");
+    EXPECT_EQ (
+        printed (task, KLV_analyzeproblem),
+        "Analysis of the problem 'mixture' Objective maximize constraints variables All 4 5 "
+        "lower bound only 0 1 upper bound only 2 1 both bounds 0 1 fixed, or equality 1 1 no bound 1 1 "
+        "Without entries 1 3 Most entries of one 2 3 Integer 2 of them binary 1 Matrix entries 4 of all "
+        "places 20% "
+        "Magnitudes smallest largest ratio Matrix 5.00e-01 1.00e+03 2.0e+03 Costs 2.50e-01 4.00e+00 1.6e+01 "
+        "Constraint bounds 2.00e+00 8.00e+00 4.0e+00 Variable bounds 1.00e+00 5.00e+02 5.0e+02 ");
+    EXPECT_EQ (printed (task, KLV_readsummary),
+               "Problem 'mixture' Objective maximize Constraints 4 Variables 5 "
+               "Integer variables 2 Matrix entries 4 ");
+    EXPECT_PRED_FORMAT2 (testing::IsSubstring,
+                         "of all places 0% Magnitudes smallest largest ratio Matrix - - -",
+                         printed (model::Task (), KLV_analyzeproblem));
+}
+
+TEST (Analysis, WarnsOfWhatLooksBad)
+{
+    for (const auto& [problem, warning] :
+         {std::pair{"min 1 1; 0..1 0..1; 1e10 1 in 1..", "Warning: magnitudes in the matrix differ"},
+          {"min 1; 0..1; -1e-12 in 1..", "Warning: 1 matrix entries of at most 1e-12"},
+          {"min 1; 0..1; 1e15 in 1..", "Warning: 1 matrix entries of 1e+15 and more"},
+          {"min 2 1e-9; 0..1 0..1; 1 1 in 1..", "Warning: magnitudes of costs"},
+          {"min -1e20; 0..1; 1 in 1..", "Warning: costs of 1e+20 and more"},
+          {"min 1; 1e-7..500; 1 in 1..", "Warning: magnitudes of variable bounds"},
+          {"min 1; 0..1; 1 in ..1e20", "Warning: bounds of 1e+20 and more"},
+          {"min 1 1; 0..1 1..0; 1 1 in 1..",
+           "Warning: 1 variables have crossed bounds, the first is variable 2 ("},
+          {"min 1; 0..1; 1 in 1..0",
+           "Warning: 1 constraints have crossed bounds, the first is constraint 1 ("}}) {
+        EXPECT_PRED_FORMAT2 (testing::IsSubstring, warning,
+                             printed (model::Task (problem), KLV_analyzeproblem));
+    }
+    EXPECT_PRED_FORMAT2 (testing::IsNotSubstring, "Warning",
+                         printed (model::Task ("min 1; 1.000000000001..1; 1 in 1.."), KLV_analyzeproblem));
+}
+
+TEST (Analysis, OfALargeProblemCanBeStopped)
+{
+    model::Task task;
+    KLV_appendvars (task, 2'000'000);
+    task.on_progress ([] (std::uint32_t caller) { return caller == KLV_CALLER_ANALYZE ? 1 : 0; });
+    std::this_thread::sleep_for (std::chrono::milliseconds (25));
+    EXPECT_EQ (printed (task, KLV_analyzeproblem, KLV_RES_USER_STOP), "");
 }
 
 }

@@ -51,7 +51,6 @@ TEST (Memory, MayRunOutInEachOperation)
              {"room", [] (auto t) { return KLV_putmaxnumanz (t, 4); }},
              {"a column", [] (auto t) { return KLV_putacol (t, 30, 3, rows, values); }},
              {"a column before", [] (auto t) { return KLV_putacol (t, 20, 3, rows, values); }},
-             {"a larger one", [] (auto t) { return KLV_putacol (t, 10, 3, rows, values); }},
              {"a repeated row", [] (auto t) { return KLV_putacol (t, 0, 4, rows, values); },
               KLV_RES_DUPLICATE_ENTRY},
              {"bounds", [] (auto t) { return KLV_putvarboundslice (t, 7, 10, keys, values, values); }},
@@ -60,7 +59,6 @@ TEST (Memory, MayRunOutInEachOperation)
              {"no such cost", [] (auto t) { return KLV_putcslice (t, 49, 51, values); }, KLV_RES_INDEX_RANGE},
              {"a type", [] (auto t) { return KLV_putvartype (t, 4, KLV_VAR_INTEGER); }},
              {"the task's name", [] (auto t) { return KLV_puttaskname (t, name); }},
-             {"the objective's name", [] (auto t) { return KLV_putobjname (t, name); }},
              {"a variable's name", [] (auto t) { return KLV_putvarname (t, 3, name); }},
              {"a constraint's name", [] (auto t) { return KLV_putconname (t, 2, name); }},
              {"more variables", [] (auto t) { return KLV_appendvars (t, 500); }},
@@ -87,8 +85,7 @@ TEST (Memory, MayRunOutInEachOperation)
     EXPECT_GT (failures, 30);
     EXPECT_EQ (task.problem ().variables (), 550);
     EXPECT_EQ (task.problem ().matrix.starts ().size (), 551u);
-    const std::int64_t most = std::numeric_limits<std::int64_t>::max ();
-    for (const std::int64_t entries : {std::int64_t{1} << 50, most})
+    for (const std::int64_t entries : {std::int64_t{1} << 50, std::numeric_limits<std::int64_t>::max ()})
         EXPECT_EQ (KLV_putmaxnumanz (task, entries), KLV_RES_OUT_OF_MEMORY) << entries;
 
     KLVtask_t made = task;

@@ -1,6 +1,7 @@
 // Small problems for tests, and proofs of their answers that use nothing of the library but what it holds.
 #pragma once
 
+#include "kalvo/tables/information.h"
 #include "tests/support/problem_file.h"
 #include "tests/support/proof.h"
 
@@ -25,27 +26,27 @@ inline std::string dense (int m, int n, bool integer = false)
 {
     std::mt19937 random (7);
     std::uniform_real_distribution<double> uniform (0.1, 1);
-    std::ostringstream text, rows;
+    std::ostringstream text;
     double sum = 0;
-    const auto numbers = [&] (std::ostream& to) {
+    const auto add_numbers = [&] {
         sum = 0;
         for (int j = 0; j < n; ++j) {
             const double number = integer ? std::round (100 * uniform (random)) : uniform (random);
-            to << ' ' << number;
+            text << ' ' << number;
             sum += number;
         }
     };
     text << "max";
-    numbers (text);
-    for (int i = 0; i < m; ++i) {
-        rows << ';';
-        numbers (rows);
-        rows << " in .." << (integer ? std::floor (sum / 2) : 10 * uniform (random));
-    }
+    add_numbers ();
     text << ';';
     for (int j = 0; j < n; ++j)
         text << (integer ? " 0..1i" : " 0..");
-    return text.str () + rows.str ();
+    for (int i = 0; i < m; ++i) {
+        text << ';';
+        add_numbers ();
+        text << " in .." << (integer ? std::floor (sum / 2) : 10 * uniform (random));
+    }
+    return text.str ();
 }
 
 inline std::string knapsack (int m, int n)
@@ -89,17 +90,17 @@ inline void Task::set (const std::string& settings)
 
 inline double Task::information (const std::string& item) const
 {
-    char name[KLV_MAX_TEXT];
-    std::int32_t whole = 0;
     double value = 0;
-    for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_INTEGER, i, name) == 0; ++i)
-        if (name == "KLV_IINF_" + item && KLV_getintinf (*this, i, &whole) == 0)
-            return whole;
-    for (std::int32_t i = 0; KLV_getinfname (*this, KLV_INF_DOUBLE, i, name) == 0; ++i)
-        if (name == "KLV_DINF_" + item && KLV_getdouinf (*this, i, &value) == 0)
-            return value;
-    ADD_FAILURE () << "no information item " << item;
-    return 0;
+    std::int32_t whole = 0;
+    const auto is_here = [&] (const auto& rows, const std::string& prefix, auto get, auto* number) {
+        const auto row = std::ranges::find (rows, prefix + item, &klv::InformationRow::name);
+        return row != rows.end () &&
+               get (*this, static_cast<std::int32_t> (row - rows.begin ()), number) == 0;
+    };
+    if (is_here (klv::int_information, "KLV_IINF_", KLV_getintinf, &whole))
+        return whole;
+    EXPECT_TRUE (is_here (klv::real_information, "KLV_DINF_", KLV_getdouinf, &value)) << item;
+    return value;
 }
 
 inline Slot slot (KLVtask_t task, std::int32_t which)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -94,30 +95,25 @@ inline klv::Claims claims (const std::string& text)
         "unknown",         "optimal",    "infeasible",     "unbounded",       "undecided", "time_limit",
         "iteration_limit", "node_limit", "solution_limit", "objective_limit", "stopped"};
     klv::Claims made;
+    std::vector<double> bound;
+    std::map<std::string, std::vector<double>*> places{{"x", &made.x},
+                                                       {"y", &made.y},
+                                                       {"d", &made.reduced_cost},
+                                                       {"ray", &made.dual_ray},
+                                                       {"way", &made.primal_ray},
+                                                       {"bound", &bound}};
     std::istringstream words (text);
     std::string word;
     words >> word;
     made.outcome = static_cast<klv::Outcome> (std::ranges::find (outcomes, word) - outcomes);
-    std::vector<double> bound, *place = nullptr;
-    while (words >> word) {
+    for (std::vector<double>* place = nullptr; words >> word;)
         if (word == "basis") {    // of the problem below
             made.column_key = {KLV_SK_BASIC, KLV_SK_LOWER};
             made.row_key = {KLV_SK_LOWER};
-            continue;
-        }
-        const std::pair<const char*, std::vector<double>*> places[] = {{"x", &made.x},
-                                                                       {"y", &made.y},
-                                                                       {"d", &made.reduced_cost},
-                                                                       {"ray", &made.dual_ray},
-                                                                       {"way", &made.primal_ray},
-                                                                       {"bound", &bound}};
-        const auto* const found =
-            std::ranges::find (places, word, [] (const auto& row) { return row.first; });
-        if (found != std::end (places))
+        } else if (const auto found = places.find (word); found != places.end ())
             place = found->second;
         else
             place->push_back (std::stod (word));
-    }
     if (!bound.empty ())
         made.bound = bound.front ();
     return made;

@@ -11,11 +11,6 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN ();
 constexpr double inf = std::numeric_limits<double>::infinity ();
 using T = KLVtask_t;
 
-// Three variables, the last without a name, and two constraints.
-struct SmallTask : files::Task {
-    SmallTask ();
-};
-
 KLVrescode_t column (T task, std::int32_t j, const std::vector<std::int32_t>& rows = {}, double last = 1)
 {
     std::vector<double> values (rows.size (), 1);
@@ -37,15 +32,18 @@ KLVrescode_t cost (T task, std::int32_t j, double value)
     return KLV_putcslice (task, j - 1, j + 1, costs);
 }
 
-SmallTask::SmallTask ()
-{
-    KLV_appendvars (*this, 3);
-    KLV_appendcons (*this, 2);
-    column (*this, 0, {1, 0}, -1);
-    KLV_putvarname (*this, 0, "steel");
-    KLV_putvarname (*this, 1, "coal");
-    KLV_putconname (*this, 1, "mine");
-}
+// Three variables, the last without a name, and two constraints.
+struct SmallTask : files::Task {
+    SmallTask ()
+    {
+        KLV_appendvars (*this, 3);
+        KLV_appendcons (*this, 2);
+        column (*this, 0, {1, 0}, -1);
+        KLV_putvarname (*this, 0, "steel");
+        KLV_putvarname (*this, 1, "coal");
+        KLV_putconname (*this, 1, "mine");
+    }
+};
 
 struct Refusal {
     KLVrescode_t code;
@@ -69,11 +67,9 @@ const Refusal refusals[] = {
      [] (T t) { return column (t, 0, {1, 0, 1}); }},
     {KLV_RES_VALUE_NOT_FINITE, "constraint 2 (index 1, 'mine') and variable 1 (index 0, 'steel') is NaN",
      [] (T t) { return column (t, 0, {0, 1}, nan); }},
-    {KLV_RES_VALUE_NOT_FINITE, "is -Inf", [] (T t) { return column (t, 0, {0}, -inf); }},
     {KLV_RES_VALUE_UNKNOWN, "bound key of variable 2 (index 1, 'coal') is 5",
      [] (T t) { return bound (t, 5, 0, 0); }},
     {KLV_RES_VALUE_NOT_FINITE, "'coal'", [] (T t) { return bound (t, KLV_BK_LO, nan, 0); }},
-    {KLV_RES_VALUE_NOT_FINITE, "'coal'", [] (T t) { return bound (t, KLV_BK_RA, 0, nan); }},
     {KLV_RES_BOUND_BEYOND_INFINITY, "lower Inf", [] (T t) { return bound (t, KLV_BK_LO, inf, 0); }},
     {KLV_RES_BOUND_BEYOND_INFINITY, "upper -Inf", [] (T t) { return bound (t, KLV_BK_UP, 0, -inf); }},
     {KLV_RES_BOUND_BEYOND_INFINITY, "Inf", [] (T t) { return bound (t, KLV_BK_FX, inf, inf); }},
@@ -84,7 +80,6 @@ const Refusal refusals[] = {
     {KLV_RES_NULL_POINTER, "'keys'",
      [] (T t) { return KLV_putconboundslice (t, 0, 2, nullptr, nullptr, nullptr); }},
     {KLV_RES_VALUE_NOT_FINITE, "cost of variable 3 (index 2) is NaN", [] (T t) { return cost (t, 2, nan); }},
-    {KLV_RES_VALUE_NOT_FINITE, "'coal') is Inf", [] (T t) { return cost (t, 1, inf); }},
     {KLV_RES_VALUE_NOT_FINITE, "constant", [] (T t) { return KLV_putcfix (t, -inf); }},
     {KLV_RES_VALUE_UNKNOWN, "is 2", [] (T t) { return KLV_putobjsense (t, 2); }},
     {KLV_RES_VALUE_UNKNOWN, "'coal') is 2", [] (T t) { return KLV_putvartype (t, 1, 2); }},
@@ -93,9 +88,7 @@ const Refusal refusals[] = {
      [] (T t) { return KLV_appendvars (t, 2147483645); }},
     {KLV_RES_NOT_AVAILABLE, "affine", [] (T t) { return KLV_appendafes (t, 1); }},
     {KLV_RES_INDEX_RANGE, "-1", [] (T t) { return KLV_putmaxnumanz (t, -1); }},
-    {KLV_RES_INDEX_RANGE, "variable with index 3", [] (T t) { return KLV_putvarname (t, 3, "x"); }},
     {KLV_RES_NOT_AVAILABLE, "'far away'", [] (T t) { return KLV_putoptserverhost (t, "far away"); }},
-    {KLV_RES_FILE_NAME_MISSING, "No problem file", [] (T t) { return KLV_readdata (t, nullptr); }},
     {KLV_RES_STREAM_UNKNOWN, "stream 4", [] (T t) { return KLV_analyzeproblem (t, 4); }},
     {KLV_RES_INDEX_RANGE, "solution with index 3", [] (T t) { return KLV_solutiondef (t, 3, nullptr); }},
     {KLV_RES_SOLUTION_UNDEFINED, "no basic solution",
@@ -116,11 +109,7 @@ TEST (Refusals, NameTheFaultAndChangeNothing)
 
 TEST (Bounds, ComeBackAsTheyArePut)
 {
-    struct Bound {
-        std::int32_t key;
-        double lower, upper;
-        bool operator== (const Bound&) const = default;
-    };
+    using Bound = std::tuple<std::int32_t, double, double>;
     constexpr std::int32_t lo = KLV_BK_LO, up = KLV_BK_UP, fr = KLV_BK_FR, ra = KLV_BK_RA;
     for (const auto& [fault, put, kept] : {
              std::tuple{"absent values are not looked at", Bound{fr, nan, nan}, Bound{fr, -inf, inf}},
@@ -128,18 +117,18 @@ TEST (Bounds, ComeBackAsTheyArePut)
              {"nor absent ones below", {up, inf, 4}, {up, -inf, 4}},
              {"crossed bounds are a statement", {ra, 5, 1}, {ra, 5, 1}},
              {"equal bounds stay two", {ra, 1, 1}, {ra, 1, 1}},
-             {"huge is finite", {ra, -1e300, 1e300}, {ra, -1e300, 1e300}},
              {"infinite lower is none", {lo, -inf, nan}, {fr, -inf, inf}},
              {"infinite upper is none", {ra, 2, inf}, {lo, 2, inf}},
              {"infinite lower of two", {ra, -inf, 2}, {up, -inf, 2}},
          }) {
         const SmallTask task;
-        Bound found{}, next{};
-        EXPECT_EQ (bound (task, put.key, put.lower, put.upper), KLV_RES_OK) << fault;
-        EXPECT_EQ (KLV_getvarbound (task, 1, &found.key, &found.lower, &found.upper), KLV_RES_OK);
-        EXPECT_EQ (KLV_getvarbound (task, 2, &next.key, &next.lower, &next.upper), KLV_RES_OK);
-        EXPECT_TRUE (found == kept) << fault;
-        EXPECT_EQ (next.key, fr) << "a neighbour changed: " << fault;
+        std::int32_t key = -1, next = -1;
+        double lower = 0, upper = 0;
+        EXPECT_EQ (std::apply (bound, std::tuple_cat (std::tuple{T{task}}, put)), KLV_RES_OK) << fault;
+        EXPECT_EQ (KLV_getvarbound (task, 2, &next, &lower, &upper), KLV_RES_OK);
+        EXPECT_EQ (next, fr) << "a neighbour changed: " << fault;
+        EXPECT_EQ (KLV_getvarbound (task, 1, &key, &lower, &upper), KLV_RES_OK);
+        EXPECT_EQ ((Bound{key, lower, upper}), kept) << fault;
     }
 }
 
@@ -183,6 +172,27 @@ TEST (Load, AsksTheCallbackAndStops)
             last = column (task, 2, {1});
         EXPECT_EQ (last, code);
         EXPECT_EQ (asked, KLV_CALLER_LOAD);
+    }
+}
+
+// Names never overrun a buffer.
+TEST (Names, AreCutBetweenCharactersWithAFault)
+{
+    const files::Task task;
+    for (const auto& [text, capacity, kept] : {std::tuple{"abc", 4, "abc"},
+                                               {"abc", 3, "ab"},
+                                               {"abc", 1, ""},
+                                               {"a\xC3\xBC", 3, "a"},
+                                               {"\xF0\x9F\x98\x80", 4, ""},
+                                               {"\x80\x80\x80\x80\x80\x80", 6, "\x80\x80"},
+                                               {"abc", 0, "????????"},
+                                               {"abc", -1, "????????"}}) {
+        std::string buffer (8, '?');
+        KLV_puttaskname (task, text);
+        const KLVrescode_t code = KLV_gettaskname (task, capacity, buffer.data ());
+        EXPECT_EQ (code, kept == std::string (text) ? KLV_RES_OK : KLV_RES_BUFFER_TOO_SMALL) << text;
+        EXPECT_STREQ (buffer.c_str (), kept);
+        EXPECT_EQ (buffer[static_cast<std::size_t> (std::max (capacity, 0))], '?') << "overrun: " << text;
     }
 }
 

@@ -17,28 +17,25 @@ void receive (void* handle, const char* line)
 
 TEST (Streams, CarryTheirKindsAndALineOnceToOneReceiver)
 {
-    struct Case {
-        std::vector<std::int32_t> streams;
-        const char* lines;
-    };
-    for (const Case& c : {Case{{KLV_STREAM_ALL}, "m w e s "},
-                          {{KLV_STREAM_MESSAGES}, "m s "},
-                          {{KLV_STREAM_ERRORS}, "e "},
-                          {{KLV_STREAM_WARNINGS}, "w e "},
-                          {{KLV_STREAM_WARNINGS, KLV_STREAM_MESSAGES}, "m w e s "},
-                          {{KLV_STREAM_ALL, KLV_STREAM_WARNINGS}, "m w e s "},
-                          {{0, 1, 2, 3}, "m w e s "}}) {
+    using Numbers = std::vector<std::int32_t>;
+    for (const auto& [linked, expected] : {std::pair{Numbers{KLV_STREAM_ALL}, "mwes"},
+                                           {{KLV_STREAM_MESSAGES}, "ms"},
+                                           {{KLV_STREAM_ERRORS}, "e"},
+                                           {{KLV_STREAM_WARNINGS}, "we"},
+                                           {{KLV_STREAM_WARNINGS, KLV_STREAM_MESSAGES}, "mwes"},
+                                           {{KLV_STREAM_ALL, KLV_STREAM_WARNINGS}, "mwes"},
+                                           {{0, 1, 2, 3}, "mwes"}}) {
         klv::Streams streams;
-        std::string text, expected = c.lines;
-        for (const std::int32_t stream : c.streams)
+        std::string text;
+        for (const std::int32_t stream : linked)
             streams.link_function (stream, &text, receive);
         for (const auto& [kind, line] :
              {std::pair{Kind::message, "m"}, {Kind::warning, "w"}, {Kind::error, "e"}}) {
-            EXPECT_EQ (streams.anyone_listens (kind), expected.find (line) != expected.npos);
+            EXPECT_EQ (streams.anyone_listens (kind), std::string (expected).find (line) != text.npos);
             streams.print (kind, line);
         }
         streams.print_on (KLV_STREAM_MESSAGES, "s");
-        std::ranges::replace (text, '\n', ' ');
+        std::erase (text, '\n');
         EXPECT_EQ (text, expected);
     }
 }
@@ -63,19 +60,22 @@ TEST (StreamFiles, GrowLineByLineBesideTheFunctionAndMayBeShared)
     const std::string path = folder / "log";
     klv::Streams streams;
     std::string text;
+    const auto link = [&] (std::int32_t stream, bool append) {
+        EXPECT_TRUE (streams.link_file (stream, path.c_str (), append));
+    };
     streams.link_function (KLV_STREAM_ALL, &text, receive);
-    ASSERT_TRUE (streams.link_file (KLV_STREAM_ALL, path.c_str (), false));
+    link (KLV_STREAM_ALL, false);
     streams.print (Kind::message, "one");
     EXPECT_EQ (files::load (path), "one\n") << "a line must not wait in a buffer";
     streams.close_file (KLV_STREAM_ALL);
     streams.print (Kind::message, "two");
     EXPECT_EQ (text, "one\ntwo\n");
-    ASSERT_TRUE (streams.link_file (KLV_STREAM_MESSAGES, path.c_str (), true));
-    ASSERT_TRUE (streams.link_file (KLV_STREAM_ERRORS, path.c_str (), true));
+    link (KLV_STREAM_MESSAGES, true);
+    link (KLV_STREAM_ERRORS, true);
     streams.print (Kind::message, "long message");
     streams.print (Kind::error, "e");
     EXPECT_EQ (files::load (path), "one\nlong message\ne\n");
-    ASSERT_TRUE (streams.link_file (KLV_STREAM_ALL, path.c_str (), false));
+    link (KLV_STREAM_ALL, false);
     EXPECT_EQ (files::load (path), "");
 }
 
@@ -85,20 +85,22 @@ TEST (StreamFiles, WhatCannotBeUsedIsNamedAndTheOldOneStays)
     const std::string log = folder / "log", pipe = folder / "pipe";
     ASSERT_EQ (::mkfifo (pipe.c_str (), 0600), 0);
     files::Task task;
-    ASSERT_EQ (KLV_linkfiletotaskstream (task, KLV_STREAM_ALL, log.c_str (), 0), KLV_RES_OK);
+    const auto link = [&] (const std::string& path, std::int32_t stream = KLV_STREAM_ALL) {
+        return KLV_linkfiletotaskstream (task, stream, path.c_str (), 0);
+    };
+    ASSERT_EQ (link (log), KLV_RES_OK);
     for (const std::string& path : {folder / "no folder/log", folder / ".", pipe}) {
-        EXPECT_EQ (KLV_linkfiletotaskstream (task, KLV_STREAM_ALL, path.c_str (), 0), KLV_RES_FILE_OPEN)
-            << path;
-        EXPECT_NE (task.last_error ().find (path), std::string::npos) << task.last_error ();
+        EXPECT_EQ (link (path), KLV_RES_FILE_OPEN) << path;
+        EXPECT_PRED_FORMAT2 (testing::IsSubstring, path, task.last_error ());
     }
-    EXPECT_EQ (KLV_linkfiletotaskstream (task, KLV_STREAM_ALL, "", 0), KLV_RES_FILE_NAME_MISSING);
-    EXPECT_EQ (KLV_linkfiletotaskstream (task, 9, log.c_str (), 0), KLV_RES_STREAM_UNKNOWN);
-    KLVtask_t handle = task;
+    EXPECT_EQ (link (""), KLV_RES_FILE_NAME_MISSING);
+    EXPECT_EQ (link (log, 9), KLV_RES_STREAM_UNKNOWN);
+    const KLVtask_t handle = task;
     handle->say ("still here");
     EXPECT_TRUE (files::load (log).ends_with ("still here\n")) << files::load (log);
 
     task.printed.clear ();
-    ASSERT_EQ (KLV_linkfiletotaskstream (task, KLV_STREAM_ALL, "/dev/full", 0), KLV_RES_OK);
+    ASSERT_EQ (link ("/dev/full"), KLV_RES_OK);
     handle->say ("first");
     handle->say ("second");
     EXPECT_TRUE (task.printed.starts_with ("Warning: the file '/dev/full' can't be written and was closed"));

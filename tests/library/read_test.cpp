@@ -1,24 +1,29 @@
-// Reading MPS files: what is understood, what is refused and where, what is warned of.
-#include "tests/library/reading.h"
+// Reading MPS and LP files: what is understood, what is refused and where, what is warned of.
+#include "tests/support/problem_file.h"
+
+#include <gtest/gtest.h>
 
 #include <sstream>
 
 namespace {
 
-constexpr std::int32_t by_extension = KLV_FILE_BY_EXTENSION, fixed = KLV_FILE_FIXED_MPS;
+constexpr std::int32_t fixed = KLV_FILE_FIXED_MPS;
+constexpr KLVrescode_t syntax = KLV_RES_FILE_SYNTAX, unsupported = KLV_RES_FILE_SECTION_UNSUPPORTED;
+constexpr const char* lp = "LP";
 
-// A case is a section with other lines than the plain file has (no section: a whole file), in which "|" ends a line.
+// Lines, in which "|" ends one, instead of those of a section of a plain MPS file (no section: a whole file); of LP a whole
+// file or, beginning with a blank, what stands behind "st" of a small one.
 struct Case {
     const char* section;
     std::string lines;
     std::string expected;
-    std::int32_t format = by_extension;
-    KLVrescode_t code = KLV_RES_FILE_SYNTAX;
+    KLVrescode_t code = syntax;
+    std::int32_t format = KLV_FILE_BY_EXTENSION;
 };
 
 const std::string plain = "min 1 0; x 0.. y 0..; r1: 2 in ..10; r2: 0 3 in 20..; r3: 0 4 in =30";
 
-files::Reading read (const Case& c)
+std::string text_of (const Case& c)
 {
     static constexpr std::pair<const char*, const char*> frame[] = {
         {"NAME T", ""},                                    // lines 1
@@ -27,15 +32,38 @@ files::Reading read (const Case& c)
         {"RHS", "    RHS r1 10 r2 20|    RHS r3 30|"},     // 10 to 12, other sections from 13
     };
     const std::string section = c.section;
+    if (section == lp && c.lines.starts_with (' '))
+        return "min c: x + 2 y|st|" + c.lines + "|end|";
+    if (section.empty () || section == lp)
+        return c.lines;
     std::string text;
     bool is_new = true;
     for (const auto& [header, lines] : frame) {
         text += std::string (header) + "|" + (header == section ? c.lines : lines);
         is_new &= header != section;
     }
-    text += is_new ? section + "|" + c.lines + "ENDATA|" : "ENDATA|";
-    return {"f.mps", section.empty () ? c.lines : text, c.format};
+    return text + (is_new ? section + "|" + c.lines : "") + "ENDATA|";
 }
+
+struct Reading {
+    files::Folder folder;
+    std::string name;
+    files::Task task;
+    KLVrescode_t code;
+
+    explicit Reading (const Case& c) : name (c.section == lp ? "f.lp" : "f.mps")
+    {
+        files::save (folder / name, files::lines (text_of (c)));
+        task.set_format (c.format);
+        code = KLV_readdata (task, (folder / name).c_str ());
+    }
+
+    std::string problem () const
+    {
+        EXPECT_EQ (code, KLV_RES_OK) << task.last_error ();
+        return model::text_of (task.problem ());
+    }
+};
 
 // The parts in which a problem is another than the plain one.
 std::string changed (const std::string& problem)
@@ -50,7 +78,7 @@ std::string changed (const std::string& problem)
     return told;
 }
 
-TEST (MpsRead, Meaning)
+TEST (Read, Meaning)
 {
     static const Case cases[] = {
         {"", "ROWS\r| N c\r|COLUMNS\r|    x c 1\r|ENDATA", "min 1; x 0.."},
@@ -102,18 +130,44 @@ TEST (MpsRead, Meaning)
          "ENDATA|",
          "min 1; x 0..; r: in ..5"},
         {"", "ROWS| N  c|COLUMNS|    x r 7     c         0.33333333333333331|ENDATA|",
-         "min 0.3333333333333333; x r 7 0..", fixed},
+         "min 0.3333333333333333; x r 7 0..", syntax, fixed},
+        {lp, "Maximize|Subject To|End", "max"},
+        {lp, "MINIMISE|obj:|  2x + 3.5 y|  - z|SUBJECT   to|r:|x + y|>=|2\\ two|Bounds|End|| \\ done",
+         "min 2 3.5 -1; x 0.. y 0.. z 0..; r: 1 1 in 2.."},
+        {lp, "max - x + 3 + 2.5e1 y - 1.5|such that|x - - 2 * y >= 1|bound|x<=4|gen|y|end",
+         "max -1 25 +1.5; x 0..4 y 0..i; R1: 1 2 in 1.."},
+        {lp, "min|x|s.t.|e1: x = 1|-1 <= r: x <= 1|3 >= x >= 2|x + 0 z => -1e30|End",
+         "min 1 0; x 0.. z 0..; e1: 1 in =1; r: 1 in -1..1; R3: 1 in 2..3; R4: 1 +0 in .."},
+        {lp, " r: -2 <= x|s: 0 >= 3|t: 1 <= 0 <= 2|u: 4 <= x + y <= 4|v: y >= -Inf",
+         "min 1 2; x 0.. y 0..; r: 1 in -2..; s: in 3..; t: in 1..2; u: 1 1 in 4..4; v: 0 1 in .."},
+        {lp, " r: x + 3 y - x - -0.5 y =< 1", "min 1 2; x 0.. y 0..; r: +0 3.5 in ..1"},
+        {lp, " a!\"#$%&(),.;?@_'`{}~/\xC3\xBC: x < 1",
+         "min 1 2; x 0.. y 0..; a!\"#$%&(),.;?@_'`{}~/\xC3\xBC: 1 in ..1"},
+        {lp, " Bounds|x free|y = -2", "min 1 2; x .. y =-2"},
+        {lp, " Bounds|-infinity <= x <= 4|2 >= y|y >= 2", "min 1 2; x ..4 y 2..2"},
+        {lp, " Bounds|-2 <= x|y <= -3", "min 1 2; x -2.. y ..-3"},
+        {lp, " Bounds|1 <= x <= 0|inf >= y >= -1e20|Generals|y x", "min 1 2; x 1..0i y ..i"},
+        {lp, " Binary|x|Bounds|y = 1|Binaries|y y", "min 1 2; x 0..1i y =1i"},
+        {lp, " Bounds|y = -3|Bin|y", "min 1 2; x 0.. y 0..-3i"},
+        {lp, " Bounds|x <= -1|-5 <= y <= 0.5|Bin|x|y", "min 1 2; x 0..-1i y 0..0.5i"},
+        {"", "NAME  a b\tc |ROWS| N c| L r\xFF|COLUMNS|    \xC3\xBC* c 1|ENDATA|",
+         "min 1; \xC3\xBC* 0..; r\xFF: in ..0"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE (c.section + (" " + c.lines));
-        const std::string found = read (c).problem ();
-        EXPECT_EQ (*c.section == 0 ? found : changed (found), c.expected);
+        const std::string found = Reading (c).problem ();
+        EXPECT_EQ (*c.section == 0 || c.section == lp ? found : changed (found), c.expected);
     }
+    for (const auto& [c, name] : {
+             std::pair{Case{"", "NAME  a b\tc |ROWS| N c|COLUMNS|ENDATA|", ""}, "a b\tc"},
+             {{lp, "\\ comment|\\ Problem name: no  name |min|st|end", ""}, "no  name"},
+             {{lp, "min|\\ Problem name: none|c:|st|end", ""}, ""},
+         })
+        EXPECT_EQ (Reading (c).task.problem ().name, name);
 }
 
-TEST (MpsRead, FaultsHaveLineAndCause)
+TEST (Read, FaultsHaveLineAndCauseAndLeaveNothing)
 {
-    constexpr KLVrescode_t unsupported = KLV_RES_FILE_SECTION_UNSUPPORTED;
     static const Case cases[] = {
         {"", "", "1: the file ends without ENDATA"},
         {"", "ROWS| N c|COLUMNS|ENDATA| x", "5: text after ENDATA"},
@@ -126,7 +180,7 @@ TEST (MpsRead, FaultsHaveLineAndCause)
         {"", "OBJSENSE|    UPWARDS|", "2: \"UPWARDS\" is no objective sense"},
         {"", "OBJSENSE MAX|    MIN|", "2: a second objective sense"},
         {"", "OBJNAME d|ROWS| N c|COLUMNS|", "4: no N row has the name \"d\""},
-        {"QUADOBJ", "    x x 1|", "13: section QUADOBJ is not supported", by_extension, unsupported},
+        {"QUADOBJ", "    x x 1|", "13: section QUADOBJ is not supported", unsupported},
         {"", std::string ("ROWS| N c\0d|", 12), "2: a zero byte"},
         {"", "ROWS\r N c\rCOLUMNS\r", "1: a control character, of code 13"},
         {"", "\xFF\xFEN", "1: the file is UTF-16"},
@@ -137,7 +191,6 @@ TEST (MpsRead, FaultsHaveLineAndCause)
         {"COLUMNS", "    x r1 1 r2 2|    x c 1 r1 0|", "9: a second entry of column \"x\" in row \"r1\""},
         {"COLUMNS", "    x c 1 r2 2|    x c 1|", "9: a second entry of column \"x\" in row \"c\""},
         {"COLUMNS", "    x r1 +-1|", "8: \"+-1\" is not a number"},
-        {"COLUMNS", "    x r1 nan|", "8: \"nan\" is not a number"},
         {"COLUMNS", "    M 'MARKER' 'INTEND'|", "8: 'INTEND' without 'INTORG'"},
         {"COLUMNS", "    x r1 -inf|", "8: an infinite number"},
         {"COLUMNS", "    x r1 1e400|", "8: \"1e400\" is beyond the numbers of double precision"},
@@ -155,32 +208,80 @@ TEST (MpsRead, FaultsHaveLineAndCause)
         {"BOUNDS", " UB B x 1|", "14: \"UB\" is no type of bound"},
         {"BOUNDS", " UP B z 1|", "14: unknown column \"z\" in BOUNDS"},
         {"BOUNDS", " UP x|", "14: a bound of type UP needs a number"},
-        {"BOUNDS", " SC B x 1|", "14: semi-continuous variables are not supported", by_extension,
-         unsupported},
+        {"BOUNDS", " SC B x 1|", "14: semi-continuous variables are not supported", unsupported},
         {"BOUNDS", " UI B x 1.5|", "14: a bound of type UI needs an integer"},
         {"BOUNDS", " UP B x 1| UP B x 1|", "15: a second upper bound of column \"x\""},
         {"BOUNDS", " FR B x| LO B x 1|", "15: a second lower bound of column \"x\""},
         {"BOUNDS", " FX B x -inf|", "14: column \"x\" is fixed at a value beyond"},
         {"BOUNDS", " FR x y|", "14: \"x\" and \"y\" are both columns"},
         {"BOUNDS", " UP B x 1 2|", "14: a line of BOUNDS has"},
-        {"COLUMNS", "    x\t        r1                   1|", "8: a tab has no place", fixed},
+        {"COLUMNS", "    x\t        r1                   1|", "8: a tab has no place", syntax, fixed},
         {"COLUMNS", "    longlonglong r1                1|", "8: \"lo\" is outside of the fixed columns",
+         syntax, fixed},
+        {"COLUMNS", "     x        r1                   1|", "8: the name \" x\" does not begin", syntax,
          fixed},
-        {"COLUMNS", "     x        r1                   1|", "8: the name \" x\" does not begin", fixed},
-        {"COLUMNS", "    x         r1|", "8: the number in the columns 25 to 36 is missing", fixed},
-        {"COLUMNS", "    x         r1                   1   c|", "8: a name in the columns 40 to 47", fixed},
-        {"COLUMNS", "    x         r1          1.23456789012345  c     1|", "8: \"012\" is outside", fixed},
+        {"COLUMNS", "    x         r1|", "8: the number in the columns 25 to 36 is missing", syntax, fixed},
+        {"COLUMNS", "    x         r1                   1   c|", "8: a name in the columns 40 to 47", syntax,
+         fixed},
+        {"COLUMNS", "    x         r1          1.23456789012345  c     1|", "8: \"012\" is outside", syntax,
+         fixed},
         {"", "ROWS| N cost_of_all| L r|COLUMNS|    a b       r                  1|",
          "5: a line of COLUMNS has"},
         {"", "ROWS| N  c| L  r 1|COLUMNS|    a b       r 2                1|", "5: unknown row \"r 2\""},
+        {lp, "", "1: the file ends without End"},
+        {lp, "max: 2x+3y;", "1: \":\" is not expected here"},
+        {lp, "min x|st|x >= 1", "3: the file ends without End"},
+        {lp, "min x|st|end|x", "4: text after End"},
+        {lp, "min x|max x|st|end", "2: a second objective: \"max\""},
+        {lp, "st|x >= 1", "1: \"st\" before Minimize or Maximize"},
+        {lp, "min x|bounds|end", "2: section \"bounds\" comes without Subject To"},
+        {lp, "min x|st|st|end", "3: section \"st\" comes twice"},
+        {lp, "min x st x >= 1|end", "1: a section is needed, not \"st\""},
+        {lp, "min x + inf|st|end", "1: an infinite constant of the objective"},
+        {lp, "min 1e200 x + 1e308 x + 1e308 x|st|end", "1: an infinite coefficient of \"x\""},
+        {lp, "min 1e400 x|st|end", "1: \"1e400\" is beyond the numbers"},
+        {lp, "min 1.5.2 x|st|end", "1: \"1.5\" goes on with \".\""},
+        {lp, "min x y|st|end", "1: a section is needed, not \"y\""},
+        {lp, "min x +|st|end", "2: a number or the name of a variable is needed, not \"st\""},
+        {lp, "min 2 e1|st|end", "1: the variable \"e1\" behind a number reads like its exponent"},
+        {lp, "min x + free|st|end", "1: the name \"free\" is a word of LP"},
+        {lp, "min x\a|st|end", "1: a control character, of code 7"},
+        {lp, "min x \x60 : y|st|end", "1: a section is needed"},
+        {lp, "min [ x ^ 2 ] / 2|st|end", "1: quadratic terms are not supported", unsupported},
+        {lp, "min x * y|st|end", "1: quadratic terms are not supported", unsupported},
+        {lp, "minimize multi-objectives|st|end", "1: several objectives are not supported", unsupported},
+        {lp, " r: x >= 1|r: x >= 2", "4: a second row \"r\""},
+        {lp, " c: x >= 1", "3: a second row \"c\""},
+        {lp, " inf: x >= 1", "3: the name \"inf\" is a word of LP"},
+        {lp, " r: >= 1", "3: an expression is needed, not \">=\""},
+        {lp, " r: x + y|s: x >= 1", "4: a relation is needed, not \"s\""},
+        {lp, " r: x >= y", "3: a number is needed, not \"y\""},
+        {lp, " r: x >= 1 y", "3: \"y\" behind a constraint"},
+        {lp, " r: x + 1 >= 2", "3: a constant among the terms of a constraint"},
+        {lp, " r: 1 <= x >= 3", "3: two relations of a constraint that bound the same side"},
+        {lp, " r: x <= -inf", "3: an upper bound that is minus infinity"},
+        {lp, " r: x <= 1 <= 2", "3: \"<=\" behind a constraint"},
+        {lp, " r: z = 1 -> x <= 1", "3: indicator constraints are not supported", unsupported},
+        {lp, " r: 0 <= 3|x + y <= 4", "4: the number before \"x\" may be its coefficient"},
+        {lp, " lazy constraints|x <= 1", "3: lazy constraints are not supported", unsupported},
+        {lp, " Bounds|z <= 1", "4: unknown variable \"z\""},
+        {lp, " Generals|x z", "4: unknown variable \"z\""},
+        {lp, " Generals|x <= 1", "4: the name of a variable is needed, not \"<=\""},
+        {lp, " Bounds|x free y free", "4: \"y\" behind a bound"},
+        {lp, " Semi-Continuous|x", "3: semi-continuous variables are not supported", unsupported},
+        {lp, " SOS1|s: x:1 y:2", "3: special ordered sets are not supported", unsupported},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE (c.section + (" " + c.lines.substr (0, 99)));
-        read (c).expect_fault (c.expected, c.code);
+        const Reading reading (c);
+        EXPECT_EQ (reading.code, c.code);
+        for (const std::string& told : {reading.task.last_error (), reading.task.printed})
+            EXPECT_PRED_FORMAT2 (testing::IsSubstring, reading.name + ":" + c.expected, told);
+        EXPECT_EQ (model::text_of (reading.task.problem ()), "min");
     }
 }
 
-TEST (MpsRead, WarnsOnceOfEachTraditionWithItsFirstLine)
+TEST (Read, WarnsOnceOfEachTraditionWithItsFirstLine)
 {
     static const Case cases[] = {
         {"COLUMNS", "    M 'MARKER' 'INTORG'|    x c 1|    y c 1|    z c 1|    M 'MARKER' 'INTEND'|",
@@ -199,18 +300,19 @@ TEST (MpsRead, WarnsOnceOfEachTraditionWithItsFirstLine)
         {"BOUNDS", " UP B x 1e30| LO B y -1e20|",
          "14: a bound at or beyond the bound infinity threshold is no bound (\"x\" and 1 more)"},
         {"", "ROWS| L r1|COLUMNS| x r1 1|ENDATA|", "3: without an N row the objective is zero"},
+        {lp, " r: x + y|+ x >= 1|s: y + y + y <= 2",
+         "4: terms of a variable that comes twice in an expression are added (\"x\" and 2 more)"},
+        {lp, " Bounds|x <= 3|-1 <= y|Binaries|x y",
+         "4: a binary variable has no bound beyond 0 and 1 (\"x\" and 1 more)"},
+        {lp, " r: x <= 1e21|Bounds|x <= 1e20",
+         "3: a bound at or beyond the bound infinity threshold is no bound (\"r\" and 1 more)"},
     };
-    for (const Case& c : cases)
-        read (c).expect_one_warning (c.expected);
-}
-
-TEST (MpsRead, BytesOfNamesAreKept)
-{
-    const files::Reading reading ("f.mps",
-                                  "NAME  a b\tc |ROWS| N c| L r\xFF|COLUMNS|    \xC3\xBC* c 1|ENDATA|");
-    EXPECT_EQ (reading.problem (), "min 1; \xC3\xBC* 0..; r\xFF: in ..0");
-    EXPECT_EQ (reading.task.problem ().name, "a b\tc");
-    EXPECT_EQ (reading.task.problem ().objective_name, "c");
+    for (const Case& c : cases) {
+        const Reading reading (c);
+        EXPECT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
+        EXPECT_PRED_FORMAT2 (testing::IsSubstring, reading.name + ":" + c.expected, reading.task.printed);
+        EXPECT_EQ (std::ranges::count (reading.task.printed, '\n'), 1) << reading.task.printed;
+    }
 }
 
 }
