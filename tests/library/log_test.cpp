@@ -136,6 +136,9 @@ TEST (Log, SaysWhoseALineOfARaceIs)
             return claims ("stopped");
         }
         klv::Progress now;
+        now.caller = KLV_CALLER_PRESOLVE;
+        now.presolved = {1, 2, 2};
+        channel.step (now);
         now.caller = KLV_CALLER_INTERIOR_POINT;
         now.primal_objective = 1.5;
         now.has_primal = true;
@@ -146,6 +149,7 @@ TEST (Log, SaysWhoseALineOfARaceIs)
     expect_lines (log_of (Task (small, "RACE_SIZE 0 MAX_THREADS 2 LOG 3")),
                   {"Joined after T s: interior point with crossover (the first answer that holds wins); "
                    "scripted, 1 thread\n",
+                   "Presolve of interior point with crossover: nothing to reduce, T s\n",
                    "         0     1.50000000e+00                  -   0.0e+00   0.0e+00     T  interior "
                    "point with crossover\n",
                    "  interior point with crossover | said\n"});
