@@ -211,6 +211,26 @@ TEST (Scripted, FailuresBecomeCodesAndTheNextCallWorks)
     }
 }
 
+// Its methods know no end of their own on some problems: one that gains nothing makes way, however long the log gets.
+TEST (Scripted, AnInteriorRunThatGetsNowhereIsGivenUp)
+{
+    const scripted::InFront front ([] (auto& job, auto& stop, auto& events) {
+        klv::Progress now{.caller = KLV_CALLER_INTERIOR_POINT, .has_primal = true, .has_dual = true};
+        while (klv::is_interior (job.method) && !stop) {
+            ++now.iterations;
+            events.step (now);
+            std::this_thread::sleep_for (std::chrono::milliseconds (1));
+        }
+        return claims (stop ? "stopped" : right);
+    });
+    for (const char* settings : {"OPTIMIZER 3", "OPTIMIZER 3 MAX_THREADS 1", "OPTIMIZER 3 INTPNT_BASIS 0"}) {
+        const model::Task task (small, settings);
+        const auto began = klv::Clock::now ();
+        EXPECT_TRUE (optimized (task).starts_with ("OK itr OPTIMAL")) << settings;
+        EXPECT_LT (klv::seconds_between (began, klv::Clock::now ()), 5);
+    }
+}
+
 TEST (Scripted, AnEngineThatCannotBeLoadedIsNamed)
 {
     scripted::InFront front (nullptr);
