@@ -63,6 +63,20 @@ KLVrescode_t Attempts::lower ()
     return KLV_RES_OK;
 }
 
+bool Attempts::leave_out_far_bounds ()
+{
+    constexpr double far = 1e15;
+    Limits limits = engine_->limits ();
+    limits.infinite_bound = std::min (limits.infinite_bound, far);
+    Lowered nearer = lower_linear (problem_, limits, integers_);
+    if (!nearer.refused.empty () || nearer.infinite_bounds == lowered_.infinite_bounds)
+        return false;
+    task_.warn (text ("Bounds beyond ", limits.infinite_bound, " are left out for a last try: ",
+                      nearer.infinite_bounds, "; the answer is checked with them."));
+    lowered_ = std::move (nearer);
+    return true;
+}
+
 KLVrescode_t Attempts::prepare (Method method)
 {
     std::string why = "there is none";

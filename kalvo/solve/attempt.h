@@ -34,6 +34,10 @@ public:
     // Finds an engine for the method and makes the engine's form of the problem. Runs need a prepared engine.
     KLVrescode_t prepare (Method method);
 
+    // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out; answers are checked with them
+    // all the same. False: there are none.
+    bool leave_out_far_bounds ();
+
     // Begins an attempt beside those that are under way; `why` is for the log. Throws std::system_error when no thread can be
     // started.
     void start (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);

@@ -204,7 +204,7 @@ Tried LinearPlan::basic ()
     return std::move (*tried);
 }
 
-// The same method without presolve and scaling, then the others with both, then without.
+// The same method without presolve and scaling, then the others with both, then without; then without bounds far away.
 void LinearPlan::climb_down (Tried& best)
 {
     std::vector<Attempt> ladder{{best.attempt.method, false}};
@@ -220,6 +220,10 @@ void LinearPlan::climb_down (Tried& best)
         tried_.push_back (attempt);
         keep_better (kept, try_again (attempts_, kept->answer, attempt));
     }
+    if (!attempts_.settles (kept->answer) && attempts_.leave_out_far_bounds ())
+        for (const Method method : {Method::dual_simplex, Method::crossover})
+            if (!attempts_.settles (kept->answer))
+                keep_better (kept, try_again (attempts_, kept->answer, {method}));
     look_for_basis (kept);
     best = std::move (*kept);
 }

@@ -113,6 +113,8 @@ const Shape shapes[] = {
     {"unbounded without constraints, maximising", "max 0 3; .. 0..", unbounded, 1},
     {"equal rows that contradict each other", "min 2 3; 0.. 0..; 1 1 in =4; 1 1 in =5", infeasible},
     {"both infeasible and unbounded", "min -1 0; 0.. 0..1; 0 1 in 2..", infeasible},
+    {"a bound so far away that it spoils an engine's numbers",
+     "max 0 -1 3 0; 0.. ..9.9e+19 .. 0..2; 2 -3 4 0 in ..6; -1 -3 3 2 in ..; 0 -1 3 0 in 0..6", optimal, 6},
     {"maximising with a constant", "max 3 2 +1; 0.. 0..; 1 1 in 1..4; 1 0 in ..3", optimal, 12},
     {"crossed bounds of a variable", "min 1; 2..1; 1 in 0..1", infeasible},
     {"crossed bounds of a constraint, maximising", "max 1; 0..1; 1 in 3..1", infeasible},
