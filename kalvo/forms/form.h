@@ -88,7 +88,6 @@ public:
 
     virtual Point back (Point&& claimed) const = 0;
     virtual std::shared_ptr<const Start> forth (std::shared_ptr<const Start> stated) const = 0;
-    virtual double sign () const = 0;    // -1: the form's objective is the negative of the stated one
 };
 
 }

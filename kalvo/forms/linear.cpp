@@ -145,8 +145,6 @@ public:
           kept_ (std::ranges::count_if (number_, [] (std::int32_t row) { return row >= 0; }))
     {}
 
-    double sign () const override { return sign_; }
-
     Point back (Point&& claimed) const override
     {
         Point stated = std::move (claimed);
