@@ -5,6 +5,8 @@ find_package (Threads REQUIRED)
 find_package (ZLIB REQUIRED)
 find_package (nlohmann_json 3.11 REQUIRED)
 collect_sources (library_sources kalvo)
+set (worker_main "${CMAKE_SOURCE_DIR}/kalvo/worker/program.cpp")
+list (REMOVE_ITEM library_sources "${worker_main}")
 collect_sources (highs_sources kalvo/engines/highs)
 foreach (directory IN LISTS highs_includes)
     set_property (SOURCE ${highs_sources} APPEND PROPERTY COMPILE_OPTIONS -isystem "${directory}")
@@ -25,6 +27,11 @@ if (NOT KALVO_SANITIZE)        # with sanitizers, undefined symbols are found in
     target_link_options (kalvo64 PRIVATE -Wl,-z,defs)
 endif ()
 copy_highs (toolbox_highs "${KALVO_TOOLBOX_DIR}")
+
+# The program that optimisers run in, beside the library that starts it.
+add_executable (kalvo-worker "${worker_main}")
+set_target_properties (kalvo-worker PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}")
+target_link_libraries (kalvo-worker PRIVATE kalvo_core kalvo_warnings)
 
 # Prints the pages of the manual that are made from the library's tables: see script/docs.
 add_executable (write_docs "${CMAKE_SOURCE_DIR}/docs/write_docs.cpp")

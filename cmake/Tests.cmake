@@ -4,6 +4,13 @@
 find_package (GTest REQUIRED)
 add_gateway (standalone "${CMAKE_SOURCE_DIR}/host/standalone")
 copy_highs (tests_highs "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+add_custom_command (OUTPUT "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kalvo-worker"
+    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:kalvo-worker> "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kalvo-worker"
+    DEPENDS kalvo-worker VERBATIM)
+add_executable (scripted-worker "${CMAKE_SOURCE_DIR}/tests/worker/scripted_worker.cpp")
+target_include_directories (scripted-worker PRIVATE "${CMAKE_SOURCE_DIR}")
+target_link_libraries (scripted-worker PRIVATE kalvo_core kalvo_warnings)
+add_custom_target (tests_worker ALL DEPENDS "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kalvo-worker")
 
 # add_test_program (name folder library ...): sources of tests/<folder> and of tests/support
 function (add_test_program name folder)
@@ -13,7 +20,7 @@ function (add_test_program name folder)
     target_include_directories (${name} PRIVATE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
     target_compile_definitions (${name} PRIVATE KALVO_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
     target_link_libraries (${name} PRIVATE kalvo_warnings ${ARGN})
-    add_dependencies (${name} tests_highs)
+    add_dependencies (${name} tests_highs tests_worker scripted-worker)
 endfunction ()
 
 add_test_program (library_tests library GTest::gtest_main kalvo_core)

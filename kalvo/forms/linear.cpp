@@ -11,36 +11,65 @@ namespace klv {
 
 // ---- What an engine does not take ----------------------------------------------------------------------------------
 
-static std::string refused_cost (const Problem& problem, const Limits& limits)
+static Refused refused_cost (const Problem& problem, const Limits& limits)
 {
     for (std::int32_t j = 0; j < problem.variables (); ++j)
         if (const double cost = problem.cost[static_cast<std::size_t> (j)];
             std::abs (cost) >= limits.infinite_cost)
-            return text ("the cost of ", describe_variable (problem, j), " is ", cost, "; it must be below ",
-                         limits.infinite_cost, " in magnitude");
+            return {.item = Refused::Item::cost, .variable = j, .value = cost, .limit = limits.infinite_cost};
     return {};
 }
 
-static std::string refused_entry (const Problem& problem, const Limits& limits)
+static Refused refused_entry (const Problem& problem, const Limits& limits)
 {
     for (std::int32_t j = 0; j < problem.variables (); ++j) {
         const Column column = problem.matrix.column (j);
         for (std::size_t k = 0; k < column.rows.size (); ++k)
             if (std::abs (column.values[k]) >= limits.largest_entry)
-                return text ("the matrix entry of ", describe_constraint (problem, column.rows[k]), " and ",
-                             describe_variable (problem, j), " is ", column.values[k], "; it must be below ",
-                             limits.largest_entry, " in magnitude");
+                return {Refused::Item::entry, j, column.rows[k], column.values[k], limits.largest_entry};
     }
     return {};
 }
 
-static std::string refused_bound (const Problem& problem, const Bounds& bounds, const Limits& limits,
-                                  std::string (*describe) (const Problem&, std::int32_t))
+// The first item that must lie beyond the infinite bound, or -1.
+static std::int32_t find_beyond (const Bounds& bounds, const Limits& limits)
 {
     for (std::size_t i = 0; i < bounds.key.size (); ++i)
         if (bounds.lower[i] >= limits.infinite_bound || bounds.upper[i] <= -limits.infinite_bound)
-            return text (describe (problem, static_cast<std::int32_t> (i)), " must lie beyond ",
-                         limits.infinite_bound, ", where no optimiser can tell a number from infinity");
+            return static_cast<std::int32_t> (i);
+    return -1;
+}
+
+static Refused refused_bound (const Problem& problem, const Limits& limits)
+{
+    if (const std::int32_t i = find_beyond (problem.constraint, limits); i >= 0)
+        return {.item = Refused::Item::constraint_bound, .constraint = i, .limit = limits.infinite_bound};
+    if (const std::int32_t j = find_beyond (problem.variable, limits); j >= 0)
+        return {.item = Refused::Item::variable_bound, .variable = j, .limit = limits.infinite_bound};
+    return {};
+}
+
+std::string describe (const Problem& problem, const Refused& refused)
+{
+    const auto beyond = [&] (const std::string& item) {
+        return text (item, " must lie beyond ", refused.limit,
+                     ", where no optimiser can tell a number from infinity");
+    };
+    switch (refused.item) {
+    case Refused::Item::cost:
+        return text ("the cost of ", describe_variable (problem, refused.variable), " is ", refused.value,
+                     "; it must be below ", refused.limit, " in magnitude");
+    case Refused::Item::entry:
+        return text ("the matrix entry of ", describe_constraint (problem, refused.constraint), " and ",
+                     describe_variable (problem, refused.variable), " is ", refused.value,
+                     "; it must be below ", refused.limit, " in magnitude");
+    case Refused::Item::variable_bound:
+        return beyond (describe_variable (problem, refused.variable));
+    case Refused::Item::constraint_bound:
+        return beyond (describe_constraint (problem, refused.constraint));
+    case Refused::Item::none:
+        break;
+    }
     return {};
 }
 
@@ -218,13 +247,11 @@ Lowered lower_linear (std::shared_ptr<const Problem> stated, const Limits& limit
     const Entries entries = look_at (stated->matrix.values (), limits);
     lowered.dropped_entries = entries.dropped;
     lowered.refused = refused_cost (*stated, limits);
-    if (lowered.refused.empty () && entries.largest >= limits.largest_entry)
+    if (lowered.refused.item == Refused::Item::none && entries.largest >= limits.largest_entry)
         lowered.refused = refused_entry (*stated, limits);
-    if (lowered.refused.empty ())
-        lowered.refused = refused_bound (*stated, stated->constraint, limits, describe_constraint);
-    if (lowered.refused.empty ())
-        lowered.refused = refused_bound (*stated, stated->variable, limits, describe_variable);
-    if (!lowered.refused.empty ())
+    if (lowered.refused.item == Refused::Item::none)
+        lowered.refused = refused_bound (*stated, limits);
+    if (lowered.refused.item != Refused::Item::none)
         return lowered;
 
     const auto whole = std::make_shared<Form> (LinearForm ());

@@ -8,12 +8,23 @@
 
 namespace klv {
 
+// An item of the stated problem whose number no engine takes.
+struct Refused {
+    enum class Item { none, cost, entry, variable_bound, constraint_bound };
+
+    Item item = Item::none;
+    std::int32_t variable = 0, constraint = 0;
+    double value = 0, limit = 0;
+};
+
+std::string describe (const Problem& problem, const Refused& refused);
+
 struct Lowered {
     std::shared_ptr<const Form> form;
     std::shared_ptr<const Recovery> recovery;
     std::int64_t infinite_bounds = 0;    // finite bounds that the engine would take as infinite
     std::int64_t dropped_entries = 0;    // matrix entries that the engine drops as too small
-    std::string refused = {};            // what the engine does not take: there is no form then
+    Refused refused = {};                // there is no form then
 };
 
 // The stated problem's matrix must be packed. `integers`: whether integer variables must be whole.

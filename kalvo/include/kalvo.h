@@ -96,6 +96,7 @@ enum KLVrescode {
     KLV_RES_ENGINE_FAILED = 3202,
     KLV_RES_THREAD_FAILED = 3203,
     KLV_RES_INTERNAL = 3204,
+    KLV_RES_WORKER_MISSING = 3205,
 
     KLV_RES_TIME_LIMIT = 20001,
     KLV_RES_ITERATION_LIMIT = 20002,
@@ -167,6 +168,9 @@ enum KLVoptimizer {
 enum KLVswitch { KLV_OFF = 0, KLV_ON = 1 };
 
 enum KLVpresolve { KLV_PRESOLVE_OFF = 0, KLV_PRESOLVE_ON = 1, KLV_PRESOLVE_AUTOMATIC = 2 };
+
+// Where optimisers run; automatic: in a process of their own.
+enum KLVworker { KLV_WORKER_OFF = 0, KLV_WORKER_ON = 1, KLV_WORKER_AUTOMATIC = 2 };
 
 enum KLVscaling {
     KLV_SCALING_OFF = 0,

@@ -21,8 +21,7 @@ KLVrescode_t KLV_getversion (int32_t* major, int32_t* minor, int32_t* revision)
 KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver)
 {
     return enter_environment (env, [&] {
-        constexpr int version[] = {KLV_VERSION_MAJOR, KLV_VERSION_MINOR, KLV_VERSION_REVISION};
-        environment::print (text ("Kalvo ", version[0], ".", version[1], ".", version[2],
+        environment::print (text ("Kalvo ", environment::version (),
                                   ", solver library for linear and mixed-integer optimisation"));
         if (longver > 0)
             for (const std::shared_ptr<Engine>& engine : engines ())

@@ -4,7 +4,7 @@
 #include "kalvo/interface/entry.h"
 #include "kalvo/report/analysis.h"
 #include "kalvo/report/summary.h"
-#include "kalvo/worker/in_process.h"
+#include "kalvo/worker/optimize.h"
 
 using namespace klv;
 
@@ -41,9 +41,17 @@ KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename)
     });
 }
 
+// Writes the task to where a parameter asks for it. An error of writing is told and forgotten: the optimisation goes on.
+static void keep_replay (Task& task)
+{
+    const std::string& path = task.parameters.get (TextSetting::replay_file);
+    if (!path.empty () && write_problem (task, path.c_str ()) == KLV_RES_OK)
+        task.say (text ("What ended the process can be repeated from the file '", path, "'."));
+}
+
 KLVrescode_t KLV_optimize (KLVtask_t task)
 {
-    return run (task, [&] (Task& t) { return optimize_in_process (t); });
+    return run (task, [&] (Task& t) { return optimize_task (t, [&] { keep_replay (t); }); });
 }
 
 KLVrescode_t KLV_toconic (KLVtask_t task)

@@ -5,8 +5,21 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace klv {
+
+ColumnMatrix::ColumnMatrix (std::span<const std::int32_t> starts, std::span<const std::int32_t> rows,
+                            std::span<const double> values, std::shared_ptr<const void> owner)
+    : start_ (starts.begin (), starts.end ()),
+      count_ (starts.size () - 1),
+      outside_{rows, values},
+      owner_ (std::move (owner)),
+      entries_ (std::ssize (values))
+{
+    for (std::size_t j = 0; j < count_.size (); ++j)
+        count_[j] = start_[j + 1] - start_[j];
+}
 
 void ColumnMatrix::append_columns (std::int32_t count)
 {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -26,6 +27,10 @@ public:
     ColumnMatrix () = default;
     explicit ColumnMatrix (std::int64_t most_entries) : most_entries_ (most_entries) {}
 
+    // A packed matrix whose entries are somebody else's, kept by `owner`; it is only read.
+    ColumnMatrix (std::span<const std::int32_t> starts, std::span<const std::int32_t> rows,
+                  std::span<const double> values, std::shared_ptr<const void> owner);
+
     void append_columns (std::int32_t count);
     void reserve (std::int64_t entries);
     // Refuses a column whose entries are more than can be counted.
@@ -40,8 +45,8 @@ public:
     void pack ();
     bool packed () const { return packed_; }
     std::span<const std::int32_t> starts () const { return start_; }
-    std::span<const std::int32_t> rows () const { return row_; }
-    std::span<const double> values () const { return value_; }
+    std::span<const std::int32_t> rows () const { return owner_ ? outside_.rows : row_; }
+    std::span<const double> values () const { return owner_ ? outside_.values : value_; }
 
 private:
     bool in_order () const;
@@ -52,6 +57,8 @@ private:
     std::vector<std::int32_t> count_;
     std::vector<std::int32_t> row_;
     std::vector<double> value_;
+    Column outside_;    // all entries, where they have an owner of their own
+    std::shared_ptr<const void> owner_;
     std::int64_t most_entries_ = std::numeric_limits<std::int32_t>::max ();
     std::int64_t entries_ = 0;
     bool packed_ = true;

@@ -126,9 +126,6 @@ KLVrescode_t optimizer_summary (Task& task, std::int32_t stream)
         if (const std::int32_t value = information.get (item))
             line += text (", ", value, " ", value == 1 ? one : many);
     task.streams.print_on (stream, line);
-    if (const std::int32_t alive = information.get (IntItem::abandoned_workers))
-        task.streams.print_on (
-            stream, text (alive, alive == 1 ? " stopped run has" : " stopped runs have", " not ended yet."));
     return KLV_RES_OK;
 }
 

@@ -26,29 +26,39 @@ std::size_t work_of (const Problem& problem)
                                      problem.constraints ());
 }
 
+Answer judge (Call& call, const Check& check, const Problem& problem, Point&& claimed)
+{
+    call.enter (KLV_CALLER_CHECK);
+    return call.compute (work_of (problem), [&] { return check (std::move (claimed)); });
+}
+
 void add_one (Task& task, IntItem item)
 {
     task.information.set (item, task.information.get (item) + 1);
 }
 
-Attempts::Attempts (Task& task, Runs& runs, bool integers)
+Attempts::Attempts (Task& task, Call& call, Runs& runs, bool integers, Journal* journal,
+                    std::vector<Past> past)
     : task_ (task),
+      call_ (call),
       runs_ (runs),
       settings_ (std::make_shared<Parameters> (task.parameters)),
       problem_ (task.share_problem ()),
       integers_ (integers),
-      check_ (problem_, *settings_, integers)
+      check_ (problem_, *settings_, integers,
+              journal != nullptr ? Check::Claims::kept : Check::Claims::dropped),
+      journal_ (journal),
+      past_ (std::move (past))
 {}
 
 // ---- Engine and form ---------------------------------------------------------------------------------------------------
 
-KLVrescode_t Attempts::lower ()
+void Attempts::lower ()
 {
-    lowered_ = runs_.compute (work_of (*problem_),
+    lowered_ = call_.compute (work_of (*problem_),
                               [&] { return lower_linear (problem_, engine_->limits (), integers_); });
-    if (!lowered_.refused.empty ())
-        return task_.fail (KLV_RES_TOO_LARGE,
-                           text ("No optimiser can take this problem: ", lowered_.refused, "."));
+    if (!lowered_.form)
+        return;
     task_.information.set (IntItem::lowered_infinite_bounds, lowered_.infinite_bounds);
     task_.information.set (IntItem::lowered_dropped_entries, lowered_.dropped_entries);
     if (lowered_.infinite_bounds > 0)
@@ -60,7 +70,6 @@ KLVrescode_t Attempts::lower ()
     // What was freed after loading lies in holes that an engine's thread does not use.
     if (work_of (*problem_) >= large_work)
         malloc_trim (0);
-    return KLV_RES_OK;
 }
 
 bool Attempts::leave_out_far_bounds ()
@@ -69,15 +78,16 @@ bool Attempts::leave_out_far_bounds ()
     Limits limits = engine_->limits ();
     limits.infinite_bound = std::min (limits.infinite_bound, far);
     Lowered nearer = lower_linear (problem_, limits, integers_);
-    if (!nearer.refused.empty () || nearer.infinite_bounds == lowered_.infinite_bounds)
+    if (!nearer.form || nearer.infinite_bounds == lowered_.infinite_bounds)
         return false;
     task_.warn (text ("Bounds beyond ", limits.infinite_bound, " are left out for a last try: ",
                       nearer.infinite_bounds, "; the answer is checked with them."));
     lowered_ = std::move (nearer);
+    without_far_bounds_ = true;
     return true;
 }
 
-KLVrescode_t Attempts::prepare (Method method)
+std::optional<Failure> Attempts::prepare (Method method)
 {
     std::string why = "there is none";
     for (const std::shared_ptr<Engine>& engine : engines ()) {
@@ -85,13 +95,14 @@ KLVrescode_t Attempts::prepare (Method method)
         if (!why.empty ())
             continue;
         engine_ = engine;
-        if (const KLVrescode_t code = lower ())
-            return code;
+        lower ();
+        if (!lowered_.form)
+            return Failure{KLV_RES_TOO_LARGE, {}, lowered_.refused};
         why = engine->refuses (*lowered_.form, method, {.threads = threads (method)});
         if (why.empty ())
-            return KLV_RES_OK;
+            return std::nullopt;
     }
-    return task_.fail (KLV_RES_ENGINE_MISSING, text ("No optimiser can be used: ", why, "."));
+    return Failure{KLV_RES_ENGINE_MISSING, text ("No optimiser can be used: ", why, "."), {}};
 }
 
 std::size_t Attempts::size () const
@@ -124,6 +135,10 @@ int Attempts::threads (Method method) const
 void Attempts::start (const Attempt& attempt, const std::shared_ptr<const Start>& start,
                       const std::string& why)
 {
+    const Begun begun{attempt, start != nullptr, without_far_bounds_};
+    if (recall (begun))
+        return;
+    tell_ends ();
     Job job{.form = lowered_.form,
             .settings = settings_,
             .method = attempt.method,
@@ -132,16 +147,63 @@ void Attempts::start (const Attempt& attempt, const std::shared_ptr<const Start>
             .start = lowered_.recovery->forth (start)};
     running_.reserve (running_.size () + 1);
     const int used = job.budget.threads + static_cast<int> (running_.size ());
-    const Runs::Id id = runs_.start (engine_, std::move (job), why);
+    Runs::OnIncumbent on_incumbent;
+    if (journal_ != nullptr)
+        on_incumbent = [this, recovery = lowered_.recovery] (std::vector<double>&& x) {
+            journal_->incumbent (recovery->back ({.x = std::move (x)}).x);
+        };
+    if (journal_ != nullptr)
+        journal_->begun (begun, engine_->name ());
+    const Runs::Id id = runs_.start (engine_, std::move (job), why, std::move (on_incumbent));
     task_.information.set (IntItem::threads_used,
                            std::max (used, task_.information.get (IntItem::threads_used)));
-    running_.push_back ({id, attempt, Stagnation (size ())});
+    running_.push_back ({id, begun, Stagnation (size ())});
 }
+
+// ---- Attempts of the past --------------------------------------------------------------------------------------------------
+
+// Whether the attempt was made in another process: its claim is then what it leaves.
+bool Attempts::recall (const Begun& begun)
+{
+    const auto made = std::ranges::find (past_, begun, &Past::begun);
+    if (made == past_.end ())
+        return false;
+    recalled_.push_back (*made);
+    return true;
+}
+
+std::optional<Tried> Attempts::take_recalled ()
+{
+    if (recalled_.empty ())
+        return std::nullopt;
+    Past past = std::move (recalled_.back ());
+    recalled_.pop_back ();
+    return Tried{past.begun.attempt, judge (std::move (past.claim))};
+}
+
+void Attempts::note_end (const Begun& begun, const Answer& answer)
+{
+    if (journal_ == nullptr)
+        return;
+    untold_.push_back ({begun, answer.claim});
+    if (!running_.empty ())
+        tell_ends ();
+}
+
+// The end of the last attempt is told only when another one follows: else the answer says it all.
+void Attempts::tell_ends ()
+{
+    for (const Past& past : std::exchange (untold_, {}))
+        journal_->ended (past);
+}
+
+// ---- Answers ---------------------------------------------------------------------------------------------------------------
 
 void Attempts::drop_all ()
 {
     for (const Running& run : std::exchange (running_, {}))
         runs_.drop (run.id);
+    recalled_.clear ();
 }
 
 void Attempts::count (Method method, const Claims& claims)
@@ -159,8 +221,7 @@ void Attempts::count (Method method, const Claims& claims)
 
 Answer Attempts::judge (Point&& claimed)
 {
-    runs_.enter (KLV_CALLER_CHECK);
-    return runs_.compute (work_of (*problem_), [&] { return check_ (std::move (claimed)); });
+    return klv::judge (call_, check_, *problem_, std::move (claimed));
 }
 
 Tried Attempts::take (Runs::Ended&& ended)
@@ -168,7 +229,8 @@ Tried Attempts::take (Runs::Ended&& ended)
     auto run = std::ranges::find (running_, ended.id, &Running::id);
     if (run == running_.end ())
         run = running_.begin ();    // the optimisation was stopped before a run could begin
-    Tried tried{.attempt = run->attempt};
+    const Begun begun = run->begun;
+    Tried tried{.attempt = begun.attempt};
     running_.erase (run);
     Claims& claims = ended.claims;
     count (tried.attempt.method, claims);
@@ -181,19 +243,21 @@ Tried Attempts::take (Runs::Ended&& ended)
     tried.answer = judge (lowered_.recovery->back (std::move (claims)));
     if (tried.answer.outcome == Outcome::optimal && !tried.answer.conclusive)
         add_one (task_, IntItem::engine_optimal_claims_rejected);
+    note_end (begun, tried.answer);
     return tried;
 }
 
 std::optional<Tried> Attempts::give_up_one ()
 {
     const auto idle = std::ranges::find_if (running_, [&] (Running& run) {
-        return is_interior (run.attempt.method) &&
+        return is_interior (run.begun.attempt.method) &&
                run.stagnation.note (runs_.newest (run.id), runs_.seconds (run.id));
     });
     if (idle == running_.end ())
         return std::nullopt;
-    Tried tried{.attempt = idle->attempt};
-    tried.answer.message = "the interior-point method made no progress";
+    Tried tried{.attempt = idle->begun.attempt};
+    tried.answer.message = tried.answer.claim.message = "the interior-point method made no progress";
+    note_end (idle->begun, tried.answer);
     runs_.drop (idle->id);
     running_.erase (idle);
     return tried;
@@ -201,6 +265,8 @@ std::optional<Tried> Attempts::give_up_one ()
 
 std::optional<Tried> Attempts::next (double seconds)
 {
+    if (std::optional<Tried> recalled = take_recalled ())
+        return recalled;
     for (double left = seconds; under_way () > 0; left -= between_looks) {
         if (std::optional<Runs::Ended> ended = runs_.wait (std::min (left, between_looks)))
             return take (std::move (*ended));

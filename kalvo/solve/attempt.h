@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kalvo/forms/linear.h"
+#include "kalvo/solve/call.h"
 #include "kalvo/solve/runs.h"
 #include "kalvo/solve/stagnation.h"
 #include "kalvo/task/task.h"
@@ -26,13 +27,50 @@ struct Tried {
     Answer answer = {};
 };
 
+// An attempt as it was begun, which tells it from all others of an optimisation.
+struct Begun {
+    Attempt attempt;
+    bool from_start = false;
+    bool without_far_bounds = false;
+
+    bool operator== (const Begun&) const = default;
+};
+
+// An attempt that came to its end, or took its process with it: the claim then says so.
+struct Past {
+    Begun begun;
+    Point claim;
+};
+
+// Takes down what attempts begin and what they leave, so that another process can go on where this one ends.
+class Journal {
+public:
+    Journal () = default;
+    Journal (const Journal&) = delete;
+    Journal& operator= (const Journal&) = delete;
+    virtual ~Journal () = default;
+
+    virtual void begun (const Begun& begun, const char* engine) = 0;
+    virtual void ended (const Past& past) = 0;
+    virtual void incumbent (std::vector<double>&& x) = 0;    // a point of the problem as stated
+};
+
+// Why there is nothing to run. A refused item is named by who knows the problem's names.
+struct Failure {
+    KLVrescode_t code = KLV_RES_OK;
+    std::string message = {};
+    Refused refused = {};
+};
+
 class Attempts {
 public:
-    // `integers`: whether integer variables must be whole.
-    Attempts (Task& task, Runs& runs, bool integers);
+    // `integers`: whether integer variables must be whole. With a journal, attempts of the past are not made again, and answers keep
+    // their claims.
+    Attempts (Task& task, Call& call, Runs& runs, bool integers, Journal* journal = nullptr,
+              std::vector<Past> past = {});
 
     // Finds an engine for the method and makes the engine's form of the problem. Runs need a prepared engine.
-    KLVrescode_t prepare (Method method);
+    std::optional<Failure> prepare (Method method);
 
     // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out; answers are checked with them
     // all the same. False: there are none.
@@ -46,7 +84,7 @@ public:
     std::optional<Tried> next (double seconds = infinity);
 
     Tried run (const Attempt& attempt, const std::shared_ptr<const Start>& start, const std::string& why);
-    std::size_t under_way () const { return running_.size (); }
+    std::size_t under_way () const { return running_.size () + recalled_.size (); }
     void drop_all ();
 
     // Whether no further attempt is to be made after this answer.
@@ -58,27 +96,31 @@ public:
     int threads_to_be_had () const;
     std::size_t size () const;    // entries, rows and columns of the form
     bool has_entries () const;    // whether the form's matrix has any
-    const Check& check () const { return check_; }
     const Problem& problem () const { return *problem_; }
     const Parameters& settings () const { return *settings_; }
-    bool stopped () const { return runs_.answer () != 0; }
-    Runs& runs () { return runs_; }
+    bool stopped () const { return call_.answer () != 0; }
     Task& task () { return task_; }
+    Runs& runs () { return runs_; }
 
 private:
     struct Running {
         Runs::Id id;
-        Attempt attempt;
+        Begun begun;
         Stagnation stagnation;
     };
 
-    KLVrescode_t lower ();
+    void lower ();
     int threads (Method method) const;
     void count (Method method, const Claims& claims);
+    bool recall (const Begun& begun);
+    void note_end (const Begun& begun, const Answer& answer);
+    void tell_ends ();
+    std::optional<Tried> take_recalled ();
     std::optional<Tried> give_up_one ();
     Tried take (Runs::Ended&& ended);
 
     Task& task_;
+    Call& call_;
     Runs& runs_;
     std::shared_ptr<const Parameters> settings_;
     std::shared_ptr<const Problem> problem_;
@@ -86,8 +128,17 @@ private:
     Check check_;
     std::shared_ptr<Engine> engine_;
     Lowered lowered_;
+    bool without_far_bounds_ = false;
     std::vector<Running> running_;
+
+    Journal* journal_;
+    std::vector<Past> past_;
+    std::vector<Past> recalled_;    // attempts of the past that were started again
+    std::vector<Past> untold_;      // ends that the journal does not know yet
 };
+
+// Checks claims in a phase of its own.
+Answer judge (Call& call, const Check& check, const Problem& problem, Point&& claimed);
 
 // The number of items in one pass over the problem.
 std::size_t work_of (const Problem& problem);

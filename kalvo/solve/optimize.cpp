@@ -2,13 +2,11 @@
 
 #include "kalvo/model/describe.h"
 #include "kalvo/model/text.h"
-#include "kalvo/solve/plans.h"
 #include "kalvo/solve/separable.h"
 #include "kalvo/tables/constants.h"
 #include "kalvo/verify/certificate.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace klv {
@@ -16,12 +14,13 @@ namespace klv {
 class Optimization {
 public:
     // The problem's matrix must be packed.
-    Optimization (Task& task, Runs& runs)
+    Optimization (Task& task, Call& call, Solver& solver)
         : task_ (task),
-          runs_ (runs),
-          integers_ (task.problem ().integers > 0 &&
-                     task.parameters.get (IntSetting::relax_integers) == KLV_OFF),
-          attempts_ (task, runs, integers_)
+          call_ (call),
+          solver_ (solver),
+          problem_ (task.share_problem ()),
+          integers_ (problem_->integers > 0 && task.parameters.get (IntSetting::relax_integers) == KLV_OFF),
+          check_ (problem_, task.parameters, integers_)
     {
         earlier_.swap (task.solutions);
         if (setting (IntSetting::warm_start) == KLV_OFF)
@@ -32,7 +31,9 @@ public:
 
 private:
     int setting (IntSetting which) const { return task_.parameters.get (which); }
-    const Problem& problem () const { return attempts_.problem (); }
+    const Problem& problem () const { return *problem_; }
+    bool stopped () const { return call_.answer () != 0; }
+    int first_optimizer () const { return about (first_method (task_.parameters, integers_)).optimizer; }
 
     KLVrescode_t solve ();
     KLVrescode_t report_crossed (const CrossedBounds& crossed);
@@ -48,9 +49,11 @@ private:
     KLVrescode_t code_of (const Answer& answer);
 
     Task& task_;
-    Runs& runs_;
+    Call& call_;
+    Solver& solver_;
+    std::shared_ptr<const Problem> problem_;
     bool integers_;
-    Attempts attempts_;
+    Check check_;
     Solutions earlier_;    // from before this optimisation
 };
 
@@ -72,7 +75,7 @@ KLVrescode_t Optimization::code_of (const Answer& answer)
     case Outcome::objective_limit:
         return KLV_RES_OBJECTIVE_LIMIT;
     case Outcome::stopped:
-        return stop_code (runs_.answer ());
+        return stop_code (call_.answer ());
     case Outcome::failed:
         return task_.fail (KLV_RES_ENGINE_FAILED, text ("The optimiser failed: ", answer.message, "."));
     case Outcome::out_of_memory:
@@ -121,8 +124,7 @@ void Optimization::fill (Answer&& answer, const std::vector<KLVsoltype>& slots, 
     if (!answer.solution && has_ended_without)
         return;    // the run ended early and left no point
     const bool has_basis = answer.has_basis;
-    Solution solution =
-        answer.solution ? std::move (*answer.solution) : attempts_.check ().unknown_solution ();
+    Solution solution = answer.solution ? std::move (*answer.solution) : check_.unknown_solution ();
     Information& information = task_.information;
     const Violations& found = solution.violations;
     information.set (RealItem::primal_objective, solution.primal_objective);
@@ -255,21 +257,19 @@ KLVrescode_t Optimization::report_crossed (const CrossedBounds& crossed)
                   .conclusive = true,
                   .solution = certify_crossed (problem (), crossed)};
     if (integers_) {
-        answer.solution = attempts_.check ().unknown_solution ();
+        answer.solution = check_.unknown_solution ();
         answer.solution->problem_status = KLV_PRO_PRIMAL_INFEASIBLE;
     }
-    return store (std::move (answer), slots (),
-                  about (first_method (attempts_.settings (), integers_)).optimizer);
+    return store (std::move (answer), slots (), first_optimizer ());
 }
 
 KLVrescode_t Optimization::report_separable ()
 {
-    runs_.no_run ("no constraint that binds has an entry: each variable goes to its better bound");
+    solver_.no_run ("no constraint that binds has an entry: each variable goes to its better bound");
     Point claimed = solve_separable (problem (), integers_);
     if (integers_ && claimed.outcome == Outcome::optimal)
         claimed.bound = objective (problem (), claimed.x);
-    return store (attempts_.judge (std::move (claimed)), slots (),
-                  about (first_method (attempts_.settings (), integers_)).optimizer);
+    return store (judge (call_, check_, problem (), std::move (claimed)), slots (), first_optimizer ());
 }
 
 // ---- The optimisation ----------------------------------------------------------------------------------------------------------
@@ -277,17 +277,19 @@ KLVrescode_t Optimization::report_separable ()
 KLVrescode_t Optimization::solve ()
 {
     const CrossedBounds crossed =
-        find_crossed (problem (), attempts_.settings ().get (RealSetting::fixing_tolerance));
+        find_crossed (problem (), task_.parameters.get (RealSetting::fixing_tolerance));
     task_.information.set (IntItem::crossed_bounds, crossed.count);
     if (crossed.item >= 0)
         return report_crossed (crossed);
     if (problem ().is_separable ())
         return report_separable ();
-    if (const KLVrescode_t code = attempts_.prepare (first_method (attempts_.settings (), integers_)))
-        return code;
-    if (!attempts_.has_entries ())
-        return report_separable ();
-    return store (integers_ ? solve_integer (attempts_, earlier_) : solve_linear (attempts_, earlier_));
+    Solved solved = solver_.solve (earlier_, integers_);
+    if (const std::optional<Failure>& failure = solved.failure)
+        return task_.fail (failure->code, failure->code == KLV_RES_TOO_LARGE
+                                              ? text ("No optimiser can take this problem: ",
+                                                      describe (problem (), failure->refused), ".")
+                                              : failure->message);
+    return solved.separable ? report_separable () : store (std::move (solved.found));
 }
 
 KLVrescode_t Optimization::run ()
@@ -298,28 +300,23 @@ KLVrescode_t Optimization::run ()
     information.set (IntItem::integers, problem ().integers);
     information.set (IntItem::matrix_entries, problem ().matrix.entries ());
 
-    runs_.enter (KLV_CALLER_BEGIN_OPTIMIZE);
-    if (attempts_.stopped ())
-        return stop_code (runs_.answer ());
-    KLVrescode_t code = KLV_RES_OK;
-    try {
-        code = solve ();
-    } catch (const std::system_error& error) {
-        code = task_.fail (KLV_RES_THREAD_FAILED, text ("No thread can be started: ", error.what (), "."));
-    }
+    call_.enter (KLV_CALLER_BEGIN_OPTIMIZE);
+    if (stopped ())
+        return stop_code (call_.answer ());
+    KLVrescode_t code = solve ();
     // A callback that asks to stop at the last progress point gets the code of a stop; the solutions stay.
-    runs_.enter (KLV_CALLER_END_OPTIMIZE);
+    call_.enter (KLV_CALLER_END_OPTIMIZE);
     const bool failed = code != KLV_RES_OK && code < KLV_FIRST_TERMINATION;
-    if (attempts_.stopped () && !failed)
-        code = stop_code (runs_.answer ());
+    if (stopped () && !failed)
+        code = stop_code (call_.answer ());
     if (code >= KLV_FIRST_TERMINATION && setting (IntSetting::log_level) >= 1)
         task_.say (text ("Ended early: ", find_constant (Group::response, code)->description));
     return code;
 }
 
-KLVrescode_t optimize (Task& task, Runs& runs)
+KLVrescode_t optimize (Task& task, Call& call, Solver& solver)
 {
-    return Optimization (task, runs).run ();
+    return Optimization (task, call, solver).run ();
 }
 
 }

@@ -74,6 +74,12 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::presolve, "KLV_PRESOLVE_ON", KLV_PRESOLVE_ON, "The problem is made smaller first."},
     {Group::presolve, "KLV_PRESOLVE_AUTOMATIC", KLV_PRESOLVE_AUTOMATIC, "The optimiser chooses."},
 
+    {Group::worker, "KLV_WORKER_OFF", KLV_WORKER_OFF,
+     "In the calling process: a stop waits for the optimiser."},
+    {Group::worker, "KLV_WORKER_ON", KLV_WORKER_ON, "In a process of their own."},
+    {Group::worker, "KLV_WORKER_AUTOMATIC", KLV_WORKER_AUTOMATIC,
+     "In a process of their own where one can be had."},
+
     {Group::scaling, "KLV_SCALING_OFF", KLV_SCALING_OFF, "Coefficients are taken as they are."},
     {Group::scaling, "KLV_SCALING_AUTOMATIC", KLV_SCALING_AUTOMATIC, "The optimiser chooses."},
     {Group::scaling, "KLV_SCALING_EQUILIBRATION", KLV_SCALING_EQUILIBRATION,
@@ -228,6 +234,8 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::response, "KLV_RES_ENGINE_FAILED", KLV_RES_ENGINE_FAILED, "A solver engine failed."},
     {Group::response, "KLV_RES_THREAD_FAILED", KLV_RES_THREAD_FAILED, "A thread can't be started."},
     {Group::response, "KLV_RES_INTERNAL", KLV_RES_INTERNAL, "An internal failure of the library."},
+    {Group::response, "KLV_RES_WORKER_MISSING", KLV_RES_WORKER_MISSING,
+     "The program that optimisers run in is missing, or does not fit the library."},
 
     {Group::response, "KLV_RES_TIME_LIMIT", KLV_RES_TIME_LIMIT, "The time limit was reached."},
     {Group::response, "KLV_RES_ITERATION_LIMIT", KLV_RES_ITERATION_LIMIT, "The iteration limit was reached."},

@@ -20,6 +20,7 @@ enum class Group {
     on_off,
     optimizer,
     presolve,
+    worker,
     scaling,
     pricing,
     interior_method,

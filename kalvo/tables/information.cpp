@@ -77,6 +77,9 @@ static constexpr auto live_reals = std::to_array<LiveItem<RealItem>> ({
      "KLV_DINF_DUAL_VIOLATION of the basic solution."},
     {RealItem::basic_complementarity_violation, "KLV_DINF_BAS_COMPLEMENTARITY_VIOLATION",
      "KLV_DINF_COMPLEMENTARITY_VIOLATION of the basic solution."},
+    {RealItem::worker_memory, "KLV_DINF_WORKER_MEMORY",
+     "Megabytes: the most that a process of optimisers has had in use; 0 if they ran in the calling "
+     "process."},
 });
 
 static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
@@ -103,8 +106,8 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
      "Finite bounds that an optimiser took as infinite."},
     {IntItem::crossed_bounds, "KLV_IINF_CROSSED_BOUNDS", "Pairs of bounds that contradict each other."},
     {IntItem::optimizer_used, "KLV_IINF_OPTIMIZER", "Number of the optimiser that gave the answer."},
-    {IntItem::abandoned_workers, "KLV_IINF_ABANDONED_WORKERS",
-     "Stopped runs that had not ended yet when the optimisation returned."},
+    {IntItem::worker_deaths, "KLV_IINF_WORKER_DEATHS",
+     "Processes of optimisers that ended unexpectedly in the last optimisation."},
     {IntItem::start, "KLV_IINF_START",
      "What the answer was found from: 0 nothing, 1 a basis, 2 a point, 3 values of integer variables."},
     {IntItem::race, "KLV_IINF_RACE",

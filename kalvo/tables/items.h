@@ -48,6 +48,7 @@ enum class RealItem {
     basic_primal_violation,
     basic_dual_violation,
     basic_complementarity_violation,
+    worker_memory,
     count
 };
 
@@ -69,7 +70,7 @@ enum class IntItem {
     lowered_infinite_bounds,
     crossed_bounds,
     optimizer_used,
-    abandoned_workers,
+    worker_deaths,
     start,
     race,
     presolved_variables,

@@ -47,6 +47,8 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
      "Share of the integer search that goes into heuristics."},
     {16, "KLV_DPAR_MIP_LOG_INTERVAL", 5, 0, inf, Group::none, RealSetting::integer_log_interval,
      "Seconds between two lines of the integer search while nothing happens."},
+    {17, "KLV_DPAR_MEMORY_LIMIT", -1, -1, inf, Group::none, RealSetting::memory_limit,
+     "Megabytes that optimisers may use in a process of their own; -1: no limit."},
 });
 
 static constexpr auto live_ints = std::to_array<IntParameter> ({
@@ -145,11 +147,17 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      "Heuristic: rounds variables one by one, mending violated constraints on the way."},
     {43, "KLV_IPAR_RACE_SIZE", 5000, 0, most, Group::none, IntSetting::race_size,
      "Entries, rows and columns from which the automatic optimiser lets interior point run beside simplex."},
+    {44, "KLV_IPAR_WORKER", KLV_WORKER_AUTOMATIC, KLV_WORKER_OFF, KLV_WORKER_AUTOMATIC, Group::worker,
+     IntSetting::worker, "Whether optimisers run in a process of their own."},
 });
 
 static constexpr auto live_texts = std::to_array<TextParameter> ({
     {KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
      "The problem file that KLV_readdata reads when it is given no name; kalvoopt sets it from read(file)."},
+    {2, "KLV_SPAR_REPLAY_FILE", "", TextSetting::replay_file,
+     "A file with the extension .json, to which the problem, its parameters and its start are written when a "
+     "process of "
+     "optimisers ends unexpectedly; empty: none."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_PARAMETERS> ("KLV_DPAR_RESERVED_");

@@ -22,6 +22,7 @@ enum class RealSetting {
     pivot_threshold,
     heuristic_effort,
     integer_log_interval,
+    memory_limit,    // megabytes of a worker process; negative: none
     count
 };
 
@@ -69,9 +70,10 @@ enum class IntSetting {
     zi_round,                      // KLVswitch
     shifting,                      // KLVswitch
     race_size,                     // entries, rows and columns from which simplex and interior point race
+    worker,                        // KLVworker
     count
 };
 
-enum class TextSetting { data_file, count };
+enum class TextSetting { data_file, replay_file, count };
 
 }

@@ -3,6 +3,8 @@
 
 #include "kalvo/include/kalvo.h"
 
+#include <filesystem>
+#include <string>
 #include <string_view>
 
 namespace klv::environment {
@@ -11,6 +13,12 @@ struct ExitFunction {
     KLVexitfunc func = nullptr;
     void* handle = nullptr;
 };
+
+// "10.2.18", of kalvo.h.
+std::string version ();
+
+// Where this code's file lies, and beside it all that belongs to the library.
+std::filesystem::path folder ();
 
 void link_function (std::int32_t stream, void* handle, KLVstreamfunc func);
 void print (std::string_view line);    // a message, without its newline

@@ -8,7 +8,8 @@
 
 namespace klv {
 
-Check::Check (std::shared_ptr<const Problem> problem, const Parameters& settings, bool integers)
+Check::Check (std::shared_ptr<const Problem> problem, const Parameters& settings, bool integers,
+              Claims claims)
     : problem_ (std::move (problem)),
       tolerances_{.primal = settings.get (RealSetting::primal_tolerance),
                   .dual = settings.get (RealSetting::dual_tolerance),
@@ -16,7 +17,8 @@ Check::Check (std::shared_ptr<const Problem> problem, const Parameters& settings
                   .integer = settings.get (RealSetting::integer_tolerance)},
       absolute_gap_ (settings.get (RealSetting::integer_absolute_gap)),
       relative_gap_ (settings.get (RealSetting::integer_relative_gap)),
-      integers_ (integers)
+      integers_ (integers),
+      keeps_claims_ (claims == Claims::kept)
 {}
 
 static bool finite (const std::vector<double>& values, std::size_t count)
@@ -201,7 +203,7 @@ Answer Check::check_unbounded (const Point& claimed) const
     return answer;
 }
 
-Answer Check::operator() (Point&& claimed) const
+Answer Check::judged (Point&& claimed) const
 {
     switch (claimed.outcome) {
     case Outcome::infeasible:
@@ -211,6 +213,20 @@ Answer Check::operator() (Point&& claimed) const
     default:
         return integers_ ? check_integer (std::move (claimed)) : check_continuous (std::move (claimed));
     }
+}
+
+Answer Check::operator() (Point&& claimed) const
+{
+    if (!keeps_claims_)
+        return judged (std::move (claimed));
+    Point kept = claimed;
+    Answer answer = judged (std::move (claimed));
+    if (answer.conclusive && !integers_ && answer.outcome == Outcome::infeasible)
+        kept.dual_ray = answer.solution->y;    // a ray that needs no refinement any more
+    if (answer.conclusive && answer.outcome == Outcome::unbounded)
+        kept.primal_ray = answer.solution->xx;
+    answer.claim = std::move (kept);
+    return answer;
 }
 
 }

@@ -28,18 +28,23 @@ struct Answer {
     bool has_basis = false;    // the solution's keys are those of a basis
     std::optional<IntegerGap> integer_gap = {};
     std::string message = {};    // plain words for a run without a result
+    Point claim = {};            // where claims are kept: from it the same answer follows anew
 };
 
 // Depends on nothing but its arguments, so that any thread may check.
 class Check {
 public:
+    enum class Claims { dropped, kept };
+
     // `integers`: whether integer variables must be whole.
-    Check (std::shared_ptr<const Problem> problem, const Parameters& settings, bool integers);
+    Check (std::shared_ptr<const Problem> problem, const Parameters& settings, bool integers,
+           Claims claims = Claims::dropped);
 
     Answer operator() (Point&& claimed) const;
     Solution unknown_solution () const;    // zeros, with unknown statuses
 
 private:
+    Answer judged (Point&& claimed) const;
     Solution measured (Point&& claimed, bool& has_basis) const;
     Answer check_continuous (Point&& claimed) const;
     Answer check_integer (Point&& claimed) const;
@@ -51,6 +56,7 @@ private:
     Tolerances tolerances_;
     double absolute_gap_, relative_gap_;
     bool integers_;
+    bool keeps_claims_;
 };
 
 }

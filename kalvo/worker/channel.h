@@ -1,4 +1,4 @@
-// The channel from a worker to the calling thread.
+// The channel from the thread of a run to the thread that waits for it.
 #pragma once
 
 #include "kalvo/engines/events.h"
@@ -31,14 +31,14 @@ private:
     bool rang_ = false;
 };
 
-// Shared by worker and calling thread, either of which may end first. The channel is bounded: when nobody empties it, new steps and
-// lines are dropped, and dropped lines counted. The worker's side never throws: reports that can't be stored are dropped. Only
+// Shared by both threads. The channel is bounded: when nobody empties it, new steps and
+// lines are dropped, and dropped lines counted. The run's side never throws: reports that can't be stored are dropped. Only
 // the end of a run wakes the calling thread, which polls for everything else: waking it more often would slow short runs down.
 class EventChannel final : public Events {
 public:
     explicit EventChannel (std::shared_ptr<Bell> bell) : bell_ (std::move (bell)) {}
 
-    // Worker side.
+    // The run's side.
     void text (std::string_view piece) noexcept override;    // collected into lines
     void progress (const Progress& now) noexcept override;
     void step (const Progress& now) noexcept override;

@@ -1,14 +1,13 @@
-// Runs engines on workers while the calling thread passes their reports on and asks the progress callback.
+// Runs engines on threads, while the calling thread passes their reports on and asks the progress callback.
 #pragma once
 
 #include "kalvo/report/log.h"
+#include "kalvo/solve/call.h"
 #include "kalvo/solve/runs.h"
 #include "kalvo/task/task.h"
-#include "kalvo/worker/worker.h"
+#include "kalvo/worker/thread.h"
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,31 +17,18 @@ namespace klv {
 
 class Watch final : public Runs {
 public:
-    explicit Watch (Task& task);
+    Watch (Task& task, Call& call) : task_ (task), call_ (call), log_ (task) {}
 
-    Id start (const std::shared_ptr<Engine>& engine, Job job, const std::string& why) override;
+    Id start (const std::shared_ptr<Engine>& engine, Job job, const std::string& why,
+              OnIncumbent on_incumbent) override;
     std::optional<Ended> wait (double seconds) override;
     void drop (Id run) override;
-    bool running () const override { return !runs_.empty (); }
     const Progress& newest (Id run) const override;
     double seconds (Id run) const override;
-    void enter (std::uint32_t phase) override;
     void no_run (const std::string& why) override { log_.no_run (why); }
-    std::int32_t answer () const override { return answer_; }
-    double seconds_left () const override;
-
-    // Since the optimisation began.
-    double seconds () const { return seconds_between (began_, Clock::now ()); }
+    bool leaves_runs () const { return !dropped_.empty (); }    // which the destructor waits for
 
 private:
-    // Between two questions to the callback lie at least 20 and at most 50 ms, changes of phase aside.
-    static constexpr std::chrono::duration<double> between_questions{0.025};
-
-    // A phase of a run, or of the calling thread.
-    struct Phase {
-        std::uint32_t caller;
-        Clock::time_point since;
-    };
     struct Run {
         Id id;
         Method method;
@@ -50,33 +36,28 @@ private:
         Clock::time_point began;
         double late;
         Phase phase;
-        std::unique_ptr<Worker> worker = nullptr;
+        OnIncumbent on_incumbent;
+        std::unique_ptr<RunThread> thread = nullptr;
         Progress progress = {};    // the newest state
         bool finished = false;
     };
 
-    void compute_beside (const std::function<void ()>& function) override;
-    void ask (std::uint32_t caller);
-    void change_phase (Phase& phase, std::uint32_t caller, Clock::time_point since);
     void note (const Sizes& presolved);
     void note (const Search& search);
     void note (const Run& run);
     void tell (const Run& run, const EventChannel::News& news);
     bool take_news (Run& run);
     void take_all_news ();
-    bool wait_for_room ();
     std::optional<Ended> take_ended ();
     Ended stop ();
     const Run& find (Id run) const;
 
     Task& task_;
+    Call& call_;
     Log log_;
-    Clock::time_point began_ = Clock::now ();
-    double time_limit_;
-    Phase phase_{KLV_CALLER_BEGIN_OPTIMIZE, began_};
     std::shared_ptr<Bell> bell_ = std::make_shared<Bell> ();
     std::vector<Run> runs_;
-    std::int32_t answer_ = 0;
+    std::vector<Run> dropped_;    // which may go on for a while: they are waited for at the end
     bool out_of_time_ = false;
 };
 

@@ -329,7 +329,6 @@ TEST (Race, EndsForBothByAStopOrALimit)
         task.on_progress ([limited, calls = 0] (std::uint32_t) mutable { return !limited && ++calls > 6; });
         EXPECT_EQ (KLV_optimize (task), limited ? KLV_RES_TIME_LIMIT : KLV_RES_USER_STOP);
         EXPECT_EQ (stopped, 2);
-        EXPECT_EQ (task.information ("ABANDONED_WORKERS"), 0);
         // The point is what one of them knew.
         EXPECT_EQ (model::slot (task, KLV_SOL_ITR).xx, (model::Values{5, 5}));
         EXPECT_FALSE (model::slot (task, KLV_SOL_BAS).defined);

@@ -1,8 +1,8 @@
-// An engine that does what a test tells it, in front of the real ones for as long as it lives.
+// An engine that does what a test tells it, in front of the real ones and in this process for as long as it lives.
 #pragma once
 
 #include "kalvo/engines/engine.h"
-#include "kalvo/worker/worker.h"
+#include "kalvo/worker/process.h"
 
 #include <algorithm>
 #include <atomic>
@@ -61,15 +61,21 @@ public:
     explicit InFront (Script script) : engine_ (std::make_shared<Engine> (std::move (script)))
     {
         klv::engines ().insert (klv::engines ().begin (), engine_);
+        worker_file_.swap (klv::worker_file ());
     }
     InFront (const InFront&) = delete;
     InFront& operator= (const InFront&) = delete;
-    ~InFront () { std::erase (klv::engines (), std::static_pointer_cast<klv::Engine> (engine_)); }
+    ~InFront ()
+    {
+        std::erase (klv::engines (), std::static_pointer_cast<klv::Engine> (engine_));
+        worker_file_.swap (klv::worker_file ());
+    }
 
     Engine& engine () { return *engine_; }
 
 private:
     std::shared_ptr<Engine> engine_;
+    std::filesystem::path worker_file_;    // of this process's other engines
 };
 
 // What a run that ignores its stop flag waits for. Copies are one gate.

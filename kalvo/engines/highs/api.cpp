@@ -1,6 +1,7 @@
 #include "kalvo/engines/highs/api.h"
 
 #include "kalvo/model/text.h"
+#include "kalvo/task/environment.h"
 
 #include <filesystem>
 #include <mutex>
@@ -8,7 +9,6 @@
 #include <thread>
 
 #include <dlfcn.h>
-#include <link.h>
 #include <sys/mman.h>
 
 namespace klv::highs {
@@ -27,19 +27,6 @@ constexpr int load_flags = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
 #endif
 
 static Api table;
-
-// The folder of the file that holds this code, where the engine's files lie too. In the main program the dynamic linker gives
-// no file name.
-static std::string own_folder ()
-{
-    Dl_info info{};
-    link_map* file = nullptr;
-    std::error_code ignored;
-    if (dladdr1 (&table, &info, reinterpret_cast<void**> (&file), RTLD_DL_LINKMAP) == 0 || file == nullptr ||
-        file->l_name[0] == '\0')
-        return std::filesystem::read_symlink ("/proc/self/exe", ignored).parent_path ();
-    return std::filesystem::absolute (file->l_name, ignored).parent_path ();
-}
 
 static std::string last_problem ()
 {
@@ -83,7 +70,7 @@ static bool has_space_for_extras ()
 
 static std::string load_once ()
 {
-    const std::string folder = own_folder ();
+    const std::string folder = environment::folder ();
     std::error_code ignored;
     if (std::filesystem::exists (text (folder, "/", extras_file), ignored) && !has_space_for_extras ())
         return no_memory;

@@ -1,0 +1,26 @@
+#include "kalvo/solve/solver.h"
+
+#include "kalvo/model/text.h"
+
+#include <system_error>
+
+namespace klv {
+
+Solved solve_by_plan (Attempts& attempts, const Solutions& earlier, bool integers)
+{
+    Solved solved;
+    try {
+        solved.failure = attempts.prepare (first_method (attempts.settings (), integers));
+        if (solved.failure)
+            return solved;
+        solved.separable = !attempts.has_entries ();
+        if (!solved.separable)
+            solved.found = integers ? solve_integer (attempts, earlier) : solve_linear (attempts, earlier);
+    } catch (const std::system_error& error) {
+        solved.failure =
+            Failure{KLV_RES_THREAD_FAILED, text ("No thread can be started: ", error.what (), "."), {}};
+    }
+    return solved;
+}
+
+}

@@ -1,0 +1,52 @@
+#include "kalvo/worker/optimize.h"
+
+#include "kalvo/solve/optimize.h"
+#include "kalvo/worker/in_process.h"
+#include "kalvo/worker/remote.h"
+
+#include <utility>
+
+namespace klv {
+
+#ifdef KALVO_SANITIZED
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
+
+// All information items but the times of reading and writing belong to one optimisation.
+static void forget_last_run (Information& information)
+{
+    const double read = information.get (RealItem::time_read);
+    const double written = information.get (RealItem::time_write);
+    information = {};
+    information.set (RealItem::time_read, read);
+    information.set (RealItem::time_write, written);
+}
+
+// Sanitizers see nothing of another process.
+static bool wants_worker (const Task& task)
+{
+    const std::int32_t asked = task.parameters.get (IntSetting::worker);
+    return !worker_file ().empty () &&
+           (asked == KLV_WORKER_ON || (asked == KLV_WORKER_AUTOMATIC && !sanitized));
+}
+
+KLVrescode_t optimize_task (Task& task, std::function<void ()> on_death)
+{
+    forget_last_run (task.information);
+    if (!task.problem ().matrix.packed ())
+        task.edit_problem ().matrix.pack ();
+    Log (task).header ();
+    Call call (task);
+    std::unique_ptr<Solver> solver;
+    if (wants_worker (task))
+        solver = std::make_unique<Remote> (task, call, std::move (on_death));
+    else
+        solver = std::make_unique<InProcess> (task, call);
+    const KLVrescode_t code = optimize (task, call, *solver);
+    task.information.set (RealItem::time_optimize, call.seconds ());
+    return code;
+}
+
+}

@@ -1,0 +1,296 @@
+#include "kalvo/worker/remote.h"
+
+#include "kalvo/model/text.h"
+#include "kalvo/worker/in_process.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+#include <poll.h>
+
+namespace klv {
+
+// Seconds in which a worker has to answer a stop.
+constexpr double patience = 0.2;
+
+// Seconds beyond the time limit, which workers keep by themselves, after which one is ended.
+constexpr double patience_with_limit = 1;
+
+constexpr std::chrono::milliseconds longest_silence{40};    // between two questions to the callback
+constexpr int most_deaths = 20;
+constexpr int most_early_deaths = 3;    // before a run has begun
+
+Remote::Remote (Task& task, Call& call, std::function<void ()> on_death)
+    : task_ (task), call_ (call), on_death_ (std::move (on_death))
+{}
+
+// ---- Messages of a worker ------------------------------------------------------------------------------------------------------
+
+void Remote::take (Item&& item)
+{
+    if (const auto* line = std::get_if<Line> (&item))
+        task_.streams.print (line->kind, line->text);
+    else if (const auto* question = std::get_if<Question> (&item)) {
+        phase_ = question->caller;
+        call_.ask (phase_);
+        asked_ = true;
+    } else if (auto* run = std::get_if<BegunRun> (&item))
+        under_way_.push_back (std::move (*run));
+    else if (auto* past = std::get_if<Past> (&item)) {
+        std::erase_if (under_way_, [&] (const BegunRun& begun) { return begun.begun == past->begun; });
+        past_.push_back (std::move (*past));
+    } else
+        incumbent_ = std::move (std::get<NewIncumbent> (item).x);
+}
+
+void Remote::take (News&& news)
+{
+    task_.information = news.information;
+    for (Item& item : news.items)
+        take (std::move (item));
+}
+
+// Takes what has come. False: the worker has closed its socket.
+bool Remote::take_messages (WorkerProcess& worker)
+{
+    while (!result_) {
+        const Socket::Received received = worker.socket ().receive ();
+        if (received.closed)
+            return false;
+        if (!received.message)
+            break;
+        if (received.message->run != run_)
+            continue;
+        if (received.message->kind == MessageKind::news)
+            take (read_news (*received.message));
+        else if (received.message->kind == MessageKind::result)
+            result_ = read_result (*received.message);
+        else
+            throw BrokenMessage ("a message does not belong here");
+    }
+    return true;
+}
+
+Remote::Ending Remote::converse (WorkerProcess& worker)
+{
+    std::optional<Clock::time_point> told_to_stop;
+    Clock::time_point asked_at = Clock::now ();
+    for (;;) {
+        pollfd places[] = {{worker.socket ().number (), POLLIN, 0},
+                           {worker.output (), POLLIN, 0},
+                           {worker.process (), POLLIN, 0}};
+        ::poll (places, std::size (places), static_cast<int> (longest_silence.count ()) / 2);
+        if (!worker.is_ours ())
+            return Ending::ended_by_us;    // a fork of the calling process goes on with this code
+        if (places[1].revents != 0)
+            worker.read_output ();
+        asked_ = false;
+        const bool open = take_messages (worker);
+        if (result_)
+            return Ending::answered;
+        if (!open || places[2].revents != 0)
+            return Ending::died;
+        const Clock::time_point now = Clock::now ();
+        if (!asked_ && now - asked_at >= longest_silence) {
+            call_.ask (phase_);
+            asked_ = true;
+        }
+        if (asked_)
+            asked_at = now;
+        if (call_.answer () != 0 && !told_to_stop) {
+            told_to_stop = Clock::now ();
+            worker.socket ().send (MessageKind::stop, run_);
+        }
+        if (told_to_stop && seconds_between (*told_to_stop, now) > patience)
+            return Ending::ended_by_us;
+        out_of_time_ =
+            call_.seconds () > 1.1 * task_.parameters.get (RealSetting::time_limit) + patience_with_limit &&
+            call_.seconds_left () <= 0;
+        if (out_of_time_)
+            return Ending::ended_by_us;
+    }
+}
+
+// ---- Workers that die ------------------------------------------------------------------------------------------------------------
+
+std::string Remote::name_runs () const
+{
+    std::string names;
+    for (const BegunRun& run : under_way_)
+        names +=
+            text (names.empty () ? "" : ", ", about (run.begun.attempt.method).name, " (", run.engine, ")");
+    return names.empty () ? "before a run" : "in " + names;
+}
+
+// What was under way has failed; all that came before it is known to the next worker.
+void Remote::bury (WorkerProcess& worker, const Solutions& earlier, const std::string& fault)
+{
+    const WorkerProcess::End end = worker.end ();
+    const double limit = task_.parameters.get (RealSetting::memory_limit);
+    if (end.status == status_out_of_time) {
+        out_of_time_ = true;
+        return;
+    }
+    const bool near_limit = limit >= 0 && end.megabytes > 0.8 * limit;
+    const bool by_system = end.signal == SIGKILL && fault.empty ();
+    out_of_memory_ = end.status == status_out_of_memory || near_limit || by_system;
+    std::string how = !fault.empty () ? fault
+                      : end.status == status_out_of_memory
+                          ? text ("went beyond the memory limit of ", limit, " MB")
+                          : text (end.how, out_of_memory_ ? ", probably out of memory" : "");
+    if (end.megabytes > 0)
+        how += text (", with ", static_cast<std::int64_t> (end.megabytes), " MB");
+    if (!end.last_line.empty ())
+        how += text (" (it wrote: ", end.last_line, ")");
+    how = text ("the optimiser's process ", how, ", ", name_runs ());
+    for (const BegunRun& run : under_way_)
+        past_.push_back ({run.begun, {.outcome = Outcome::failed, .message = how}});
+    task_.warn (text ("T", how.substr (1), "."));
+    Information& information = task_.information;
+    information.set (IntItem::worker_deaths, information.get (IntItem::worker_deaths) + 1);
+    information.set (RealItem::worker_memory,
+                     std::max (information.get (RealItem::worker_memory), end.megabytes));
+    if (on_death_) {
+        const Solutions now = std::exchange (task_.solutions, earlier);
+        std::exchange (on_death_, nullptr) ();
+        task_.solutions = now;
+    }
+}
+
+// ---- One optimisation --------------------------------------------------------------------------------------------------------------
+
+// The numbers of runs are this process's; workers only repeat them.
+static std::uint64_t next_run ()
+{
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
+
+// False: the worker has ended.
+bool Remote::send (WorkerProcess& worker, const Solutions& earlier, bool integers)
+{
+    run_ = next_run ();
+    under_way_.clear ();
+    result_.reset ();
+    phase_ = call_.phase ();
+    const Problem& problem = task_.problem ();
+    const auto items = work_of (problem);
+    worker.socket ().accept_up_to (items * 64 + (16 << 20));
+    const double limit = task_.parameters.get (RealSetting::memory_limit);
+    return call_.compute (items, [&] {
+        const Request request{.elapsed = call_.seconds (),
+                              .most_megabytes = limit < 0 ? infinity : limit,
+                              .integers = integers,
+                              .parameters = task_.parameters,
+                              .information = task_.information,
+                              .earlier = earlier,
+                              .past = past_};
+        Writer body;
+        write (body, request, problem);
+        return worker.socket ().send (MessageKind::solve, run_, body) == Socket::Sent::yes;
+    });
+}
+
+Solved Remote::solve_in_process (const std::string& why, const Solutions& earlier, bool integers)
+{
+    if (task_.parameters.get (IntSetting::log_level) >= 1)
+        task_.say (text ("The optimiser runs in this process: ", why));
+    return InProcess (task_, call_).solve (earlier, integers);
+}
+
+// What had been told when the worker was ended.
+Solved Remote::stopped (bool integers)
+{
+    Point claim{.outcome = out_of_time_ ? Outcome::time_limit : Outcome::stopped};
+    if (integers) {
+        claim.x = std::move (incumbent_);
+        claim.bound = task_.information.get (RealItem::mip_bound);
+    }
+    Attempt attempt{first_method (task_.parameters, integers)};
+    if (!under_way_.empty ())
+        attempt = under_way_.front ().begun.attempt;
+    result_.emplace ();
+    Found& found = result_->solved.found;
+    Tried& tried = (integers                       ? found.integer
+                    : is_interior (attempt.method) ? found.interior
+                                                   : found.basic)
+                       .emplace (attempt);
+    tried.answer.claim = std::move (claim);
+    return finish (integers);
+}
+
+// Judges all claims on the problem as stated.
+Solved Remote::finish (bool integers)
+{
+    Solved solved = std::move (result_->solved);
+    Found& found = solved.found;
+    if (solved.failure || solved.separable) {
+        if (solved.failure && solved.failure->code == KLV_RES_OK)
+            solved.failure->code = KLV_RES_INTERNAL;
+        return solved;
+    }
+    if (integers ? !found.integer : !found.interior && !found.basic)
+        throw BrokenMessage ("a result lacks an answer");
+    const Check check (task_.share_problem (), task_.parameters, integers);
+    for (std::optional<Tried>* tried : {&found.interior, &found.basic, &found.integer}) {
+        if (!*tried)
+            continue;
+        Point& claim = (*tried)->answer.claim;
+        if (claim.outcome == Outcome::failed && out_of_memory_)
+            claim.outcome = Outcome::out_of_memory;
+        (*tried)->answer = judge (call_, check, task_.problem (), std::move (claim));
+    }
+    return solved;
+}
+
+Solved Remote::solve (const Solutions& earlier, bool integers)
+{
+    for (int deaths = 0, early_deaths = 0;;) {
+        std::unique_ptr<WorkerProcess> worker;
+        try {
+            worker = take_worker ();
+            if (!send (*worker, earlier, integers) && ++deaths < most_deaths)
+                continue;
+        } catch (const NoProcess& error) {
+            return solve_in_process (error.what (), earlier, integers);
+        } catch (const std::system_error& error) {
+            return solve_in_process (error.what (), earlier, integers);
+        } catch (const NoWorker& error) {
+            if (error.was_killed && ++early_deaths < most_early_deaths)
+                continue;
+            return {.failure = Failure{KLV_RES_WORKER_MISSING, error.what (), {}}};
+        }
+        Ending ending = Ending::died;
+        std::string fault;
+        try {
+            ending = converse (*worker);
+            if (ending == Ending::answered) {
+                task_.information = result_->information;
+                RealItem memory = RealItem::worker_memory;
+                task_.information.set (memory, std::max (task_.information.get (memory), result_->megabytes));
+                Solved solved = finish (integers);
+                if (call_.answer () == 0)
+                    keep_worker (std::move (worker));
+                return solved;
+            }
+        } catch (const BrokenMessage& error) {
+            fault = text ("sent what can't be read (", std::string_view (error.what ()), ")");
+            worker->kill ();
+        }
+        if (ending == Ending::died)
+            bury (*worker, earlier, fault);
+        if (ending == Ending::ended_by_us || out_of_time_ || call_.answer () != 0)
+            return stopped (integers);
+        early_deaths += under_way_.empty ();
+        if (early_deaths >= most_early_deaths || ++deaths >= most_deaths)
+            return {.failure = Failure{KLV_RES_ENGINE_FAILED,
+                                       "The optimiser's process ended before it could begin, or too often.",
+                                       {}}};
+    }
+}
+
+}

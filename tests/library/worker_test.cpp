@@ -1,0 +1,365 @@
+// Workers that crash, hang, lie in their messages or are killed: each call ends with the right code in time, the next one is right, and
+// nothing is left.
+#include "kalvo/worker/process.h"
+#include "kalvo/worker/protocol.h"
+#include "tests/library/model.h"
+#include "tests/library/scripted_engine.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using klv::Clock;
+using klv::seconds_between;
+using model::Task;
+using scripted::small;
+
+// Descriptors of this process, and its children by state: what a call may not change.
+int open_descriptors ()
+{
+    return static_cast<int> (std::distance (std::filesystem::directory_iterator ("/proc/self/fd"), {}));
+}
+
+std::vector<pid_t> children ()
+{
+    std::vector<pid_t> found;
+    std::ifstream list ("/proc/self/task/" + std::to_string (::getpid ()) + "/children");
+    for (pid_t child = 0; list >> child;)
+        found.push_back (child);
+    return found;
+}
+
+// A process that still computes or may do so: 'Z' and nothing at all do not.
+bool is_alive (pid_t process)
+{
+    std::ifstream status ("/proc/" + std::to_string (process) + "/stat");
+    std::string text;
+    std::getline (status, text);
+    const std::size_t end = text.rfind (") ");
+    return end != text.npos && text[end + 2] != 'Z';
+}
+
+bool all_end (const std::vector<pid_t>& processes, double seconds)
+{
+    const auto began = Clock::now ();
+    while (std::ranges::any_of (processes, is_alive))
+        if (seconds_between (began, Clock::now ()) > seconds)
+            return false;
+        else
+            std::this_thread::sleep_for (std::chrono::milliseconds (5));
+    return true;
+}
+
+class Worker : public testing::Test {
+protected:
+    void SetUp () override
+    {
+#ifdef KALVO_SANITIZED
+        GTEST_SKIP () << "sanitizers see nothing of another process";
+#endif
+    }
+    void TearDown () override
+    {
+        ::unsetenv ("KALVO_TEST_SCRIPT");
+        klv::worker_file () = real_;
+    }
+    // Workers from now on do what the script says.
+    void script (const std::string& text)
+    {
+        klv::worker_file () = real_.parent_path () / "scripted-worker";
+        ::setenv ("KALVO_TEST_SCRIPT", text.c_str (), 1);
+    }
+
+    std::filesystem::path real_ = klv::worker_file ();
+};
+
+TEST_F (Worker, FaultsOfAnEngineEndItsProcessOnly)
+{
+    const struct {
+        const char *script, *settings;
+        const char* outcome = "OK bas OPTIMAL";    // by another method, where the fault is one method's
+        int deaths = 1;
+        const char* problem = small;
+    } cases[] = {
+        {"segv:dual simplex", "OPTIMIZER 1"},
+        {"abort:dual simplex", "OPTIMIZER 1"},
+        {"exit:dual simplex", "OPTIMIZER 1"},
+        {"garbage:dual simplex", "OPTIMIZER 1"},
+        {"cut:dual simplex", "OPTIMIZER 1"},
+        {"kind:dual simplex", "OPTIMIZER 1"},
+        {"length:dual simplex", "OPTIMIZER 1"},
+        {"news:dual simplex", "OPTIMIZER 1"},
+        {"result:dual simplex", "OPTIMIZER 1"},
+        {"huge:dual simplex", "OPTIMIZER 1"},
+        {"shorter:dual simplex", "OPTIMIZER 1"},
+        {"close:dual simplex", "OPTIMIZER 1"},
+        {"throw:dual simplex", "OPTIMIZER 1", "OK bas OPTIMAL", 0},
+        {"flood", "OPTIMIZER 1 LOG 3", "OK bas OPTIMAL", 0},
+        {"output", "OPTIMIZER 1", "OK bas OPTIMAL", 0},
+        {"loop:dual simplex", "OPTIMIZER 1 TIME_LIMIT 0.2", "TIME_LIMIT", 0},
+        {"memory:dual simplex", "OPTIMIZER 1 MEMORY_LIMIT 300", "OUT_OF_MEMORY", 0},
+        {"segv", "OPTIMIZER 1", "ENGINE_FAILED", 7},
+        {"abort", "", "ENGINE_FAILED", 2, scripted::small_integers},
+        {"segv:dual simplex", "RACE_SIZE 0 MAX_THREADS 2", "OK itr OPTIMAL bas OPTIMAL", 1},
+    };
+    const int descriptors = open_descriptors ();
+    for (const auto& c : cases) {
+        SCOPED_TRACE (testing::Message () << c.script << ' ' << c.settings);
+        script (c.script);
+        Task task (c.problem, c.settings);
+        const auto began = Clock::now ();
+        const std::string outcome = model::optimized (task);
+        EXPECT_EQ (outcome.substr (0, std::strlen (c.outcome)), c.outcome) << task.last_error ();
+        EXPECT_LE (seconds_between (began, Clock::now ()), 5);
+        EXPECT_LE (task.information ("WORKER_DEATHS"), c.deaths + 1);
+        EXPECT_GE (task.information ("WORKER_DEATHS"), std::min (c.deaths, 1));
+        script ("");
+        EXPECT_EQ (model::optimized (task).substr (0, 2), "OK") << "the next call";
+    }
+    const std::vector<pid_t> left = children ();
+    EXPECT_LE (std::ranges::count_if (left, is_alive), 2);
+    EXPECT_LE (open_descriptors (), descriptors + 2 * 4) << "those of two workers that are kept";
+}
+
+TEST_F (Worker, ADeathIsToldWithItsCauseAndTheReplayIsKept)
+{
+    script ("abort:dual simplex");
+    const std::string path = testing::TempDir () + "replay.json";
+    Task task (small, "OPTIMIZER 1");
+    KLV_putstrparam (task, 2, path.c_str ());
+    std::string printed;
+    KLV_linkfunctotaskstream (task, KLV_STREAM_ALL, &printed, [] (void* place, const char* line) {
+        *static_cast<std::string*> (place) += line;
+    });
+    EXPECT_EQ (model::optimized (task), "OK bas OPTIMAL");
+    for (const char* part : {"signal 6", "dual simplex (scripted)", "MB", "free(): corrupted", path.c_str ()})
+        EXPECT_NE (printed.find (part), std::string::npos) << part << '\n' << printed;
+    Task again;
+    EXPECT_EQ (KLV_readdata (again, path.c_str ()), 0);
+    EXPECT_EQ (model::optimized (again), "OK bas OPTIMAL");
+    std::filesystem::remove (path);
+}
+
+// An engine that does not stop is ended, with the better of two incumbents kept, and computes no more.
+TEST_F (Worker, StopsAndLimitsHoldForAnEngineThatDoesNotStop)
+{
+    for (const bool limited : {false, true}) {
+        SCOPED_TRACE (limited);
+        script ("incumbent");
+        Task task (scripted::small_integers, limited ? "TIME_LIMIT 0.1" : "");
+        auto since = Clock::now ();
+        task.on_progress ([&, stopped = false] (std::uint32_t caller) mutable {
+            if (limited || caller != KLV_CALLER_NEW_INCUMBENT || std::exchange (stopped, true))
+                return 0;
+            since = Clock::now ();
+            return 1;
+        });
+        EXPECT_EQ (KLV_optimize (task), limited ? KLV_RES_TIME_LIMIT : KLV_RES_USER_STOP);
+        EXPECT_LT (seconds_between (since, Clock::now ()), limited ? 0.8 : 0.35);
+        EXPECT_EQ (model::proved (task), "int PRIMAL_FEASIBLE");
+        EXPECT_EQ (model::slot (task, KLV_SOL_INT).xx, (model::Values{3, 0}));
+        EXPECT_TRUE (all_end (children (), 0.5));
+    }
+}
+
+TEST_F (Worker, AnswersAreEqualFromAWorkerUsedBeforeAndAFreshOne)
+{
+    const std::string problems[] = {model::dense (20, 30), model::knapsack (4, 15), "lp/afiro.mps"};
+    std::vector<model::Values> fresh;
+    for (const bool again : {false, true})
+        for (std::size_t i = 0; i < std::size (problems); ++i) {
+            if (!again)
+                ::setenv ("KALVO_TEST_OTHER", std::to_string (i).c_str (), 1);    // retires workers
+            Task task (problems[i]);
+            ASSERT_EQ (KLV_optimize (task), 0);
+            const model::Values found = model::slot (task, i == 1 ? KLV_SOL_INT : KLV_SOL_BAS).xx;
+            if (!again)
+                fresh.push_back (found);
+            else
+                EXPECT_EQ (found, fresh[i]) << problems[i];
+        }
+    ::unsetenv ("KALVO_TEST_OTHER");
+}
+
+TEST_F (Worker, KilledAtAnyTimeLeavesTheAnswerRight)
+{
+    std::mt19937 random (3);
+    const char* const count = std::getenv ("KALVO_TEST_KILLS");
+    const std::string problem = model::dense (60, 90);
+    Task task (problem);
+    const std::string right = model::optimized (task);
+    const int descriptors = open_descriptors ();
+    int kills = 0;
+    for (int i = 0; i < (count != nullptr ? std::atoi (count) : 100); ++i) {
+        std::jthread killer ([&, wait = std::uniform_int_distribution (0, 12'000) (random)] {
+            std::this_thread::sleep_for (std::chrono::microseconds (wait));
+            for (const pid_t child : children ())
+                kills += is_alive (child) && ::kill (child, SIGKILL) == 0;
+        });
+        ASSERT_EQ (model::optimized (task), right) << task.last_error ();
+    }
+    EXPECT_GT (kills, 0);
+    EXPECT_EQ (model::optimized (task), right);
+    EXPECT_LE (open_descriptors (), descriptors);
+    EXPECT_LE (children ().size (), 4u);
+}
+
+// Forks of the host: workers stay the parent's, and each process has its own.
+TEST_F (Worker, AForkOfTheHostHasWorkersOfItsOwn)
+{
+    Task task (small);
+    const std::string right = model::optimized (task);
+    const std::vector<pid_t> before = children ();
+    bool forked = false;
+    task.on_progress ([&] (std::uint32_t caller) {
+        if (std::exchange (forked, true) || caller == KLV_CALLER_END_OPTIMIZE)
+            return 0;
+        if (const pid_t child = ::fork (); child == 0) {
+            Task own (small);
+            ::_exit (KLV_optimize (own) == 0 ? 7 : 8);
+        } else {
+            int status = 0;
+            ::waitpid (child, &status, 0);
+            EXPECT_EQ (WEXITSTATUS (status), 7);
+        }
+        return 0;
+    });
+    EXPECT_EQ (model::optimized (task), right);
+    EXPECT_TRUE (forked);
+    EXPECT_EQ (model::optimized (task), right);
+    EXPECT_EQ (children (), before) << "the parent's worker is still its own";
+}
+
+// Hosts that have their children reaped by the system, or reap any child themselves.
+TEST_F (Worker, AHostMayReapItsChildren)
+{
+    script ("segv:dual simplex");
+    for (const auto handler : {SIG_IGN, SIG_DFL}) {
+        const auto old = std::signal (SIGCHLD, handler);
+        Task task (small, "OPTIMIZER 1");
+        task.on_progress ([&] (std::uint32_t) {
+            while (handler == SIG_DFL && ::waitpid (-1, nullptr, WNOHANG) > 0) {
+            }
+            return 0;
+        });
+        EXPECT_EQ (model::optimized (task), "OK bas OPTIMAL") << task.last_error ();
+        std::signal (SIGCHLD, old);
+    }
+}
+
+// The host is killed while a run is under way, or with a worker that has nothing to do.
+TEST_F (Worker, NothingComputesWhenTheHostHasGone)
+{
+    for (const char* const at : {"loop", "slow", "", "flood"}) {
+        SCOPED_TRACE (at);
+        script (at);
+        int ends[2];
+        ASSERT_EQ (::pipe (ends), 0);
+        const pid_t host = ::fork ();
+        if (host == 0) {
+            Task task (small);
+            task.on_progress ([&] (std::uint32_t caller) {
+                if (caller != KLV_CALLER_BEGIN_OPTIMIZE)
+                    for (const pid_t child : children ())
+                        if (::write (ends[1], &child, sizeof child) < 0)
+                            return 1;
+                return 0;
+            });
+            KLV_optimize (task);
+            const std::vector<pid_t> mine = children ();
+            if (!mine.empty () && ::write (ends[1], mine.data (), sizeof (pid_t)) > 0)
+                ::pause ();
+            ::_exit (0);
+        }
+        pid_t worker = 0;
+        ASSERT_EQ (::read (ends[0], &worker, sizeof worker), static_cast<ssize_t> (sizeof worker));
+        ::kill (host, SIGKILL);
+        EXPECT_TRUE (all_end ({worker}, 1));
+        ::waitpid (host, nullptr, 0);
+        ::close (ends[0]);
+        ::close (ends[1]);
+    }
+}
+
+TEST_F (Worker, WithoutItsProgramIsAClearError)
+{
+    const std::filesystem::path folder = std::filesystem::path (testing::TempDir ()) / "workers";
+    std::filesystem::create_directories (folder);
+    const auto write = [&] (const char* name, const std::string& content) {
+        std::ofstream (folder / name) << content;
+        std::filesystem::permissions (folder / name, std::filesystem::perms::owner_all);
+        return folder / name;
+    };
+    const std::filesystem::path without_right = folder / "without_right";
+    std::filesystem::copy_file (real_, without_right, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::copy_file (real_.parent_path () / "libhighs.so", folder / "libhighs.so",
+                                std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::permissions (without_right, std::filesystem::perms::owner_read);
+    const struct {
+        std::filesystem::path file;
+        KLVrescode_t code;
+        const char* message;
+    } cases[] = {
+        {folder / "missing", KLV_RES_WORKER_MISSING, "No such file"},
+        {write ("no_program", "nothing"), KLV_RES_WORKER_MISSING, "can't be started"},
+        {write ("ends", "#!/bin/sh\necho other words\nexit 3\n"), KLV_RES_WORKER_MISSING, "other words"},
+        {without_right, KLV_RES_OK, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE (c.file);
+        ::setenv ("KALVO_TEST_OTHER", c.file.c_str (), 1);
+        klv::worker_file () = c.file;
+        Task task (small);
+        EXPECT_EQ (KLV_optimize (task), c.code);
+        EXPECT_TRUE (c.code == 0 || task.last_error ().find (c.message) != std::string::npos)
+            << task.last_error ();
+    }
+    ::unsetenv ("KALVO_TEST_OTHER");
+    std::filesystem::remove_all (folder);
+}
+
+// Mutated and cut messages are refused, or read as what they say: never beyond their end.
+TEST (Messages, AreReadWithinTheirBounds)
+{
+    klv::Result result;
+    result.solved.found.basic = klv::Tried{{klv::Method::dual_simplex, true}, {}};
+    result.solved.found.basic->answer.claim =
+        scripted::claims ("optimal x 1 2 y 3 d 4 5 ray 6 way 7 8 bound 9 basis");
+    klv::Writer writer;
+    klv::write (writer, result);
+    std::vector<std::byte> whole;
+    for (const iovec& piece : writer.pieces ()) {
+        const auto* bytes = static_cast<const std::byte*> (piece.iov_base);
+        whole.insert (whole.end (), bytes, bytes + piece.iov_len);
+    }
+    const auto read = [] (const std::vector<std::byte>& bytes) {
+        try {
+            klv::read_result ({klv::MessageKind::result, 1, bytes, nullptr});
+            return true;
+        } catch (const klv::BrokenMessage&) {
+            return false;
+        }
+    };
+    EXPECT_TRUE (read (whole));
+    for (std::size_t length = 0; length < whole.size (); length += 8)
+        EXPECT_FALSE (read ({whole.begin (), whole.begin () + static_cast<std::ptrdiff_t> (length)}))
+            << length;
+    std::mt19937 random (1);
+    int refused = 0;
+    for (int i = 0; i < 20'000; ++i) {
+        std::vector<std::byte> other = whole;
+        for (int k = 0; k < 3; ++k)
+            other[random () % other.size ()] = static_cast<std::byte> (random ());
+        refused += !read (other);
+    }
+    EXPECT_GT (refused, 0);
+}
+
+}
