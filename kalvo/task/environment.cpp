@@ -21,6 +21,12 @@ std::string version ()
     return text (int{KLV_VERSION_MAJOR}, ".", int{KLV_VERSION_MINOR}, ".", int{KLV_VERSION_REVISION});
 }
 
+bool& alone ()
+{
+    static bool only = false;
+    return only;
+}
+
 // For the main program the dynamic linker gives the name by which it was called. A worker is called by its whole name, and perhaps
 // through the dynamic linker's own program.
 std::filesystem::path folder ()

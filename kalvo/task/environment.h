@@ -17,6 +17,9 @@ struct ExitFunction {
 // "10.2.18", of kalvo.h.
 std::string version ();
 
+// Whether nothing but this library and its engines is in the process, as in a worker.
+bool& alone ();
+
 // Where this code's file lies, and beside it all that belongs to the library.
 std::filesystem::path folder ();
 

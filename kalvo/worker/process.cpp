@@ -42,13 +42,16 @@ std::filesystem::path& worker_file ()
     return file;
 }
 
-// What a worker takes over from the process that starts it.
+// What a worker takes over from the process that starts it, and what it was used with.
 struct Conditions {
+    int threads;
+    double memory_limit;
     std::string variables;
     cpu_set_t processors{};
     std::array<rlimit, RLIMIT_NLIMITS> limits{};
 
-    Conditions ()
+    Conditions (int asked_threads, double asked_memory_limit)
+        : threads (asked_threads), memory_limit (asked_memory_limit)
     {
         for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
             variables.append (*variable).push_back ('\0');
@@ -62,7 +65,8 @@ struct Conditions {
         const auto same = [] (const rlimit& a, const rlimit& b) {
             return a.rlim_cur == b.rlim_cur && a.rlim_max == b.rlim_max;
         };
-        return variables == other.variables && CPU_EQUAL (&processors, &other.processors) &&
+        return threads == other.threads && memory_limit == other.memory_limit &&
+               variables == other.variables && CPU_EQUAL (&processors, &other.processors) &&
                std::ranges::equal (limits, other.limits, same);
     }
 };
@@ -397,9 +401,9 @@ static bool is_ready (WorkerProcess& worker)
     }
 }
 
-std::unique_ptr<WorkerProcess> take_worker ()
+std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit)
 {
-    const auto now = std::make_shared<Conditions> ();
+    const auto now = std::make_shared<Conditions> (threads, memory_limit);
     for (;;) {
         std::unique_ptr<WorkerProcess> found;
         {

@@ -30,7 +30,7 @@ struct NoWorker : std::runtime_error {
 // The worker's file: beside the library, unless a test names another one. Empty: there is none to be used.
 std::filesystem::path& worker_file ();
 
-struct Conditions;    // what a worker takes over from the process that starts it
+struct Conditions;    // what a worker was started and used with
 
 class WorkerProcess {
 public:
@@ -47,7 +47,7 @@ public:
     int process () const
     {
         return process_.number ();
-    }                                                    // a descriptor, readable when the process has ended
+    }    // a descriptor, readable when the process has ended
     int output () const { return output_.number (); }    // what the worker writes, for read_output
     void read_output ();
     void kill () noexcept;
@@ -91,8 +91,8 @@ constexpr int status_out_of_memory = 101, status_out_of_time = 102, status_left_
 // Descriptors that a worker starts with.
 constexpr int worker_socket = 3, worker_parent = 4;
 
-// A worker that is ready, used before under the same conditions or new. Throws NoProcess, NoWorker and std::bad_alloc.
-std::unique_ptr<WorkerProcess> take_worker ();
+// A worker that is ready: used before with the same parameters, limits, environment and processors, or new. Throws NoProcess, NoWorker and std::bad_alloc.
+std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit);
 
 // Keeps a worker whose run has ended normally.
 void keep_worker (std::unique_ptr<WorkerProcess> worker) noexcept;

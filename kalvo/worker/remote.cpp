@@ -182,10 +182,13 @@ bool Remote::send (WorkerProcess& worker, const Solutions& earlier, bool integer
     worker.socket ().accept_up_to (items * 64 + (16 << 20));
     const double limit = task_.parameters.get (RealSetting::memory_limit);
     return call_.compute (items, [&] {
+        Parameters parameters = task_.parameters;
+        if (!task_.streams.anyone_listens (Kind::message))
+            parameters.integers[parameter_number (IntSetting::log_level)] = 0;
         const Request request{.elapsed = call_.seconds (),
                               .most_megabytes = limit < 0 ? infinity : limit,
                               .integers = integers,
-                              .parameters = task_.parameters,
+                              .parameters = parameters,
                               .information = task_.information,
                               .earlier = earlier,
                               .past = past_};
@@ -252,7 +255,8 @@ Solved Remote::solve (const Solutions& earlier, bool integers)
     for (int deaths = 0, early_deaths = 0;;) {
         std::unique_ptr<WorkerProcess> worker;
         try {
-            worker = take_worker ();
+            worker = take_worker (task_.parameters.get (IntSetting::threads),
+                                  task_.parameters.get (RealSetting::memory_limit));
             if (!send (*worker, earlier, integers) && ++deaths < most_deaths)
                 continue;
         } catch (const NoProcess& error) {

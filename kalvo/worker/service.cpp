@@ -130,7 +130,7 @@ static double most_megabytes ()
     return static_cast<double> (used.ru_maxrss) / 1024;
 }
 
-// Allocations beyond it fail; what is resident is watched by the guard.
+// Allocations beyond the limit fail; what is resident is watched by the guard.
 static void limit_memory (double megabytes)
 {
     rlimit limit{};
@@ -244,6 +244,7 @@ int run_worker ()
         return 2;
     }
     prepare_process ();
+    environment::alone () = true;
     Socket socket (Descriptor (worker_socket), Socket::Large::mapped);
     Guard& guard = *new Guard (worker_socket, worker_parent);
     try {

@@ -18,13 +18,16 @@ constexpr const char* library_file = "libhighs.so";
 constexpr const char* extras_file = "libhighs_extras.so";
 constexpr const char* no_memory = "there is not enough memory for the engine";
 
-// Other copies of the engine's library may be loaded: LOCAL and DEEPBIND keep the symbols of our copy apart. Sanitizers do not
-// work with DEEPBIND.
+// A host may have loaded other copies of the engine's library: LOCAL and DEEPBIND keep the symbols of our copy apart. Sanitizers do
+// not work with DEEPBIND.
+static int load_flags ()
+{
 #ifdef KALVO_SANITIZED
-constexpr int load_flags = RTLD_NOW | RTLD_LOCAL;
+    return RTLD_NOW | RTLD_LOCAL;
 #else
-constexpr int load_flags = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
+    return RTLD_NOW | RTLD_LOCAL | (environment::alone () ? 0 : RTLD_DEEPBIND);
 #endif
+}
 
 static Api table;
 
@@ -41,8 +44,7 @@ static bool find (void* library, const char* name, Function& function)
     return function != nullptr;
 }
 
-// Makes the library load its extras. An exit handler of the library unloads the extras, even under a run that uses them. Exit handlers run in
-// reverse order: a handler that waits for runs must be registered after this.
+// Makes the library load its extras now, so that a lack of memory for them is known before a problem is passed.
 static bool take_hold_of_extras (const Api& found)
 {
     void* const handle = found.create ();
@@ -76,8 +78,8 @@ static std::string load_once ()
         return no_memory;
     // The library opens its extras by name on the system's search path: a copy that is already loaded is what it then gets.
     // Without extras the library lacks one interior-point method.
-    dlopen (text (folder, "/", extras_file).c_str (), load_flags);
-    void* const library = dlopen (text (folder, "/", library_file).c_str (), load_flags);
+    dlopen (text (folder, "/", extras_file).c_str (), load_flags ());
+    void* const library = dlopen (text (folder, "/", library_file).c_str (), load_flags ());
     if (library == nullptr)
         return text ("the engine's file can't be loaded: ", last_problem ());
 
