@@ -1,5 +1,5 @@
 # The solver library. The version script exports KLV_… names only; nodelete keeps the code mapped when a host unloads MEX files at
-# exit while a worker thread still runs.
+# exit while an optimiser still runs in its process.
 
 find_package (Threads REQUIRED)
 find_package (ZLIB REQUIRED)
