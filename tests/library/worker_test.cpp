@@ -4,6 +4,7 @@
 #include "kalvo/worker/protocol.h"
 #include "tests/library/model.h"
 #include "tests/library/scripted_engine.h"
+#include "tests/support/processes.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,43 +20,13 @@ namespace {
 
 using klv::Clock;
 using klv::seconds_between;
+using processes::all_end, processes::children, processes::is_alive;
 using model::Task;
 using scripted::small;
 
-// Descriptors of this process, and its children by state: what a call may not change.
 int open_descriptors ()
 {
     return static_cast<int> (std::distance (std::filesystem::directory_iterator ("/proc/self/fd"), {}));
-}
-
-std::vector<pid_t> children ()
-{
-    std::vector<pid_t> found;
-    std::ifstream list ("/proc/self/task/" + std::to_string (::getpid ()) + "/children");
-    for (pid_t child = 0; list >> child;)
-        found.push_back (child);
-    return found;
-}
-
-// A process that still computes or may do so: 'Z' and nothing at all do not.
-bool is_alive (pid_t process)
-{
-    std::ifstream status ("/proc/" + std::to_string (process) + "/stat");
-    std::string text;
-    std::getline (status, text);
-    const std::size_t end = text.rfind (") ");
-    return end != text.npos && text[end + 2] != 'Z';
-}
-
-bool all_end (const std::vector<pid_t>& processes, double seconds)
-{
-    const auto began = Clock::now ();
-    while (std::ranges::any_of (processes, is_alive))
-        if (seconds_between (began, Clock::now ()) > seconds)
-            return false;
-        else
-            std::this_thread::sleep_for (std::chrono::milliseconds (5));
-    return true;
 }
 
 class Worker : public testing::Test {
@@ -198,12 +170,9 @@ TEST_F (Worker, KilledAtAnyTimeLeavesTheAnswerRight)
     const int descriptors = open_descriptors ();
     int kills = 0;
     for (int i = 0; i < (count != nullptr ? std::atoi (count) : 100); ++i) {
-        std::jthread killer ([&, wait = std::uniform_int_distribution (0, 12'000) (random)] {
-            std::this_thread::sleep_for (std::chrono::microseconds (wait));
-            for (const pid_t child : children ())
-                kills += is_alive (child) && ::kill (child, SIGKILL) == 0;
-        });
+        processes::Killer killer (std::chrono::microseconds (random () % 12'000));
         ASSERT_EQ (model::optimized (task), right) << task.last_error ();
+        kills += killer.kills ();
     }
     EXPECT_GT (kills, 0);
     EXPECT_EQ (model::optimized (task), right);
@@ -323,6 +292,30 @@ TEST_F (Worker, WithoutItsProgramIsAClearError)
     }
     ::unsetenv ("KALVO_TEST_OTHER");
     std::filesystem::remove_all (folder);
+}
+
+// Where no process or no shared memory can be had, the same is done in this process, which the log tells.
+TEST_F (Worker, WhereThereCanBeNoneTheOptimiserRunsInThisProcess)
+{
+    for (const auto& [kind, value, told] : {std::tuple{RLIMIT_NOFILE, static_cast<rlim_t> (open_descriptors ()), "in this process"},
+                                            {RLIMIT_FSIZE, rlim_t{1000}, "in this process"}}) {
+        SCOPED_TRACE (kind);
+        ::setenv ("KALVO_TEST_OTHER", std::to_string (kind).c_str (), 1);
+        Task task (model::dense (60, 90));
+        std::string printed;
+        KLV_linkfunctotaskstream (
+            task, KLV_STREAM_ALL, &printed,
+            [] (void* place, const char* line) { *static_cast<std::string*> (place) += line; });
+        rlimit before{};
+        ::getrlimit (kind, &before);
+        const rlimit tight{value, before.rlim_max};
+        ::setrlimit (kind, &tight);
+        EXPECT_EQ (KLV_optimize (task), 0);
+        ::setrlimit (kind, &before);
+        EXPECT_NE (printed.find (told), std::string::npos) << printed;
+        EXPECT_EQ (model::proved (task), "itr OPTIMAL bas OPTIMAL");
+    }
+    ::unsetenv ("KALVO_TEST_OTHER");
 }
 
 // Mutated and cut messages are refused, or read as what they say: never beyond their end.

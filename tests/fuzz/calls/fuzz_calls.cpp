@@ -1,11 +1,13 @@
-// fuzz_calls COUNT [FIRST]: makes COUNT random calls of kalvoopt. Each must end in time with outputs in order and nothing
+// fuzz_calls COUNT [FIRST [KILLS]]: makes COUNT random calls of kalvoopt. Each must end in time with outputs in order and nothing
 // left over, answers that hold what they claim, and a session in which a good call works. Case number i makes the
-// same call in every run; a failing one is printed, and run alone by `fuzz_calls 1 i`.
+// same call in every run; a failing one is printed, and run alone by `fuzz_calls 1 i`. In one of KILLS calls all workers are killed
+// at some time.
 #include <csignal>
 
 #include "tests/fuzz/calls/check.h"
 #include "tests/fuzz/calls/random_call.h"
 #include "tests/support/problem_file.h"
+#include "tests/support/processes.h"
 
 namespace {
 
@@ -136,6 +138,8 @@ int main (int argc, char** argv)
     files::save ("good.mps", files::lines ("ROWS| N o| L a|COLUMNS| x o -1 a 1|RHS| r a 2|ENDATA|"));
     files::save ("bad.mps", files::lines ("ROWS| N o|COLUMNS| x nowhere 1|ENDATA|"));
     std::signal (SIGALRM, end_of_patience);
+    const long killing = argc > 3 ? std::atol (argv[3]) : 0;
+    constexpr long files_of_workers = 12;    // of those that are kept
     long files_before = 0;
     const int status = fuzz::run_cases (argc, argv, [&] (long i) {
         Random random (static_cast<std::uint64_t> (i));
@@ -143,6 +147,9 @@ int main (int argc, char** argv)
         running = "in case " + std::to_string (i) + ": " + call.text () + "\n";
         alarm (longest_call);
         const char* outcome = "";
+        std::optional<processes::Killer> killer;
+        if (killing > 0 && i % killing == 0)
+            killer.emplace (std::chrono::microseconds (std::hash<long> () (i) * 7919 % 3000));
         try {
             outcome = run (call, random);
         } catch (const std::exception& fault) {
@@ -150,7 +157,7 @@ int main (int argc, char** argv)
         }
         alarm (0);
         files_before = files_before == 0 ? open_files () : files_before;
-        require (open_files () <= files_before, "a file is left open\n" + running);
+        require (open_files () <= files_before + files_of_workers, "a file is left open\n" + running);
         return outcome;
     });
     reset ();    // while the host's tables still exist
