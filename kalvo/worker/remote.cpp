@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <system_error>
 #include <utility>
@@ -75,6 +76,11 @@ bool Remote::take_messages (WorkerProcess& worker)
     return true;
 }
 
+static int milliseconds_until (Clock::time_point time)
+{
+    return std::max (0, static_cast<int> (std::ceil (1000 * seconds_between (Clock::now (), time))));
+}
+
 Remote::Ending Remote::converse (WorkerProcess& worker)
 {
     std::optional<Clock::time_point> told_to_stop;
@@ -83,7 +89,7 @@ Remote::Ending Remote::converse (WorkerProcess& worker)
         pollfd places[] = {{worker.socket ().number (), POLLIN, 0},
                            {worker.output (), POLLIN, 0},
                            {worker.process (), POLLIN, 0}};
-        ::poll (places, std::size (places), static_cast<int> (longest_silence.count ()) / 2);
+        ::poll (places, std::size (places), milliseconds_until (asked_at + longest_silence));
         if (!worker.is_ours ())
             return Ending::ended_by_us;    // a fork of the calling process goes on with this code
         if (places[1].revents != 0)
@@ -100,7 +106,7 @@ Remote::Ending Remote::converse (WorkerProcess& worker)
             asked_ = true;
         }
         if (asked_)
-            asked_at = now;
+            asked_at = Clock::now ();
         if (call_.answer () != 0 && !told_to_stop) {
             told_to_stop = Clock::now ();
             worker.socket ().send (MessageKind::stop, run_);

@@ -1,9 +1,14 @@
 #include "kalvo/worker/thread.h"
 
+#include "kalvo/task/environment.h"
 #include "kalvo/task/signals.h"
 
+#include <condition_variable>
 #include <exception>
+#include <functional>
+#include <mutex>
 #include <new>
+#include <thread>
 #include <utility>
 
 namespace klv {
@@ -33,6 +38,65 @@ static Claims run (Engine& engine, const Job& job, const StopFlag& stop, Events&
     }
 }
 
+// A thread for one call after another. Engines keep for their thread what takes long to make.
+class KeptThread {
+public:
+    KeptThread ()
+    {
+        const BlockedSignals blocked;
+        thread_ = std::thread ([this] { serve (); });
+    }
+    KeptThread (const KeptThread&) = delete;
+    KeptThread& operator= (const KeptThread&) = delete;
+    ~KeptThread ()
+    {
+        start (nullptr);
+        thread_.join ();
+    }
+
+    void start (std::function<void ()> call)    // an empty one is the last
+    {
+        const std::lock_guard lock (mutex_);
+        call_ = std::move (call);
+        busy_ = true;
+        condition_.notify_all ();
+    }
+    void wait ()
+    {
+        std::unique_lock lock (mutex_);
+        condition_.wait (lock, [&] { return !busy_; });
+    }
+
+private:
+    void serve ()
+    {
+        std::unique_lock lock (mutex_);
+        for (;;) {
+            condition_.wait (lock, [&] { return busy_; });
+            if (!call_)
+                return;
+            lock.unlock ();
+            call_ ();
+            lock.lock ();
+            busy_ = false;
+            condition_.notify_all ();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable condition_;
+    std::function<void ()> call_;
+    bool busy_ = false;
+    std::thread thread_;
+};
+
+// The thread that is kept for the next run, in a process that is there for runs only. The thread of the process uses it alone.
+static std::unique_ptr<KeptThread>& kept_thread ()
+{
+    static auto& kept = *new std::unique_ptr<KeptThread>;
+    return kept;
+}
+
 void RunThread::work () noexcept
 {
     Claims claims = run (*engine_, job_, stop_, channel_);
@@ -43,14 +107,16 @@ void RunThread::work () noexcept
 RunThread::RunThread (std::shared_ptr<Engine> engine, Job job, std::shared_ptr<Bell> bell)
     : engine_ (std::move (engine)), job_ (std::move (job)), channel_ (std::move (bell))
 {
-    const BlockedSignals blocked;
-    thread_ = std::thread ([this] { work (); });
+    thread_ = kept_thread () ? std::move (kept_thread ()) : std::make_unique<KeptThread> ();
+    thread_->start ([this] { work (); });
 }
 
 RunThread::~RunThread ()
 {
     stop ();
-    thread_.join ();
+    thread_->wait ();
+    if (environment::alone () && !kept_thread ())
+        kept_thread () = std::move (thread_);
 }
 
 }

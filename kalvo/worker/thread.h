@@ -5,9 +5,10 @@
 #include "kalvo/worker/channel.h"
 
 #include <memory>
-#include <thread>
 
 namespace klv {
+
+class KeptThread;
 
 class RunThread {
 public:
@@ -28,7 +29,7 @@ private:
     Job job_;
     StopFlag stop_ = false;
     EventChannel channel_;
-    std::thread thread_;
+    std::unique_ptr<KeptThread> thread_;
 };
 
 }

@@ -20,8 +20,8 @@ namespace {
 
 using klv::Clock;
 using klv::seconds_between;
-using processes::all_end, processes::children, processes::is_alive;
 using model::Task;
+using processes::all_end, processes::children, processes::is_alive;
 using scripted::small;
 
 int open_descriptors ()
@@ -297,15 +297,16 @@ TEST_F (Worker, WithoutItsProgramIsAClearError)
 // Where no process or no shared memory can be had, the same is done in this process, which the log tells.
 TEST_F (Worker, WhereThereCanBeNoneTheOptimiserRunsInThisProcess)
 {
-    for (const auto& [kind, value, told] : {std::tuple{RLIMIT_NOFILE, static_cast<rlim_t> (open_descriptors ()), "in this process"},
-                                            {RLIMIT_FSIZE, rlim_t{1000}, "in this process"}}) {
+    for (const auto& [kind, value, told] :
+         {std::tuple{RLIMIT_NOFILE, static_cast<rlim_t> (open_descriptors ()), "in this process"},
+          {RLIMIT_FSIZE, rlim_t{1000}, "in this process"}}) {
         SCOPED_TRACE (kind);
         ::setenv ("KALVO_TEST_OTHER", std::to_string (kind).c_str (), 1);
         Task task (model::dense (60, 90));
         std::string printed;
-        KLV_linkfunctotaskstream (
-            task, KLV_STREAM_ALL, &printed,
-            [] (void* place, const char* line) { *static_cast<std::string*> (place) += line; });
+        KLV_linkfunctotaskstream (task, KLV_STREAM_ALL, &printed, [] (void* place, const char* line) {
+            *static_cast<std::string*> (place) += line;
+        });
         rlimit before{};
         ::getrlimit (kind, &before);
         const rlimit tight{value, before.rlim_max};

@@ -91,6 +91,7 @@ static std::string load_once ()
         find (library, "Highs_clearSolver", found.clearSolver) &&
         find (library, "Highs_resetOptions", found.resetOptions) &&
         find (library, "Highs_zeroAllClocks", found.zeroAllClocks) &&
+        find (library, "Highs_clear", found.clear) &&
         find (library, "Highs_setBoolOptionValue", found.setBoolOptionValue) &&
         find (library, "Highs_setIntOptionValue", found.setIntOptionValue) &&
         find (library, "Highs_setDoubleOptionValue", found.setDoubleOptionValue) &&

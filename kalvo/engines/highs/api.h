@@ -18,6 +18,7 @@ struct Api {
     decltype (&Highs_clearSolver) clearSolver;
     decltype (&Highs_resetOptions) resetOptions;
     decltype (&Highs_zeroAllClocks) zeroAllClocks;
+    decltype (&Highs_clear) clear;
     decltype (&Highs_setBoolOptionValue) setBoolOptionValue;
     decltype (&Highs_setIntOptionValue) setIntOptionValue;
     decltype (&Highs_setDoubleOptionValue) setDoubleOptionValue;

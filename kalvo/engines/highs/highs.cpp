@@ -13,17 +13,50 @@ namespace klv::highs {
 
 static_assert (sizeof (HighsInt) == sizeof (std::int32_t));
 
+constexpr std::size_t largest_of_spares =
+    10'000;    // entries, rows and columns: what is kept of a larger one is too much
+
 // ---- One problem in the engine ---------------------------------------------------------------------------------------------
+
+// An object that a session has left for the next one on its thread. Making one, and what the engine then makes for a thread, takes
+// about as long as a small problem does. Objects for several threads are not left: the engine ties these to the first one.
+class Spare {
+public:
+    Spare () = default;
+    Spare (const Spare&) = delete;
+    Spare& operator= (const Spare&) = delete;
+    ~Spare ()
+    {
+        if (handle_ != nullptr)
+            api ().destroy (handle_);
+    }
+
+    void* take ()
+    {
+        void* const handle = handle_ != nullptr ? std::exchange (handle_, nullptr) : api ().create ();
+        return handle != nullptr ? handle : throw std::bad_alloc ();
+    }
+    void leave (void* handle, bool reusable)
+    {
+        if (reusable && handle_ == nullptr && api ().clear (handle) == kHighsStatusOk &&
+            api ().zeroAllClocks (handle) == kHighsStatusOk)
+            handle_ = handle;
+        else
+            api ().destroy (handle);
+    }
+
+private:
+    void* handle_ = nullptr;
+};
+
+static thread_local Spare spare;
 
 class Session final : public klv::Session {
 public:
     explicit Session (std::shared_ptr<const Form> form)
-        : whole_ (std::move (form)), form_ (std::get<LinearForm> (*whole_)), handle_ (api ().create ())
-    {
-        if (handle_ == nullptr)
-            throw std::bad_alloc ();
-    }
-    ~Session () override { api ().destroy (handle_); }
+        : whole_ (std::move (form)), form_ (std::get<LinearForm> (*whole_)), handle_ (spare.take ())
+    {}
+    ~Session () override { spare.leave (handle_, most_threads_ == 1 && form_.size () < largest_of_spares); }
 
     Claims run (const Job& job, const StopFlag& stop, Events& events) override;
 
@@ -44,6 +77,7 @@ private:
     std::shared_ptr<const Form> whole_;
     const LinearForm& form_;
     void* handle_;
+    int most_threads_ = 1;
     bool passed_ = false;
     Search search_;    // figures of the last integer search, which the proof of its answer goes on reporting
 };
@@ -283,6 +317,12 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
         api ().clearSolver (handle_);
         api ().zeroAllClocks (handle_);
     }
+    if (job.budget.threads != 1 && most_threads_ == 1) {
+        api ().destroy (std::exchange (handle_, nullptr));    // with what the engine has made for one thread
+        handle_ = spare.take ();
+        passed_ = false;
+    }
+    most_threads_ = std::max (most_threads_, job.budget.threads);
     const OptionsSet options = set_options (handle_, job);
     claims.warning = options.warning;
     claims.interior_method = options.interior_method;
