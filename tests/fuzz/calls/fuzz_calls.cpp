@@ -63,30 +63,19 @@ std::optional<int> check_outputs (const Call& result, int outputs)
     return static_cast<int> (code);
 }
 
-// The last of the words that set it, arguments in parentheses apart.
-bool maximizes (std::string command)
+// Answers that can be judged: by the problem as it was made, in texts, with parameters as they are read here.
+void check_answers (const RandomCall& call, const Call& result)
 {
-    command[0] = ' ';    // a quote
-    for (std::size_t open = 0; (open = command.find ('(')) != command.npos;)
-        command.erase (open, command.find (')', open) - open + 1);
-    return command.rfind (" max") + 1 > command.rfind (" min") + 1;
-}
-
-// Answers that can be judged by the problem record, in texts, with parameters as they are read here.
-void check_answers (const RandomCall& call, const std::vector<Value>& inputs, const Call& result)
-{
-    if (inputs.size () < 2 || !result[1] || result[1].class_id () != mxSTRUCT_CLASS)
-        return;
-    const View prob = inputs[1], solutions = result[1]["sol"];
-    const std::string& command = call.inputs[0];
+    const View solutions = result[1] && result[1].class_id () == mxSTRUCT_CLASS ? result[1]["sol"] : View ();
     const std::string settings = call.inputs.size () > 2 ? call.inputs[2] : "";
     const auto has = [] (const std::string& text, const char* word) { return text.find (word) != text.npos; };
-    if (!solutions || prob.class_id () != mxSTRUCT_CLASS || !prob["a"] || prob["a"].count () > 10'000 ||
-        has (command, "statuskeys") || has (command, "read") || has (settings, "KLV_DPAR_BOUND") ||
-        has (settings, "KLV_DPAR_FIX") || has (settings, "KLV_DPAR_MIP"))
+    if (!solutions || call.problem.empty () || has (call.inputs[0], "statuskeys") ||
+        has (call.inputs[0], "read") || has (settings, "KLV_DPAR_BOUND") || has (settings, "KLV_DPAR_FIX") ||
+        has (settings, "KLV_DPAR_MIP"))
         return;
-    fuzz::check_solutions (prob, solutions, maximizes (command),
-                           has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
+    klv::Problem problem = model::parse (call.problem);
+    problem.sense = has (call.inputs[0], "maximize") ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE;
+    fuzz::check_solutions (problem, solutions, has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
 }
 
 void check_good_call ()
@@ -113,7 +102,7 @@ const char* run (const RandomCall& call, Random& random)
 
     const std::optional<int> code = check_outputs (result, call.outputs);
     if (!memory_failed)    // else answers may be there in part
-        check_answers (call, inputs, result);
+        check_answers (call, result);
     check_good_call ();
     require (session ().faults.empty (), session ().faults.empty () ? "" : session ().faults[0]);
     require (live_arrays () + live_blocks () == 0, "something is still alive");
