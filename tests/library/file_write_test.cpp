@@ -1,5 +1,4 @@
 // Writing MPS and LP files: what they look like, and that what is written is read back to the last bit and name.
-#include "kalvo/files/formats.h"
 #include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
@@ -138,15 +137,6 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
         EXPECT_EQ (writing.folder.count (), 0U);
     }
-}
-
-TEST (Formats, FeatureThatAFormatLacksIsNamed)
-{
-    const klv::Format plain{.name = "plain", .extension = ".txt", .number = 9};
-    klv::Problem problem = small_problem ();
-    EXPECT_EQ (klv::why_not (plain, problem), "plain cannot hold integer variables; free MPS can");
-    problem.integers = 0;
-    EXPECT_EQ (klv::why_not (plain, problem), "");
 }
 
 // ---- Read back

@@ -8,26 +8,6 @@
 
 namespace {
 
-// Lets allocation 0, 1, 2 ... of a call fail until it gets through; `unchanged` looks at what a failure left behind.
-int fail_each (const std::function<KLVrescode_t ()>& call, KLVrescode_t code,
-               const std::function<void ()>& unchanged)
-{
-    for (int n = 0;; ++n) {
-        SCOPED_TRACE (n);
-        const auto [found, failed] = [&] {
-            const FailingNew failing (static_cast<std::size_t> (n));
-            const KLVrescode_t answer = call ();
-            return std::pair (answer, failing.has_failed ());
-        }();
-        if (!failed) {
-            EXPECT_EQ (found, code);
-            return n;
-        }
-        EXPECT_EQ (found, KLV_RES_OUT_OF_MEMORY);
-        unchanged ();
-    }
-}
-
 TEST (Memory, MayRunOutInEachOperation)
 {
     struct Step {

@@ -38,7 +38,9 @@
 
 ## What is returned is accepted as it is and gives the same answer.
 %!test
-%! first = solved (["read(" fullfile(data, "lp", "israel.mps") ") minimize param echo(0)"]);
+%! param = struct ("KLV_IPAR_OPTIMIZER", "KLV_OPTIMIZER_INTERIOR_POINT", "KLV_DPAR_TIME_LIMIT", 12.25);
+%! first = solved (["read(" fullfile(data, "lp", "israel.mps") ") minimize param echo(0)"], [], param);
+%! assert ([first.param.KLV_DPAR_TIME_LIMIT, numfields(first.param)], [12.25 277]);
 %! again = solved ("minimize param prob echo(0)", first.prob, first.param);
 %! assert (again.sol, first.sol);
 %! assert (again.param, setfield (first.param, "KLV_SPAR_DATA_FILE", again.param.KLV_SPAR_DATA_FILE));

@@ -77,6 +77,7 @@ public:
         return result;
     }
 
+private:
     void damage_bytes (std::string& text)
     {
         static constexpr std::string_view bytes ("\0\r\n\t\x1a\xEF\xBB\xBF\xFF$*'-+.eED 0", 19);
@@ -92,7 +93,6 @@ public:
         }
     }
 
-private:
     std::string any_word (const std::string& line)
     {
         std::vector<std::string> found = pieces_of (line, ' ');
@@ -154,23 +154,10 @@ void check_fault (const files::Task& task, KLVrescode_t code, const std::string&
     const long line = std::atol (error.c_str () + path.size () + 1);
     const std::string text = files::load (path);
     const auto lines = std::count (text.begin (), text.end (), '\n') + 1;
-    require (line >= 1 && (line <= lines || path.ends_with (".gz")), "a line of none: " + error);
+    require (line >= 1 && line <= lines, "a line of none: " + error);
     require (task.printed.ends_with (": " + error + "\n"), "a fault that was not printed");
     require (task.problem ().variables () == 0 && task.problem ().constraints () == 0,
              "a problem after a fault");
-}
-
-// Bytes of a packed file that are damaged are refused, or were of no account.
-void check_packed (const std::string& path, const klv::Problem& problem, Mutator& choice)
-{
-    std::string bytes = files::load (path);
-    choice.damage_bytes (bytes);
-    files::save (path, bytes);
-    files::Task task;
-    task.set_format (KLV_FILE_FREE_MPS);
-    if (const KLVrescode_t code = KLV_readdata (task, path.c_str ()))
-        return check_fault (task, code, path);
-    require (!model::difference (problem, task.problem ()), "another problem from damaged packing");
 }
 
 const char* run (const std::string& text, const files::Folder& folder, Mutator& choice)
@@ -203,8 +190,6 @@ const char* run (const std::string& text, const files::Folder& folder, Mutator& 
     require (KLV_readdata (again, copy.c_str ()) == KLV_RES_OK, "what was written: " + again.last_error ());
     const auto difference = model::difference (problem, again.problem ());
     require (!difference, "after writing and reading: " + difference.value_or (""));
-    if (copy.ends_with (".gz") && format == KLV_FILE_FREE_MPS)
-        check_packed (copy, problem, choice);
     std::filesystem::remove (copy);
     return "the same after writing and reading";
 }
