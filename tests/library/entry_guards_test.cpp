@@ -64,7 +64,7 @@ struct SmallTask : files::Task {
     {
         KLV_appendvars (*this, 2);
         KLV_appendcons (*this, 1);
-        static_cast<KLVtask_t> (*this)->solutions[KLV_SOL_ITR].emplace ();
+        (*this)->solutions[KLV_SOL_ITR].emplace ();
     }
 };
 

@@ -25,7 +25,7 @@ struct Writing {
         : path_decides (format < KLV_FILE_LP)
     {
         KLV_putdouparam (task, KLV_DPAR_BOUND_INFINITY_NUMBER, DBL_MAX);
-        static_cast<KLVtask_t> (task)->replace_problem (klv::Problem (problem));
+        task->replace_problem (klv::Problem (problem));
         task.set_format (format);
     }
 

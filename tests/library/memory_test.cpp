@@ -23,7 +23,7 @@ TEST (Memory, MayRunOutInEachOperation)
     const files::Task task;
     KLV_linkfunctotaskstream (task, KLV_STREAM_WARNINGS, nullptr, nullptr);
     KLV_linkfiletotaskstream (task, KLV_STREAM_ALL, "/dev/null", 0);
-    const klv::Parameters& parameters = static_cast<KLVtask_t> (task)->parameters;
+    const klv::Parameters& parameters = task->parameters;
     int failures = 0;
     for (const Step& step : {
              Step{"variables", [] (auto t) { return KLV_appendvars (t, 50); }},

@@ -59,7 +59,7 @@ public:
     Task () = default;
     explicit Task (klv::Problem problem, const std::string& settings = "")
     {
-        static_cast<KLVtask_t> (*this)->replace_problem (std::move (problem));
+        (*this)->replace_problem (std::move (problem));
         set (settings);
     }
     // A text, or a published problem: "lp/afiro.mps".

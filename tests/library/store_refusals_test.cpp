@@ -152,7 +152,7 @@ TEST (Store, KeepsOrderZerosAndCounts)
         KLV_getnumintvar (task, &count);
         EXPECT_EQ (count, integers);
     }
-    auto& slot = static_cast<T> (task)->solutions[KLV_SOL_BAS];
+    auto& slot = task->solutions[KLV_SOL_BAS];
     slot.emplace ();
     KLV_putcfix (task, 3);
     KLV_appendvars (task, 0);
