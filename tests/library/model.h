@@ -27,14 +27,14 @@ inline std::string dense (int m, int n, bool integer = false)
     std::mt19937 random (7);
     std::uniform_real_distribution<double> uniform (0.1, 1);
     std::ostringstream text;
-    double sum = 0;
     const auto add_numbers = [&] {
-        sum = 0;
+        double sum = 0;
         for (int j = 0; j < n; ++j) {
             const double number = integer ? std::round (100 * uniform (random)) : uniform (random);
             text << ' ' << number;
             sum += number;
         }
+        return sum;
     };
     text << "max";
     add_numbers ();
@@ -43,7 +43,7 @@ inline std::string dense (int m, int n, bool integer = false)
         text << (integer ? " 0..1i" : " 0..");
     for (int i = 0; i < m; ++i) {
         text << ';';
-        add_numbers ();
+        const double sum = add_numbers ();
         text << " in .." << (integer ? std::floor (sum / 2) : 10 * uniform (random));
     }
     return text.str ();

@@ -93,10 +93,8 @@ private:
 
     static std::string record (const Fields& fields)
     {
-        const auto text_of = [] (const auto& field) {
-            return field.first + (field.second.empty () ? "" : "=" + field.second);
-        };
-        return "(" + join (fields, ", ", text_of) + ")";
+        return "(" +
+               join (fields, ", ", [] (const auto& field) { return field.first + "=" + field.second; }) + ")";
     }
 
     std::size_t below (std::size_t count) { return random_.below (count); }
@@ -256,12 +254,9 @@ private:
     {
         Fields fields;
         if (one_in (2))
-            for (const auto& [name, largest] : {std::pair ("OPTIMIZER", 3),
-                                                {"PRESOLVE", 2},
-                                                {"INTPNT_METHOD", 2},
-                                                {"INTPNT_BASIS", 1},
-                                                {"RELAX_INTEGERS", 1}})
-                fields[std::string ("KLV_IPAR_") + name] = model::text_of (random_.whole (0, largest));
+            fields = {{"KLV_IPAR_OPTIMIZER", model::text_of (random_.whole (0, 3))},
+                      {"KLV_IPAR_INTPNT_METHOD", model::text_of (random_.whole (0, 2))},
+                      {"KLV_IPAR_RELAX_INTEGERS", model::text_of (random_.whole (0, 1))}};
         for (std::size_t times = below (4); times > 0; --times)
             if (one_in (2))
                 set (fields, live (klv::int_parameters));

@@ -56,8 +56,7 @@ void check_slots (const model::Task& task, const Way& way, const truth::Truth& t
         const proof::Slot slot = model::slot (task, which);
         if (slot.defined && slot.solution != KLV_SOLSTA_UNKNOWN) {
             proof::Judge (task.problem (), slot, 1.001e-6).judge ();
-            truth::check_claim (slot, truth);
-            require (truth::is_answer (slot) || !truth.robust, "no answer");
+            require (truth::check_claim (slot, truth) || !truth.robust, "no answer");
             ++answered;
         } else if (wanted)
             missing = which == KLV_SOL_ITR ? "itr" : "bas";
