@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <stdexcept>
-
 namespace {
 
 // Every operation of a task that kalvo.h declares, called with zeros and null pointers.

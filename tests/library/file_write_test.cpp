@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cfloat>
-#include <cmath>
 #include <random>
 
 using model::text_of;

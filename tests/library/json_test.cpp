@@ -1,8 +1,6 @@
 // JSON files: everything comes back to the last bit, and whatever is wrong is refused by name.
 #include "tests/library/model.h"
 
-#include <gtest/gtest.h>
-
 #include <bit>
 
 using testing::IsSubstring;

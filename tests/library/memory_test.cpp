@@ -2,9 +2,6 @@
 // that can go on.
 #include "tests/library/model.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/problem_file.h"
-
-#include <functional>
 
 namespace {
 

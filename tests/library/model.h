@@ -7,13 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace model {
 
