@@ -82,17 +82,12 @@ TEST (Log, TellsWhichOptimiserRunsAndWhy)
 // A search that reports as this test wants it.
 klv::Claims tell_a_search (const klv::Job&, const klv::StopFlag&, klv::Events& channel)
 {
-    klv::Progress now;
-    now.caller = KLV_CALLER_PRESOLVE;
-    now.presolved = {1, 1, 1, 1};
-    channel.text ("first\n");
-    channel.step (now);
-    now.caller = KLV_CALLER_MIXED_INTEGER;
-    now.iterations = 77;
+    klv::Progress now{
+        .caller = KLV_CALLER_MIXED_INTEGER, .iterations = 77, .dual_objective = -10.5, .has_dual = true};
     now.search.nodes = 5;
     now.search.open_nodes = 3;
-    now.dual_objective = -10.5;
-    now.has_dual = true;
+    channel.text ("first\n");
+    channel.step ({.caller = KLV_CALLER_PRESOLVE, .presolved = {{1, 1, 1, 1}}});
     channel.step (now);
     channel.step (now);    // nothing new
     channel.text ("second\n");
@@ -133,14 +128,8 @@ TEST (Log, SaysWhoseALineOfARaceIs)
             scripted::Gate::wait_for (stop);
             return claims ("stopped");
         }
-        klv::Progress now;
-        now.caller = KLV_CALLER_PRESOLVE;
-        now.presolved = {1, 2, 2};
-        channel.step (now);
-        now.caller = KLV_CALLER_INTERIOR_POINT;
-        now.primal_objective = 1.5;
-        now.has_primal = true;
-        channel.step (now);
+        channel.step ({.caller = KLV_CALLER_PRESOLVE, .presolved = {{1, 2, 2}}});
+        channel.step ({.caller = KLV_CALLER_INTERIOR_POINT, .primal_objective = 1.5, .has_primal = true});
         channel.text ("said\n");
         return claims (right);
     });
