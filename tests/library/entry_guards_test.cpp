@@ -142,12 +142,4 @@ TEST (LastError, StaysAndIsCut)
     EXPECT_EQ (KLV_getlasterror (task, &code, 5, nullptr, nullptr), KLV_RES_NULL_POINTER);
 }
 
-// The header in C: entry_from_c_test.c.
-extern "C" const char* fault_from_c (void);
-
-TEST (Header, IsC)
-{
-    EXPECT_STREQ (fault_from_c (), "");
-}
-
 }
