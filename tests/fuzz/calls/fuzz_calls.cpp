@@ -25,24 +25,27 @@ extern "C" void end_of_patience (int)
 
 void define_functions (Random& random)
 {
-    for (const auto& [name, answer] : {std::pair ("quiet", value ("0")),
-                                       {"stopping", value ("1")},
-                                       {"odd", value (CallMaker (random).odd ())}})
-        session ().define (name, [answer] (int, const std::vector<View>&) { return std::vector{answer}; });
-    using Inputs = const std::vector<View>&;
-    session ().define ("nothing", [] (int, Inputs) { return std::vector<Value>{}; });
-    session ().define ("failing",
-                       [] (int, Inputs) -> std::vector<Value> { throw MatlabError ("on purpose"); });
-    session ().define ("pressing", [] (int, Inputs) {
-        session ().interrupt_pending = true;
-        return std::vector{value ("0")};
-    });
+    const auto odd = value (CallMaker (random).odd ());
     const auto inner = std::make_shared<std::vector<Value>> (values (CallMaker (random).call ().inputs));
-    session ().define ("again", [inner] (int, Inputs) {
-        if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
-            standalone::call (2, inputs);
-        return std::vector{value ("0")};
-    });
+    const std::pair<const char*, std::function<Value ()>> answers[] = {
+        {"quiet", [] { return value ("0"); }},
+        {"stopping", [] { return value ("1"); }},
+        {"odd", [odd] { return odd; }},
+        {"failing", [] () -> Value { throw MatlabError ("on purpose"); }},
+        {"pressing",
+         [] {
+             session ().interrupt_pending = true;
+             return value ("0");
+         }},
+        {"again", [inner] {
+             if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
+                 standalone::call (2, inputs);
+             return value ("0");
+         }}};
+    for (const auto& [name, answer] : answers)
+        session ().define (
+            name, [answer = answer] (int, const std::vector<View>&) { return std::vector{answer ()}; });
+    session ().define ("nothing", [] (int, const std::vector<View>&) { return std::vector<Value>{}; });
 }
 
 // The code, or none where even that could not be made.
