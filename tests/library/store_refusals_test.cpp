@@ -139,6 +139,9 @@ TEST (Store, KeepsOrderZerosAndCounts)
     std::int64_t entries = -1;
     EXPECT_EQ (KLV_getacol (task, 0, &count, rows, values), KLV_RES_OK);
     EXPECT_TRUE (count == 2 && rows[0] == 1 && values[0] == 1 && rows[1] == 0 && values[1] == -1);
+    EXPECT_EQ (column (task, 0, {1, 0, 1}), KLV_RES_DUPLICATE_ENTRY);
+    EXPECT_EQ (column (task, 1, {1, 0}), KLV_RES_OK) << "rows of an earlier column are no repetition";
+    EXPECT_EQ (column (task, 1), KLV_RES_OK);
     EXPECT_EQ (column (task, 0, {0}, 0), KLV_RES_OK);
     EXPECT_EQ (KLV_getnumanz (task, &entries), KLV_RES_OK);
     EXPECT_EQ (entries, 1) << "a zero is an entry";
