@@ -13,6 +13,7 @@ using proof::Values;
 
 struct Range {
     double lower = -inf, upper = inf;
+    bool integer = false;
 };
 
 // Zeros of the rows are no entries.
@@ -20,20 +21,24 @@ struct Model {
     Values cost = {};
     std::vector<Values> rows = {};
     std::vector<Range> row_bounds = {}, bounds = {};
+    double constant = 0;
     bool maximize = false;
 };
 
 inline std::string text_of (const Range& of)
 {
     const auto bound = [] (double value) { return std::isinf (value) ? "" : model::text_of (value); };
-    return of.lower == of.upper ? '=' + bound (of.lower) : bound (of.lower) + ".." + bound (of.upper);
+    const std::string range =
+        of.lower == of.upper ? '=' + bound (of.lower) : bound (of.lower) + ".." + bound (of.upper);
+    return range + (of.integer ? "i" : "");
 }
 
 // As tests state problems: "min 3 2; 0.. =4; 1 1 in 1..".
 inline std::string text_of (const Model& made)
 {
     const auto number = [] (double value) { return model::text_of (value); };
-    std::string text = (made.maximize ? "max " : "min ") + join (made.cost, " ", number) + "; " +
+    std::string text = (made.maximize ? "max " : "min ") + join (made.cost, " ", number) + " +" +
+                       number (made.constant) + "; " +
                        join (made.bounds, " ", [] (const Range& of) { return text_of (of); });
     for (std::size_t i = 0; i < made.rows.size (); ++i)
         text += "; " + join (made.rows[i], " ", number) + " in " + text_of (made.row_bounds[i]);
@@ -107,14 +112,14 @@ inline void scale (Random& random, Model& made)
         const double factor = power ();
         for (double& value : made.rows[i])
             value *= factor;
-        made.row_bounds[i] = {factor * made.row_bounds[i].lower, factor * made.row_bounds[i].upper};
+        made.row_bounds[i] = {factor * made.row_bounds[i].lower, factor * made.row_bounds[i].upper, false};
     }
     for (std::size_t j = 0; j < made.cost.size (); ++j) {
         const double factor = power ();
         for (Values& row : made.rows)
             row[j] *= factor;
         made.cost[j] *= factor;
-        made.bounds[j] = {made.bounds[j].lower / factor, made.bounds[j].upper / factor};
+        made.bounds[j] = {made.bounds[j].lower / factor, made.bounds[j].upper / factor, false};
     }
 }
 

@@ -1,8 +1,6 @@
 // Answers: published instances with their optima, tiny problems with their ends, each proved with every method.
 #include "tests/library/model.h"
 
-#include <fstream>
-
 using model::Slot;
 using model::Task;
 

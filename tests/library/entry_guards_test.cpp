@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <stdexcept>
-
 namespace {
 
 // Every operation of a task that kalvo.h declares, called with zeros and null pointers.
@@ -64,7 +61,7 @@ struct SmallTask : files::Task {
     {
         KLV_appendvars (*this, 2);
         KLV_appendcons (*this, 1);
-        static_cast<KLVtask_t> (*this)->solutions[KLV_SOL_ITR].emplace ();
+        (*this)->solutions[KLV_SOL_ITR].emplace ();
     }
 };
 
@@ -143,14 +140,6 @@ TEST (LastError, StaysAndIsCut)
     EXPECT_EQ (message, std::string ("The o"));
     EXPECT_EQ (message[6], '6') << "overrun";
     EXPECT_EQ (KLV_getlasterror (task, &code, 5, nullptr, nullptr), KLV_RES_NULL_POINTER);
-}
-
-// The header in C: entry_from_c_test.c.
-extern "C" const char* fault_from_c (void);
-
-TEST (Header, IsC)
-{
-    EXPECT_STREQ (fault_from_c (), "");
 }
 
 }

@@ -154,30 +154,26 @@ TEST (MpsFailure, CallbackIsAskedAndStops)
 
 TEST (MpsFailure, EveryAllocationFailsOnce)
 {
-    for (const std::string name : {"f.mps", "f.lp", "f.lp.gz", "f.json"})
-        for (const bool writes : {false, true}) {
-            bool failed = true;
-            for (std::size_t n = 0; failed; ++n) {
-                SCOPED_TRACE (name + std::to_string (n));
-                const Failure failure (small, name);
-                const files::Task empty;
-                const KLVtask_t task = writes ? failure.task : empty;
-                if (writes)
-                    KLV_putobjsense (task, KLV_SENSE_MAXIMIZE);
-                const KLVrescode_t code = [&] {
-                    const FailingNew fault (n);
-                    const auto answer = (writes ? KLV_writedata : KLV_readdata) (task, failure.path.c_str ());
-                    failed = fault.has_failed ();
-                    return answer;
-                }();
-                ASSERT_EQ (code, failed ? KLV_RES_OUT_OF_MEMORY : KLV_RES_OK);
-                ASSERT_EQ (task->problem ().variables (), failed && !writes ? 0 : 2);
-                ASSERT_EQ (task->solutions[KLV_SOL_INT].has_value (),
-                           writes || (!failed && name == "f.json"));
-                ASSERT_EQ (failure.folder.count (), 1U);
-                ASSERT_EQ (files::load (failure.path) == failure.old, failed || !writes);
-            }
-        }
+    for (const std::string name : {"f.mps", "f.lp", "f.lp.gz", "f.json"}) {
+        SCOPED_TRACE (name);
+        const Failure failure (small, name);
+        const KLVtask_t writer = failure.task;
+        const char* const path = failure.path.c_str ();
+        KLV_putobjsense (writer, KLV_SENSE_MAXIMIZE);
+        EXPECT_GT (fail_each ([&] { return KLV_writedata (writer, path); }, KLV_RES_OK,
+                              [&] { failure.expect_old_file (); }),
+                   9);
+        EXPECT_NE (files::load (path), failure.old);
+        const files::Task reader;
+        const auto expect = [&] (bool there) {
+            EXPECT_EQ (reader.problem ().variables (), there ? 2 : 0);
+            EXPECT_EQ (reader->solutions[KLV_SOL_INT].has_value (), there && name == "f.json");
+        };
+        EXPECT_GT (
+            fail_each ([&] { return KLV_readdata (reader, path); }, KLV_RES_OK, [&] { expect (false); }), 9);
+        expect (true);
+        EXPECT_EQ (failure.folder.count (), 1U);
+    }
 }
 
 // ---- Packed files

@@ -1,12 +1,10 @@
 // Writing MPS and LP files: what they look like, and that what is written is read back to the last bit and name.
-#include "kalvo/files/formats.h"
 #include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cfloat>
-#include <cmath>
 #include <random>
 
 using model::text_of;
@@ -26,7 +24,7 @@ struct Writing {
         : path_decides (format < KLV_FILE_LP)
     {
         KLV_putdouparam (task, KLV_DPAR_BOUND_INFINITY_NUMBER, DBL_MAX);
-        static_cast<KLVtask_t> (task)->replace_problem (klv::Problem (problem));
+        task->replace_problem (klv::Problem (problem));
         task.set_format (format);
     }
 
@@ -138,15 +136,6 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
         EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
         EXPECT_EQ (writing.folder.count (), 0U);
     }
-}
-
-TEST (Formats, FeatureThatAFormatLacksIsNamed)
-{
-    const klv::Format plain{.name = "plain", .extension = ".txt", .number = 9};
-    klv::Problem problem = small_problem ();
-    EXPECT_EQ (klv::why_not (plain, problem), "plain cannot hold integer variables; free MPS can");
-    problem.integers = 0;
-    EXPECT_EQ (klv::why_not (plain, problem), "");
 }
 
 // ---- Read back

@@ -68,11 +68,10 @@ TEST (Information, HoldsTheFiguresOfASearch)
 {
     const auto begin = klv::Clock::now ();
     const scripted::InFront front ([&] (auto&, auto&, auto& channel) {
-        klv::Progress now;
-        now.caller = KLV_CALLER_MIXED_INTEGER;
-        now.presolved = {21, 22, 23, 24};
-        now.search = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11.5, 12.5, begin, begin + std::chrono::hours (1)};
-        channel.progress (now);
+        channel.progress (
+            {.caller = KLV_CALLER_MIXED_INTEGER,
+             .presolved = {{21, 22, 23, 24}},
+             .search = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11.5, 12.5, begin, begin + std::chrono::hours (1)}});
         return scripted::claims (scripted::right);
     });
     const Task task (scripted::small_integers);

@@ -1,8 +1,6 @@
 // JSON files: everything comes back to the last bit, and whatever is wrong is refused by name.
 #include "tests/library/model.h"
 
-#include <gtest/gtest.h>
-
 #include <bit>
 
 using testing::IsSubstring;
@@ -59,7 +57,7 @@ TEST (Json, ExampleOfTheManualIsReadAndSolved)
     ASSERT_EQ (copy.read (files::json_example ()), KLV_RES_OK) << copy.again.last_error ();
     EXPECT_EQ (model::text_of (copy.again.problem ()),
                "min 2 3.5 +0.5; bread 0.. milk 0..10i; energy: 90 120 in 300..");
-    EXPECT_EQ (static_cast<KLVtask_t> (copy.again)->parameters.get (klv::RealSetting::time_limit), 60);
+    EXPECT_EQ (copy.again->parameters.get (klv::RealSetting::time_limit), 60);
     EXPECT_EQ (model::proved (copy.again), "int PRIMAL_FEASIBLE");
     EXPECT_EQ (model::slot (copy.again, KLV_SOL_INT).xx, (model::Values{2, 1}));
     EXPECT_EQ (model::optimized (copy.again), "OK int INTEGER_OPTIMAL");
@@ -103,7 +101,7 @@ TEST (Json, CertificatesComeBackWhereTheyProve)
           "max 7 1; 0.. 0..; 3 7 in ..-2; 1 -1 in 3..", "max 1; 3..2; 1 in 0..", "min 1; 0..; 1 in 7..5"}) {
         SCOPED_TRACE (problem);
         Copy copy;
-        static_cast<KLVtask_t> (copy.task)->replace_problem (model::parse (problem));
+        copy.task->replace_problem (model::parse (problem));
         EXPECT_PRED_FORMAT2 (IsSubstring, "INFEASIBLE_CERTIFICATE", model::optimized (copy.task));
         copy.make ();
         EXPECT_EQ (model::proved (copy.again), model::proved (copy.task));
@@ -152,7 +150,7 @@ TEST (Json, ParametersOfTheTaskGoBeforeThoseOfTheFile)
     KLV_putstrparam (copy.task, KLV_SPAR_DATA_FILE_NUMBER, "private");
     KLV_putnaintparam (copy.again, "KLV_IPAR_RANDOM_SEED", 5);
     copy.make ();
-    const klv::Parameters& parameters = static_cast<KLVtask_t> (copy.again)->parameters;
+    const klv::Parameters& parameters = copy.again->parameters;
     EXPECT_EQ (parameters.get (klv::IntSetting::random_seed), 5);
     EXPECT_EQ (parameters.get (klv::IntSetting::log_level), 1);
     EXPECT_EQ (parameters.get (klv::IntSetting::file_format), KLV_FILE_BY_EXTENSION);
@@ -231,10 +229,9 @@ TEST (Json, WhatIsWrongIsRefusedByName)
         KLV_appendvars (copy.again, 3);
         EXPECT_EQ (copy.read (replaced (text, old, by)), KLV_RES_FILE_SYNTAX);
         EXPECT_PRED_FORMAT2 (IsSubstring, quoted (error), copy.again.last_error ());
-        const KLVtask_t task = copy.again;
-        EXPECT_EQ (task->problem ().variables (), 0);
-        EXPECT_EQ (task->parameters.doubles, klv::Parameters ().doubles);
-        EXPECT_FALSE (task->solutions[KLV_SOL_INT]);
+        EXPECT_EQ (copy.again->problem ().variables (), 0);
+        EXPECT_EQ (copy.again->parameters.doubles, klv::Parameters ().doubles);
+        EXPECT_FALSE (copy.again->solutions[KLV_SOL_INT]);
     }
 }
 

@@ -2,31 +2,8 @@
 // that can go on.
 #include "tests/library/model.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/problem_file.h"
-
-#include <functional>
 
 namespace {
-
-// Lets allocation 0, 1, 2 ... of a call fail until it gets through; `unchanged` looks at what a failure left behind.
-int fail_each (const std::function<KLVrescode_t ()>& call, KLVrescode_t code,
-               const std::function<void ()>& unchanged)
-{
-    for (int n = 0;; ++n) {
-        SCOPED_TRACE (n);
-        const auto [found, failed] = [&] {
-            const FailingNew failing (static_cast<std::size_t> (n));
-            const KLVrescode_t answer = call ();
-            return std::pair (answer, failing.has_failed ());
-        }();
-        if (!failed) {
-            EXPECT_EQ (found, code);
-            return n;
-        }
-        EXPECT_EQ (found, KLV_RES_OUT_OF_MEMORY);
-        unchanged ();
-    }
-}
 
 TEST (Memory, MayRunOutInEachOperation)
 {
@@ -43,7 +20,7 @@ TEST (Memory, MayRunOutInEachOperation)
     const files::Task task;
     KLV_linkfunctotaskstream (task, KLV_STREAM_WARNINGS, nullptr, nullptr);
     KLV_linkfiletotaskstream (task, KLV_STREAM_ALL, "/dev/null", 0);
-    const klv::Parameters& parameters = static_cast<KLVtask_t> (task)->parameters;
+    const klv::Parameters& parameters = task->parameters;
     int failures = 0;
     for (const Step& step : {
              Step{"variables", [] (auto t) { return KLV_appendvars (t, 50); }},

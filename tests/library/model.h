@@ -7,13 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace model {
 
@@ -27,14 +22,14 @@ inline std::string dense (int m, int n, bool integer = false)
     std::mt19937 random (7);
     std::uniform_real_distribution<double> uniform (0.1, 1);
     std::ostringstream text;
-    double sum = 0;
     const auto add_numbers = [&] {
-        sum = 0;
+        double sum = 0;
         for (int j = 0; j < n; ++j) {
             const double number = integer ? std::round (100 * uniform (random)) : uniform (random);
             text << ' ' << number;
             sum += number;
         }
+        return sum;
     };
     text << "max";
     add_numbers ();
@@ -43,7 +38,7 @@ inline std::string dense (int m, int n, bool integer = false)
         text << (integer ? " 0..1i" : " 0..");
     for (int i = 0; i < m; ++i) {
         text << ';';
-        add_numbers ();
+        const double sum = add_numbers ();
         text << " in .." << (integer ? std::floor (sum / 2) : 10 * uniform (random));
     }
     return text.str ();
@@ -59,7 +54,7 @@ public:
     Task () = default;
     explicit Task (klv::Problem problem, const std::string& settings = "")
     {
-        static_cast<KLVtask_t> (*this)->replace_problem (std::move (problem));
+        (*this)->replace_problem (std::move (problem));
         set (settings);
     }
     // A text, or a published problem: "lp/afiro.mps".
@@ -90,29 +85,26 @@ inline void Task::set (const std::string& settings)
 
 inline double Task::information (const std::string& item) const
 {
+    const auto number = [] (const auto& rows, const std::string& name) {
+        const auto row = std::ranges::find (rows, name, &klv::InformationRow::name);
+        return row == rows.end () ? -1 : static_cast<std::int32_t> (row - rows.begin ());
+    };
     double value = 0;
     std::int32_t whole = 0;
-    const auto is_here = [&] (const auto& rows, const std::string& prefix, auto get, auto* number) {
-        const auto row = std::ranges::find (rows, prefix + item, &klv::InformationRow::name);
-        return row != rows.end () &&
-               get (*this, static_cast<std::int32_t> (row - rows.begin ()), number) == 0;
-    };
-    if (is_here (klv::int_information, "KLV_IINF_", KLV_getintinf, &whole))
+    if (KLV_getintinf (*this, number (klv::int_information, "KLV_IINF_" + item), &whole) == 0)
         return whole;
-    EXPECT_TRUE (is_here (klv::real_information, "KLV_DINF_", KLV_getdouinf, &value)) << item;
+    EXPECT_EQ (KLV_getdouinf (*this, number (klv::real_information, "KLV_DINF_" + item), &value), 0) << item;
     return value;
 }
 
 inline Slot slot (KLVtask_t task, std::int32_t which)
 {
     Slot s;
-    std::int32_t defined = 0, n = 0, m = 0;
+    std::int32_t defined = 0;
     EXPECT_EQ (KLV_solutiondef (task, which, &defined), 0);
-    s.defined = defined != 0;
-    if (!s.defined)
+    if (s.defined = defined != 0; !s.defined)
         return s;
-    KLV_getnumvar (task, &n);
-    KLV_getnumcon (task, &m);
+    const std::int32_t n = task->problem ().variables (), m = task->problem ().constraints ();
     EXPECT_EQ (KLV_getprosta (task, which, &s.problem), 0);
     EXPECT_EQ (KLV_getsolsta (task, which, &s.solution), 0);
     EXPECT_EQ (KLV_getprimalobj (task, which, &s.primal), 0);

@@ -1,8 +1,11 @@
 // Reading MPS and LP files: what is understood, what is refused and where, what is warned of.
+#include "kalvo/files/text/traditions.h"
 #include "tests/support/problem_file.h"
 
 #include <gtest/gtest.h>
 
+#include <ranges>
+#include <regex>
 #include <sstream>
 
 namespace {
@@ -294,6 +297,7 @@ TEST (Read, WarnsOnceOfEachTraditionWithItsFirstLine)
          "14: the sign of a range of an L or G row is not looked at (\"r1\" and 1 more)"},
         {"ROWS", " N c| L r1| G r2| E r3| N f|",
          "7: an N row after the objective is kept as a free constraint"},
+        {"RANGES", "    R c 1|", "14: a right-hand side or range of a free row has no effect"},
         {"", "ROWS| N c|COLUMNS| M 'MARKER' 'INTORG'| y c 1|BOUNDS| UP B y 1|ENDATA|", "6: an INTORG marker"},
         {"BOUNDS", " UP B x 1| UP C x 2| UP D x 3|",
          "15: only the first set of RHS, RANGES or BOUNDS is used"},
@@ -313,6 +317,10 @@ TEST (Read, WarnsOnceOfEachTraditionWithItsFirstLine)
         EXPECT_PRED_FORMAT2 (testing::IsSubstring, reading.name + ":" + c.expected, reading.task.printed);
         EXPECT_EQ (std::ranges::count (reading.task.printed, '\n'), 1) << reading.task.printed;
     }
+    const std::string help = std::regex_replace (files::load (KALVO_TEST_DATA "/../../toolbox/kalvoopt.m"),
+                                                 std::regex ("[%\\s]+"), " ");
+    for (const std::string_view text : klv::tradition_texts | std::views::take (13))    // but for JSON's
+        EXPECT_PRED_FORMAT2 (testing::IsSubstring, std::string (text), help);
 }
 
 }

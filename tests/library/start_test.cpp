@@ -105,19 +105,6 @@ TEST (Start, OfAnIntegerSearchMayBeInPart)
     }
 }
 
-TEST (Start, IsRefusedWhereItIsNoSolution)
-{
-    Task task ("min 1 1; 0.. 0..; 1 1 in 1..");
-    const KLVrescode_t key = KLV_RES_STATUS_KEY_UNKNOWN, infinite = KLV_RES_VALUE_NOT_FINITE;
-    EXPECT_EQ (put_start (task, KLV_SOL_BAS, {7}, {}, {}), key);
-    EXPECT_EQ (put_start (task, KLV_SOL_BAS, {}, {1, -1}, {}), key);
-    EXPECT_EQ (task.last_error (), "Entry 2 of skx is -1, which is no status key.");
-    EXPECT_EQ (put_start (task, KLV_SOL_ITR, {}, {}, {1, model::inf}), infinite);
-    EXPECT_EQ (put_start (task, KLV_SOL_ITR, {}, {}, {}, {-model::inf}), infinite);
-    EXPECT_EQ (put_start (task, 3, {}, {}, {}), KLV_RES_INDEX_RANGE);
-    EXPECT_FALSE (model::slot (task, KLV_SOL_BAS).defined || model::slot (task, KLV_SOL_ITR).defined);
-}
-
 // An engine that a start leads astray gets the problem again without it.
 TEST (Start, ThatLeadsNowhereIsForgotten)
 {

@@ -71,18 +71,6 @@ TEST (ColumnMatrix, AgreesWithAPlainOneAfterRandomChanges)
     }
 }
 
-TEST (RepeatedRows, AreFoundAlsoAfterAnEarlierSearch)
-{
-    klv::RepeatedRows repeated;
-    using Rows = std::vector<std::int32_t>;
-    for (const auto& [rows, expected] : {std::pair{Rows{}, -1},
-                                         {Rows{9, 2, 0}, -1},
-                                         {Rows{4, 7, 1, 4, 7}, 3},
-                                         {Rows{9, 0, 9}, 2},
-                                         {Rows{9, 2, 0}, -1}})
-        EXPECT_EQ (repeated.find (rows, 10), expected);
-}
-
 // A run that may outlive its task keeps the problem that it was given; a thread sanitizer sees that it may let go at any time.
 TEST (ProblemRace, MayBeLetGoByARunWhileItChanges)
 {

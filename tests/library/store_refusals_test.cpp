@@ -1,14 +1,10 @@
 // What is put into a task and read back: refusals name what is wrong and change nothing.
-#include "tests/support/problem_file.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "tests/library/model.h"
 
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN ();
-constexpr double inf = std::numeric_limits<double>::infinity ();
+constexpr double inf = model::inf;
 using T = KLVtask_t;
 
 KLVrescode_t column (T task, std::int32_t j, const std::vector<std::int32_t>& rows = {}, double last = 1)
@@ -91,6 +87,13 @@ const Refusal refusals[] = {
     {KLV_RES_NOT_AVAILABLE, "'far away'", [] (T t) { return KLV_putoptserverhost (t, "far away"); }},
     {KLV_RES_STREAM_UNKNOWN, "stream 4", [] (T t) { return KLV_analyzeproblem (t, 4); }},
     {KLV_RES_INDEX_RANGE, "solution with index 3", [] (T t) { return KLV_solutiondef (t, 3, nullptr); }},
+    {KLV_RES_STATUS_KEY_UNKNOWN, "1 of skc",
+     [] (T t) { return model::put_start (t, KLV_SOL_BAS, {7, 1}, {}, {}); }},
+    {KLV_RES_STATUS_KEY_UNKNOWN, "Entry 2 of skx is -1, which is no status key.",
+     [] (T t) { return model::put_start (t, KLV_SOL_BAS, {}, {1, -1, 1}, {}); }},
+    {KLV_RES_VALUE_NOT_FINITE, "xx", [] (T t) { return model::put_start (t, 0, {}, {}, {1, inf, 1}); }},
+    {KLV_RES_VALUE_NOT_FINITE, "y", [] (T t) { return model::put_start (t, 0, {}, {}, {}, {-inf, 0}); }},
+    {KLV_RES_INDEX_RANGE, "index 3", [] (T t) { return model::put_start (t, 3, {}, {}, {}); }},
     {KLV_RES_SOLUTION_UNDEFINED, "no basic solution",
      [] (T t) { return KLV_getskn (t, KLV_SOL_BAS, nullptr); }},
 };
@@ -104,31 +107,27 @@ TEST (Refusals, NameTheFaultAndChangeNothing)
         EXPECT_NE (task.last_error ().find (refusal.message), std::string::npos) << task.last_error ();
         EXPECT_EQ (task.printed, "Error " + std::to_string (refusal.code) + ": " + task.last_error () + "\n");
         EXPECT_EQ (model::difference (before, task.problem ()), std::nullopt) << refusal.message;
+        EXPECT_EQ (model::proved (task), "");
     }
 }
 
 TEST (Bounds, ComeBackAsTheyArePut)
 {
-    using Bound = std::tuple<std::int32_t, double, double>;
     constexpr std::int32_t lo = KLV_BK_LO, up = KLV_BK_UP, fr = KLV_BK_FR, ra = KLV_BK_RA;
-    for (const auto& [fault, put, kept] : {
-             std::tuple{"absent values are not looked at", Bound{fr, nan, nan}, Bound{fr, -inf, inf}},
-             {"nor absent ones above", {lo, -4, nan}, {lo, -4, inf}},
-             {"nor absent ones below", {up, inf, 4}, {up, -inf, 4}},
-             {"crossed bounds are a statement", {ra, 5, 1}, {ra, 5, 1}},
-             {"equal bounds stay two", {ra, 1, 1}, {ra, 1, 1}},
-             {"infinite lower is none", {lo, -inf, nan}, {fr, -inf, inf}},
-             {"infinite upper is none", {ra, 2, inf}, {lo, 2, inf}},
-             {"infinite lower of two", {ra, -inf, 2}, {up, -inf, 2}},
+    for (const auto& [fault, key, lower, upper, kept] : {
+             std::tuple{"absent values are not looked at", fr, nan, nan, ".."},
+             {"nor absent ones above", lo, -4.0, nan, "-4.."},
+             {"nor absent ones below", up, inf, 4.0, "..4"},
+             {"crossed bounds are a statement", ra, 5.0, 1.0, "5..1"},
+             {"equal bounds stay two", ra, 1.0, 1.0, "1..1"},
+             {"infinite lower is none", lo, -inf, nan, ".."},
+             {"infinite upper is none", ra, 2.0, inf, "2.."},
+             {"infinite lower of two", ra, -inf, 2.0, "..2"},
          }) {
         const SmallTask task;
-        std::int32_t key = -1, next = -1;
-        double lower = 0, upper = 0;
-        EXPECT_EQ (std::apply (bound, std::tuple_cat (std::tuple{T{task}}, put)), KLV_RES_OK) << fault;
-        EXPECT_EQ (KLV_getvarbound (task, 2, &next, &lower, &upper), KLV_RES_OK);
-        EXPECT_EQ (next, fr) << "a neighbour changed: " << fault;
-        EXPECT_EQ (KLV_getvarbound (task, 1, &key, &lower, &upper), KLV_RES_OK);
-        EXPECT_EQ ((Bound{key, lower, upper}), kept) << fault;
+        EXPECT_EQ (bound (task, key, lower, upper), KLV_RES_OK) << fault;
+        EXPECT_PRED_FORMAT2 (testing::IsSubstring, "; steel .. coal " + std::string (kept) + " C3 ..;",
+                             model::text_of (task.problem ()));
     }
 }
 
@@ -140,6 +139,9 @@ TEST (Store, KeepsOrderZerosAndCounts)
     std::int64_t entries = -1;
     EXPECT_EQ (KLV_getacol (task, 0, &count, rows, values), KLV_RES_OK);
     EXPECT_TRUE (count == 2 && rows[0] == 1 && values[0] == 1 && rows[1] == 0 && values[1] == -1);
+    EXPECT_EQ (column (task, 0, {1, 0, 1}), KLV_RES_DUPLICATE_ENTRY);
+    EXPECT_EQ (column (task, 1, {1, 0}), KLV_RES_OK) << "rows of an earlier column are no repetition";
+    EXPECT_EQ (column (task, 1), KLV_RES_OK);
     EXPECT_EQ (column (task, 0, {0}, 0), KLV_RES_OK);
     EXPECT_EQ (KLV_getnumanz (task, &entries), KLV_RES_OK);
     EXPECT_EQ (entries, 1) << "a zero is an entry";
@@ -148,7 +150,7 @@ TEST (Store, KeepsOrderZerosAndCounts)
         KLV_getnumintvar (task, &count);
         EXPECT_EQ (count, integers);
     }
-    auto& slot = static_cast<T> (task)->solutions[KLV_SOL_BAS];
+    auto& slot = task->solutions[KLV_SOL_BAS];
     slot.emplace ();
     KLV_putcfix (task, 3);
     KLV_appendvars (task, 0);
@@ -157,21 +159,27 @@ TEST (Store, KeepsOrderZerosAndCounts)
     EXPECT_FALSE (slot.has_value ()) << "a solution of other sizes";
 }
 
-TEST (Load, AsksTheCallbackAndStops)
+TEST (LoadAndAnalysis, AskTheCallbackAndStop)
 {
-    for (const auto& [answer, code] :
-         {std::pair{0, +KLV_RES_OK}, {-5, KLV_RES_USER_STOP}, {1051, KLV_RES_OUT_OF_MEMORY}}) {
+    using Call = KLVrescode_t (*) (T task);
+    const Call load = [] (T t) { return column (t, 2, {1}); };
+    const Call analyze = [] (T t) { return KLV_analyzeproblem (t, KLV_STREAM_MESSAGES); };
+    for (const auto& [call, caller, answer, code] : {std::tuple{load, +KLV_CALLER_LOAD, 0, +KLV_RES_OK},
+                                                     {load, KLV_CALLER_LOAD, -5, KLV_RES_USER_STOP},
+                                                     {load, KLV_CALLER_LOAD, 1051, KLV_RES_OUT_OF_MEMORY},
+                                                     {analyze, KLV_CALLER_ANALYZE, 1, KLV_RES_USER_STOP}}) {
         SmallTask task;
-        std::uint32_t asked = 0;
-        task.on_progress ([&, answer = answer] (std::uint32_t caller) {
-            asked = caller;
+        std::int32_t asked = 0;
+        KLV_appendvars (task, call == load ? 0 : 2'000'000);
+        task.on_progress ([&, answer = answer] (std::uint32_t from) {
+            asked = static_cast<std::int32_t> (from);
             return answer;
         });
         KLVrescode_t last = KLV_RES_OK;
         for (int i = 0; asked == 0 && i < 100'000'000; ++i)
-            last = column (task, 2, {1});
+            last = call (task);
         EXPECT_EQ (last, code);
-        EXPECT_EQ (asked, KLV_CALLER_LOAD);
+        EXPECT_EQ (asked, caller);
     }
 }
 

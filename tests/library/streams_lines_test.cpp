@@ -95,14 +95,13 @@ TEST (StreamFiles, WhatCannotBeUsedIsNamedAndTheOldOneStays)
     }
     EXPECT_EQ (link (""), KLV_RES_FILE_NAME_MISSING);
     EXPECT_EQ (link (log, 9), KLV_RES_STREAM_UNKNOWN);
-    const KLVtask_t handle = task;
-    handle->say ("still here");
+    task->say ("still here");
     EXPECT_TRUE (files::load (log).ends_with ("still here\n")) << files::load (log);
 
     task.printed.clear ();
     ASSERT_EQ (link ("/dev/full"), KLV_RES_OK);
-    handle->say ("first");
-    handle->say ("second");
+    task->say ("first");
+    task->say ("second");
     EXPECT_TRUE (task.printed.starts_with ("Warning: the file '/dev/full' can't be written and was closed"));
     EXPECT_EQ (std::ranges::count (task.printed, '\n'), 1) << "talked of once: " << task.printed;
 }

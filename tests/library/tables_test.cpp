@@ -5,11 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <cmath>
 #include <map>
+#include <regex>
 #include <set>
-#include <sstream>
 #include <string_view>
 
 namespace {
@@ -21,19 +19,12 @@ constexpr double inf = std::numeric_limits<double>::infinity ();
 std::map<std::string, int> header_constants ()
 {
     const std::string header = files::load (KALVO_TEST_DATA "/../../kalvo/include/kalvo.h");
-    const auto is_other = [] (const std::string& name) {
-        for (const char* end :
-             {"_NUMBER", "_COUNT", "_PARAMETERS", "_INFORMATION", "KLV_MAX_TEXT", "KLV_FIRST_TERMINATION"})
-            if (name.ends_with (end))
-                return true;
-        return name.starts_with ("KLV_VERSION_");
-    };
+    const std::regex constant (R"((KLV_\w+) = (\d+))"),
+        other ("_(NUMBER|COUNT|PARAMETERS|INFORMATION)$|^KLV_(MAX_TEXT|FIRST_TERMINATION|VERSION_.*)$");
     std::map<std::string, int> found;
-    std::istringstream words (header);
-    for (std::string name, word; words >> word; name = word)
-        if (word == "=" && name.starts_with ("KLV_") && words >> word && std::isdigit (word[0]) &&
-            !is_other (name))
-            found[name] = std::stoi (word);
+    for (std::sregex_iterator match (header.begin (), header.end (), constant), end; match != end; ++match)
+        if (!std::regex_search ((*match)[1].str (), other))
+            found[(*match)[1]] = std::stoi ((*match)[2]);
     return found;
 }
 

@@ -8,7 +8,7 @@
 %!    "empty text", ""; "empty cell", {}; "empty records", struct([]); "empty int8", zeros(0,3,"int8");
 %!    "empty logical", false(0,0); "empty sparse", sparse(0,3); "empty sparse logical", sparse(false(3,0));
 %!    "number", 1; "negative", -1; "half", 0.5; "NaN", NaN; "Inf", Inf; "minus Inf", -Inf; "huge", 1e300;
-%!    "beyond 32 bits", 2^32+1; "complex number", 1+2i;
+%!    "beyond 32 bits", 2^32+1; "2^32", 2^32; "complex number", 1+2i;
 %!    "row of 2", [1 1]; "row of 3", [1 1 1]; "column of 2", [1;1]; "column of 3", [1;2;3]; "range", 1:3;
 %!    "diagonal", eye(3); "permutation", eye(3)([2 1 3],:); "matrix", magic(3); "3-D", ones(3,1,2);
 %!    "complex row", [1 2 3i]; "NaNs", [NaN NaN NaN]; "Infs", [Inf;Inf;Inf]; "minus Infs", [-Inf -Inf -Inf];
@@ -89,7 +89,7 @@
 %!test check (4, {"loghandle", "iterhandle"}, "");
 %!test check (5, {"host"}, "server");
 
-## Whatever a progress function answers.
+## Whatever a progress function answers: a number whose whole part is not 0 stops; what is no number does not.
 %!function stop = answer (varargin)
 %!  global what_it_is;
 %!  stop = what_it_is;
@@ -99,7 +99,8 @@
 %! for value = odd_values ().'
 %!   what_it_is = value{2};
 %!   callback = struct ("iter", "answer", "iterhandle", 1);
-%!   assert (any (checked_call (value{1}, "minimize echo(0)", good_problem (), [], callback) == [0 100007]), value{1});
+%!   stops = isa (value{2}, "double") && ! isempty (value{2}) && fix (real (value{2}(1))) != 0;
+%!   assert (checked_call (value{1}, "minimize echo(0)", good_problem (), [], callback) == 100007 * stops, value{1});
 %! endfor
 
 ## Where memory runs out the call fails, and the session goes on.

@@ -38,20 +38,11 @@
 
 ## What is returned is accepted as it is and gives the same answer.
 %!test
-%! first = solved (["read(" fullfile(data, "lp", "israel.mps") ") minimize param echo(0)"]);
+%! param = struct ("KLV_IPAR_OPTIMIZER", "KLV_OPTIMIZER_INTERIOR_POINT", "KLV_DPAR_TIME_LIMIT", 12.25);
+%! first = solved (["read(" fullfile(data, "lp", "israel.mps") ") minimize param echo(0)"], [], param);
+%! assert (first.param.KLV_DPAR_TIME_LIMIT, 12.25);
 %! again = solved ("minimize param prob echo(0)", first.prob, first.param);
 %! assert (again.sol, first.sol);
 %! assert (again.param, setfield (first.param, "KLV_SPAR_DATA_FILE", again.param.KLV_SPAR_DATA_FILE));
 %! assert (again.prob, first.prob);
 %! assert (solved ("prob echo(0)", res.prob).prob, res.prob);
-
-## An infeasible problem that comes as data: its certificate, by definition.
-%!test
-%! p = load (fullfile (data, "lp_infeasible", "lpi_itest2.mat")).Problem;
-%! bas = solved ("minimize echo(0)", struct ("a", p.A, "c", p.c, "blc", p.b, "buc", p.b, "blx", p.lo, "bux", p.hi)).sol.bas;
-%! assert (bas.prosta, "PRIMAL_INFEASIBLE");
-%! assert (p.A' * bas.y + bas.slx - bas.sux, zeros (size (p.lo)), 1e-8 * norm ([bas.y; bas.slx; bas.sux], Inf));
-%! lower = isfinite (p.lo);
-%! upper = isfinite (p.hi);
-%! assert (all (bas.slx(! lower) <= 1e-8) && all (bas.sux(! upper) <= 1e-8));
-%! assert (p.b' * bas.y + p.lo(lower)' * bas.slx(lower) - p.hi(upper)' * bas.sux(upper), 1, 1e-6);

@@ -83,6 +83,7 @@ public:
     }
 
     operator KLVtask_t () const { return task_.get (); }
+    KLVtask_t operator->() const { return task_.get (); }
     const klv::Problem& problem () const { return task_->problem (); }
     void set_format (std::int32_t format) { KLV_putnaintparam (*this, "KLV_IPAR_FILE_FORMAT", format); }
 

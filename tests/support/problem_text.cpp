@@ -10,7 +10,7 @@ namespace model {
 
 namespace {
 
-double number (const std::string& text, double absent)
+double number (const std::string& text, double absent = 0)
 {
     return text.empty () ? absent : std::strtod (text.c_str (), nullptr);
 }
@@ -65,7 +65,7 @@ void read_constraint (std::istream& words, klv::Problem& p, std::vector<Entries>
         else if (word != "in" && !put_bounds (word, p.constraint, static_cast<std::size_t> (i))) {
             if (word != "0") {
                 columns.at (j).rows.push_back (i);
-                columns[j].values.push_back (number (word, 0));
+                columns[j].values.push_back (number (word));
             }
             ++j;
         }
@@ -105,7 +105,7 @@ klv::Problem parse (const std::string& text)
     objective >> part;
     p.sense = part == "max" ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE;
     for (std::size_t j = 0; objective >> part;)
-        (part[0] == '+' ? p.constant : p.cost.at (j++)) = number (part.substr (part[0] == '+'), 0);
+        (part[0] == '+' ? p.constant : p.cost.at (j++)) = number (part.substr (part[0] == '+'));
     return p;
 }
 

@@ -281,14 +281,8 @@ inline Truth truth (const klv::Problem& problem)
     return {stated.feasible, stated.bounded, objective (stated), least, most, robust};
 }
 
-inline bool is_answer (const proof::Slot& slot)
-{
-    return slot.solution == KLV_SOLSTA_OPTIMAL || slot.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE ||
-           slot.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE;
-}
-
-// Throws what a slot with the default tolerances claims against the truth.
-inline void check_claim (const proof::Slot& slot, const Truth& truth)
+// Throws what a slot with the default tolerances claims against the truth. True for an answer, not a mere point.
+inline bool check_claim (const proof::Slot& slot, const Truth& truth)
 {
     using proof::require;
     const double room = 2e-6 * (1 + std::abs (slot.primal) + std::abs (slot.dual));
@@ -301,6 +295,8 @@ inline void check_claim (const proof::Slot& slot, const Truth& truth)
         require (!truth.bounded, "false unbounded");
         require (!truth.robust || truth.feasible, "unbounded that is infeasible");
     }
+    return slot.solution == KLV_SOLSTA_OPTIMAL || slot.solution == KLV_SOLSTA_PRIMAL_INFEASIBLE_CERTIFICATE ||
+           slot.solution == KLV_SOLSTA_DUAL_INFEASIBLE_CERTIFICATE;
 }
 
 }

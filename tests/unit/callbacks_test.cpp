@@ -17,23 +17,6 @@ void define_progress (const std::function<Value (const std::vector<View>&)>& fun
                        [=] (int, const std::vector<View>& inputs) { return std::vector{function (inputs)}; });
 }
 
-// A number whose whole part is not 0 stops; what is no number does not.
-TEST_F (Callbacks, StopByTheirAnswer)
-{
-    for (const auto& [answers, code] :
-         {std::pair ("0|0.5|-0.9|[0 1]|sparse 0|sparse [0;3]|[]|logical 1|'stop'|{1}|@|", KLV_RES_OK),
-          {"1|-1|2.5|4294967296|nan|sparse 1|", KLV_RES_USER_STOP}}) {
-        std::istringstream texts (answers);
-        for (std::string answer; std::getline (texts, answer, '|');) {
-            int calls = 0;
-            define_progress ([&] (const std::vector<View>&) { return ++calls, value (answer); });
-            EXPECT_EQ (code_of (solve ()), code) << answer;
-            EXPECT_EQ (printed (), "") << answer;
-            EXPECT_GE (calls, 1) << answer;
-        }
-    }
-}
-
 TEST_F (Callbacks, ThatAreWrongOrFailEndAsTheyShould)
 {
     const std::string stopped = std::to_string (KLV_RES_USER_STOP), set_up = set_up_line (1200) + "1200";

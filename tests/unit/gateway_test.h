@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "kalvo.h"
 #include "tests/unit/notation.h"
 
@@ -49,14 +51,8 @@ constexpr const char* small_problem = "(a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0
 // What was printed, with each error line in short: "1200 prob.a; ".
 inline std::string printed ()
 {
-    const std::string start = "*** Error(";
-    std::string text = session ().printed;
-    for (std::size_t at = 0; (at = text.find (start, at)) != std::string::npos;) {
-        text.erase (at, start.size ());
-        text.replace (text.find ("): ", at), 3, " ");
-        text.replace (text.find ('\n', at), 1, "; ");
-    }
-    return text;
+    static const std::regex error (R"(\*\*\* Error\((\d+)\): ([^\n]*)\n)");
+    return std::regex_replace (session ().printed, error, "$1 $2; ");
 }
 
 // What such a call prints, and its code: "1200 prob.a; 1200".

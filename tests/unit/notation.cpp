@@ -107,9 +107,8 @@ private:
     static Sizes sizes (const std::string& text)
     {
         Sizes found;
-        std::istringstream parts (text);
-        for (std::string part; std::getline (parts, part, 'x');)
-            found.push_back (std::stoul (part));
+        for (std::size_t at = 0; at <= text.size (); at = std::min (text.find ('x', at), text.size ()) + 1)
+            found.push_back (std::stoul (text.substr (at)));
         return found;
     }
 
@@ -131,25 +130,19 @@ private:
             const std::string field = word ();
             return records (size, std::vector<std::string> (!field.empty (), field));
         }
-        if (name == "complex") {
+        if (name == "complex" || name == "sparse") {
             const Value same = read ();
-            return complex (same.sizes ()[0], same.sizes ()[1], same.numbers (), same.numbers ());
+            const std::size_t rows = same.sizes ()[0], columns = same.sizes ()[1];
+            if (name == "complex")
+                return complex (rows, columns, same.numbers (), same.numbers ());
+            std::vector<Entry> entries;
+            for (std::size_t k = 0; k < same.count (); ++k)
+                if (const double number = same.numbers ()[k]; number != 0)
+                    entries.push_back ({k % rows, k / rows, number});
+            return sparse (rows, columns, entries, same.class_id ());
         }
-        if (name == "sparse")
-            return sparse_of (read ());
         return name.find ('x') < name.size () ? array (mxDOUBLE_CLASS, sizes (name))
                                               : scalar (std::stod (name));
-    }
-
-    static Value sparse_of (const Value& full)
-    {
-        const Numbers values = full.numbers ();
-        const std::size_t rows = full.sizes ()[0];
-        std::vector<Entry> entries;
-        for (std::size_t k = 0; k < values.size (); ++k)
-            if (values[k] != 0)
-                entries.push_back ({k % rows, k / rows, values[k]});
-        return sparse (rows, full.sizes ()[1], entries, full.class_id ());
     }
 
     std::string_view rest_;

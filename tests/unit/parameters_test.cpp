@@ -51,20 +51,6 @@ TEST_F (Parameters, AreSetOrRefused)
     }
 }
 
-TEST_F (Parameters, AreTakenBackUnchanged)
-{
-    const Call first =
-        ask ("param echo(0)", {"[]", "(KLV_IPAR_OPTIMIZER='KLV_OPTIMIZER_INTERIOR_POINT', "
-                                     "KLV_DPAR_TIME_LIMIT=12.25, KLV_SPAR_DATA_FILE='m.mps')"});
-    const std::vector<std::string> names = first[1]["param"].field_names ();
-    ASSERT_EQ (names.size (), 277U);
-    EXPECT_EQ (names[KLV_DPAR_BOUND_INFINITY_NUMBER], "KLV_DPAR_BOUND_INFINITY");
-    EXPECT_EQ (names[62], "KLV_IPAR_OPTIMIZER");
-    EXPECT_EQ (names[62 + 190 + KLV_SPAR_DATA_FILE_NUMBER], "KLV_SPAR_DATA_FILE");
-    const Value param (mxDuplicateArray (first[1]["param"].get ()));
-    EXPECT_EQ (show (call (2, {text ("param echo(0)"), value ("[]"), param})[1]["param"]), show (param));
-}
-
 TEST_F (Parameters, AreShownFromLevelSix)
 {
     const std::vector<std::string> inputs = {

@@ -25,24 +25,27 @@ extern "C" void end_of_patience (int)
 
 void define_functions (Random& random)
 {
-    for (const auto& [name, answer] : {std::pair ("quiet", value ("0")),
-                                       {"stopping", value ("1")},
-                                       {"odd", value (CallMaker (random).odd ())}})
-        session ().define (name, [answer] (int, const std::vector<View>&) { return std::vector{answer}; });
-    using Inputs = const std::vector<View>&;
-    session ().define ("nothing", [] (int, Inputs) { return std::vector<Value>{}; });
-    session ().define ("failing",
-                       [] (int, Inputs) -> std::vector<Value> { throw MatlabError ("on purpose"); });
-    session ().define ("pressing", [] (int, Inputs) {
-        session ().interrupt_pending = true;
-        return std::vector{value ("0")};
-    });
+    const auto odd = value (CallMaker (random).odd ());
     const auto inner = std::make_shared<std::vector<Value>> (values (CallMaker (random).call ().inputs));
-    session ().define ("again", [inner] (int, Inputs) {
-        if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
-            standalone::call (2, inputs);
-        return std::vector{value ("0")};
-    });
+    const std::pair<const char*, std::function<Value ()>> answers[] = {
+        {"quiet", [] { return value ("0"); }},
+        {"stopping", [] { return value ("1"); }},
+        {"odd", [odd] { return odd; }},
+        {"failing", [] () -> Value { throw MatlabError ("on purpose"); }},
+        {"pressing",
+         [] {
+             session ().interrupt_pending = true;
+             return value ("0");
+         }},
+        {"again", [inner] {
+             if (const std::vector<Value> inputs = std::exchange (*inner, {}); !inputs.empty ())
+                 standalone::call (2, inputs);
+             return value ("0");
+         }}};
+    for (const auto& [name, answer] : answers)
+        session ().define (
+            name, [answer = answer] (int, const std::vector<View>&) { return std::vector{answer ()}; });
+    session ().define ("nothing", [] (int, const std::vector<View>&) { return std::vector<Value>{}; });
 }
 
 // The code, or none where even that could not be made.
@@ -63,30 +66,19 @@ std::optional<int> check_outputs (const Call& result, int outputs)
     return static_cast<int> (code);
 }
 
-// The last of the words that set it, arguments in parentheses apart.
-bool maximizes (std::string command)
+// Answers that can be judged: by the problem as it was made, in texts, with parameters as they are read here.
+void check_answers (const RandomCall& call, const Call& result)
 {
-    command[0] = ' ';    // a quote
-    for (std::size_t open = 0; (open = command.find ('(')) != command.npos;)
-        command.erase (open, command.find (')', open) - open + 1);
-    return command.rfind (" max") + 1 > command.rfind (" min") + 1;
-}
-
-// Answers that can be judged by the problem record, in texts, with parameters as they are read here.
-void check_answers (const RandomCall& call, const std::vector<Value>& inputs, const Call& result)
-{
-    if (inputs.size () < 2 || !result[1] || result[1].class_id () != mxSTRUCT_CLASS)
-        return;
-    const View prob = inputs[1], solutions = result[1]["sol"];
-    const std::string& command = call.inputs[0];
+    const View solutions = result[1] && result[1].class_id () == mxSTRUCT_CLASS ? result[1]["sol"] : View ();
     const std::string settings = call.inputs.size () > 2 ? call.inputs[2] : "";
     const auto has = [] (const std::string& text, const char* word) { return text.find (word) != text.npos; };
-    if (!solutions || prob.class_id () != mxSTRUCT_CLASS || !prob["a"] || prob["a"].count () > 10'000 ||
-        has (command, "statuskeys") || has (command, "read") || has (settings, "KLV_DPAR_BOUND") ||
-        has (settings, "KLV_DPAR_FIX") || has (settings, "KLV_DPAR_MIP"))
+    if (!solutions || call.problem.empty () || has (call.inputs[0], "statuskeys") ||
+        has (call.inputs[0], "read") || has (settings, "KLV_DPAR_BOUND") || has (settings, "KLV_DPAR_FIX") ||
+        has (settings, "KLV_DPAR_MIP"))
         return;
-    fuzz::check_solutions (prob, solutions, maximizes (command),
-                           has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
+    klv::Problem problem = model::parse (call.problem);
+    problem.sense = has (call.inputs[0], "maximize") ? KLV_SENSE_MAXIMIZE : KLV_SENSE_MINIMIZE;
+    fuzz::check_solutions (problem, solutions, has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
 }
 
 void check_good_call ()
@@ -113,7 +105,7 @@ const char* run (const RandomCall& call, Random& random)
 
     const std::optional<int> code = check_outputs (result, call.outputs);
     if (!memory_failed)    // else answers may be there in part
-        check_answers (call, inputs, result);
+        check_answers (call, result);
     check_good_call ();
     require (session ().faults.empty (), session ().faults.empty () ? "" : session ().faults[0]);
     require (live_arrays () + live_blocks () == 0, "something is still alive");

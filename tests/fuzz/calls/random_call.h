@@ -10,6 +10,7 @@ namespace fuzz {
 
 struct RandomCall {
     std::vector<std::string> inputs;
+    std::string problem;    // the second one as tests state problems; nothing where it is another
     int outputs = 2;
     long failing_allocation = 0;    // the number of the piece of memory that is not to be had; 0: none
     long interrupting_poll = 0;     // when Ctrl-C is pressed
@@ -37,7 +38,7 @@ const auto odd_values = pieces_of (
     "{1, 'x', {}}|(unset)|(sub=1)|(sub=[1 99])|(sub=nan)|2x2x0|\x27\xC3\xA9\xE2\x82\xAC\x27",
     '|');
 const auto words =
-    pieces_of ("min|max|minimize|maximize|prob|info|param|symbcon|version|statuskeys(1)|echo(3)|"
+    pieces_of ("prob|info|param|symbcon|version|statuskeys(1)|echo(3)|"
                "echo(11)|debug(1)|nokeepenv|use_matlab_calloc|anapro|write(w.mps)|log(log.txt)",
                '|');
 const auto odd_words =
@@ -70,6 +71,7 @@ public:
                                       odd (),
                                       odd ()};
         made.inputs.assign (inputs, inputs + (one_in (8) ? below (8) : 2 + below (3)));
+        made.problem = made.inputs.size () > 1 && made.inputs[1].starts_with ("(a=") ? stated_ : "";
         made.outputs = one_in (8) ? static_cast<int> (below (4)) : 2;
         made.failing_allocation = one_in (8) ? 1 + static_cast<long> (below (300)) : 0;
         made.interrupting_poll = one_in (15) ? 1 + static_cast<long> (below (6)) : 50;
@@ -91,10 +93,8 @@ private:
 
     static std::string record (const Fields& fields)
     {
-        const auto text_of = [] (const auto& field) {
-            return field.first + (field.second.empty () ? "" : "=" + field.second);
-        };
-        return "(" + join (fields, ", ", text_of) + ")";
+        return "(" +
+               join (fields, ", ", [] (const auto& field) { return field.first + "=" + field.second; }) + ")";
     }
 
     std::size_t below (std::size_t count) { return random_.below (count); }
@@ -177,8 +177,13 @@ private:
         odd_entries_ = one_in (4);
         Fields fields;
         if (n > 0 && one_in (4)) {
-            fields["ints"] = "(sub=" + wholes (1 + below (3), 1, static_cast<int> (n)) + ")";
-            for (Range& bounds : made.bounds) {    // mostly few values, so that all can be tried
+            Values sub (1 + below (3));
+            for (double& number : sub) {
+                number = random_.whole (1, static_cast<int> (n));
+                made.bounds[static_cast<std::size_t> (number) - 1].integer = true;
+            }
+            fields["ints"] = "(sub=[" + list (sub, " ") + "])";
+            for (Range& bounds : made.bounds) {    // few values, so that all can be tried
                 bounds.lower = std::isinf (bounds.lower) ? random_.whole (-2, 1) : bounds.lower;
                 bounds.upper = std::isinf (bounds.upper) ? bounds.lower + random_.whole (0, 4) : bounds.upper;
             }
@@ -187,11 +192,12 @@ private:
         fields["a"] = m * n == 0 ? std::to_string (m) + "x" + std::to_string (n)
                                  : (one_in (4) ? "sparse [" : "[") + a + "]";
         fields["c"] = vector (made.cost);
-        const auto put = [&] (const char* name, const std::vector<Range>& ranges, double Range::*end) {
+        const auto put = [&] (const char* name, std::vector<Range>& ranges, double Range::*end) {
+            const bool absent = one_in (8);
             Values values;
-            for (const Range& range : ranges)
-                values.push_back (range.*end);
-            if (!one_in (8))
+            for (Range& range : ranges)
+                values.push_back (absent ? range.*end = Range{}.*end : range.*end);
+            if (!absent)
                 fields[name] = vector (values);
         };
         put ("blc", made.row_bounds, &Range::lower);
@@ -199,13 +205,16 @@ private:
         put ("blx", made.bounds, &Range::lower);
         put ("bux", made.bounds, &Range::upper);
         if (one_in (5))
-            fields["cfix"] = list ({random_.whole (-3, 3)}, "");
+            fields["cfix"] = list ({made.constant = random_.whole (-3, 3)}, "");
         if (one_in (5))
             fields["names"] = names (m, n);
         if (one_in (4))
             fields["sol"] = solution (m, n);
-        if (one_in (4))
+        stated_ = odd_entries_ ? "" : text_of (made);
+        if (one_in (4)) {
             damage (fields, problem_fields);
+            stated_ = "";
+        }
         return record (fields);
     }
 
@@ -245,12 +254,9 @@ private:
     {
         Fields fields;
         if (one_in (2))
-            for (const auto& [name, largest] : {std::pair ("OPTIMIZER", 3),
-                                                {"PRESOLVE", 2},
-                                                {"INTPNT_METHOD", 2},
-                                                {"INTPNT_BASIS", 1},
-                                                {"RELAX_INTEGERS", 1}})
-                fields[std::string ("KLV_IPAR_") + name] = model::text_of (random_.whole (0, largest));
+            fields = {{"KLV_IPAR_OPTIMIZER", model::text_of (random_.whole (0, 3))},
+                      {"KLV_IPAR_INTPNT_METHOD", model::text_of (random_.whole (0, 2))},
+                      {"KLV_IPAR_RELAX_INTEGERS", model::text_of (random_.whole (0, 1))}};
         for (std::size_t times = below (4); times > 0; --times)
             if (one_in (2))
                 set (fields, live (klv::int_parameters));
@@ -279,6 +285,7 @@ private:
 
     Random& random_;
     bool odd_entries_ = false;
+    std::string stated_;
 };
 
 }
