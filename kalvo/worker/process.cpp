@@ -263,14 +263,13 @@ void WorkerProcess::expect_hello ()
 
 void WorkerProcess::read_output ()
 {
-    char piece[4096];
-    for (ssize_t count = 0; (count = ::read (output (), piece, sizeof piece)) > 0;) {
-        written_.append (piece, static_cast<std::size_t> (count));
-        if (written_.size () > kept_output)
-            written_.erase (0, written_.size () - kept_output);
-        if (static_cast<std::size_t> (count) < sizeof piece)
-            break;
-    }
+    char piece[65536];
+    const ssize_t count = ::read (output (), piece, sizeof piece);    // all that a pipe holds
+    if (count <= 0)
+        return;
+    written_.append (piece, static_cast<std::size_t> (count));
+    if (written_.size () > kept_output)
+        written_.erase (0, written_.size () - kept_output);
 }
 
 void WorkerProcess::kill () noexcept

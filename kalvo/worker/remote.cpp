@@ -55,10 +55,10 @@ void Remote::take (News&& news)
         take (std::move (item));
 }
 
-// Takes what has come. False: the worker has closed its socket.
+// Takes what has come, but no flood. False: the worker has closed its socket.
 bool Remote::take_messages (WorkerProcess& worker)
 {
-    while (!result_) {
+    for (int count = 0; count < 100 && !result_; ++count) {
         const Socket::Received received = worker.socket ().receive ();
         if (received.closed)
             return false;
@@ -161,9 +161,9 @@ void Remote::bury (WorkerProcess& worker, const Solutions& earlier, const std::s
     information.set (RealItem::worker_memory,
                      std::max (information.get (RealItem::worker_memory), end.megabytes));
     if (on_death_) {
-        const Solutions now = std::exchange (task_.solutions, earlier);
+        task_.solutions = earlier;
         std::exchange (on_death_, nullptr) ();
-        task_.solutions = now;
+        task_.drop_solutions ();
     }
 }
 
@@ -256,6 +256,17 @@ Solved Remote::finish (bool integers)
     return solved;
 }
 
+// After anything else a worker is not used again.
+static bool has_ended_normally (const Solved& solved)
+{
+    const auto is_normal = [] (const std::optional<Tried>& tried) {
+        return !tried || tried->answer.claim.outcome < Outcome::time_limit;
+    };
+    const Found& found = solved.found;
+    return !solved.failure && is_normal (found.interior) && is_normal (found.basic) &&
+           is_normal (found.integer);
+}
+
 Solved Remote::solve (const Solutions& earlier, bool integers)
 {
     for (int deaths = 0, early_deaths = 0;;) {
@@ -282,8 +293,9 @@ Solved Remote::solve (const Solutions& earlier, bool integers)
                 task_.information = result_->information;
                 RealItem memory = RealItem::worker_memory;
                 task_.information.set (memory, std::max (task_.information.get (memory), result_->megabytes));
+                const bool ended_normally = has_ended_normally (result_->solved);
                 Solved solved = finish (integers);
-                if (call_.answer () == 0)
+                if (call_.answer () == 0 && ended_normally)
                     keep_worker (std::move (worker));
                 return solved;
             }
