@@ -17,6 +17,6 @@ target_link_options (host_matlab INTERFACE -Wl,-u,mexFunction -Wl,-z,defs)
 
 add_toolbox_module (matlab mexa64)
 # MATLAB brings a C++ run-time library of its own, which may be older than the compiler's.
-foreach (target kalvoopt kalvo64)
+foreach (target kalvoopt kalvo64 kalvo-worker)
     target_link_options (${target} PRIVATE -static-libstdc++)
 endforeach ()
