@@ -116,6 +116,26 @@ static void lower_bounds (const Bounds& stated, const Limits& limits, Values& lo
     }
 }
 
+// Makes bounds of integer columns whole: optimisers have been seen to take the values between them for possible ones. A bound that is
+// whole but for rounding errors stays at its value; so do bounds with no whole number between them.
+static void round_bounds_of_integers (std::span<const std::uint8_t> integer, Values& lower, Values& upper)
+{
+    constexpr double rounding = 1e-9;
+    for (std::size_t j = 0; j < integer.size (); ++j) {
+        if (integer[j] != KLV_VAR_INTEGER)
+            continue;
+        const double from = lower.get ()[j], to = upper.get ()[j];
+        const double first = std::ceil (from - rounding * (1 + std::abs (from)));
+        const double last = std::floor (to + rounding * (1 + std::abs (to)));
+        if (!(first <= last))
+            continue;
+        if (std::isfinite (from) && first > from)
+            lower.change ()[j] = first;
+        if (std::isfinite (to) && last < to)
+            upper.change ()[j] = last;
+    }
+}
+
 // The number in the form of each stated row, -1 for a row without bounds. Empty: all rows have bounds, and keep their numbers.
 static std::vector<std::int32_t> numbers_of_bound_rows (const LinearForm& form)
 {
@@ -271,6 +291,7 @@ Lowered lower_linear (std::shared_ptr<const Problem> stated, const Limits& limit
     if (integers) {
         form.integer = stated->integer;
         form.integers = stated->integers;
+        round_bounds_of_integers (form.integer, form.column_lower, form.column_upper);
     }
     std::vector<std::int32_t> number = numbers_of_bound_rows (form);
     if (!number.empty ())

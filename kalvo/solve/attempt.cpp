@@ -3,6 +3,7 @@
 #include "kalvo/model/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <thread>
 #include <utility>
 
@@ -76,15 +77,29 @@ bool Attempts::leave_out_far_bounds ()
 {
     constexpr double far = 1e15;
     Limits limits = engine_->limits ();
-    limits.infinite_bound = std::min (limits.infinite_bound, far);
-    Lowered nearer = lower_linear (problem_, limits, integers_);
-    if (!nearer.form || nearer.infinite_bounds == lowered_.infinite_bounds)
+    const auto is_far = [&] (double bound) {
+        return std::abs (bound) >= far && std::abs (bound) < limits.infinite_bound;
+    };
+    const auto any_far = [&] (const Bounds& bounds) {
+        return std::ranges::any_of (bounds.lower, is_far) || std::ranges::any_of (bounds.upper, is_far);
+    };
+    if (!any_far (problem_->variable) && !any_far (problem_->constraint))
         return false;
-    task_.warn (text ("Bounds beyond ", limits.infinite_bound, " are left out for a last try: ",
-                      nearer.infinite_bounds, "; the answer is checked with them."));
+    limits.infinite_bound = far;
+    Lowered nearer = lower_linear (problem_, limits, integers_);
+    if (!nearer.form)
+        return false;
+    task_.warn (text ("Bounds beyond ", limits.infinite_bound, " are left out: ", nearer.infinite_bounds,
+                      "; the answer is checked with them."));
     lowered_ = std::move (nearer);
     without_far_bounds_ = true;
     return true;
+}
+
+void Attempts::take_back_far_bounds ()
+{
+    lower ();
+    without_far_bounds_ = false;
 }
 
 std::optional<Failure> Attempts::prepare (Method method)

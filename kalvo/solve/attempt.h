@@ -75,6 +75,7 @@ public:
     // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out; answers are checked with them
     // all the same. False: there are none.
     bool leave_out_far_bounds ();
+    void take_back_far_bounds ();
 
     // Begins an attempt beside those that are under way; `why` is for the log. Throws std::system_error when no thread can be
     // started.

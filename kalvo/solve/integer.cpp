@@ -23,6 +23,8 @@ Found solve_integer (Attempts& attempts, const Solutions& earlier)
     task.information.set (RealItem::mip_absolute_gap, infinity);
     task.information.set (RealItem::mip_relative_gap, infinity);
 
+    // With far bounds an engine's search may find no point, or a wrong one, and there is only its word.
+    const bool near = attempts.leave_out_far_bounds ();
     std::optional<Tried> best;
     if (const std::shared_ptr<const Start> start = find_start (earlier, true)) {
         task.information.set (IntItem::start, 3);
@@ -37,6 +39,10 @@ Found solve_integer (Attempts& attempts, const Solutions& earlier)
         best = attempts.run (search, nullptr, why);
     if (!attempts.settles (best->answer))
         keep_better (best, try_again (attempts, best->answer, plain));
+    if (near && !attempts.settles (best->answer)) {
+        attempts.take_back_far_bounds ();
+        keep_better (best, attempts.run (search, nullptr, why));
+    }
     return {.integer = std::move (best)};
 }
 

@@ -266,7 +266,8 @@ KLVrescode_t Optimization::report_crossed (const CrossedBounds& crossed)
 KLVrescode_t Optimization::report_separable ()
 {
     solver_.no_run ("no constraint that binds has an entry: each variable goes to its better bound");
-    Point claimed = solve_separable (problem (), integers_);
+    Point claimed =
+        solve_separable (problem (), integers_, task_.parameters.get (RealSetting::primal_tolerance));
     if (integers_ && claimed.outcome == Outcome::optimal)
         claimed.bound = objective (problem (), claimed.x);
     return store (judge (call_, check_, problem (), std::move (claimed)), slots (), first_optimizer ());

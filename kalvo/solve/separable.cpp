@@ -23,11 +23,11 @@ static Point unbounded_variable (const Problem& problem, std::size_t j, double t
     return claims;
 }
 
-Point solve_separable (const Problem& problem, bool integers)
+Point solve_separable (const Problem& problem, bool integers, double tolerance)
 {
     const Bounds& rows = problem.constraint;
     for (std::size_t i = 0; i < rows.key.size (); ++i)
-        if (rows.lower[i] > 0 || rows.upper[i] < 0)
+        if (const double bound = std::max (rows.lower[i], -rows.upper[i]); bound > tolerance * (1 + bound))
             return infeasible_row (problem, i);
 
     Point claims;

@@ -6,7 +6,8 @@
 
 namespace klv {
 
-// Claims the answer as an engine would, to be checked likewise. No bounds may be crossed.
-Point solve_separable (const Problem& problem, bool integers);
+// Claims the answer as an engine would, to be checked likewise; a row is violated when it is by more than the relative tolerance. No
+// bounds may be crossed.
+Point solve_separable (const Problem& problem, bool integers, double tolerance);
 
 }

@@ -108,6 +108,7 @@ const Shape shapes[] = {
     {"nothing but a constant", "min +-3.5", optimal, -3.5},
     {"constraints without variables that hold", "min;; in -1..1; in ..", optimal},
     {"one that can't hold, maximising", "max;; in ..-2", infeasible},
+    {"one that holds but for less than the tolerances", "min 0; 0..1; 0 in 1e-300..0", optimal},
     {"unbounded without constraints, maximising", "max 0 3; .. 0..", unbounded, 1},
     {"equal rows that contradict each other", "min 2 3; 0.. 0..; 1 1 in =4; 1 1 in =5", infeasible},
     {"both infeasible and unbounded", "min -1 0; 0.. 0..1; 0 1 in 2..", infeasible},
@@ -127,6 +128,13 @@ const Shape integer_shapes[] = {
     {"no whole solution of an equation", "min 1 1; 0..9i 0..9i; 2 4 in =7", "INFEASIBLE_BY_SEARCH"},
     {"an infeasible relaxation", "min 1 1; 0..9i 0..9i; 1 1 in 3..; 1 1 in ..2", "PRIMAL_INFEASIBLE"},
     {"crossed bounds", "min 1; 2..1i; 1 in 0..9", "PRIMAL_INFEASIBLE"},
+    {"a bound between whole numbers that an engine's presolve takes for a value",
+     "min -3 6 -128 393216; 0..4 0..4 0..4 -6.103515625e-05..1.99993896484375i; 1 -3 64 -196608 in 4..; 0 3 "
+     "0 196608 in -1..",
+     whole, -524},
+    {"a bound so far away that an engine's search finds no point",
+     "max -1 0 2 -1; -1..9.9e19 -2..0i 0..1 0..; -1 -3 0 3 in ..0", whole, 2},
+    {"a far bound that is the answer", "max 1 1; 0..1e16i 0..3i; 0 1 in ..2", whole, 1e16},
     {"whole numbers that run away", "min -1 1; 0..i 0..3i; 1 -1 in 0.5..", unbounded, -1},
     {"only one of two is whole", "max 1 1 +0.5; 0..1.5i 0..9; 2 2 in ..7", whole, 4},
 };
