@@ -6,6 +6,8 @@
 #include "kalvo/report/summary.h"
 #include "kalvo/worker/optimize.h"
 
+#include <utility>
+
 using namespace klv;
 
 // Runs an operation that takes time: the item progress_time counts from here.
@@ -45,7 +47,13 @@ KLVrescode_t KLV_writedata (KLVtask_t task, const char* filename)
 static void keep_replay (Task& task)
 {
     const std::string& path = task.parameters.get (TextSetting::replay_file);
-    if (!path.empty () && write_problem (task, path.c_str ()) == KLV_RES_OK)
+    if (path.empty ())
+        return;
+    std::int32_t& format = task.parameters.integers[parameter_number (IntSetting::file_format)];
+    const std::int32_t asked = std::exchange (format, KLV_FILE_JSON);
+    const KLVrescode_t code = write_problem (task, path.c_str ());
+    format = asked;
+    if (code == KLV_RES_OK)
         task.say (text ("What ended the process can be repeated from the file '", path, "'."));
 }
 

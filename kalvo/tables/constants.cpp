@@ -76,9 +76,9 @@ static constexpr auto table = std::to_array<Constant> ({
 
     {Group::worker, "KLV_WORKER_OFF", KLV_WORKER_OFF,
      "In the calling process: a stop waits for the optimiser."},
-    {Group::worker, "KLV_WORKER_ON", KLV_WORKER_ON, "In a process of their own."},
+    {Group::worker, "KLV_WORKER_ON", KLV_WORKER_ON, "In a process of their own where one can be had."},
     {Group::worker, "KLV_WORKER_AUTOMATIC", KLV_WORKER_AUTOMATIC,
-     "In a process of their own where one can be had."},
+     "As KLV_WORKER_ON, but not in builds with sanitizers."},
 
     {Group::scaling, "KLV_SCALING_OFF", KLV_SCALING_OFF, "Coefficients are taken as they are."},
     {Group::scaling, "KLV_SCALING_AUTOMATIC", KLV_SCALING_AUTOMATIC, "The optimiser chooses."},

@@ -155,7 +155,7 @@ static constexpr auto live_texts = std::to_array<TextParameter> ({
     {KLV_SPAR_DATA_FILE_NUMBER, "KLV_SPAR_DATA_FILE", "", TextSetting::data_file,
      "The problem file that KLV_readdata reads when it is given no name; kalvoopt sets it from read(file)."},
     {2, "KLV_SPAR_REPLAY_FILE", "", TextSetting::replay_file,
-     "A file with the extension .json, to which the problem, its parameters and its start are written when a "
+     "A JSON file to which the problem, its parameters and its start are written when a "
      "process of "
      "optimisers ends unexpectedly; empty: none."},
 });

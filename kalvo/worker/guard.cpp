@@ -27,6 +27,7 @@ Guard::Guard (int socket, int parent)
     : socket_ (socket),
       parent_ (parent),
       memory_ (::open ("/proc/self/statm", O_RDONLY | O_CLOEXEC)),
+      kilobytes_a_page_ (::sysconf (_SC_PAGESIZE) / 1024),
       wake_ (::eventfd (0, EFD_CLOEXEC | EFD_NONBLOCK)),
       deadline_ (never),
       idle_since_ (now ()),
@@ -55,7 +56,7 @@ void Guard::end_work ()
 }
 
 // The second number of the file: resident pages.
-static std::int64_t resident_kilobytes (int file)
+static std::int64_t resident_kilobytes (int file, std::int64_t kilobytes_a_page)
 {
     char content[100];
     const ssize_t length = ::pread (file, content, sizeof content - 1, 0);
@@ -68,13 +69,12 @@ static std::int64_t resident_kilobytes (int file)
     std::int64_t pages = 0;
     for (++place; *place >= '0' && *place <= '9'; ++place)
         pages = 10 * pages + (*place - '0');
-    static const long page = ::sysconf (_SC_PAGESIZE);
-    return pages * page / 1024;
+    return pages * kilobytes_a_page;
 }
 
 double Guard::resident_megabytes () const
 {
-    return static_cast<double> (resident_kilobytes (memory_)) / 1024;
+    return static_cast<double> (resident_kilobytes (memory_, kilobytes_a_page_)) / 1024;
 }
 
 void Guard::watch ()
@@ -91,7 +91,7 @@ void Guard::watch ()
         }
         if (now () > deadline_)
             ::_exit (status_out_of_time);
-        if (most_kilobytes_ != never && resident_kilobytes (memory_) > most_kilobytes_)
+        if (most_kilobytes_ != never && resident_kilobytes (memory_, kilobytes_a_page_) > most_kilobytes_)
             ::_exit (status_out_of_memory);
         if (!working_ && now () - idle_since_ > most_idle)
             ::_exit (0);

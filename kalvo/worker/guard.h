@@ -29,6 +29,7 @@ private:
     [[noreturn]] void watch ();
 
     int socket_, parent_, memory_;
+    std::int64_t kilobytes_a_page_;
     Descriptor wake_;
     std::atomic<bool> working_ = false;
     std::atomic<std::int64_t> deadline_, idle_since_, most_kilobytes_;

@@ -22,7 +22,6 @@
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,11 +29,10 @@ extern "C" {
 #include <sys/pidfd.h>    // lacks this linkage in some releases
 }
 
-extern char** environ;
-
 namespace klv {
 
 constexpr std::size_t kept_output = 4000;
+constexpr std::size_t longest_hello = 1000;
 
 std::filesystem::path& worker_file ()
 {
@@ -79,12 +77,11 @@ struct Conditions {
 }
 
 // Away from the numbers that the worker's own descriptors get.
-static Descriptor lifted (int number, const char* what)
+static Descriptor lifted (Descriptor low, const char* what)
 {
-    Descriptor low (number);
     if (!low)
         no_process (errno, what);
-    Descriptor high (::fcntl (number, F_DUPFD_CLOEXEC, 10));
+    Descriptor high (::fcntl (low.number (), F_DUPFD_CLOEXEC, 10));
     if (!high)
         no_process (errno, what);
     return high;
@@ -123,12 +120,11 @@ class SpawnPlan {
 public:
     SpawnPlan (int socket, int parent, int output)
     {
-        sigset_t none, all;
-        ::sigemptyset (&none);
+        sigset_t all;    // the worker unblocks them when it has left the terminal's group
         ::sigfillset (&all);
         check (::posix_spawnattr_init (&attributes));
         check (::posix_spawn_file_actions_init (&actions));
-        check (::posix_spawnattr_setsigmask (&attributes, &none));
+        check (::posix_spawnattr_setsigmask (&attributes, &all));
         check (::posix_spawnattr_setsigdefault (&attributes, &all));
         check (::posix_spawnattr_setflags (&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK |
                                                             POSIX_SPAWN_SETSIGDEF));
@@ -161,6 +157,9 @@ private:
 
 void WorkerProcess::start (const std::string& file, int socket, int parent, int output)
 {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file (file, ignored))
+        throw NoWorker (text ("The program '", file, "' is missing: No such file."));
     const SpawnPlan plan (socket, parent, output);
     std::vector<char*> variables = worker_environment ();
     std::string first = file;
@@ -174,9 +173,11 @@ void WorkerProcess::start (const std::string& file, int socket, int parent, int 
     if (error == EACCES && ::access (file.c_str (), R_OK) == 0 && !loader.empty ())
         error = ::posix_spawn (&number, loader.c_str (), &plan.actions, &plan.attributes, loaded,
                                variables.data ());
-    if (error == EAGAIN || error == ENOMEM || error == EPERM || error == ENOSYS || error == EMFILE ||
-        error == ENFILE)
+    if (error == EAGAIN || error == ENOMEM || error == E2BIG || error == EPERM || error == ENOSYS ||
+        error == EMFILE || error == ENFILE)
         no_process (error, "no process can be started");
+    if (error == ENOENT && ::access ("/dev/null", R_OK) != 0)
+        no_process (error, "/dev/null can't be opened");
     if (error != 0)
         throw NoWorker (text ("The program '", file, "' can't be started: ", std::strerror (error), "."));
     process_ = Descriptor (::pidfd_open (number, 0));
@@ -192,7 +193,9 @@ static std::array<Descriptor, 2> make_pair ()
     int ends[2];
     if (::socketpair (AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
         no_process (errno, "no socket can be made");
-    return {lifted (ends[0], "no socket can be made"), lifted (ends[1], "no socket can be made")};
+    Descriptor one (ends[0]), other (ends[1]);
+    return {lifted (std::move (one), "no socket can be made"),
+            lifted (std::move (other), "no socket can be made")};
 }
 
 static std::array<Descriptor, 2> make_pipe ()
@@ -200,8 +203,10 @@ static std::array<Descriptor, 2> make_pipe ()
     int ends[2];
     if (::pipe2 (ends, O_CLOEXEC) != 0)
         no_process (errno, "no pipe can be made");
-    ::fcntl (ends[0], F_SETFL, O_NONBLOCK);
-    return {lifted (ends[0], "no pipe can be made"), lifted (ends[1], "no pipe can be made")};
+    Descriptor one (ends[0]), other (ends[1]);
+    ::fcntl (one.number (), F_SETFL, O_NONBLOCK);
+    return {lifted (std::move (one), "no pipe can be made"),
+            lifted (std::move (other), "no pipe can be made")};
 }
 
 WorkerProcess::WorkerProcess (std::shared_ptr<const Conditions> conditions)
@@ -210,8 +215,10 @@ WorkerProcess::WorkerProcess (std::shared_ptr<const Conditions> conditions)
     const std::string file = worker_file ().string ();
     auto [ours, theirs] = make_pair ();
     auto [read_end, write_end] = make_pipe ();
-    const Descriptor self = lifted (::pidfd_open (::getpid (), 0), "this process can't be watched");
+    const Descriptor self =
+        lifted (Descriptor (::pidfd_open (::getpid (), 0)), "this process can't be watched");
     socket_ = Socket (std::move (ours), Socket::Large::copied);
+    socket_.accept_up_to (longest_hello);
     output_ = std::move (read_end);
     start (file, theirs.number (), self.number (), write_end.number ());
 }
@@ -228,17 +235,23 @@ static void wait_for (int descriptor, int milliseconds, int other = -1)
     ::poll (places, std::size (places), milliseconds);
 }
 
-void WorkerProcess::expect_hello ()
+void WorkerProcess::expect_hello (const std::function<bool ()>& goes_on)
 {
     constexpr auto patience = std::chrono::seconds (20);    // a machine may be slow, a disk asleep
     const std::string file = worker_file ().string ();
     const auto began = std::chrono::steady_clock::now ();
     try {
-        while (std::chrono::steady_clock::now () - began < patience) {
-            wait_for (socket_.number (), 100, process ());
-            const Socket::Received received = socket_.receive ();
-            if (received.closed)
-                break;
+        for (Socket::Received received; !received.message;) {
+            if (!goes_on ())
+                throw NotWaitedFor ();
+            if (std::chrono::steady_clock::now () - began > patience)
+                throw NoWorker (
+                    text ("The program '", file, "' did not answer within ", patience.count (), " s."));
+            wait_for (socket_.number (), 25, process ());
+            received = socket_.receive ();
+            if (received.closed) {
+                throw_early_end (file);
+            }
             if (!received.message)
                 continue;
             Reader hello (received.message->body);
@@ -247,15 +260,20 @@ void WorkerProcess::expect_hello ()
             if (version != environment::version ())
                 throw NoWorker (text ("The program '", file, "' is of version ", version,
                                       "; this library is ", environment::version (), "."));
-            return;
         }
     } catch (const BrokenMessage&) {
         throw NoWorker (text ("The program '", file, "' is not this library's worker."));
     }
+}
+
+void WorkerProcess::throw_early_end (const std::string& file)
+{
     const End ended = end ();
+    if (ended.status == status_without_threads)
+        throw NoProcess ("a process can't start a thread");
     NoWorker fault (text ("The program '", file, "' ", ended.how, " before it was ready",
                           ended.last_line.empty () ? "" : ": ", ended.last_line, "."));
-    fault.was_killed = ended.signal == SIGKILL;
+    fault.was_ended = ended.signal != 0;
     throw fault;
 }
 
@@ -300,14 +318,16 @@ WorkerProcess::End WorkerProcess::end ()
     read_output ();
     end.last_line = last_line_of (written_);
     siginfo_t ended{};
-    rusage used{};
-    const long done = ::syscall (SYS_waitid, P_PIDFD, process (), &ended, WEXITED | WNOHANG, &used);
+    const int done = ::waitid (P_PIDFD, static_cast<id_t> (process ()), &ended, WEXITED | WNOHANG);
+    if (done == 0 && ended.si_pid == 0) {    // the system is slow: it is reaped with others that end
+        end.how = "does not end";
+        return end;
+    }
     process_.close ();
-    if (done != 0 || ended.si_pid == 0) {
+    if (done != 0) {
         end.how = "ended, it is not known how";
         return end;
     }
-    end.megabytes = static_cast<double> (used.ru_maxrss) / 1024;
     if (ended.si_code == CLD_EXITED) {
         end.status = ended.si_status;
         end.how = text ("ended with status ", end.status);
@@ -346,8 +366,8 @@ struct Pool {
     {
         std::erase_if (ending, [] (const Descriptor& process) {
             siginfo_t ended{};
-            return ::waitid (static_cast<idtype_t> (P_PIDFD), static_cast<id_t> (process.number ()), &ended,
-                             WEXITED | WNOHANG) != 0 ||
+            return ::waitid (P_PIDFD, static_cast<id_t> (process.number ()), &ended, WEXITED | WNOHANG) !=
+                       0 ||
                    ended.si_pid != 0;
         });
     }
@@ -400,7 +420,8 @@ static bool is_ready (WorkerProcess& worker)
     }
 }
 
-std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit)
+std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit,
+                                            const std::function<bool ()>& goes_on)
 {
     const auto now = std::make_shared<Conditions> (threads, memory_limit);
     for (;;) {
@@ -409,25 +430,35 @@ std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit)
             const std::lock_guard lock (pool ().mutex);
             pool ().check_owner ();
             pool ().reap ();
-            if (pool ().idle.empty ())
+            auto& idle = pool ().idle;
+            const auto fitting = std::ranges::find_if (
+                idle, [&] (const auto& worker) { return worker->started_under (*now); });
+            if (fitting == idle.end ())
                 break;
-            found = std::move (pool ().idle.back ());
-            pool ().idle.pop_back ();
+            found = std::move (*fitting);
+            idle.erase (fitting);
         }
-        if (found->started_under (*now) && is_ready (*found))
+        if (is_ready (*found))
             return found;
     }
     auto started = std::make_unique<WorkerProcess> (now);
-    started->expect_hello ();
+    started->expect_hello (goes_on);
     return started;
 }
 
 void keep_worker (std::unique_ptr<WorkerProcess> worker) noexcept
 {
+    std::unique_ptr<WorkerProcess> oldest;    // ends outside the lock
     const std::lock_guard lock (pool ().mutex);
     pool ().check_owner ();
-    if (worker->is_ours () && pool ().idle.size () < most_idle)
-        pool ().idle.push_back (std::move (worker));
+    if (!worker->is_ours ())
+        return;
+    auto& idle = pool ().idle;
+    if (idle.size () == most_idle) {
+        oldest = std::move (idle.front ());
+        idle.erase (idle.begin ());
+    }
+    idle.push_back (std::move (worker));
 }
 
 }

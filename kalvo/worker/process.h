@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -24,8 +25,11 @@ struct NoProcess : std::runtime_error {
 // The worker's file is missing or is not this library's.
 struct NoWorker : std::runtime_error {
     using std::runtime_error::runtime_error;
-    bool was_killed = false;    // before it was ready: another one may do better
+    bool was_ended = false;    // by a signal before it was ready: another one may do better
 };
+
+// The caller does not want to wait for a worker any more.
+struct NotWaitedFor {};
 
 // The worker's file: beside the library, unless a test names another one. Empty: there is none to be used.
 std::filesystem::path& worker_file ();
@@ -40,7 +44,8 @@ public:
     WorkerProcess& operator= (const WorkerProcess&) = delete;
     ~WorkerProcess ();    // ends a process that still runs, without waiting
 
-    void expect_hello ();    // waits for a new worker's first message; throws NoWorker
+    // Waits for a new worker's first message; throws NoWorker, NoProcess and NotWaitedFor.
+    void expect_hello (const std::function<bool ()>& goes_on);
     bool started_under (const Conditions& conditions) const;
 
     Socket& socket () { return socket_; }
@@ -52,10 +57,9 @@ public:
     void read_output ();
     void kill () noexcept;
 
-    // How the process ended, and with how many megabytes; waits for its end, which must be near.
+    // How the process ended; waits for its end, which must be near.
     struct End {
         std::string how;    // "was ended by signal 11 (Segmentation fault)"
-        double megabytes = 0;
         int status = -1;    // of exit; -1: a signal, or unknown
         int signal = 0;
         std::string last_line;    // that it wrote
@@ -67,6 +71,7 @@ public:
 
 private:
     void start (const std::string& file, int socket, int parent, int output);
+    [[noreturn]] void throw_early_end (const std::string& file);
 
     // A place in the list of processes to be reaped.
     struct Place {
@@ -86,13 +91,22 @@ private:
 };
 
 // Statuses with which workers end themselves.
-constexpr int status_out_of_memory = 101, status_out_of_time = 102, status_left_alone = 103;
+constexpr int status_out_of_memory = 101, status_out_of_time = 102, status_left_alone = 103,
+              status_without_threads = 104;
+
+// Seconds that a run may go on after a number of seconds that is its limit.
+constexpr double grace (double limit)
+{
+    return limit > 10 ? 0.02 * limit : 0.2;
+}
 
 // Descriptors that a worker starts with.
 constexpr int worker_socket = 3, worker_parent = 4;
 
 // A worker that is ready: used before with the same parameters, limits, environment and processors, or new. Throws NoProcess, NoWorker and std::bad_alloc.
-std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit);
+// `goes_on` is asked every 25 ms whether to wait any longer; if not, NotWaitedFor is thrown.
+std::unique_ptr<WorkerProcess> take_worker (int threads, double memory_limit,
+                                            const std::function<bool ()>& goes_on);
 
 // Keeps a worker whose run has ended normally.
 void keep_worker (std::unique_ptr<WorkerProcess> worker) noexcept;

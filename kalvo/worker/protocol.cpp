@@ -1,5 +1,8 @@
 #include "kalvo/worker/protocol.h"
 
+#include "kalvo/tables/constants.h"
+
+#include <algorithm>
 #include <memory>
 
 namespace klv {
@@ -265,8 +268,12 @@ static Item read_item (Reader& from)
         line.text = from.get_text ();
         return line;
     }
-    case 1:
-        return Question{from.get<std::uint32_t> ()};
+    case 1: {
+        const Question question{from.get<std::uint32_t> ()};
+        if (find_constant (Group::caller, static_cast<std::int32_t> (question.caller)) == nullptr)
+            throw BrokenMessage ("a question is of an unknown phase");
+        return question;
+    }
     case 2: {
         BegunRun run{.begun = read_begun (from), .engine = {}};
         run.engine = from.get_text ();
@@ -284,10 +291,11 @@ static Item read_item (Reader& from)
 
 News read_news (const Message& message)
 {
+    constexpr std::size_t most_news = 10'000;
     Reader from (message.body);
     News news;
     read (from, news.information);
-    for (std::size_t count = read_count (from, message); count > 0; --count)
+    for (std::size_t count = from.get_below (most_news); count > 0; --count)
         news.items.push_back (read_item (from));
     from.end ();
     return news;
@@ -309,6 +317,10 @@ static Failure read_failure (Reader& from)
 {
     Failure failure;
     failure.code = from.get<KLVrescode_t> ();
+    constexpr KLVrescode_t codes[] = {KLV_RES_OUT_OF_MEMORY, KLV_RES_TOO_LARGE, KLV_RES_ENGINE_MISSING,
+                                      KLV_RES_THREAD_FAILED};
+    if (std::ranges::find (codes, failure.code) == std::end (codes))
+        throw BrokenMessage ("a failure has an unknown code");
     failure.message = from.get_text ();
     Refused& refused = failure.refused;
     refused.item = from.get_enumeration (Refused::Item::constraint_bound);
@@ -322,7 +334,6 @@ static Failure read_failure (Reader& from)
 void write (Writer& to, const Result& result)
 {
     write (to, result.information);
-    to.put (result.megabytes);
     write_optional (to, result.solved.failure, [&] (const Failure& failure) { write (to, failure); });
     to.put (result.solved.separable);
     const Found& found = result.solved.found;
@@ -338,7 +349,6 @@ Result read_result (const Message& message)
     Reader from (message.body);
     Result result;
     read (from, result.information);
-    result.megabytes = from.get<double> ();
     if (from.get_bool ())
         result.solved.failure = read_failure (from);
     result.solved.separable = from.get_bool ();

@@ -46,8 +46,7 @@ struct News {
 
 struct Result {
     Information information;
-    double megabytes = 0;    // the most that the worker had in use
-    Solved solved;           // of each answer only the claim
+    Solved solved;    // of each answer only the claim
 };
 
 // Readers throw BrokenMessage.

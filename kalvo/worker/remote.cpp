@@ -18,10 +18,12 @@ namespace klv {
 // Seconds in which a worker has to answer a stop.
 constexpr double patience = 0.2;
 
-// Seconds beyond the time limit, which workers keep by themselves, after which one is ended.
-constexpr double patience_with_limit = 1;
+// Seconds after the end of its time after which a worker, which keeps its limit by itself, is ended.
+constexpr double patience_with_guard = 0.1;
 
-constexpr std::chrono::milliseconds longest_silence{40};    // between two questions to the callback
+// Between two questions to the callback in one phase.
+constexpr std::chrono::milliseconds shortest_silence{20}, longest_silence{40};
+constexpr std::size_t most_under_way = 8;
 constexpr int most_deaths = 20;
 constexpr int most_early_deaths = 3;    // before a run has begun
 
@@ -31,26 +33,56 @@ Remote::Remote (Task& task, Call& call, std::function<void ()> on_death)
 
 // ---- Messages of a worker ------------------------------------------------------------------------------------------------------
 
+void Remote::ask (std::uint32_t caller)
+{
+    call_.ask (caller);
+    asked_at_ = Clock::now ();
+}
+
+// The worker asks at its own pace, whatever the callback takes: only a new phase is always told, for the rest the newest counts.
+void Remote::take (const Question& question)
+{
+    if (question.caller == KLV_CALLER_NEW_INCUMBENT)
+        has_new_incumbent_ = true;
+    else if (std::exchange (phase_, question.caller) != question.caller)
+        ask (phase_);
+}
+
 void Remote::take (Item&& item)
 {
     if (const auto* line = std::get_if<Line> (&item))
         task_.streams.print (line->kind, line->text);
-    else if (const auto* question = std::get_if<Question> (&item)) {
-        phase_ = question->caller;
-        call_.ask (phase_);
-        asked_ = true;
-    } else if (auto* run = std::get_if<BegunRun> (&item))
+    else if (const auto* question = std::get_if<Question> (&item))
+        take (*question);
+    else if (auto* run = std::get_if<BegunRun> (&item)) {
+        if (under_way_.size () == most_under_way)
+            throw BrokenMessage ("there are too many runs");
         under_way_.push_back (std::move (*run));
-    else if (auto* past = std::get_if<Past> (&item)) {
-        std::erase_if (under_way_, [&] (const BegunRun& begun) { return begun.begun == past->begun; });
+    } else if (auto* past = std::get_if<Past> (&item)) {
+        if (std::erase_if (under_way_, [&] (const BegunRun& begun) { return begun.begun == past->begun; }) ==
+            0)
+            throw BrokenMessage ("a run ends that was not begun");
         past_.push_back (std::move (*past));
     } else
         incumbent_ = std::move (std::get<NewIncumbent> (item).x);
 }
 
+// What this process counts itself stays.
+void Remote::take (const Information& told)
+{
+    Information& information = task_.information;
+    const Information own = std::exchange (information, told);
+    for (const RealItem item : {RealItem::time_read, RealItem::time_write})
+        information.set (item, own.get (item));
+    information.set (IntItem::worker_deaths, own.get (IntItem::worker_deaths));
+    const double memory = information.get (RealItem::worker_memory);
+    information.set (RealItem::worker_memory,
+                     memory > own.get (RealItem::worker_memory) ? memory : own.get (RealItem::worker_memory));
+}
+
 void Remote::take (News&& news)
 {
-    task_.information = news.information;
+    take (news.information);
     for (Item& item : news.items)
         take (std::move (item));
 }
@@ -84,38 +116,35 @@ static int milliseconds_until (Clock::time_point time)
 Remote::Ending Remote::converse (WorkerProcess& worker)
 {
     std::optional<Clock::time_point> told_to_stop;
-    Clock::time_point asked_at = Clock::now ();
+    const double limit = call_.seconds () + call_.seconds_left ();
+    asked_at_ = Clock::now ();
     for (;;) {
         pollfd places[] = {{worker.socket ().number (), POLLIN, 0},
                            {worker.output (), POLLIN, 0},
                            {worker.process (), POLLIN, 0}};
-        ::poll (places, std::size (places), milliseconds_until (asked_at + longest_silence));
+        ::poll (places, std::size (places), milliseconds_until (asked_at_ + longest_silence));
         if (!worker.is_ours ())
             return Ending::ended_by_us;    // a fork of the calling process goes on with this code
         if (places[1].revents != 0)
             worker.read_output ();
-        asked_ = false;
         const bool open = take_messages (worker);
         if (result_)
             return Ending::answered;
         if (!open || places[2].revents != 0)
             return Ending::died;
-        const Clock::time_point now = Clock::now ();
-        if (!asked_ && now - asked_at >= longest_silence) {
-            call_.ask (phase_);
-            asked_ = true;
-        }
-        if (asked_)
-            asked_at = Clock::now ();
+        const auto silence = Clock::now () - asked_at_;
+        if (has_new_incumbent_ && silence >= shortest_silence) {
+            has_new_incumbent_ = false;
+            ask (KLV_CALLER_NEW_INCUMBENT);
+        } else if (silence >= longest_silence)
+            ask (phase_);
         if (call_.answer () != 0 && !told_to_stop) {
             told_to_stop = Clock::now ();
             worker.socket ().send (MessageKind::stop, run_);
         }
-        if (told_to_stop && seconds_between (*told_to_stop, now) > patience)
+        if (told_to_stop && seconds_between (*told_to_stop, Clock::now ()) > patience)
             return Ending::ended_by_us;
-        out_of_time_ =
-            call_.seconds () > 1.1 * task_.parameters.get (RealSetting::time_limit) + patience_with_limit &&
-            call_.seconds_left () <= 0;
+        out_of_time_ = call_.seconds () > limit + grace (limit) + patience_with_guard;
         if (out_of_time_)
             return Ending::ended_by_us;
     }
@@ -137,19 +166,20 @@ void Remote::bury (WorkerProcess& worker, const Solutions& earlier, const std::s
 {
     const WorkerProcess::End end = worker.end ();
     const double limit = task_.parameters.get (RealSetting::memory_limit);
-    if (end.status == status_out_of_time) {
+    if (end.status == status_out_of_time && call_.seconds_left () == 0) {
         out_of_time_ = true;
         return;
     }
-    const bool near_limit = limit >= 0 && end.megabytes > 0.8 * limit;
+    const double megabytes = task_.information.get (RealItem::worker_memory);
+    const bool beyond_limit = end.status == status_out_of_memory && limit >= 0;
+    const bool near_limit = limit >= 0 && megabytes > 0.8 * limit;
     const bool by_system = end.signal == SIGKILL && fault.empty ();
-    out_of_memory_ = end.status == status_out_of_memory || near_limit || by_system;
+    out_of_memory_ = beyond_limit || near_limit || by_system;
     std::string how = !fault.empty () ? fault
-                      : end.status == status_out_of_memory
-                          ? text ("went beyond the memory limit of ", limit, " MB")
-                          : text (end.how, out_of_memory_ ? ", probably out of memory" : "");
-    if (end.megabytes > 0)
-        how += text (", with ", static_cast<std::int64_t> (end.megabytes), " MB");
+                      : beyond_limit  ? text ("went beyond the memory limit of ", limit, " MB")
+                                      : text (end.how, out_of_memory_ ? ", probably out of memory" : "");
+    if (megabytes > 0)
+        how += text (", with ", static_cast<std::int64_t> (megabytes), " MB");
     if (!end.last_line.empty ())
         how += text (" (it wrote: ", end.last_line, ")");
     how = text ("the optimiser's process ", how, ", ", name_runs ());
@@ -158,8 +188,6 @@ void Remote::bury (WorkerProcess& worker, const Solutions& earlier, const std::s
     task_.warn (text ("T", how.substr (1), "."));
     Information& information = task_.information;
     information.set (IntItem::worker_deaths, information.get (IntItem::worker_deaths) + 1);
-    information.set (RealItem::worker_memory,
-                     std::max (information.get (RealItem::worker_memory), end.megabytes));
     if (on_death_) {
         task_.solutions = earlier;
         std::exchange (on_death_, nullptr) ();
@@ -187,17 +215,17 @@ bool Remote::send (WorkerProcess& worker, const Solutions& earlier, bool integer
     const auto items = work_of (problem);
     worker.socket ().accept_up_to (items * 64 + (16 << 20));
     const double limit = task_.parameters.get (RealSetting::memory_limit);
+    Parameters parameters = task_.parameters;
+    if (!task_.streams.anyone_listens (Kind::message))
+        parameters.integers[parameter_number (IntSetting::log_level)] = 0;
+    const Request request{.elapsed = call_.seconds (),
+                          .most_megabytes = limit < 0 ? infinity : limit,
+                          .integers = integers,
+                          .parameters = parameters,
+                          .information = task_.information,
+                          .earlier = earlier,
+                          .past = past_};
     return call_.compute (items, [&] {
-        Parameters parameters = task_.parameters;
-        if (!task_.streams.anyone_listens (Kind::message))
-            parameters.integers[parameter_number (IntSetting::log_level)] = 0;
-        const Request request{.elapsed = call_.seconds (),
-                              .most_megabytes = limit < 0 ? infinity : limit,
-                              .integers = integers,
-                              .parameters = parameters,
-                              .information = task_.information,
-                              .earlier = earlier,
-                              .past = past_};
         Writer body;
         write (body, request, problem);
         return worker.socket ().send (MessageKind::solve, run_, body) == Socket::Sent::yes;
@@ -237,11 +265,8 @@ Solved Remote::finish (bool integers)
 {
     Solved solved = std::move (result_->solved);
     Found& found = solved.found;
-    if (solved.failure || solved.separable) {
-        if (solved.failure && solved.failure->code == KLV_RES_OK)
-            solved.failure->code = KLV_RES_INTERNAL;
+    if (solved.failure || solved.separable)
         return solved;
-    }
     if (integers ? !found.integer : !found.interior && !found.basic)
         throw BrokenMessage ("a result lacks an answer");
     const Check check (task_.share_problem (), task_.parameters, integers);
@@ -273,15 +298,21 @@ Solved Remote::solve (const Solutions& earlier, bool integers)
         std::unique_ptr<WorkerProcess> worker;
         try {
             worker = take_worker (task_.parameters.get (IntSetting::threads),
-                                  task_.parameters.get (RealSetting::memory_limit));
+                                  task_.parameters.get (RealSetting::memory_limit), [&] {
+                                      call_.ask (call_.phase ());
+                                      return call_.answer () == 0 && call_.seconds_left () > 0;
+                                  });
             if (!send (*worker, earlier, integers) && ++deaths < most_deaths)
                 continue;
         } catch (const NoProcess& error) {
             return solve_in_process (error.what (), earlier, integers);
         } catch (const std::system_error& error) {
             return solve_in_process (error.what (), earlier, integers);
+        } catch (const NotWaitedFor&) {
+            out_of_time_ = call_.answer () == 0;
+            return stopped (integers);
         } catch (const NoWorker& error) {
-            if (error.was_killed && ++early_deaths < most_early_deaths)
+            if (error.was_ended && ++early_deaths < most_early_deaths)
                 continue;
             return {.failure = Failure{KLV_RES_WORKER_MISSING, error.what (), {}}};
         }
@@ -290,9 +321,7 @@ Solved Remote::solve (const Solutions& earlier, bool integers)
         try {
             ending = converse (*worker);
             if (ending == Ending::answered) {
-                task_.information = result_->information;
-                RealItem memory = RealItem::worker_memory;
-                task_.information.set (memory, std::max (task_.information.get (memory), result_->megabytes));
+                take (result_->information);
                 const bool ended_normally = has_ended_normally (result_->solved);
                 Solved solved = finish (integers);
                 if (call_.answer () == 0 && ended_normally)
@@ -309,9 +338,11 @@ Solved Remote::solve (const Solutions& earlier, bool integers)
             return stopped (integers);
         early_deaths += under_way_.empty ();
         if (early_deaths >= most_early_deaths || ++deaths >= most_deaths)
-            return {.failure = Failure{KLV_RES_ENGINE_FAILED,
-                                       "The optimiser's process ended before it could begin, or too often.",
-                                       {}}};
+            return {.failure = Failure{
+                        out_of_memory_ ? KLV_RES_OUT_OF_MEMORY : KLV_RES_ENGINE_FAILED,
+                        out_of_memory_ ? "There is not enough memory for the optimiser."
+                                       : "The optimiser's process ended before it could begin, or too often.",
+                        {}}};
     }
 }
 

@@ -31,6 +31,9 @@ private:
     bool send (WorkerProcess& worker, const Solutions& earlier, bool integers);
     Ending converse (WorkerProcess& worker);
     bool take_messages (WorkerProcess& worker);
+    void ask (std::uint32_t caller);
+    void take (const Information& told);
+    void take (const Question& question);
     void take (News&& news);
     void take (Item&& item);
     void bury (WorkerProcess& worker, const Solutions& earlier, const std::string& fault);
@@ -49,7 +52,8 @@ private:
     std::optional<Result> result_;
     bool out_of_time_ = false;
     bool out_of_memory_ = false;
-    bool asked_ = false;
+    bool has_new_incumbent_ = false;
+    Clock::time_point asked_at_;
 };
 
 }

@@ -9,10 +9,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <new>
+#include <string>
+#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
@@ -23,16 +27,19 @@
 
 namespace klv {
 
-static void wait_for (const Socket& socket, short events)
+static bool wait_for (const Socket& socket, short events, int milliseconds)
 {
     pollfd place{socket.number (), events, 0};
-    ::poll (&place, 1, -1);
+    return ::poll (&place, 1, milliseconds) > 0;
 }
 
-// What is to be told to the caller, which may be slow to listen: then lines are counted and dropped, and of all else the newest counts.
+// What is to be told to the caller, which may be slow to listen: then lines are counted and dropped, and of information and incumbents
+// the newest counts.
 class Outbox final : public Journal {
 public:
-    Outbox (Socket& socket, std::uint64_t run, Task& task) : socket_ (socket), run_ (run), task_ (task) {}
+    Outbox (Socket& socket, const Guard& guard, std::uint64_t run, Task& task)
+        : socket_ (socket), guard_ (guard), run_ (run), task_ (task)
+    {}
 
     void begun (const Begun& begun, const char* engine) override
     {
@@ -61,7 +68,8 @@ public:
     // Returns the caller's answer as far as it is known.
     std::int32_t ask (std::uint32_t caller)
     {
-        if (news_.items.size () < most_items)
+        const auto* last = news_.items.empty () ? nullptr : std::get_if<Question> (&news_.items.back ());
+        if (news_.items.size () < most_items && (last == nullptr || last->caller != caller))
             add (Question{caller});
         if (Clock::now () - flushed_ >= between_flushes)
             flush ();
@@ -72,8 +80,11 @@ public:
     bool flush ()
     {
         flushed_ = Clock::now ();
+        if (!wait_for (socket_, POLLOUT, 0))
+            return false;
         if (lost_lines_ > 0)
             add (Line{Kind::message, text ("(", std::exchange (lost_lines_, 0), " lines were lost)")});
+        note_memory (guard_.resident_megabytes ());
         news_.information = task_.information;
         Writer body;
         write (body, news_);
@@ -87,11 +98,18 @@ public:
     void finish (const Result& result)
     {
         while (!news_.items.empty () && !flush ())
-            wait_for (socket_, POLLOUT);
+            wait_for (socket_, POLLOUT, -1);
         Writer body;
         write (body, result);
         while (socket_.send (MessageKind::result, run_, body) == Socket::Sent::full)
-            wait_for (socket_, POLLOUT);
+            wait_for (socket_, POLLOUT, -1);
+    }
+
+    void note_memory (double megabytes)
+    {
+        Information& information = task_.information;
+        information.set (RealItem::worker_memory,
+                         std::max (information.get (RealItem::worker_memory), megabytes));
     }
 
 private:
@@ -113,6 +131,7 @@ private:
     }
 
     Socket& socket_;
+    const Guard& guard_;
     std::uint64_t run_;
     Task& task_;
     News news_;
@@ -123,23 +142,50 @@ private:
 
 // ---- Memory ------------------------------------------------------------------------------------------------------------------
 
-static double most_megabytes ()
+// "VmHWM": a line of the system's file about this process, in megabytes.
+static double megabytes_of (const std::string& name)
 {
-    rusage used{};
-    ::getrusage (RUSAGE_SELF, &used);
-    return static_cast<double> (used.ru_maxrss) / 1024;
+    std::ifstream status ("/proc/self/status");
+    for (std::string word; status >> word;)
+        if (double kilobytes = 0; word == name + ":" && status >> kilobytes)
+            return kilobytes / 1024;
+    return 0;
 }
 
-// Allocations beyond the limit fail; what is resident is watched by the guard.
-static void limit_memory (double megabytes)
+// The most that is resident counts from now on.
+static void forget_most_memory ()
 {
-    rlimit limit{};
-    if (::getrlimit (RLIMIT_DATA, &limit) != 0)
-        return;
-    const double bytes = megabytes * 1048576;
-    limit.rlim_cur = bytes < 9e18 ? std::min (static_cast<rlim_t> (bytes), limit.rlim_max) : limit.rlim_max;
-    ::setrlimit (RLIMIT_DATA, &limit);
+    std::ofstream ("/proc/self/clear_refs") << "5";
 }
+
+// Limits what is allocated beyond what there is. What is resident is watched by the guard.
+class MemoryLimit {
+public:
+    explicit MemoryLimit (double megabytes)
+    {
+        if (!std::isfinite (megabytes) || ::getrlimit (RLIMIT_DATA, &before_) != 0)
+            return;
+        // Engines take address space that they do not use when they are loaded.
+        for (const std::shared_ptr<Engine>& engine : engines ())
+            engine->load ();
+        const double bytes = (megabytes_of ("VmData") + megabytes) * 1048576;
+        rlimit limit = before_;
+        if (bytes < static_cast<double> (before_.rlim_cur))
+            limit.rlim_cur = static_cast<rlim_t> (bytes);
+        is_set_ = ::setrlimit (RLIMIT_DATA, &limit) == 0;
+    }
+    MemoryLimit (const MemoryLimit&) = delete;
+    MemoryLimit& operator= (const MemoryLimit&) = delete;
+    ~MemoryLimit ()
+    {
+        if (is_set_)
+            ::setrlimit (RLIMIT_DATA, &before_);
+    }
+
+private:
+    rlimit before_{};
+    bool is_set_ = false;
+};
 
 // ---- One problem -----------------------------------------------------------------------------------------------------------------
 
@@ -161,17 +207,14 @@ static std::int32_t ask (KLVtask_t, void* outbox, std::uint32_t caller, const do
     return static_cast<Outbox*> (outbox)->ask (caller);
 }
 
-static double grace (double seconds)
-{
-    return std::max (0.2, 0.02 * seconds);
-}
-
-static void solve (Socket& socket, Guard& guard, const Message& message)
+// False: an engine has failed, and the process is not used again.
+static bool solve (Socket& socket, Guard& guard, const Message& message)
 {
     Task task;
-    Outbox outbox (socket, message.run, task);
+    Outbox outbox (socket, guard, message.run, task);
     Result result;
     try {
+        forget_most_memory ();
         Problem problem;
         Request request = read_request (message, problem);
         task.parameters = request.parameters;
@@ -182,19 +225,22 @@ static void solve (Socket& socket, Guard& guard, const Message& message)
         task.set_callback (ask, &outbox);
         Call call (task, request.elapsed);
         guard.limit (call.seconds_left () + grace (call.seconds_left ()), request.most_megabytes);
-        limit_memory (request.most_megabytes);
+        const MemoryLimit limited (request.most_megabytes);
         Watch watch (task, call);
         Attempts attempts (task, call, watch, request.integers, &outbox, std::move (request.past));
         result.solved = solve_by_plan (attempts, request.earlier, request.integers);
+        outbox.note_memory (megabytes_of ("VmHWM"));
         result.information = task.information;
-        result.megabytes = most_megabytes ();
         outbox.finish (result);
         if (watch.leaves_runs ())
             guard.limit (grace (0), infinity);
+        return !watch.has_seen_failure ();
     } catch (const std::bad_alloc&) {
-        result.solved = {.failure = Failure{.code = KLV_RES_OUT_OF_MEMORY}};
+        result.solved = {
+            .failure = Failure{KLV_RES_OUT_OF_MEMORY, "There is not enough memory for the optimiser.", {}}};
         result.information = task.information;
         outbox.finish (result);
+        return false;
     }
 }
 
@@ -205,7 +251,7 @@ static void serve (Socket& socket, Guard& guard)
     hello.put_text (environment::version ());
     socket.send (MessageKind::hello, 0, hello);
     for (;;) {
-        wait_for (socket, POLLIN);
+        wait_for (socket, POLLIN, -1);
         Socket::Received received = socket.receive ();
         if (received.closed)
             return;
@@ -213,11 +259,10 @@ static void serve (Socket& socket, Guard& guard)
             continue;    // a stop that came after the end of its run
         guard.begin_work ();
         const std::uint64_t run = received.message->run;
-        solve (socket, guard, *received.message);
+        const bool well = solve (socket, guard, *received.message);
         received.message.reset ();
-        limit_memory (infinity);
         guard.end_work ();
-        if (guard.resident_megabytes () > most_kept_megabytes)
+        if (!well || guard.resident_megabytes () > most_kept_megabytes)
             return;
         socket.send (MessageKind::ready, run);
     }
@@ -226,8 +271,16 @@ static void serve (Socket& socket, Guard& guard)
 // ---- The program -------------------------------------------------------------------------------------------------------------------
 
 // The system ends workers first when memory runs out, never the caller. No memory is dumped when an engine crashes.
+// A signal of the terminal that the process got before it left the terminal's group is forgotten.
 static void prepare_process ()
 {
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTSTP}) {
+        std::signal (number, SIG_IGN);
+        std::signal (number, SIG_DFL);
+    }
+    sigset_t none;
+    ::sigemptyset (&none);
+    ::pthread_sigmask (SIG_SETMASK, &none, nullptr);
     const rlimit no_dump{1, 1};
     ::setrlimit (RLIMIT_CORE, &no_dump);
     const Descriptor score (::open ("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC));
@@ -246,9 +299,10 @@ int run_worker ()
     prepare_process ();
     environment::alone () = true;
     Socket socket (Descriptor (worker_socket), Socket::Large::mapped);
-    Guard& guard = *new Guard (worker_socket, worker_parent);
     try {
-        serve (socket, guard);
+        serve (socket, *new Guard (worker_socket, worker_parent));
+    } catch (const std::system_error&) {
+        std::_Exit (status_without_threads);
     } catch (const std::exception& exception) {
         std::fprintf (stderr, "%s\n", exception.what ());
         std::_Exit (1);

@@ -204,6 +204,8 @@ std::optional<Runs::Ended> Watch::take_ended ()
     note (*ended);    // information items may show another run's figures
     Ended result{ended->id, ended->thread->channel ().take_claims ()};
     runs_.erase (ended);
+    const Outcome outcome = result.claims.outcome;
+    has_seen_failure_ = has_seen_failure_ || outcome == Outcome::failed || outcome == Outcome::out_of_memory;
     return result;
 }
 

@@ -26,7 +26,8 @@ public:
     const Progress& newest (Id run) const override;
     double seconds (Id run) const override;
     void no_run (const std::string& why) override { log_.no_run (why); }
-    bool leaves_runs () const { return !dropped_.empty (); }    // which the destructor waits for
+    bool leaves_runs () const { return !dropped_.empty (); }        // which the destructor waits for
+    bool has_seen_failure () const { return has_seen_failure_; }    // of an engine
 
 private:
     struct Run {
@@ -59,6 +60,7 @@ private:
     std::vector<Run> runs_;
     std::vector<Run> dropped_;    // which may go on for a while: they are waited for at the end
     bool out_of_time_ = false;
+    bool has_seen_failure_ = false;
 };
 
 }

@@ -125,6 +125,7 @@ TEST_F (Worker, StopsAndLimitsHoldForAnEngineThatDoesNotStop)
     for (const bool limited : {false, true}) {
         SCOPED_TRACE (limited);
         script ("incumbent");
+        const std::vector<pid_t> kept = children ();
         Task task (scripted::small_integers, limited ? "TIME_LIMIT 0.1" : "");
         auto since = Clock::now ();
         task.on_progress ([&, stopped = false] (std::uint32_t caller) mutable {
@@ -137,8 +138,46 @@ TEST_F (Worker, StopsAndLimitsHoldForAnEngineThatDoesNotStop)
         EXPECT_LT (seconds_between (since, Clock::now ()), limited ? 0.8 : 0.35);
         EXPECT_EQ (model::proved (task), "int PRIMAL_FEASIBLE");
         EXPECT_EQ (model::slot (task, KLV_SOL_INT).xx, (model::Values{3, 0}));
-        EXPECT_TRUE (all_end (children (), 0.5));
+        std::vector<pid_t> new_ones = children ();
+        std::erase_if (new_ones, [&] (pid_t child) { return std::ranges::count (kept, child) > 0; });
+        EXPECT_TRUE (all_end (new_ones, 0.5));
     }
+}
+
+// A callback that takes long is not asked what the worker asked meanwhile, and holds no limit up.
+TEST_F (Worker, ASlowCallbackIsAskedNoMoreThanItCanAnswer)
+{
+    script ("slow");
+    Task task (small, "OPTIMIZER 1 TIME_LIMIT 1");
+    int asked = 0;
+    task.on_progress ([&] (std::uint32_t) {
+        ++asked;
+        std::this_thread::sleep_for (std::chrono::milliseconds (150));
+        return 0;
+    });
+    const auto began = Clock::now ();
+    EXPECT_EQ (KLV_optimize (task), 0) << "the optimiser has an answer when its time is over";
+    EXPECT_LT (seconds_between (began, Clock::now ()), 2.5);
+    EXPECT_LE (asked, 14);
+}
+
+// A program that never says that it is ready holds nobody who does not want to wait.
+TEST_F (Worker, ThatIsNeverReadyIsNotWaitedForAfterAStopOrALimit)
+{
+    const std::filesystem::path file = std::filesystem::path (testing::TempDir ()) / "silent-worker";
+    std::ofstream (file) << "#!/bin/sh\nexec sleep 30\n";
+    std::filesystem::permissions (file, std::filesystem::perms::owner_all);
+    klv::worker_file () = file;
+    for (const bool limited : {false, true}) {
+        Task task (small, limited ? "TIME_LIMIT 0.2" : "");
+        ::setenv ("KALVO_TEST_OTHER", limited ? "limited" : "stopped", 1);
+        task.on_progress ([&, calls = 0] (std::uint32_t) mutable { return !limited && ++calls > 3; });
+        const auto began = Clock::now ();
+        EXPECT_EQ (KLV_optimize (task), limited ? KLV_RES_TIME_LIMIT : KLV_RES_USER_STOP);
+        EXPECT_LT (seconds_between (began, Clock::now ()), 1.5);
+    }
+    ::unsetenv ("KALVO_TEST_OTHER");
+    std::filesystem::remove (file);
 }
 
 TEST_F (Worker, AnswersAreEqualFromAWorkerUsedBeforeAndAFreshOne)
@@ -324,15 +363,19 @@ TEST (Messages, AreReadWithinTheirBounds)
 {
     klv::Result result;
     result.solved.found.basic = klv::Tried{{klv::Method::dual_simplex, true}, {}};
-    result.solved.found.basic->answer.claim =
-        scripted::claims ("optimal x 1 2 y 3 d 4 5 ray 6 way 7 8 bound 9 basis");
-    klv::Writer writer;
-    klv::write (writer, result);
-    std::vector<std::byte> whole;
-    for (const iovec& piece : writer.pieces ()) {
-        const auto* bytes = static_cast<const std::byte*> (piece.iov_base);
-        whole.insert (whole.end (), bytes, bytes + piece.iov_len);
-    }
+    result.solved.found.basic->answer.claim = static_cast<const klv::Point&> (
+        scripted::claims ("optimal x 1 2 y 3 d 4 5 ray 6 way 7 8 bound 9 basis"));
+    const auto bytes_of = [] (const auto& content) {
+        klv::Writer writer;
+        klv::write (writer, content);
+        std::vector<std::byte> bytes;
+        for (const iovec& piece : writer.pieces ()) {
+            const auto* start = static_cast<const std::byte*> (piece.iov_base);
+            bytes.insert (bytes.end (), start, start + piece.iov_len);
+        }
+        return bytes;
+    };
+    const std::vector<std::byte> whole = bytes_of (result);
     const auto read = [] (const std::vector<std::byte>& bytes) {
         try {
             klv::read_result ({klv::MessageKind::result, 1, bytes, nullptr});
@@ -342,6 +385,11 @@ TEST (Messages, AreReadWithinTheirBounds)
         }
     };
     EXPECT_TRUE (read (whole));
+    klv::Result failed;
+    for (const KLVrescode_t code : {0, 25000, -5, int{KLV_RES_USER_STOP}}) {
+        failed.solved.failure = klv::Failure{code, "", {}};
+        EXPECT_FALSE (read (bytes_of (failed))) << code;
+    }
     for (std::size_t length = 0; length < whole.size (); length += 8)
         EXPECT_FALSE (read ({whole.begin (), whole.begin () + static_cast<std::ptrdiff_t> (length)}))
             << length;
