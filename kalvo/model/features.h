@@ -7,11 +7,22 @@
 
 namespace klv {
 
-enum class Feature : std::uint8_t { integers, count };
+enum class Feature : std::uint8_t {
+    integers,
+    quadratic_objective,
+    quadratic_constraints,
+    affine_expressions,
+    affine_constraints,
+    cones,
+    semidefinite_variables,
+    count
+};
 
 // In messages: "LP cannot hold ...".
 constexpr std::array<const char*, static_cast<std::size_t> (Feature::count)> feature_names{
-    "integer variables",
+    "integer variables",      "quadratic terms of the objective", "quadratic terms of constraints",
+    "affine expressions",     "affine conic constraints",         "cones",
+    "semidefinite variables",
 };
 
 class Features {
