@@ -495,9 +495,9 @@ KLV_API KLVrescode_t KLV_appendaccseq (KLVtask_t task, int64_t domain, int64_t s
                                        const double* b);
 
 /* Appends a cone of variables. An unknown type: KLV_RES_CONE_TYPE_UNKNOWN; a number of members that such a cone
- * can't have, or the parameter of a power cone outside (0, 1): KLV_RES_ARGUMENT; a member that is no variable:
- * KLV_RES_CONE_MEMBER; one that is in a cone already: KLV_RES_DUPLICATE_ENTRY. Power cones have two members at
- * least. The parameter is finite; other cones have it without meaning. */
+ * can't have, a parameter that is not finite, or that of a power cone outside (0, 1): KLV_RES_ARGUMENT; a member
+ * that is no variable: KLV_RES_CONE_MEMBER; one that is in a cone already: KLV_RES_DUPLICATE_ENTRY. Power cones
+ * have two members at least. The parameter of other cones is kept, without meaning. */
 KLV_API KLVrescode_t KLV_appendcone (KLVtask_t task, int32_t type, double parameter, int32_t count,
                                      const int32_t* members);
 

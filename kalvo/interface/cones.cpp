@@ -3,27 +3,10 @@
 #include "kalvo/interface/entry.h"
 
 #include <algorithm>
-#include <cmath>
 
 using namespace klv;
 
 static constexpr const char* item = "cone";
-
-static void check_shape (std::int32_t number, std::int32_t type, double parameter, std::int32_t count)
-{
-    const KLVdomaintype domain = domain_of_cone[static_cast<std::size_t> (type)];
-    const DomainRow& row = domain_rows[static_cast<std::size_t> (domain)];
-    const std::string words =
-        text ("Cone ", std::int64_t{number} + 1, " (index ", number, "), a ", row.name, ", ");
-    if (!std::isfinite (parameter))
-        refuse (KLV_RES_VALUE_NOT_FINITE, words, "has the parameter ", parameter, "; it must be finite.");
-    if (row.has_exponents && !(parameter > 0 && parameter < 1))
-        refuse (KLV_RES_ARGUMENT, words, "has the parameter ", parameter, "; it must be between 0 and 1.");
-    const double exponents[] = {parameter, 1 - parameter};
-    if (const auto fault =
-            domain_fault (domain, count, std::span (exponents).first (row.has_exponents ? 2 : 0)))
-        refuse (KLV_RES_ARGUMENT, words, "has ", count, " members: it ", *fault, ".");
-}
 
 KLVrescode_t KLV_appendcone (KLVtask_t task, int32_t type, double parameter, int32_t count,
                              const int32_t* members)
@@ -35,7 +18,9 @@ KLVrescode_t KLV_appendcone (KLVtask_t task, int32_t type, double parameter, int
             refuse (KLV_RES_CONE_TYPE_UNKNOWN, "Cone ", std::int64_t{number} + 1, " (index ", number,
                     ") has the type ", type, "; types are 0 to ", KLV_CONE_COUNT - 1, ".");
         check_count (count, "members of a cone");
-        check_shape (number, type, parameter, count);
+        if (const auto fault = cone_fault (type, parameter, count))
+            refuse (KLV_RES_ARGUMENT, "Cone ", std::int64_t{number} + 1, " (index ", number, "): ", *fault,
+                    ".");
         const auto given = array (members, count, "members");
         for (std::size_t k = 0; k < given.size (); ++k)
             if (given[k] < 0 || given[k] >= t.problem ().variables ())

@@ -39,6 +39,21 @@ std::optional<std::string> domain_fault (std::int32_t type, std::int64_t size,
     return row.has_exponents ? exponents_fault (size, exponents) : std::nullopt;
 }
 
+std::optional<std::string> cone_fault (std::int32_t type, double parameter, std::int64_t members)
+{
+    const KLVdomaintype domain = domain_of_cone[static_cast<std::size_t> (type)];
+    const DomainRow& row = domain_rows[static_cast<std::size_t> (domain)];
+    if (!std::isfinite (parameter))
+        return text ("a ", row.name, " can't have the parameter ", parameter, ": parameters are finite");
+    if (row.has_exponents && !(parameter > 0 && parameter < 1))
+        return text ("a ", row.name, " can't have the parameter ", parameter, ": it is between 0 and 1");
+    const double exponents[] = {parameter, 1 - parameter};
+    if (const auto fault =
+            domain_fault (domain, members, std::span (exponents).first (row.has_exponents ? 2 : 0)))
+        return text ("a ", row.name, " of ", members, " members ", *fault);
+    return std::nullopt;
+}
+
 std::span<const double> Domains::exponents (std::int32_t which) const
 {
     const auto place = static_cast<std::size_t> (which);

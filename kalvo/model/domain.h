@@ -56,6 +56,9 @@ constexpr std::array<KLVdomaintype, KLV_CONE_COUNT> domain_of_cone{KLV_DOMAIN_QU
 std::optional<std::string> domain_fault (std::int32_t type, std::int64_t size,
                                          std::span<const double> exponents);
 
+// The same for a cone of variables: "a quadratic cone can't have 0 members: ...".
+std::optional<std::string> cone_fault (std::int32_t type, double parameter, std::int64_t members);
+
 // The entries of the lower triangle of a symmetric matrix.
 constexpr std::int64_t packed_length (std::int32_t order)
 {

@@ -52,4 +52,12 @@ private:
     std::uint32_t bits_ = 0;
 };
 
+constexpr Features all_features ()
+{
+    Features all;
+    for (std::size_t i = 0; i < feature_names.size (); ++i)
+        all.add (static_cast<Feature> (i));
+    return all;
+}
+
 }
