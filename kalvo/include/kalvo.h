@@ -144,8 +144,8 @@ enum KLVdomaintype {
     KLV_DOMAIN_PRIMAL_POWER_CONE = 8,    // x1^b1 ... xk^bk >= |(xk+1 ... xn)|, x1 ... xk >= 0, for k
                                          // exponents a > 0 and bi = ai / sum a, 1 <= k <= n
     KLV_DOMAIN_DUAL_POWER_CONE = 9,
-    KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE =
-        10,    // (x1 ... xn-1)^(1 / (n - 1)) >= |xn|, x1 ... xn-1 >= 0, n >= 2
+    // (x1 ... xn-1)^(1 / (n - 1)) >= |xn|, x1 ... xn-1 >= 0, n >= 2
+    KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE = 10,
     KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE = 11,
     KLV_DOMAIN_SEMIDEFINITE_CONE = 12    // positive semidefinite matrices: lower triangle column by column,
                                          // entries off the diagonal times sqrt (2)

@@ -52,6 +52,9 @@ private:
     std::uint32_t bits_ = 0;
 };
 
+// Of problems that are linear programmes, mixed-integer ones too: expressions alone constrain nothing.
+constexpr Features linear_features{Feature::integers, Feature::affine_expressions};
+
 constexpr Features all_features ()
 {
     Features all;

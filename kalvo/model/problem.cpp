@@ -76,7 +76,7 @@ Features Problem::features () const
 
 bool Problem::is_linear () const
 {
-    return features ().missing_in ({Feature::integers, Feature::affine_expressions}) == nullptr;
+    return features ().missing_in (linear_features) == nullptr;
 }
 
 void Problem::append_variables (std::int32_t count)

@@ -8,8 +8,7 @@ namespace klv {
 
 inline void check_supported (const Problem& problem)
 {
-    constexpr Features solved{Feature::integers, Feature::affine_expressions};
-    if (const char* feature = problem.features ().missing_in (solved))
+    if (const char* feature = problem.features ().missing_in (linear_features))
         refuse (KLV_RES_NOT_AVAILABLE, "This version can't optimise a problem with ", feature, ".");
 }
 
