@@ -26,9 +26,9 @@ JsonField indices (std::string path, std::vector<std::int32_t>& values);
 JsonField name (std::string path, std::string& kept);
 JsonField names (std::string path, std::vector<std::string>& kept);
 template <class Key>
-JsonField words (std::string path, Group group, std::vector<Key>& keys, bool required = true)
+JsonField words (const std::string& path, Group group, std::vector<Key>& keys, bool required = true)
 {
-    return {.path = std::move (path),
+    return {.path = path,
             .kind = JsonKind::word,
             .list = true,
             .required = required,
