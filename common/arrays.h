@@ -42,12 +42,23 @@ inline bool is_countable (std::uint64_t size)
 }
 
 // A number truncated toward zero; nothing if the result does not fit, or the number is NaN.
+template <class Whole>
+std::optional<Whole> truncate_to (double value)
+{
+    // The largest number is not a double of 64 bits; the one above it is.
+    constexpr double limit = 2.0 * static_cast<double> (Whole{1} << (std::numeric_limits<Whole>::digits - 1));
+    value = std::trunc (value);
+    if (value >= -limit && value < limit)
+        return static_cast<Whole> (value);
+    return std::nullopt;
+}
 inline std::optional<std::int32_t> truncate_to_int32 (double value)
 {
-    constexpr double limit = 2147483648.0;
-    if (value > -limit - 1 && value < limit)
-        return static_cast<std::int32_t> (value);
-    return std::nullopt;
+    return truncate_to<std::int32_t> (value);
+}
+inline std::optional<std::int64_t> truncate_to_int64 (double value)
+{
+    return truncate_to<std::int64_t> (value);
 }
 
 // Calls take (item, value) for each stored entry of a sparse column of numbers or truth values, in storage order, until it returns

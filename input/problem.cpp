@@ -65,11 +65,11 @@ KLVrescode_t check_matrix (const mxArray* a)
     return KLV_RES_OK;
 }
 
-// Refuses terms that the library can't hold: the answer to a problem without them would be wrong.
+// Refuses requests that the library can't answer.
 KLVrescode_t refuse_unsupported_fields (const mxArray* prob)
 {
     KLVrescode_t code = KLV_RES_OK;
-    for (const char* name : {"qoval", "qcval", "f", "accs", "cones", "bardim", "prisen", "duasen"})
+    for (const char* name : {"prisen", "duasen"})
         if (is_given (mxGetField (prob, 0, name)))
             code = refuse (KLV_RES_ARGUMENT, "prob.%s is not supported yet", name);
     return code;
@@ -155,9 +155,8 @@ KLVrescode_t put_matrix (KLVtask_t task, const mxArray* a)
     return mxIsSparse (a) ? put_sparse_columns (task, a) : put_dense_columns (task, a);
 }
 
-// Reads the data of variables and constraints: costs, bounds and the matrix.
-KLVrescode_t put_linear_part (KLVtask_t task, const ProblemFields& fields, std::int32_t numcon,
-                              std::int32_t numvar)
+// Reads the items and their terms.
+KLVrescode_t put_items (KLVtask_t task, const ProblemFields& fields, std::int32_t numcon, std::int32_t numvar)
 {
     const auto costs = host::allocate<double> (static_cast<std::size_t> (numvar));
     if (!costs)
@@ -186,7 +185,11 @@ KLVrescode_t put_linear_part (KLVtask_t task, const ProblemFields& fields, std::
     if (code == KLV_RES_OK)
         code = KLV_appendcons (task, numcon);
     if (code == KLV_RES_OK)
-        code = KLV_appendafes (task, fields.f ? static_cast<std::int64_t> (mxGetM (fields.f)) : 0);
+        code = KLV_appendafes (task, count_expressions (fields));
+    if (code == KLV_RES_OK)
+        code = putaffine (task, fields);
+    if (code == KLV_RES_OK)
+        code = putsemidefinite (task, fields);
     if (code == KLV_RES_OK)
         code = put_matrix (task, fields.a);
     if (code == KLV_RES_OK)
@@ -199,7 +202,15 @@ KLVrescode_t put_linear_part (KLVtask_t task, const ProblemFields& fields, std::
         code = KLV_putcslice (task, 0, numvar, costs.get ());
     if (code == KLV_RES_OK)
         code = KLV_putcfix (task, constant);
-    return code;
+    return code == KLV_RES_OK ? putquadratic (task, fields) : code;
+}
+
+KLVrescode_t put_cones (KLVtask_t task, const ProblemFields& fields)
+{
+    const std::int64_t expressions = count_expressions (fields);
+    if (fields.accs)
+        return putaccs (task, fields.accs, expressions);
+    return expressions > 0 ? putconesnew (task, fields.cones, expressions) : putcones (task, fields.cones);
 }
 
 }
@@ -217,12 +228,16 @@ KLVrescode_t putproblem (KLVtask_t task, const mxArray* prob)
     const auto numcon = static_cast<std::int32_t> (mxGetM (fields.a));
     const auto numvar = static_cast<std::int32_t> (mxGetN (fields.a));
 
-    const KLVrescode_t conic = check_conic_fields (fields, numvar);
+    const KLVrescode_t conic = check_conic_fields (fields);
     const KLVrescode_t unsupported = refuse_unsupported_fields (prob);
     if (conic != KLV_RES_OK || unsupported != KLV_RES_OK)
         return KLV_RES_ARGUMENT;
 
-    KLVrescode_t code = put_linear_part (task, fields, numcon, numvar);
+    KLVrescode_t code = check_semidefinite_fields (task, fields);
+    if (code == KLV_RES_OK)
+        code = put_items (task, fields, numcon, numvar);
+    if (code == KLV_RES_OK)
+        code = put_cones (task, fields);
     if (code == KLV_RES_OK)
         code = putints (task, fields.ints);
     if (code == KLV_RES_OK)

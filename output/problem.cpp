@@ -19,6 +19,7 @@ ProblemCounts read_counts (KLVtask_t task)
     KLV_getnumqobjnz (task, &counts.quadratic_objective);
     KLV_getnumbarvar (task, &counts.semidefinite);
     KLV_getnumacc (task, &counts.affine);
+    KLV_getaccntot (task, &counts.affine_rows);
     KLV_getnumdjc (task, &counts.disjunctive);
     counts.most_quadratic = counts.quadratic_objective;
     for (std::int32_t i = 0; i < counts.constraints; ++i) {
@@ -30,6 +31,18 @@ ProblemCounts read_counts (KLVtask_t task)
     return counts;
 }
 
+KLVrescode_t count_cone_members (KLVtask_t task, ProblemCounts& counts)
+{
+    KLVrescode_t code = KLV_RES_OK;
+    for (std::int32_t k = 0; k < counts.cones && code == KLV_RES_OK; ++k) {
+        std::int32_t members = 0;
+        code = KLV_getnumconemem (task, k, &members);
+        counts.cone_members += members;
+        counts.largest_cone = std::max (counts.largest_cone, members);
+    }
+    return code;
+}
+
 host::Array create_problem_record (const ProblemCounts& counts)
 {
     FieldList<20> fields;
@@ -38,6 +51,8 @@ host::Array create_problem_record (const ProblemCounts& counts)
     fields.add_if (counts.quadratic_constraints > 0, {"qcsubk", "qcsubi", "qcsubj", "qcval"});
     fields.add ({"blc", "buc", "blx", "bux"});
     fields.add_if (counts.integers > 0, {"ints"});
+    fields.add_if (counts.cones > 0, {"cones"});
+    fields.add_if (counts.affine > 0, {"f", "g", "accs"});
     fields.add ({"names"});
     return create_record (fields.all ());
 }
@@ -63,6 +78,8 @@ KLVrescode_t create_values (const ProblemCounts& counts, mxArray* record)
         set (field, create_column (counts.variables));
     if (counts.integers > 0)
         set ("ints", create_record ({{"sub"}}));
+    if (counts.cones > 0)
+        set ("cones", create_record ({{"sub", "subptr", "conepar", "type"}}));
     const char* const names[] = {"name", "obj", "con", "var", "barvar", "acc", "cone"};
     set ("names", create_record (std::span (names).first (counts.cones > 0 ? 7 : 6)));
     if (complete)
@@ -90,6 +107,8 @@ KLVrescode_t fill_items (KLVtask_t task, const ProblemCounts& counts, mxArray* r
             code = get_quadratic_terms (task, counts, rows.get (), columns.get (), record);
         if (code == KLV_RES_OK && counts.integers > 0)
             code = get_integers (task, counts, record);
+        if (code == KLV_RES_OK && counts.cones > 0)
+            code = get_cones (task, counts, record);
     }
     return code == KLV_RES_OK ? get_bounds (task, counts, record) : code;
 }
@@ -99,8 +118,12 @@ KLVrescode_t fill (KLVtask_t task, const ProblemCounts& counts, mxArray* record)
     KLVrescode_t code = create_values (counts, record);
     if (code == KLV_RES_OK)
         code = fill_items (task, counts, record);
+    if (code == KLV_RES_OK && counts.affine > 0)
+        code = get_affine_constraints (task, counts, record);
     if (code == KLV_RES_OK)
         code = get_names (task, counts, record);
+    if (code == KLV_RES_OK && counts.semidefinite > 0)
+        code = get_semidefinite_terms (task, counts, record);
     if (code == KLV_RES_OK)
         code = get_sense (task, record);
     return code;
@@ -110,13 +133,15 @@ KLVrescode_t fill (KLVtask_t task, const ProblemCounts& counts, mxArray* record)
 
 KLVrescode_t getprob ([[maybe_unused]] int statuskeys, KLVtask_t task, mxArray* res)
 {
-    const ProblemCounts counts = read_counts (task);
+    ProblemCounts counts = read_counts (task);
     mexPrintf ("%ld\n", static_cast<long> (counts.disjunctive));
     if (counts.disjunctive > 0) {
         mx_error (KLV_RES_ARGUMENT,
                   "Problems with disjunctive constraints are not supported by this interface.");
         return KLV_RES_ARGUMENT;
     }
+    if (const KLVrescode_t code = count_cone_members (task, counts))
+        return code;
     mxArray* record = set_field (res, "prob", create_problem_record (counts));
     return record ? fill (task, counts, record) : KLV_RES_OUT_OF_MEMORY;
 }

@@ -38,7 +38,8 @@
 %                            errors, 3 (default) the log, 4 everything, above 5 also each parameter that is set
 %       log(file)            everything that the solver says goes to this file, too
 %       statuskeys(n)        0 (default): statuses and keys as text, 1: as numbers
-%       toconic              conic form before solving (a linear problem already has it)
+%       toconic              conic form before solving (a problem without quadratic terms already has it; others: not
+%                            available in this version)
 %       primalrepair         repair an infeasible problem (not available in this version)
 %       debug(n), nokeepenv, use_matlab_calloc                      help to find faults in kalvoopt itself
 %
@@ -65,9 +66,46 @@
 %               given values, with statuses computed again: certificates stay certificates, INTEGER_OPTIMAL becomes
 %               PRIMAL_FEASIBLE.
 %
-%       Fields for quadratic, conic and semidefinite terms (qoval, qcval, accs, cones, bardim, prisen, duasen) are refused
-%       unless they are empty. Refused even then: f without accs or cones, g without f, accs beside cones. Other fields are
-%       ignored.
+%   QUADRATIC, CONIC AND SEMIDEFINITE TERMS
+%
+%       These are stated and returned, written to and read from JSON files. They are not solved in this version: minimize
+%       and maximize give 3013 and name the class.
+%
+%       minimise or maximise    c'*x + x'*Q*x/2 + sum <Cj, Xj> + cfix
+%       subject to              blc(i) <= a(i,:)*x + x'*Qi*x/2 + sum <Aij, Xj> <= buc(i)
+%                               rows of (f*x + sum <Fkj, Xj> + g) in a domain each
+%                               variables x in cones;  Xj symmetric, positive semidefinite
+%
+%       qosubi, qosubj, qoval          entries (qosubi(k), qosubj(k)) = qoval(k) of the symmetric matrix Q, each given in one
+%                                      triangle, either one; entries that are given several times add up
+%       qcsubk, qcsubi, qcsubj, qcval  the same for the matrix of constraint qcsubk(k)
+%       f, g      affine expressions f*x + g: f sparse with n columns, g a full vector of as many entries as f has rows
+%                 (absent: 0). Not together with qoval or qcval
+%       accs      the domains of consecutive expressions: type, size, type, size ...; for types 8 and 9 type, size, number of
+%                 exponents and the exponents. All expressions must be used. For x1 ... xn in their order:
+%                    0 free                      1 zero                     2 nonnegative         3 nonpositive
+%                    4 quadratic                 x1 >= norm (x2 ... xn)
+%                    5 rotated quadratic         2 x1 x2 >= norm (x3 ... xn)^2, x1, x2 >= 0
+%                    6 primal exponential, n = 3 x1 >= x2 exp (x3 / x2), x2 >= 0               7 its dual
+%                    8 primal power              prod xi^(ai / sum a) >= norm (the others)     9 its dual
+%                   10 primal geometric mean     (x1 ... xn-1)^(1 / (n-1)) >= abs (xn)        11 its dual
+%                   12 positive semidefinite     lower triangle by columns, entries off the diagonal times sqrt (2)
+%       cones     with f, in place of accs: type, size ... with the types 0 quadratic, 1 rotated quadratic, 2 and 3 primal
+%                 and dual exponential, 4 and 5 primal and dual power (type, size, 2, two exponents), 6 zero.
+%                 Without f, cones of variables: a structure with type (these numbers), sub (all members, one cone after
+%                 the other), subptr (where each cone begins in sub) and perhaps conepar; or a cell of structures with type
+%                 (a number, or a name: KLV_CONE_QUADRATIC, _ROTATED_QUADRATIC, _PRIMAL_EXPONENTIAL, ...), sub and perhaps
+%                 conepar: a of x1^a x2^(1-a) in a power cone. A variable is in one cone at most
+%       bardim    orders of the matrices Xj
+%       barc, bara, barf  structures with subj, subk, subl, val: entry (subk(t), subl(t)) of the symmetric matrix of Xj,
+%                 j = subj(t), is val(t); given in the lower triangle only. barc: the matrices Cj of the objective. bara and
+%                 barf also have subi: the constraint, or the row of f
+%
+%       names may also have cone, acc and barvar. In sol.itr, skn has a key for each cone, snx a value for each variable, doty
+%       one for each row of the affine conic constraints, barx and bars the lower triangles of all Xj by columns, not scaled.
+%       res.prob has accs in place of a vector cones, and only rows of f that are in a domain.
+%
+%       prisen and duasen are refused unless they are empty. Other fields are ignored.
 %
 %   RESULT (res)
 %
@@ -96,7 +134,7 @@
 %       slc, suc, slx, sux   duals by bound: y = slc - suc, c - a'*y = slx - sux; minimising, all are >= 0; maximising,
 %                 all signs are reversed
 %       dobjval   the bound on the optimum that the duals prove; for a certificate its value without cfix
-%       itr also has skn, snx, barx, bars, doty, which stay empty or 0 for these problems.
+%       itr also has skn, snx, barx, bars, doty for conic and semidefinite terms; empty or 0 where nothing is known.
 %
 %       Infeasible problem: y, slc, suc, slx, sux hold a certificate: a'*y + slx - sux = 0 and
 %       blc'*slc - buc'*suc + blx'*slx - bux'*sux = 1 over the bounds that exist (-1 when maximising), which no x can
@@ -241,6 +279,11 @@
 %       ints not a structure; index out of range 1200, the item is named
 %       ints.sub sparse or not a vector          ignored
 %       names of another number                  1201 (the line says 1200) "prob.names.con"; unknown names: 1200
+%       f, g, accs and cones that do not fit      1200, the message names the field or its entry
+%       accs, cones with a size that is wrong    1200 of the solver; res.rmsg says which
+%       index out of range in qosubj, qosubi     1401, 1402; in qcsubk, qcsubi, qcsubj 1404 to 1406 with index and position
+%       a cone of an unknown type, a member      1271, 1204; a variable in two cones: refused by the solver
+%       lists of barc, bara, barf differ         1200 "prob.barc"
 %       sol not a structure                      1200 "prob.sol"; its fields of another length: named likewise
 %       NaN in sol; Inf in sol                   an unknown value; refused by the solver
 %       param an array of structures             ignored; not a structure: 1200 "param"

@@ -36,7 +36,7 @@ constexpr std::array formats{
            read_alone<read_fixed_mps>,
            write_fixed_mps},
     Format{"LP", ".lp", KLV_FILE_LP, {Feature::integers}, unfit_for_lp, read_alone<read_lp>, write_lp},
-    Format{"JSON", ".json", KLV_FILE_JSON, {Feature::integers}, nullptr, read_json, write_json},
+    Format{"JSON", ".json", KLV_FILE_JSON, all_features (), nullptr, read_json, write_json},
 };
 
 // ---- What a format can hold

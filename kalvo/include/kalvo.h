@@ -8,8 +8,10 @@
  * - Handles: a null environment stands for the process-wide default environment, the only one there is.
  *   A null task gives KLV_RES_NULL_HANDLE, a null pointer where data is needed KLV_RES_NULL_POINTER, a wrong
  *   index or range KLV_RES_INDEX_RANGE. Pointers to zero entries may be null.
- * - Indices are 0-based. Variables, constraints and other items are counted in signed 32 bits, matrix entries
- *   and affine expressions in signed 64 bits. A slice [first, last) covers the items first to last - 1.
+ * - Indices are 0-based. Variables, constraints, cones and semidefinite variables are passed in signed 32 bits,
+ *   counts of entries, affine expressions, domains and affine conic constraints in signed 64 bits; there can be
+ *   at most 2147483647 of each kind (KLV_RES_TOO_LARGE). A slice [first, last) covers the items first to
+ *   last - 1.
  * - Ownership: arrays and texts that are passed in are copied and never kept; results are written into memory
  *   of the caller. Texts are 0-terminated UTF-8. Where a text buffer has no length argument it must
  *   hold KLV_MAX_TEXT bytes.
@@ -19,8 +21,8 @@
  *   (KLV_RES_TASK_BUSY).
  * - An internal failure, or a callback that throws, gives KLV_RES_INTERNAL and makes the task unusable: it can
  *   only be asked for its last error and deleted; all other operations give KLV_RES_TASK_UNUSABLE.
- * - Changes of data leave the solutions as they are, until the next optimisation or until variables or
- *   constraints are added.
+ * - Changes of data leave the solutions as they are, until the next optimisation or until variables,
+ *   constraints, cones or other items of a solution are added.
  * - No exceptions cross this interface, except those of the caller's own exit function.
  */
 #ifndef KALVO_H
@@ -116,6 +118,41 @@ enum KLVboundkey { KLV_BK_LO = 0, KLV_BK_UP = 1, KLV_BK_FX = 2, KLV_BK_FR = 3, K
 enum KLVobjsense { KLV_SENSE_MINIMIZE = 0, KLV_SENSE_MAXIMIZE = 1 };
 
 enum KLVvartype { KLV_VAR_CONTINUOUS = 0, KLV_VAR_INTEGER = 1 };
+
+// Cones that variables x1 ... xn lie in; KLVdomaintype says what each is. A power cone has the exponents a and
+// 1 - a for x1 and x2, a being the cone's parameter.
+enum KLVconetype {
+    KLV_CONE_QUADRATIC = 0,
+    KLV_CONE_ROTATED_QUADRATIC = 1,
+    KLV_CONE_PRIMAL_EXPONENTIAL = 2,
+    KLV_CONE_DUAL_EXPONENTIAL = 3,
+    KLV_CONE_PRIMAL_POWER = 4,
+    KLV_CONE_DUAL_POWER = 5,
+    KLV_CONE_ZERO = 6
+};
+
+// Domains of affine conic constraints, for x1 ... xn. Each dual cone is the dual of the one before it.
+enum KLVdomaintype {
+    KLV_DOMAIN_FREE = 0,
+    KLV_DOMAIN_ZERO = 1,
+    KLV_DOMAIN_NONNEGATIVE = 2,
+    KLV_DOMAIN_NONPOSITIVE = 3,
+    KLV_DOMAIN_QUADRATIC_CONE = 4,             // x1 >= |(x2 ... xn)|, n >= 1
+    KLV_DOMAIN_ROTATED_QUADRATIC_CONE = 5,     // 2 x1 x2 >= |(x3 ... xn)|^2, x1, x2 >= 0, n >= 2
+    KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE = 6,    // x1 >= x2 exp (x3 / x2), x2 >= 0 and its limits, n = 3
+    KLV_DOMAIN_DUAL_EXPONENTIAL_CONE = 7,
+    KLV_DOMAIN_PRIMAL_POWER_CONE = 8,    // x1^b1 ... xk^bk >= |(xk+1 ... xn)|, x1 ... xk >= 0, for k
+                                         // exponents a > 0 and bi = ai / sum a, 1 <= k <= n
+    KLV_DOMAIN_DUAL_POWER_CONE = 9,
+    // (x1 ... xn-1)^(1 / (n - 1)) >= |xn|, x1 ... xn-1 >= 0, n >= 2
+    KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE = 10,
+    KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE = 11,
+    KLV_DOMAIN_SEMIDEFINITE_CONE = 12    // positive semidefinite matrices: lower triangle column by column,
+                                         // entries off the diagonal times sqrt (2)
+};
+
+// Numbers of types, which are counted from 0.
+enum { KLV_CONE_COUNT = 7, KLV_DOMAIN_COUNT = 13 };
 
 // Solutions of a task: interior, basic, integer.
 enum KLVsoltype { KLV_SOL_ITR = 0, KLV_SOL_BAS = 1, KLV_SOL_INT = 2, KLV_SOL_COUNT = 3 };
@@ -383,9 +420,6 @@ KLV_API KLVrescode_t KLV_getintinf (KLVtask_t task, int32_t index, int32_t* valu
 KLV_API KLVrescode_t KLV_appendvars (KLVtask_t task, int32_t count);
 KLV_API KLVrescode_t KLV_appendcons (KLVtask_t task, int32_t count);
 
-// Appends affine expressions. This version holds none: KLV_RES_NOT_AVAILABLE for a count above 0.
-KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
-
 // Makes room for entries of the constraint matrix; a hint that is never needed.
 KLV_API KLVrescode_t KLV_putmaxnumanz (KLVtask_t task, int64_t maxnumanz);
 
@@ -414,6 +448,80 @@ KLV_API KLVrescode_t KLV_putcfix (KLVtask_t task, double constant);
 KLV_API KLVrescode_t KLV_putobjsense (KLVtask_t task, int32_t sense);
 KLV_API KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type);
 
+/* Quadratic terms: 1/2 x'Qx in the objective, and 1/2 x'Qx in a constraint, each Q symmetric. An entry of Q is
+ * given once, in either triangle; entries that are given several times add up. Values are finite, their sums
+ * too. Each operation replaces all terms of the objective, or of all constraints. Wrong indices:
+ * KLV_RES_QOBJ_ROW_RANGE, _COLUMN_RANGE, KLV_RES_QCON_CONSTRAINT_RANGE, _ROW_RANGE, _COLUMN_RANGE. */
+KLV_API KLVrescode_t KLV_putqobj (KLVtask_t task, int32_t count, const int32_t* rows, const int32_t* columns,
+                                  const double* values);
+KLV_API KLVrescode_t KLV_putqcon (KLVtask_t task, int32_t count, const int32_t* constraints,
+                                  const int32_t* rows, const int32_t* columns, const double* values);
+
+// The number of quadratic terms that will be put; a hint that is never needed.
+KLV_API KLVrescode_t KLV_putmaxnumqnz (KLVtask_t task, int64_t maxnumqnz);
+
+// Appends affine expressions Fx + g, all zero.
+KLV_API KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count);
+
+/* Replaces column j of F: count entries, expressions in any order, each at most once, values finite. Zeros are
+ * kept as entries. */
+KLV_API KLVrescode_t KLV_putafefcol (KLVtask_t task, int32_t j, int64_t count, const int64_t* expressions,
+                                     const double* values);
+
+// Constants g of the expressions first ... last - 1; finite.
+KLV_API KLVrescode_t KLV_putafegslice (KLVtask_t task, int64_t first, int64_t last, const double* values);
+
+/* Make a domain (KLVdomaintype) of the given size and write its index. A size that such a domain can't have, and
+ * exponents that are not positive and finite or more than the size: KLV_RES_ARGUMENT. */
+KLV_API KLVrescode_t KLV_appendrdomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendrzerodomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendrplusdomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendrminusdomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendquadraticconedomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendrquadraticconedomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendprimalexpconedomain (KLVtask_t task, int64_t* domain);
+KLV_API KLVrescode_t KLV_appenddualexpconedomain (KLVtask_t task, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendprimalpowerconedomain (KLVtask_t task, int64_t size, int64_t count,
+                                                      const double* exponents, int64_t* domain);
+KLV_API KLVrescode_t KLV_appenddualpowerconedomain (KLVtask_t task, int64_t size, int64_t count,
+                                                    const double* exponents, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendprimalgeomeanconedomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appenddualgeomeanconedomain (KLVtask_t task, int64_t size, int64_t* domain);
+KLV_API KLVrescode_t KLV_appendsvecpsdconedomain (KLVtask_t task, int64_t size, int64_t* domain);
+
+/* Appends an affine conic constraint: the expressions first ... first + size - 1, minus b, lie in a domain of that
+ * size. b: size finite values, or null for zeros. An expression may be in several constraints. */
+KLV_API KLVrescode_t KLV_appendaccseq (KLVtask_t task, int64_t domain, int64_t size, int64_t first,
+                                       const double* b);
+
+/* Appends a cone of variables. An unknown type: KLV_RES_CONE_TYPE_UNKNOWN; a number of members that such a cone
+ * can't have, a parameter that is not finite, or that of a power cone outside (0, 1): KLV_RES_ARGUMENT; a member
+ * that is no variable: KLV_RES_CONE_MEMBER; one that is in a cone already: KLV_RES_DUPLICATE_ENTRY. Power cones
+ * have two members at least. The parameter of other cones is kept, without meaning. */
+KLV_API KLVrescode_t KLV_appendcone (KLVtask_t task, int32_t type, double parameter, int32_t count,
+                                     const int32_t* members);
+
+/* Semidefinite variables: symmetric matrices of these orders (0 and more), positive semidefinite. Their lower
+ * triangles have 2147483647 entries at most, all together. */
+KLV_API KLVrescode_t KLV_appendbarvars (KLVtask_t task, int32_t count, const int32_t* orders);
+
+// Makes room for semidefinite variables; a hint that is never needed.
+KLV_API KLVrescode_t KLV_putmaxnumbarvar (KLVtask_t task, int32_t maxnumbarvar);
+
+/* Linear terms of semidefinite variables: entry (rows[k], columns[k]) of the symmetric coefficient matrix of
+ * variable variables[k] is values[k]. It is given once, in the lower triangle (row >= column, else
+ * KLV_RES_ARGUMENT); entries that are given several times add up. Values are finite, their sums too. Each
+ * operation replaces all such terms of the objective, of all constraints, of all affine expressions. */
+KLV_API KLVrescode_t KLV_putbarcblocktriplet (KLVtask_t task, int64_t count, const int32_t* variables,
+                                              const int32_t* rows, const int32_t* columns,
+                                              const double* values);
+KLV_API KLVrescode_t KLV_putbarablocktriplet (KLVtask_t task, int64_t count, const int32_t* constraints,
+                                              const int32_t* variables, const int32_t* rows,
+                                              const int32_t* columns, const double* values);
+KLV_API KLVrescode_t KLV_putafebarfblocktriplet (KLVtask_t task, int64_t count, const int64_t* expressions,
+                                                 const int32_t* variables, const int32_t* rows,
+                                                 const int32_t* columns, const double* values);
+
 // Names. Any text without a 0 byte is kept as it is; an empty name is no name.
 KLV_API KLVrescode_t KLV_puttaskname (KLVtask_t task, const char* name);
 KLV_API KLVrescode_t KLV_putobjname (KLVtask_t task, const char* name);
@@ -425,8 +533,8 @@ KLV_API KLVrescode_t KLV_putaccname (KLVtask_t task, int64_t k, const char* name
 
 // ---- Problem output ---------------------------------------------------------------------------------------
 
-/* Counts. Cones, semidefinite variables, affine and disjunctive conic constraints and quadratic terms are 0
- * in this version. */
+/* Counts. Quadratic terms of the objective and of constraint i; affine conic constraints, and the rows of all of
+ * them; disjunctive constraints, of which there are none in this version. */
 KLV_API KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t* count);
 KLV_API KLVrescode_t KLV_getnumcon (KLVtask_t task, int32_t* count);
 KLV_API KLVrescode_t KLV_getnumcone (KLVtask_t task, int32_t* count);
@@ -438,6 +546,8 @@ KLV_API KLVrescode_t KLV_getnumqconknz (KLVtask_t task, int32_t i, int64_t* coun
 KLV_API KLVrescode_t KLV_getnumacc (KLVtask_t task, int64_t* count);
 KLV_API KLVrescode_t KLV_getaccntot (KLVtask_t task, int64_t* count);
 KLV_API KLVrescode_t KLV_getnumdjc (KLVtask_t task, int64_t* count);
+
+// The order of semidefinite variable j, and the number of entries of its lower triangle.
 KLV_API KLVrescode_t KLV_getdimbarvarj (KLVtask_t task, int32_t j, int32_t* dimension);
 KLV_API KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t* length);
 
@@ -449,11 +559,50 @@ KLV_API KLVrescode_t KLV_getcfix (KLVtask_t task, double* constant);
  * all of them: at most one for each constraint. */
 KLV_API KLVrescode_t KLV_getacol (KLVtask_t task, int32_t j, int32_t* count, int32_t* rows, double* values);
 
-// Quadratic terms of the objective and of constraint i; room is the size of the arrays.
+/* Quadratic terms of the objective and of constraint i: lower triangles by column and row, each place once. room
+ * is the size of the arrays: KLV_RES_BUFFER_TOO_SMALL when there are more terms. */
 KLV_API KLVrescode_t KLV_getqobj (KLVtask_t task, int64_t room, int64_t* count, int32_t* rows,
                                   int32_t* columns, double* values);
 KLV_API KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t room, int64_t* count, int32_t* rows,
                                    int32_t* columns, double* values);
+
+// A cone: type, parameter, and its members in order; count of them, for which members has room.
+KLV_API KLVrescode_t KLV_getnumconemem (KLVtask_t task, int32_t k, int32_t* count);
+KLV_API KLVrescode_t KLV_getcone (KLVtask_t task, int32_t k, int32_t* type, double* parameter, int32_t* count,
+                                  int32_t* members);
+
+// A domain: type, size, and of a power cone the number of exponents and the exponents. A domain of another
+// type has no exponents.
+KLV_API KLVrescode_t KLV_getdomaintype (KLVtask_t task, int64_t domain, int32_t* type);
+KLV_API KLVrescode_t KLV_getdomainn (KLVtask_t task, int64_t domain, int64_t* size);
+KLV_API KLVrescode_t KLV_getpowerdomaininfo (KLVtask_t task, int64_t domain, int64_t* size, int64_t* count);
+KLV_API KLVrescode_t KLV_getpowerdomainalpha (KLVtask_t task, int64_t domain, double* exponents);
+
+/* All affine conic constraints: the domain of each, and for each of their rows, constraint after constraint, the
+ * expression and b. */
+KLV_API KLVrescode_t KLV_getaccs (KLVtask_t task, int64_t* domains, int64_t* expressions, double* b);
+
+/* The expressions of those rows: their constants g, and the entries of F and their number. Columns come one after
+ * another. */
+KLV_API KLVrescode_t KLV_getaccgvector (KLVtask_t task, double* values);
+KLV_API KLVrescode_t KLV_getaccfnumnz (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getaccftrip (KLVtask_t task, int64_t* rows, int32_t* columns, double* values);
+
+/* Terms of semidefinite variables in the objective, the constraints, and the rows of the affine conic
+ * constraints, and their number: by item, variable, column and row, each place once. room is the size of the
+ * arrays: KLV_RES_BUFFER_TOO_SMALL when there are more terms. */
+KLV_API KLVrescode_t KLV_getnumbarcblocktriplets (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getnumbarablocktriplets (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getaccbarfnumblocktriplets (KLVtask_t task, int64_t* count);
+KLV_API KLVrescode_t KLV_getbarcblocktriplet (KLVtask_t task, int64_t room, int64_t* count,
+                                              int32_t* variables, int32_t* rows, int32_t* columns,
+                                              double* values);
+KLV_API KLVrescode_t KLV_getbarablocktriplet (KLVtask_t task, int64_t room, int64_t* count,
+                                              int32_t* constraints, int32_t* variables, int32_t* rows,
+                                              int32_t* columns, double* values);
+KLV_API KLVrescode_t KLV_getaccbarfblocktriplet (KLVtask_t task, int64_t room, int64_t* count,
+                                                 int64_t* accrows, int32_t* variables, int32_t* rows,
+                                                 int32_t* columns, double* values);
 
 // Bound key and values of one item; the value of an absent bound is infinite.
 KLV_API KLVrescode_t KLV_getvarbound (KLVtask_t task, int32_t j, int32_t* key, double* lower, double* upper);
@@ -500,10 +649,12 @@ KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
 /* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops
  * give their termination code. With KLV_IPAR_WARM_START the task's solutions are the start: a basis, else a
  * point for the simplex methods, known values of the integer solution for the integer search. A bad start
- * costs time, never the answer. Afterwards the task holds the new solutions only. */
+ * costs time, never the answer. Afterwards the task holds the new solutions only. A problem with quadratic terms,
+ * affine conic constraints, cones or semidefinite variables gives KLV_RES_NOT_AVAILABLE in this version. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
-// Brings the problem into conic form, which a linear problem already has.
+// Brings the problem into conic form, which a problem without quadratic terms already has; one with them gives
+// KLV_RES_NOT_AVAILABLE in this version.
 KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
 
 // Repairs an infeasible problem: KLV_RES_NOT_AVAILABLE in this version. Weights: one for each bound, or null.
@@ -551,8 +702,9 @@ KLV_API KLVrescode_t KLV_getsuxslice (KLVtask_t task, int32_t which, int32_t fir
 KLV_API KLVrescode_t KLV_getsnxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
                                       double* values);
 
-/* Keys of all cones; values of the semidefinite variables first ... last - 1 (length doubles in all); duals
- * of all affine conic constraints. This version has no such items: nothing is written. */
+/* Keys of all cones; values and duals of the semidefinite variables first ... last - 1, whose lower triangles
+ * stand one after another, column by column (length is the size of the array); duals of all rows of affine conic
+ * constraints. Only the interior solution has such values: unknown keys and zeros for the basic one. */
 KLV_API KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t* keys);
 KLV_API KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last,
                                        int64_t length, double* values);
@@ -567,15 +719,17 @@ KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* val
  * all multipliers are known, slc and suc are computed from y (a missing y is slc - suc), and slx and sux from
  * their difference (if missing, from y). Statuses follow from these values and the problem. A certificate in the
  * form in which the library returns it is one again, once it is verified. The integer solution has no duals and
- * no proof of optimality: its status is at most PRIMAL_FEASIBLE. Conic values (skn, snx, doty) are ignored in
- * this version. */
+ * no proof of optimality: its status is at most PRIMAL_FEASIBLE. Of the interior solution, skn has one entry for
+ * each cone, snx one for each variable, doty one for each row of the affine conic constraints. Values of a
+ * problem with quadratic or conic parts are kept as they are given, with unknown status, in this version. */
 KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
                                          const int32_t* skx, const int32_t* skn, const double* xc,
                                          const double* xx, const double* y, const double* slc,
                                          const double* suc, const double* slx, const double* sux,
                                          const double* snx, const double* doty);
 
-/* Puts values of semidefinite variable j of a solution. This version has no such variables: no index is valid. */
+/* Put the values, or the duals, of semidefinite variable j of the interior solution, which must be there: its
+ * lower triangle column by column, finite or NaN. Of other solutions they are ignored. */
 KLV_API KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 KLV_API KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double* values);
 

@@ -2,7 +2,11 @@
 
 #include "kalvo/task/environment.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <string_view>
+#include <utility>
 
 namespace klv {
 
@@ -32,7 +36,7 @@ void check_index (std::int64_t index, std::int64_t count, const char* item)
             count - 1, ".");
 }
 
-void check_slice (std::int32_t first, std::int32_t last, std::int32_t count, const char* item)
+void check_slice (std::int64_t first, std::int64_t last, std::int64_t count, const char* item)
 {
     if (first < 0 || last < first || last > count)
         refuse (KLV_RES_INDEX_RANGE, "The slice from ", first, " to ", last, " is not part of the ", count,
@@ -44,6 +48,51 @@ void check_stream (std::int32_t stream)
     if (stream < 0 || stream >= stream_count)
         refuse (KLV_RES_STREAM_UNKNOWN, "There is no stream ", stream, ": streams are 0 to ",
                 stream_count - 1, ".");
+}
+
+void check_append (std::int64_t count, std::int64_t present, const char* item)
+{
+    if (count < 0)
+        refuse (KLV_RES_INDEX_RANGE, "The number of ", item, "s to append is negative: ", count, ".");
+    if (count > std::numeric_limits<std::int32_t>::max () - present)
+        refuse (KLV_RES_TOO_LARGE, present, " ", item, "s and ", count,
+                " more are more than can be counted.");
+}
+
+void check_count (std::int64_t count, const char* items)
+{
+    if (count < 0)
+        refuse (KLV_RES_INDEX_RANGE, "The number of ", items, " is negative: ", count, ".");
+    if (count > std::numeric_limits<std::int32_t>::max ())
+        refuse (KLV_RES_TOO_LARGE, count, " ", items, " are more than can be counted.");
+}
+
+void check_room (std::int64_t room, std::int64_t count, const char* items)
+{
+    if (room < count)
+        refuse (KLV_RES_BUFFER_TOO_SMALL, "There are ", count, " ", items, ", but room for ", room, ".");
+}
+
+std::string checked_name (const char* name)
+{
+    const std::string_view words = given_text (name, "name");
+    if (words.size () >= std::numeric_limits<std::int32_t>::max ())    // the length of a buffer counts a 0
+        refuse (KLV_RES_TOO_LARGE, "A name of ", words.size (), " bytes is too long.");
+    return std::string (words);
+}
+
+void put_name (Task& task, Names Problem::*names, std::int64_t index, std::int32_t count, const char* item,
+               const char* name)
+{
+    check_index (index, count, item);
+    std::string words = checked_name (name);
+    (task.edit_problem ().*names).put (static_cast<std::int32_t> (index), count, std::move (words));
+}
+
+std::optional<std::size_t> not_finite (std::span<const double> values)
+{
+    const auto found = std::ranges::find_if_not (values, [] (double value) { return std::isfinite (value); });
+    return found == values.end () ? std::nullopt : std::optional<std::size_t> (found - values.begin ());
 }
 
 KLVrescode_t give_text (std::string_view source, std::int32_t size, char* buffer, const char* name)

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <exception>
 #include <new>
+#include <optional>
 #include <source_location>
 #include <span>
 #include <stdexcept>
@@ -80,6 +81,22 @@ KLVrescode_t change (KLVtask_t task, const Operation& operation,
     return enter (task, Access::change, where, operation);
 }
 
+// Makes a change to the problem that handles `work` entries. Now and then the progress callback is asked first.
+template <class Operation>
+KLVrescode_t load (KLVtask_t task, std::int64_t work, const Operation& operation,
+                   const std::source_location& where = std::source_location::current ())
+{
+    return change (
+        task,
+        [&] (Task& t) -> KLVrescode_t {
+            if (const std::int32_t answer =
+                    t.ask_callback_while_loading (work > 0 ? static_cast<std::size_t> (work) : 0))
+                return stop_code (answer);
+            return result_of ([&] { return operation (t); });
+        },
+        where);
+}
+
 // Operations of the environment. There is only the default one, whose handle is null.
 template <class Operation>
 KLVrescode_t enter_environment (KLVenv_t env, const Operation& operation)
@@ -119,10 +136,31 @@ std::span<Value> array (Value* entries, std::int64_t count, const char* name)
 
 std::string_view given_text (const char* text, const char* name);
 
+// Writes the number that `value_of` takes from the problem.
+template <class Value, class Getter>
+KLVrescode_t give (KLVtask_t task, Value* place, const char* name, const Getter& value_of,
+                   const std::source_location& where = std::source_location::current ())
+{
+    return read (
+        task, [&] (Task& t) { output (place, name) = static_cast<Value> (value_of (t.problem ())); }, where);
+}
+
 // "variable", "constraint" ...: index is 0 ... count - 1.
 void check_index (std::int64_t index, std::int64_t count, const char* item);
-void check_slice (std::int32_t first, std::int32_t last, std::int32_t count, const char* item);
+void check_slice (std::int64_t first, std::int64_t last, std::int64_t count, const char* item);
 void check_stream (std::int32_t stream);
+// The number of items that are to be appended, of which `present` are there.
+void check_append (std::int64_t count, std::int64_t present, const char* item);
+void check_count (std::int64_t count, const char* items);
+// Room for `count` results.
+void check_room (std::int64_t room, std::int64_t count, const char* items);
+std::string checked_name (const char* name);
+// Names item `index` of `count` items.
+void put_name (Task& task, Names Problem::*names, std::int64_t index, std::int32_t count, const char* item,
+               const char* name);
+
+// The place of the first value that is not finite.
+std::optional<std::size_t> not_finite (std::span<const double> values);
 
 // A text into a buffer of `size` bytes: KLV_RES_BUFFER_TOO_SMALL, with the buffer cut, when it does not fit.
 KLVrescode_t give_text (std::string_view source, std::int32_t size, char* buffer, const char* name);

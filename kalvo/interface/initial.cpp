@@ -3,6 +3,7 @@
 #include "kalvo/interface/entry.h"
 #include "kalvo/verify/given.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -20,7 +21,7 @@ static std::vector<std::int32_t> given_keys (const std::int32_t* keys, std::int3
     return {given.begin (), given.end ()};
 }
 
-static std::vector<double> given_values (const double* values, std::int32_t count, const char* name)
+static std::vector<double> given_values (const double* values, std::int64_t count, const char* name)
 {
     if (values == nullptr)
         return {};
@@ -33,9 +34,9 @@ static std::vector<double> given_values (const double* values, std::int32_t coun
 }
 
 KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc, const int32_t* skx,
-                                 const int32_t*, const double* xc, const double* xx, const double* y,
+                                 const int32_t* skn, const double* xc, const double* xx, const double* y,
                                  const double* slc, const double* suc, const double* slx, const double* sux,
-                                 const double*, const double*)
+                                 const double* snx, const double* doty)
 {
     return change (task, [&] (Task& t) {
         check_index (which, KLV_SOL_COUNT, "solution");
@@ -52,26 +53,44 @@ KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* s
             given.slx = given_values (slx, n, "slx");
             given.sux = given_values (sux, n, "sux");
         }
+        if (which == KLV_SOL_ITR) {
+            given.skn = given_keys (skn, t.problem ().cone.count (), "skn");
+            given.snx = given_values (snx, n, "snx");
+            given.doty = given_values (doty, t.problem ().affine_constraint.rows (), "doty");
+        }
         Solution solution =
             complete (std::move (given), t.share_problem (), t.parameters, static_cast<KLVsoltype> (which));
         t.solutions[static_cast<std::size_t> (which)] = std::move (solution);
     });
 }
 
-static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t j)
+static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t j,
+                                std::vector<double> Solution::*member, const double* values)
 {
-    return change (task, [&] (Task&) {
+    return change (task, [&] (Task& t) {
         check_index (which, KLV_SOL_COUNT, "solution");
-        check_index (j, 0, "semidefinite variable");
+        const SemidefiniteVariables& variables = t.problem ().semidefinite;
+        check_index (j, variables.count (), "semidefinite variable");
+        std::optional<Solution>& solution = t.solutions[static_cast<std::size_t> (which)];
+        if (!solution)
+            refuse (KLV_RES_SOLUTION_UNDEFINED, "The task has no such solution to put a matrix into.");
+        const std::int64_t length = packed_length (variables.order[static_cast<std::size_t> (j)]);
+        array (values, length, "values");
+        if (which != KLV_SOL_ITR)
+            return;
+        const std::vector<double> given = given_values (values, length, "values");
+        std::vector<double>& all = (*solution).*member;
+        all.resize (static_cast<std::size_t> (variables.length ()), 0.0);
+        std::ranges::copy (given, all.begin () + variables.begin_of (j));
     });
 }
 
-KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double*)
+KLVrescode_t KLV_putbarxj (KLVtask_t task, int32_t which, int32_t j, const double* values)
 {
-    return put_matrix (task, which, j);
+    return put_matrix (task, which, j, &Solution::barx, values);
 }
 
-KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double*)
+KLVrescode_t KLV_putbarsj (KLVtask_t task, int32_t which, int32_t j, const double* values)
 {
-    return put_matrix (task, which, j);
+    return put_matrix (task, which, j, &Solution::bars, values);
 }

@@ -9,40 +9,11 @@
 
 using namespace klv;
 
-// Makes a change to the problem that handles `work` entries. Now and then the progress callback is asked first.
-template <class Operation>
-static KLVrescode_t load (KLVtask_t task, std::size_t work, const Operation& operation,
-                          const std::source_location& where = std::source_location::current ())
-{
-    return change (
-        task,
-        [&] (Task& t) -> KLVrescode_t {
-            if (const std::int32_t answer = t.ask_callback_while_loading (work))
-                return stop_code (answer);
-            return result_of ([&] { return operation (t); });
-        },
-        where);
-}
-
-static std::size_t length (std::int64_t first, std::int64_t last)
-{
-    return static_cast<std::size_t> (std::max<std::int64_t> (last - first, 0));
-}
-
 // ---- Sizes -----------------------------------------------------------------------------------------------
-
-static void check_append (std::int32_t count, std::int32_t present, const char* item)
-{
-    if (count < 0)
-        refuse (KLV_RES_INDEX_RANGE, "The number of ", item, "s to append is negative: ", count, ".");
-    if (count > std::numeric_limits<std::int32_t>::max () - present)
-        refuse (KLV_RES_TOO_LARGE, present, " ", item, "s and ", count,
-                " more are more than can be counted.");
-}
 
 KLVrescode_t KLV_appendvars (KLVtask_t task, int32_t count)
 {
-    return load (task, length (0, count), [&] (Task& t) {
+    return load (task, count, [&] (Task& t) {
         check_append (count, t.problem ().variables (), "variable");
         t.edit_problem ().append_variables (count);
         if (count > 0)
@@ -52,22 +23,11 @@ KLVrescode_t KLV_appendvars (KLVtask_t task, int32_t count)
 
 KLVrescode_t KLV_appendcons (KLVtask_t task, int32_t count)
 {
-    return load (task, length (0, count), [&] (Task& t) {
+    return load (task, count, [&] (Task& t) {
         check_append (count, t.problem ().constraints (), "constraint");
         t.edit_problem ().append_constraints (count);
         if (count > 0)
             t.drop_solutions ();
-    });
-}
-
-KLVrescode_t KLV_appendafes (KLVtask_t task, int64_t count)
-{
-    return change (task, [&] (Task&) {
-        if (count < 0)
-            refuse (KLV_RES_INDEX_RANGE, "The number of affine expressions to append is negative: ", count,
-                    ".");
-        if (count > 0)
-            refuse (KLV_RES_NOT_AVAILABLE, "This version can't hold affine expressions.");
     });
 }
 
@@ -106,7 +66,7 @@ static void check_entries (const Task& task, std::int32_t j, std::span<const std
 
 KLVrescode_t KLV_putacol (KLVtask_t task, int32_t j, int32_t count, const int32_t* rows, const double* values)
 {
-    return load (task, length (0, count), [&] (Task& t) {
+    return load (task, count, [&] (Task& t) {
         check_index (j, t.problem ().variables (), "variable");
         if (count < 0)
             refuse (KLV_RES_INDEX_RANGE, "The number of entries of the matrix column of ",
@@ -183,7 +143,7 @@ static KLVrescode_t put_bounds (KLVtask_t task, Bounds Problem::*which, const ch
                                 const std::source_location& where = std::source_location::current ())
 {
     return load (
-        task, length (first, last),
+        task, std::int64_t{last} - first,
         [&] (Task& t) {
             check_slice (first, last, (t.problem ().*which).count (), item);
             const std::int32_t count = last - first;
@@ -225,7 +185,7 @@ KLVrescode_t KLV_putconboundslice (KLVtask_t task, int32_t first, int32_t last, 
 
 KLVrescode_t KLV_putcslice (KLVtask_t task, int32_t first, int32_t last, const double* costs)
 {
-    return load (task, length (first, last), [&] (Task& t) {
+    return load (task, std::int64_t{last} - first, [&] (Task& t) {
         check_slice (first, last, t.problem ().variables (), "variable");
         const auto given = array (costs, last - first, "costs");
         for (std::size_t k = 0; k < given.size (); ++k)
@@ -272,14 +232,6 @@ KLVrescode_t KLV_putvartype (KLVtask_t task, int32_t j, int32_t type)
 
 // ---- Names -----------------------------------------------------------------------------------------------
 
-static std::string checked_name (const char* name)
-{
-    const std::string_view words = given_text (name, "name");
-    if (words.size () >= std::numeric_limits<std::int32_t>::max ())    // the length of a buffer counts a 0
-        refuse (KLV_RES_TOO_LARGE, "A name of ", words.size (), " bytes is too long.");
-    return std::string (words);
-}
-
 KLVrescode_t KLV_puttaskname (KLVtask_t task, const char* name)
 {
     return change (task, [&] (Task& t) {
@@ -299,34 +251,13 @@ KLVrescode_t KLV_putobjname (KLVtask_t task, const char* name)
 KLVrescode_t KLV_putvarname (KLVtask_t task, int32_t j, const char* name)
 {
     return load (task, 0, [&] (Task& t) {
-        check_index (j, t.problem ().variables (), "variable");
-        std::string words = checked_name (name);
-        Problem& problem = t.edit_problem ();
-        problem.variable_name.put (j, problem.variables (), std::move (words));
+        put_name (t, &Problem::variable_name, j, t.problem ().variables (), "variable", name);
     });
 }
 
 KLVrescode_t KLV_putconname (KLVtask_t task, int32_t i, const char* name)
 {
     return load (task, 0, [&] (Task& t) {
-        check_index (i, t.problem ().constraints (), "constraint");
-        std::string words = checked_name (name);
-        Problem& problem = t.edit_problem ();
-        problem.constraint_name.put (i, problem.constraints (), std::move (words));
+        put_name (t, &Problem::constraint_name, i, t.problem ().constraints (), "constraint", name);
     });
-}
-
-KLVrescode_t KLV_putconename (KLVtask_t task, int32_t k, const char*)
-{
-    return change (task, [&] (Task&) { check_index (k, 0, "cone"); });
-}
-
-KLVrescode_t KLV_putbarvarname (KLVtask_t task, int32_t j, const char*)
-{
-    return change (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
-}
-
-KLVrescode_t KLV_putaccname (KLVtask_t task, int64_t k, const char*)
-{
-    return change (task, [&] (Task&) { check_index (k, 0, "affine conic constraint"); });
 }

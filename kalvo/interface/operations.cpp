@@ -4,6 +4,7 @@
 #include "kalvo/interface/entry.h"
 #include "kalvo/report/analysis.h"
 #include "kalvo/report/summary.h"
+#include "kalvo/solve/supported.h"
 #include "kalvo/worker/optimize.h"
 
 #include <utility>
@@ -59,12 +60,20 @@ static void keep_replay (Task& task)
 
 KLVrescode_t KLV_optimize (KLVtask_t task)
 {
-    return run (task, [&] (Task& t) { return optimize_task (t, [&] { keep_replay (t); }); });
+    return run (task, [&] (Task& t) {
+        check_supported (t.problem ());
+        return optimize_task (t, [&] { keep_replay (t); });
+    });
 }
 
 KLVrescode_t KLV_toconic (KLVtask_t task)
 {
-    return change (task, [] (Task&) {});
+    return change (task, [] (Task& t) {
+        for (const Feature feature : {Feature::quadratic_objective, Feature::quadratic_constraints})
+            if (t.problem ().features ().has (feature))
+                refuse (KLV_RES_NOT_AVAILABLE, "This version can't bring ",
+                        feature_names[static_cast<std::size_t> (feature)], " into conic form.");
+    });
 }
 
 KLVrescode_t KLV_primalrepair (KLVtask_t task, const double*, const double*, const double*, const double*)

@@ -6,14 +6,6 @@
 
 using namespace klv;
 
-// Writes the number that `value_of` takes from the problem.
-template <class Value, class Getter>
-static KLVrescode_t give (KLVtask_t task, Value* place, const char* name, const Getter& value_of,
-                          const std::source_location& where = std::source_location::current ())
-{
-    return read (task, [&] (Task& t) { output (place, name) = value_of (t.problem ()); }, where);
-}
-
 // ---- Counts ----------------------------------------------------------------------------------------------
 
 KLVrescode_t KLV_getnumvar (KLVtask_t task, int32_t* count)
@@ -36,58 +28,10 @@ KLVrescode_t KLV_getnumanz (KLVtask_t task, int64_t* count)
     return give (task, count, "count", [] (const Problem& problem) { return problem.matrix.entries (); });
 }
 
-template <class Count>
-static KLVrescode_t give_none (KLVtask_t task, Count* count)
-{
-    return give (task, count, "count", [] (const Problem&) { return Count{0}; });
-}
-
-KLVrescode_t KLV_getnumcone (KLVtask_t task, int32_t* count)
-{
-    return give_none (task, count);
-}
-
-KLVrescode_t KLV_getnumbarvar (KLVtask_t task, int32_t* count)
-{
-    return give_none (task, count);
-}
-
-KLVrescode_t KLV_getnumqobjnz (KLVtask_t task, int64_t* count)
-{
-    return give_none (task, count);
-}
-
-KLVrescode_t KLV_getnumacc (KLVtask_t task, int64_t* count)
-{
-    return give_none (task, count);
-}
-
-KLVrescode_t KLV_getaccntot (KLVtask_t task, int64_t* count)
-{
-    return give_none (task, count);
-}
-
+// Disjunctive constraints can't be stated.
 KLVrescode_t KLV_getnumdjc (KLVtask_t task, int64_t* count)
 {
-    return give_none (task, count);
-}
-
-KLVrescode_t KLV_getnumqconknz (KLVtask_t task, int32_t i, int64_t* count)
-{
-    return give (task, count, "count", [&] (const Problem& problem) {
-        check_index (i, problem.constraints (), "constraint");
-        return 0;
-    });
-}
-
-KLVrescode_t KLV_getdimbarvarj (KLVtask_t task, int32_t j, int32_t*)
-{
-    return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
-}
-
-KLVrescode_t KLV_getlenbarvarj (KLVtask_t task, int32_t j, int64_t*)
-{
-    return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
+    return give (task, count, "count", [] (const Problem&) { return 0; });
 }
 
 // ---- Objective, matrix, bounds, types --------------------------------------------------------------------
@@ -131,16 +75,6 @@ KLVrescode_t KLV_getacol (KLVtask_t task, int32_t j, int32_t* count, int32_t* ro
         std::ranges::copy (column.values, value_places.begin ());
         size_place = size;
     });
-}
-
-KLVrescode_t KLV_getqobj (KLVtask_t task, int64_t, int64_t* count, int32_t*, int32_t*, double*)
-{
-    return give_none (task, count);
-}
-
-KLVrescode_t KLV_getqconk (KLVtask_t task, int32_t i, int64_t, int64_t* count, int32_t*, int32_t*, double*)
-{
-    return KLV_getnumqconknz (task, i, count);
 }
 
 static KLVrescode_t give_bound (KLVtask_t task, const Bounds Problem::*which, const char* item,
@@ -188,7 +122,9 @@ KLVrescode_t KLV_getmaxnamelen (KLVtask_t task, int32_t* length)
 {
     return give (task, length, "length", [] (const Problem& problem) {
         return static_cast<std::int32_t> (
-            std::max (problem.variable_name.longest (), problem.constraint_name.longest ()));
+            std::max ({problem.variable_name.longest (), problem.constraint_name.longest (),
+                       problem.affine_constraint_name.longest (), problem.cone_name.longest (),
+                       problem.semidefinite_name.longest ()}));
     });
 }
 
@@ -216,19 +152,4 @@ KLVrescode_t KLV_getconname (KLVtask_t task, int32_t i, int32_t size, char* name
         check_index (i, t.problem ().constraints (), "constraint");
         return give_text (t.problem ().constraint_name.get (i), size, name, "name");
     });
-}
-
-KLVrescode_t KLV_getconename (KLVtask_t task, int32_t k, int32_t, char*)
-{
-    return read (task, [&] (Task&) { check_index (k, 0, "cone"); });
-}
-
-KLVrescode_t KLV_getbarvarname (KLVtask_t task, int32_t j, int32_t, char*)
-{
-    return read (task, [&] (Task&) { check_index (j, 0, "semidefinite variable"); });
-}
-
-KLVrescode_t KLV_getaccname (KLVtask_t task, int64_t k, int32_t, char*)
-{
-    return read (task, [&] (Task&) { check_index (k, 0, "affine conic constraint"); });
 }

@@ -127,42 +127,65 @@ KLVrescode_t KLV_getsuxslice (KLVtask_t task, int32_t which, int32_t first, int3
     return give_slice (task, which, &Solution::sux, Side::dual, "variable", first, last, values, "values");
 }
 
-// No variable is a member of a cone: its conic dual is 0.
+// ---- Values that only the interior solution has ------------------------------------------------------------
+
+// Entries of which nothing is known are 0.
+template <class Value>
+static void give_conic (const std::vector<Value>& values, std::int64_t first, std::int64_t last,
+                        Value* places, const char* name)
+{
+    const auto taken = array (places, last - first, name);
+    if (values.empty ())
+        std::ranges::fill (taken, Value{0});
+    else
+        std::copy_n (values.begin () + first, taken.size (), taken.begin ());
+}
+
 KLVrescode_t KLV_getsnxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, double* values)
 {
     return read (task, [&] (Task& t) {
-        defined (t, which);
+        const Solution& solution = defined (t, which);
         check_duals (which);
         check_slice (first, last, t.problem ().variables (), "variable");
-        std::ranges::fill (array (values, last - first, "values"), 0.0);
+        give_conic (solution.snx, first, last, values, "values");
     });
 }
 
-KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t*)
-{
-    return read (task, [&] (Task& t) { defined (t, which); });
-}
-
-static KLVrescode_t give_no_matrices (KLVtask_t task, std::int32_t which, std::int32_t first,
-                                      std::int32_t last)
+KLVrescode_t KLV_getskn (KLVtask_t task, int32_t which, int32_t* keys)
 {
     return read (task, [&] (Task& t) {
-        defined (t, which);
-        check_slice (first, last, 0, "semidefinite variable");
+        give_conic (defined (t, which).skn, 0, t.problem ().cone.count (), keys, "keys");
     });
 }
 
-KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int64_t, double*)
+static KLVrescode_t give_matrices (KLVtask_t task, std::int32_t which, std::vector<double> Solution::*member,
+                                   std::int32_t first, std::int32_t last, std::int64_t length, double* values)
 {
-    return give_no_matrices (task, which, first, last);
+    return read (task, [&] (Task& t) {
+        const Solution& solution = defined (t, which);
+        const SemidefiniteVariables& variables = t.problem ().semidefinite;
+        check_slice (first, last, variables.count (), "semidefinite variable");
+        const std::int32_t begin = variables.begin_of (first), end = variables.begin_of (last);
+        check_room (length, end - begin, "entries of semidefinite variables");
+        give_conic (solution.*member, begin, end, values, "values");
+    });
 }
 
-KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int64_t, double*)
+KLVrescode_t KLV_getbarxslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int64_t length,
+                               double* values)
 {
-    return give_no_matrices (task, which, first, last);
+    return give_matrices (task, which, &Solution::barx, first, last, length, values);
 }
 
-KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double*)
+KLVrescode_t KLV_getbarsslice (KLVtask_t task, int32_t which, int32_t first, int32_t last, int64_t length,
+                               double* values)
 {
-    return read (task, [&] (Task& t) { defined (t, which); });
+    return give_matrices (task, which, &Solution::bars, first, last, length, values);
+}
+
+KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* values)
+{
+    return read (task, [&] (Task& t) {
+        give_conic (defined (t, which).doty, 0, t.problem ().affine_constraint.rows (), values, "values");
+    });
 }

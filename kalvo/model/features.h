@@ -7,11 +7,22 @@
 
 namespace klv {
 
-enum class Feature : std::uint8_t { integers, count };
+enum class Feature : std::uint8_t {
+    integers,
+    quadratic_objective,
+    quadratic_constraints,
+    affine_expressions,
+    affine_constraints,
+    cones,
+    semidefinite_variables,
+    count
+};
 
 // In messages: "LP cannot hold ...".
 constexpr std::array<const char*, static_cast<std::size_t> (Feature::count)> feature_names{
-    "integer variables",
+    "integer variables",      "quadratic terms of the objective", "quadratic terms of constraints",
+    "affine expressions",     "affine conic constraints",         "cones",
+    "semidefinite variables",
 };
 
 class Features {
@@ -40,5 +51,16 @@ private:
 
     std::uint32_t bits_ = 0;
 };
+
+// Of problems that are linear programmes, mixed-integer ones too: expressions alone constrain nothing.
+constexpr Features linear_features{Feature::integers, Feature::affine_expressions};
+
+constexpr Features all_features ()
+{
+    Features all;
+    for (std::size_t i = 0; i < feature_names.size (); ++i)
+        all.add (static_cast<Feature> (i));
+    return all;
+}
 
 }

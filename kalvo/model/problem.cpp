@@ -59,7 +59,24 @@ Features Problem::features () const
     Features used;
     if (integers > 0)
         used.add (Feature::integers);
+    if (quadratic_objective.count () > 0)
+        used.add (Feature::quadratic_objective);
+    if (quadratic_constraint.count () > 0)
+        used.add (Feature::quadratic_constraints);
+    if (affine.count () > 0)
+        used.add (Feature::affine_expressions);
+    if (affine_constraint.count () > 0)
+        used.add (Feature::affine_constraints);
+    if (cone.count () > 0)
+        used.add (Feature::cones);
+    if (semidefinite.count () > 0)
+        used.add (Feature::semidefinite_variables);
     return used;
+}
+
+bool Problem::is_linear () const
+{
+    return features ().missing_in (linear_features) == nullptr;
 }
 
 void Problem::append_variables (std::int32_t count)
@@ -68,6 +85,7 @@ void Problem::append_variables (std::int32_t count)
     make_room (variable, more);
     make_room (cost, more);
     make_room (integer, more);
+    affine.cover (variables () + count);
     matrix.append_columns (count);
 
     append_free (variable, more);

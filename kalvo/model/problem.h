@@ -2,8 +2,13 @@
 #pragma once
 
 #include "kalvo/include/kalvo.h"
+#include "kalvo/model/affine.h"
+#include "kalvo/model/cones.h"
+#include "kalvo/model/domain.h"
 #include "kalvo/model/features.h"
 #include "kalvo/model/matrix.h"
+#include "kalvo/model/semidefinite.h"
+#include "kalvo/model/terms.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -61,15 +66,28 @@ struct Problem {
     std::int32_t integers = 0;
     ColumnMatrix matrix;
 
+    SymmetricTerms quadratic_objective;    // Q of the term 1/2 x'Qx
+    SymmetricTerms quadratic_constraint;
+    AffineExpressions affine;
+    Domains domain;
+    AffineConstraints affine_constraint;
+    Cones cone;
+    SemidefiniteVariables semidefinite;
+
     std::string name;
     std::string objective_name;
     Names variable_name;
     Names constraint_name;
+    Names affine_constraint_name;
+    Names cone_name;
+    Names semidefinite_name;
 
     std::int32_t variables () const { return variable.count (); }
     std::int32_t constraints () const { return constraint.count (); }
 
     Features features () const;
+    // Whether variables, integers among them, only have bounds and linear terms.
+    bool is_linear () const;
     // Whether the matrix has no entries, so that every row and every variable is a problem of its own.
     bool is_separable () const { return matrix.entries () == 0; }
 

@@ -25,6 +25,10 @@ struct Solution {
     std::vector<std::int32_t> skc, skx;
     std::vector<double> xc, xx;
     std::vector<double> y, slc, suc, slx, sux;    // empty in the integer slot
+    // Of the interior slot: keys of cones, conic duals of variables, packed triangles of semidefinite variables and of their duals,
+    // duals of the rows of affine conic constraints. Empty where nothing is known: keys are unknown then, values 0.
+    std::vector<std::int32_t> skn = {};
+    std::vector<double> snx = {}, barx = {}, bars = {}, doty = {};
     double primal_objective = 0;
     double dual_objective = 0;
     bool has_primal = false;    // all of xx is known; otherwise xx holds zeros, or NaN for unknown values
@@ -39,6 +43,8 @@ using Solutions = std::array<std::optional<Solution>, KLV_SOL_COUNT>;
 struct GivenSolution {
     std::vector<std::int32_t> skc, skx;
     std::vector<double> xx, xc, y, slc, suc, slx, sux;
+    std::vector<std::int32_t> skn = {};
+    std::vector<double> snx = {}, barx = {}, bars = {}, doty = {};    // as in Solution
     bool certificate = false;    // y, slx and sux prove infeasibility, or xx unboundedness
 };
 

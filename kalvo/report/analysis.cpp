@@ -178,6 +178,23 @@ static void print_ranges (Page& page, const char* what, const Magnitudes& magnit
         page.line ("  %-21s%12s %12s %12s", what, "-", "-", "-");
 }
 
+static void print_conic_ranges (Page& page, const Problem& problem)
+{
+    const auto ranges = [&] (const char* what, std::initializer_list<std::span<const double>> lists) {
+        Magnitudes magnitudes;
+        for (const auto& values : lists)
+            for (const double value : values)
+                magnitudes.add (value);
+        if (magnitudes.any ())
+            print_ranges (page, what, magnitudes);
+    };
+    const SemidefiniteVariables& matrices = problem.semidefinite;
+    ranges ("Quadratic terms", {problem.quadratic_objective.value, problem.quadratic_constraint.value});
+    ranges ("Affine constants", {problem.affine.g});
+    ranges ("Semidefinite terms",
+            {matrices.objective.value, matrices.constraint.value, matrices.expression.value});
+}
+
 static void print_warnings (Page& page, const Problem& problem, const Analysis& analysis)
 {
     const auto ratio = [&] (const char* what, const Magnitudes& magnitudes) {
@@ -214,6 +231,28 @@ static void print_warnings (Page& page, const Problem& problem, const Analysis& 
                          describe_variable (problem, analysis.variable.first_crossed), "."));
 }
 
+// Lines for those classes of terms and items that the problem has.
+static void print_conic (Page& page, const Problem& problem)
+{
+    const auto count = [&] (const char* what, std::int64_t items) {
+        if (items > 0)
+            page.line ("  %-21s%12lld", what, static_cast<long long> (items));
+    };
+    count ("Quadratic objective", problem.quadratic_objective.count ());
+    count ("Quadratic constraints", problem.quadratic_constraint.count ());
+    count ("Affine expressions", problem.affine.count ());
+    count ("  their entries", problem.affine.f.entries ());
+    count ("Affine conic constr.", problem.affine_constraint.count ());
+    count ("  their rows", problem.affine_constraint.rows ());
+    count ("Cones", problem.cone.count ());
+    count ("  their members", std::ssize (problem.cone.member));
+    count ("Semidefinite matrices", problem.semidefinite.count ());
+    count ("  their entries", problem.semidefinite.length ());
+    count ("  their terms", problem.semidefinite.objective.count () +
+                                problem.semidefinite.constraint.count () +
+                                problem.semidefinite.expression.count ());
+}
+
 KLVrescode_t problem_summary (Task& task, std::int32_t stream)
 {
     const Problem& problem = task.problem ();
@@ -223,6 +262,7 @@ KLVrescode_t problem_summary (Task& task, std::int32_t stream)
     page.line ("  Variables            %12d", problem.variables ());
     page.line ("  Integer variables    %12d", problem.integers);
     page.line ("  Matrix entries       %12lld", static_cast<long long> (problem.matrix.entries ()));
+    print_conic (page, problem);
     return KLV_RES_OK;
 }
 
@@ -247,9 +287,11 @@ KLVrescode_t analyze_problem (Task& task, std::int32_t stream)
     const double entries = static_cast<double> (problem.matrix.entries ());
     page.line ("  %-21s%12.0f", "Matrix entries", entries);
     page.line ("  %-21s%11.3g%%", "  of all places", places > 0 ? 100 * entries / places : 0.0);
+    print_conic (page, problem);
     page.line ("%-23s%12s %12s %12s", "Magnitudes", "smallest", "largest", "ratio");
     print_ranges (page, "Matrix", analysis.matrix);
     print_ranges (page, "Costs", analysis.cost);
+    print_conic_ranges (page, problem);
     print_ranges (page, "Constraint bounds", analysis.constraint.magnitudes);
     print_ranges (page, "Variable bounds", analysis.variable.magnitudes);
     print_warnings (page, problem, analysis);

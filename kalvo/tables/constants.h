@@ -13,6 +13,8 @@ enum class Group {
     bound_key,
     sense,
     variable_type,
+    cone_type,
+    domain_type,
     solution,
     problem_status,
     solution_status,

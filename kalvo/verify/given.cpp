@@ -56,6 +56,7 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
                                const Parameters& parameters, KLVsoltype which)
 {
     const bool integers = which == KLV_SOL_INT;
+    const bool measured = problem->is_linear ();    // other terms can't be measured yet
     const std::size_t m = problem->constraint.key.size (), n = problem->variable.key.size ();
     const Values y = given.y.empty () ? difference (given.slc, given.suc) : given.y;
     Values reduced_cost = difference (given.slx, given.sux);
@@ -63,13 +64,13 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
     Solution solution = Check (problem, parameters, integers).unknown_solution ();
     solution.has_primal = is_known (given.xx, n);
     solution.has_dual = !integers && is_known (y, m) && (reduced_cost.empty () || is_known (reduced_cost, n));
-    if (solution.has_primal)
+    if (measured && solution.has_primal)
         measure_primal (*problem, given.xx, solution);
-    if (solution.has_dual)
+    if (measured && solution.has_dual)
         measure_dual (*problem, y, std::move (reduced_cost), solution);
-    if (!integers)
+    if (measured && !integers)
         judge (tolerances (parameters), solution);
-    else if (solution.has_primal) {
+    else if (measured && solution.has_primal) {
         measure_integers (*problem, solution);
         judge_integer (tolerances (parameters), false, solution);
     }
@@ -79,11 +80,11 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
         solution.solution_status = KLV_SOLSTA_UNKNOWN;
     }
 
-    if (!solution.has_primal) {
+    if (!measured || !solution.has_primal) {
         keep (given.xx, solution.xx);
         keep (given.xc, solution.xc);
     }
-    if (!solution.has_dual && !integers) {
+    if ((!measured || !solution.has_dual) && !integers) {
         keep (y, solution.y);
         split (solution.y, problem->sense == KLV_SENSE_MAXIMIZE ? -1 : 1, solution.slc, solution.suc);
         keep (given.slc, solution.slc);
@@ -137,7 +138,7 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
                    const Parameters& parameters, KLVsoltype which)
 {
     Solution solution = checked_point (given, problem, parameters, which);
-    if (solution.solution_status != KLV_SOLSTA_OPTIMAL)
+    if (problem->is_linear () && solution.solution_status != KLV_SOLSTA_OPTIMAL)
         if (std::optional<Solution> certificate =
                 given_certificate (given, *problem, parameters.get (RealSetting::fixing_tolerance), which))
             solution = std::move (*certificate);
@@ -150,6 +151,13 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
     };
     keep_keys (solution.skc, given.skc);
     keep_keys (solution.skx, given.skx);
+    if (which == KLV_SOL_ITR) {
+        solution.skn = std::move (given.skn);
+        solution.snx = std::move (given.snx);
+        solution.barx = std::move (given.barx);
+        solution.bars = std::move (given.bars);
+        solution.doty = std::move (given.doty);
+    }
     return solution;
 }
 

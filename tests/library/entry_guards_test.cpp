@@ -25,15 +25,21 @@ struct Operation {
              {std::pair{
                   +KLV_RES_OK,
                   "linkfunctotaskstream linkfiletotaskstream putcallbackfunc putintparam appendvars "
-                  "appendcons appendafes putmaxnumanz putacol putvarboundslice putconboundslice putcslice "
+                  "appendcons appendafes putmaxnumanz putmaxnumqnz putmaxnumbarvar putqobj putqcon putacol "
+                  "putafefcol "
+                  "putafegslice appendbarvars putbarcblocktriplet putbarablocktriplet putafebarfblocktriplet "
+                  "getaccs getaccgvector getaccftrip putacol putvarboundslice putconboundslice putcslice "
                   "putcfix putobjsense putvartype readsummary analyzeproblem optimize toconic "
                   "solutionsummary optimizersummary getskcslice getskxslice getxcslice getxxslice "
                   "getyslice getslcslice getsucslice getslxslice getsuxslice getsnxslice getskn "
                   "getbarxslice getbarsslice getaccdotys putsolutionnew"},
+              {KLV_RES_ARGUMENT, "appendcone"},
               {KLV_RES_VALUE_UNKNOWN, "getparamname"},
               {KLV_RES_PARAMETER_RANGE, "putdouparam"},
-              {KLV_RES_INDEX_RANGE, "putconename putbarvarname putaccname getdimbarvarj getlenbarvarj "
-                                    "getconename getbarvarname getaccname putbarxj putbarsj"},
+              {KLV_RES_INDEX_RANGE,
+               "putconename putbarvarname putaccname getdimbarvarj getlenbarvarj "
+               "getconename getbarvarname getaccname putbarxj putbarsj appendaccseq getnumconemem "
+               "getcone getdomaintype getdomainn getpowerdomaininfo getpowerdomainalpha"},
               {KLV_RES_BUFFER_TOO_SMALL, "gettaskname getobjname getvarname getconname"},
               {KLV_RES_FILE_NAME_MISSING, "readdata"},
               {KLV_RES_NOT_AVAILABLE, "primalrepair"}})

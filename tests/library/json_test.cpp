@@ -1,5 +1,5 @@
 // JSON files: everything comes back to the last bit, and whatever is wrong is refused by name.
-#include "tests/library/model.h"
+#include "tests/library/every_class.h"
 
 #include <bit>
 
@@ -175,6 +175,74 @@ TEST (Json, FieldsOfALaterVersionOutsideTheProblemAreSkipped)
         }
 }
 
+TEST (Json, EveryClassComesBackWithItsSolution)
+{
+    const model::EveryClass every;
+    const model::Values xx (5, 1.0 / 3), snx{1, 2, 3, 4, 5}, doty{-0.0, 2, 3, 4}, matrix{1, 2, 0.1, 4, 5, 6};
+    const model::Ints keys{3, 4};
+    EXPECT_EQ (KLV_putsolutionnew (every, KLV_SOL_ITR, nullptr, nullptr, keys.data (), nullptr, xx.data (),
+                                   nullptr, nullptr, nullptr, nullptr, nullptr, snx.data (), doty.data ()),
+               0);
+    EXPECT_EQ (KLV_putbarsj (every, KLV_SOL_ITR, 1, matrix.data ()), 0);
+    Copy copy;
+    EXPECT_EQ (KLV_writedata (every, copy.path.c_str ()), 0) << every.last_error ();
+    std::string text = files::load (copy.path);
+    std::erase (text, '\n');
+    EXPECT_NE (text.find ("\"version\": 2"), text.npos);
+    ASSERT_EQ (copy.read (text), 0) << copy.again.last_error ();
+    EXPECT_EQ (model::difference (every.problem (), copy.again.problem ()).value_or (""), "");
+    const klv::Solution &before = *static_cast<KLVtask_t> (every)->solutions[KLV_SOL_ITR],
+                        &after = static_cast<KLVtask_t> (copy.again)->solutions[KLV_SOL_ITR].value ();
+    EXPECT_EQ (std::tie (before.xx, before.skn, before.snx, before.doty, before.bars),
+               std::tie (after.xx, after.skn, after.snx, after.doty, after.bars));
+    EXPECT_TRUE (after.barx.empty ());
+    for (const char* name : {"f.mps", "f.lp"}) {
+        EXPECT_EQ (KLV_writedata (every, (copy.folder / name).c_str ()), KLV_RES_FILE_CANNOT_HOLD);
+        EXPECT_PRED_FORMAT2 (IsSubstring, "cannot hold quadratic terms of the objective; JSON can",
+                             every.last_error ());
+    }
+
+    const struct {
+        std::string old, by, error;
+    } cases[] = {
+        {"'rows': [0,2,1]", "'rows': [0,2,5]",
+         "problem.quadratic_objective.rows[2]: must be the index of a row"},
+        {"'columns': [0,0,1]", "'columns': [0,0,2]",
+         "problem.quadratic_objective.columns[2]: must be an index up to"},
+        {"'values': [-2,", "'values': [-2,1,",
+         "problem.quadratic_objective.rows: has 3 entries where there are 4"},
+        {"'constraints': [0,1,1]", "'constraints': [0,1,2]",
+         "problem.quadratic_constraints.constraints[2]: must be"},
+        {"'counts': [0,3,0,0,1]", "'counts': [0,5,0,0,1]",
+         "problem.affine_expressions.counts[1]: counts entries"},
+        {"'expressions': [3,0,4,3]", "'expressions': [3,0,3,3]",
+         "expressions[2]: the variable has this expression"},
+        {"'QUADRATIC_CONE',", "'TREE',", "problem.domains.types[0]: 'TREE' is none of its words"},
+        {"'exponent_counts': [0,2]", "'exponent_counts': [1,1]",
+         "exponent_counts[0]: a quadratic cone has none"},
+        {"'sizes': [1,3]", "'sizes': [1,1]", "sizes[1]: a primal power cone of this size"},
+        {"'sizes': [1,3]", "'sizes': [1,4]", "problem.affine_constraints.domains[1]: has more rows than"},
+        {"'domains': [1,0]", "'domains': [1]",
+         "problem.affine_constraints.expressions: 1 entries belong to no"},
+        {"'expressions': [0,1,2,3]", "'expressions': [0,1,2,5]",
+         "expressions[3]: must be the index of an expression"},
+        {"'parameters': [0.3,", "'parameters': [1,", "cones.types[0]: a primal power cone can"},
+        {"'members': [4,0,1,2]", "'members': [4,0,1,4]",
+         "problem.cones.members[3]: the variable is in a cone already"},
+        {"'orders': [2,3]", "'orders': [2,-3]", "problem.semidefinite.orders[1]: must not be negative"},
+        {"'orders': [2,3]", "'orders': [2,2]", "rows[1]: must be the index of a row"},
+        {"'doty': [-0.0,", "'doty': [", "solutions.itr.doty: has 3 entries where there are 4 rows of affine"},
+        {"'skn': ['LOWER','UPPER']", "'skn': ['LOWER']",
+         "solutions.itr.skn: has 1 entries where there are 2 cones"},
+    };
+    for (const auto& [old, by, error] : cases) {
+        SCOPED_TRACE (error);
+        EXPECT_EQ (copy.read (replaced (text, old, by)), KLV_RES_FILE_SYNTAX);
+        EXPECT_PRED_FORMAT2 (IsSubstring, quoted (error), copy.again.last_error ());
+        EXPECT_EQ (copy.again.problem ().variables (), 0);
+    }
+}
+
 TEST (Json, WhatIsWrongIsRefusedByName)
 {
     const std::string text = files::json_example (), deep (1'000'000, '[');
@@ -182,9 +250,9 @@ TEST (Json, WhatIsWrongIsRefusedByName)
         std::string old, by, error;    // in which ' stands for a quote
     } cases[] = {
         {"'version': 1", "'version': 0", "f.json:3: column 13: version: versions begin with 1"},
-        {"1,\n'problem': {", "2,\n'problem': {'cones': [],",
-         "f.json:4: column 19: problem: the field 'cones' belongs to version 2; version 1 is read"},
-        {"'version': 1,", "'history': 0, 'version': 2,", "the field 'history' is unknown"},
+        {"1,\n'problem': {", "3,\n'problem': {'trees': [],",
+         "f.json:4: column 19: problem: the field 'trees' belongs to version 3; version 2 is read"},
+        {"'version': 1,", "'history': 0, 'version': 3,", "the field 'history' is unknown"},
         {"kalvo task", "other", "f.json:2: column 17: format: must be 'kalvo task'"},
         {"'version': 1,", "'version': 1, 'version': 1,", "the field 'version' is there twice"},
         {"'sense': 'MINIMIZE', ", "", "problem.objective: the field 'sense' is missing"},

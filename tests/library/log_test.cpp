@@ -1,5 +1,5 @@
 // The log: what it says of a run and why, in lines that stay the same and columns that can be read back.
-#include "tests/library/model.h"
+#include "tests/library/every_class.h"
 #include "tests/library/scripted_engine.h"
 
 #include <regex>
@@ -153,6 +153,19 @@ TEST (Analysis, CountsWhatIsThere)
         "places 20% "
         "Magnitudes smallest largest ratio Matrix 5.00e-01 1.00e+03 2.0e+03 Costs 2.50e-01 4.00e+00 1.6e+01 "
         "Constraint bounds 2.00e+00 8.00e+00 4.0e+00 Variable bounds 1.00e+00 5.00e+02 5.0e+02 ");
+    const std::string classes =
+        "Quadratic objective 3 Quadratic constraints 3 Affine expressions 5 their entries 4 "
+        "Affine conic constr. 2 their rows 4 Cones 2 their members 4 Semidefinite matrices 2 "
+        "their entries 9 their terms 7 ";
+    EXPECT_PRED_FORMAT2 (testing::IsSubstring, "Matrix entries 4 " + classes,
+                         printed (model::EveryClass (), KLV_readsummary));
+    EXPECT_PRED_FORMAT2 (
+        testing::IsSubstring,
+        "places 40% " + classes +
+            "Magnitudes smallest largest ratio Matrix 1.00e+00 1.00e+00 1.0e+00 Costs 1.00e+00 "
+            "5.00e+00 5.0e+00 Quadratic terms 7.50e-01 3.00e+00 4.0e+00 Affine constants 5.00e-01 "
+            "1.00e+300 2.0e+300 Semidefinite terms 1.00e+00 7.00e+00 7.0e+00 ",
+        printed (model::EveryClass (), KLV_analyzeproblem));
     EXPECT_PRED_FORMAT2 (testing::IsSubstring,
                          "of all places 0% Magnitudes smallest largest ratio Matrix - - -",
                          printed (model::Task (), KLV_analyzeproblem));

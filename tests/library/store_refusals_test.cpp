@@ -82,7 +82,6 @@ const Refusal refusals[] = {
     {KLV_RES_INDEX_RANGE, "-1", [] (T t) { return KLV_appendvars (t, -1); }},
     {KLV_RES_TOO_LARGE, "3 variables and 2147483645 more",
      [] (T t) { return KLV_appendvars (t, 2147483645); }},
-    {KLV_RES_NOT_AVAILABLE, "affine", [] (T t) { return KLV_appendafes (t, 1); }},
     {KLV_RES_INDEX_RANGE, "-1", [] (T t) { return KLV_putmaxnumanz (t, -1); }},
     {KLV_RES_NOT_AVAILABLE, "'far away'", [] (T t) { return KLV_putoptserverhost (t, "far away"); }},
     {KLV_RES_STREAM_UNKNOWN, "stream 4", [] (T t) { return KLV_analyzeproblem (t, 4); }},

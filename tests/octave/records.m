@@ -46,3 +46,40 @@
 %! assert (again.param, setfield (first.param, "KLV_SPAR_DATA_FILE", again.param.KLV_SPAR_DATA_FILE));
 %! assert (again.prob, first.prob);
 %! assert (solved ("prob echo(0)", res.prob).prob, res.prob);
+
+## Every class of problems comes back as the same problem, in either sense.
+%!test
+%! base = struct ("a", sparse ([1 2 0; 0 0 3]), "c", [1; 2; 3], "names", struct ("con", {{"eins", "zwei"}}));
+%! quadratic = base;
+%! [quadratic.qosubi, quadratic.qosubj, quadratic.qoval] = deal ([1 3 1 2], [3 1 1 2], [0.1 0.2 pi -1]);
+%! [quadratic.qcsubk, quadratic.qcsubi, quadratic.qcsubj, quadratic.qcval] = deal ([2; 1; 2], [3; 2; 1], [1; 2; 3], [1; 2; 3]);
+%! cones = base;
+%! cones.cones = {struct("type", "KLV_CONE_PRIMAL_POWER", "sub", [3 1], "conepar", 0.3), struct("type", 6, "sub", 2)};
+%! cones.names.cone = {"power", ""};
+%! affine = base;
+%! affine.f = sparse ([0 1 0; 2 0 0.1; 0 0 0; 0 3 4; 1 1 1; 0 0 0; 5 0 0; 0 0 6; 7 0 0]);
+%! affine.g = [1 -0.1 0 1e300 5 6 7 8 9];
+%! affine.accs = [8 3 2 1/3 2, 6 3, 12 3];
+%! affine.names.acc = {"p", "", "matrix"};
+%! affine.bardim = [2 3];
+%! affine.barc = struct ("subj", [2 1 2], "subk", [3 1 3], "subl", [1 1 1], "val", [0.1 1 0.2]);
+%! affine.bara = struct ("subi", 2, "subj", 1, "subk", 2, "subl", 1, "val", -4);
+%! affine.barf = struct ("subi", [9; 1], "subj", [1; 2], "subk", [2; 3], "subl", [2; 2], "val", [1; 2]);
+%! affine.names.barvar = {"X", "Y"};
+%! vector = base;
+%! [vector.f, vector.cones] = deal (sparse (8, 3), [0 3 5 3 2 1 3 6 2]);
+%! for p = {quadratic, cones, affine, vector}
+%!   for command = {"prob min echo(0)", "prob max echo(0)"}
+%!     first = solved (command{1}, p{1}).prob;
+%!     assert (solved (command{1}, first).prob, first);
+%!   endfor
+%! endfor
+%! first = solved ("prob echo(0)", quadratic).prob;
+%! q = accumarray ([first.qosubi first.qosubj], first.qoval, [3 3]);
+%! assert (q, [pi 0 0; 0 -1 0; 0.1+0.2 0 0]);
+%! first = solved ("prob echo(0)", affine).prob;
+%! assert (first.f, affine.f);
+%! assert (first.g, affine.g.');
+%! assert (first.accs, affine.accs.');
+%! assert (first.barc, struct ("subj", [1; 2], "subk", [1; 3], "subl", [1; 1], "val", [1; 0.1+0.2]));
+%! assert (solved ("prob echo(0)", vector).prob.accs, [4 3 9 3 2 1 3 1 2].');

@@ -145,12 +145,59 @@ std::string text_of (const klv::Problem& p)
     return text;
 }
 
+namespace {
+
+std::string list (const auto& values)
+{
+    std::string text;
+    for (const auto& value : values)
+        if constexpr (std::is_floating_point_v<std::remove_cvref_t<decltype (value)>>)
+            text += ' ' + text_of (value);
+        else
+            text += ' ' + std::to_string (value);
+    return text;
+}
+
+std::string list (const klv::SymmetricTerms& terms)
+{
+    return list (terms.item) + "," + list (terms.variable) + "," + list (terms.row) + "," +
+           list (terms.column) + "," + list (terms.value);
+}
+
+std::string list (const klv::Names& names, std::int32_t count)
+{
+    std::string text;
+    for (std::int32_t i = 0; i < count; ++i)
+        text += "'" + names.get (i) + "'";
+    return text;
+}
+
+// What a problem has beyond its linear part, as it is stored.
+std::string conic_text (const klv::Problem& p)
+{
+    std::string text = " / Q" + list (p.quadratic_objective) + ";" + list (p.quadratic_constraint) + " / F";
+    for (std::int32_t j = 0; j < std::min (p.affine.f.columns (), p.variables ()); ++j)
+        text += list (p.affine.f.column (j).rows) + ":" + list (p.affine.f.column (j).values) + ";";
+    text += " / g" + list (p.affine.g) + " / domains" + list (p.domain.type) + "," + list (p.domain.size) +
+            "," + list (p.domain.exponents_end) + "," + list (p.domain.exponent);
+    const klv::AffineConstraints& affine = p.affine_constraint;
+    text += " / accs" + list (affine.domain) + "," + list (affine.end) + "," + list (affine.expression) +
+            "," + list (affine.b) + list (p.affine_constraint_name, affine.count ());
+    text += " / cones" + list (p.cone.type) + "," + list (p.cone.parameter) + "," + list (p.cone.end) + "," +
+            list (p.cone.member) + list (p.cone_name, p.cone.count ());
+    return text + " / matrices" + list (p.semidefinite.order) +
+           list (p.semidefinite_name, p.semidefinite.count ()) + ";" + list (p.semidefinite.objective) + ";" +
+           list (p.semidefinite.constraint) + ";" + list (p.semidefinite.expression);
+}
+
+}
+
 std::optional<std::string> difference (const klv::Problem& a, const klv::Problem& b)
 {
     const auto all = [] (const klv::Problem& p) {
         const std::string objective = klv::unused_name ("OBJ", klv::constraint_names (p));
         return p.name + " / " + (p.objective_name.empty () ? objective : p.objective_name) + " / " +
-               text_of (p);
+               text_of (p) + conic_text (p);
     };
     const std::string x = all (a), y = all (b);
     if (x == y)

@@ -59,6 +59,23 @@ TEST_F (Memory, ThatIsMissingIsReportedAndNothingLeaks)
     fail_each_allocation ({"'minimize prob param info version symbcon statuskeys(1) echo(0)'",
                            "(a=sparse [1 2; 2 1], " + problem + ")", settings},
                           all);
+    const std::string semidefinite =
+        ", bardim=[2 1], barc=(subj=1, subk=2, subl=1, val=3), bara=(subi=1, subj=2, subk=1, subl=1, val=1)";
+    fail_each_allocation (
+        {"'prob echo(0)'",
+         "(a=sparse [1 2; 2 1], f=sparse [0 1; 1 0], g=[1 2], accs=[8 2 1 3], names=(acc={'k'}), "
+         "barf=(subi=[2 1], subj=[1 1], subk=[2 1], subl=[2 1], val=[1 1])" +
+             semidefinite + ")"},
+        "prob");
+    // A name of a cone's type that can't be copied is an argument error.
+    fail_each_allocation (
+        {"'prob echo(0)'",
+         "(a=[1 2; 2 1], qosubi=2, qosubj=1, qoval=3, qcsubk=2, qcsubi=1, qcsubj=2, qcval=4, "
+         "cones={(type='KLV_CONE_QUADRATIC', sub=[2 1])}, names=(barvar={'x', 'y'})" +
+             semidefinite + ")"},
+        "prob", 1200);
+    fail_each_allocation ({"'prob echo(0)'", "(a=sparse [1 2], cones=(type=[6 0], sub=[1 2], subptr=[1 2]))"},
+                          "prob");
     // The copy of a function's name that can't be made is an argument error.
     fail_each_allocation ({"'minimize'", small_problem, settings, functions, "(host='')"}, "sol", 1200);
 

@@ -103,14 +103,10 @@ TEST_F (ProblemInput, FaultsAreNamed)
          "1200 prob.f cannot be specified together with prob.qoval or prob.qcval; "
          "1200 prob.f has wrong number of columns, should have size(prob.f,2) == size(prob.a,2); "
          "1200 prob.g must be a dense vector with length(prob.g) == size(prob.f,1); "
-         "1200 prob.cones and prob.accs cannot be simultaneously specified; 1200 prob.f is not supported "
-         "yet; 1200"},
+         "1200 prob.cones and prob.accs cannot be simultaneously specified; 1200"},
         {"f=sparse 0x3", "1200 prob.f specified but neither prob.accs nor prob.cones found; 1200"},
         {"g=[]", "1200 prob.g cannot be specified without prob.f; 1200"},
-        {"f=sparse [1 2 3], accs=[0 1]",
-         "1200 prob.f is not supported yet; 1200 prob.accs is not supported yet; 1200"},
-        {"qoval=1, duasen=1",
-         "1200 prob.qoval is not supported yet; 1200 prob.duasen is not supported yet; 1200"},
+        {"qoval=1, duasen=1", "1200 prob.duasen is not supported yet; 1200"},
         {"c=1, cfix=[1 2]", "1200 prob.cfix; 1200"},
         {"c=1, qosubi=1", "1200 prob.c has wrong length; 1200"},
         {"c=sparse [1 2 3]", "1200 prob.c has wrong length; 1200"},

@@ -9,7 +9,7 @@
 namespace klv {
 
 constexpr std::string_view json_format = "kalvo task";
-constexpr double json_version = 1;    // the latest version that is known
+constexpr double json_version = 2;    // the latest version that is known
 constexpr std::array<const char*, KLV_SOL_COUNT> json_solutions{"itr", "bas", "int"};
 
 // The content of a file, for a task to hold.

@@ -1,6 +1,8 @@
 #include "kalvo/files/json/json.h"
 
+#include "kalvo/files/json/conic.h"
 #include "kalvo/files/json/fields.h"
+#include "kalvo/files/json/take.h"
 #include "kalvo/files/text/draft.h"
 #include "kalvo/model/refusal.h"
 #include "kalvo/model/text.h"
@@ -11,111 +13,7 @@
 
 namespace klv {
 
-// ---- Taking values
-
-enum class Allowed { finite, finite_or_unknown, above_minus, below_plus };
-
-static void check (Allowed allowed, double value)
-{
-    switch (allowed) {
-    case Allowed::finite:
-        if (!std::isfinite (value))
-            throw syntax ("must be finite");
-        break;
-    case Allowed::finite_or_unknown:
-        if (std::isinf (value))
-            throw syntax ("must be finite, or NaN where it is unknown");
-        break;
-    case Allowed::above_minus:
-        if (!(value > -infinity))
-            throw syntax ("an upper bound is a number or Inf");
-        break;
-    case Allowed::below_plus:
-        if (!(value < infinity))
-            throw syntax ("a lower bound is a number or -Inf");
-        break;
-    }
-}
-
-static std::int32_t whole (double value)
-{
-    if (!(value >= std::numeric_limits<std::int32_t>::min () &&
-          value <= std::numeric_limits<std::int32_t>::max () && value == std::nearbyint (value)))
-        throw syntax ("must be a whole number of 32 bits");
-    return static_cast<std::int32_t> (value);
-}
-
-static std::int32_t word_of (Group group, const std::string& word)
-{
-    const auto words = constants (group);
-    const auto found = std::ranges::find (words, std::string_view (word), short_name);
-    if (found == words.end ())
-        throw syntax (quote (word) + " is none of its words");
-    return found->value;
-}
-
-static JsonField object (std::string path, bool required = true)
-{
-    return {.path = std::move (path), .required = required};
-}
-
-static JsonField numbers (std::string path, std::vector<double>& values, Allowed allowed,
-                          bool required = true)
-{
-    return {.path = std::move (path),
-            .kind = JsonKind::number,
-            .list = true,
-            .required = required,
-            .take_number = [&values, allowed] (double value) {
-                check (allowed, value);
-                values.push_back (value);
-            }};
-}
-
-static JsonField indices (std::string path, std::vector<std::int32_t>& values)
-{
-    return {.path = std::move (path),
-            .kind = JsonKind::number,
-            .list = true,
-            .take_number = [&values] (double value) { values.push_back (whole (value)); }};
-}
-
-template <class Key>
-static JsonField words (const std::string& path, Group group, std::vector<Key>& keys)
-{
-    return {
-        .path = path, .kind = JsonKind::word, .list = true, .take_text = [&keys, group] (std::string& word) {
-            keys.push_back (static_cast<Key> (word_of (group, word)));
-        }};
-}
-
-static JsonField name (std::string path, std::string& kept)
-{
-    return {.path = std::move (path), .kind = JsonKind::name, .take_text = [&kept] (std::string& text) {
-                kept = text;
-            }};
-}
-
-static JsonField names (std::string path, std::vector<std::string>& kept)
-{
-    return {.path = std::move (path),
-            .kind = JsonKind::name,
-            .list = true,
-            .take_text = [&kept] (std::string& text) { kept.push_back (text); }};
-}
-
 // ---- The document
-
-static FileFault fault_at (const char* path, std::size_t index, const std::string& text)
-{
-    return syntax (path + ("[" + std::to_string (index) + "]: " + text));
-}
-
-static void check_length (const std::string& path, std::size_t length, std::size_t items, const char* kind)
-{
-    if (length != items)
-        throw syntax (text (path, ": has ", length, " entries where there are ", items, " ", kind));
-}
 
 class JsonTask {
 public:
@@ -159,6 +57,7 @@ private:
     Items constraints_{"constraints", problem_->constraint};
     std::vector<std::int32_t> integers_, counts_, rows_;
     std::vector<double> values_;
+    JsonConic conic_{*problem_};
     std::array<GivenSolution, KLV_SOL_COUNT> given_;
 };
 
@@ -227,6 +126,7 @@ void JsonTask::add_problem ()
     add (indices ("problem.matrix.counts", counts_));
     add (indices ("problem.matrix.rows", rows_));
     add (numbers ("problem.matrix.values", values_, Allowed::finite));
+    conic_.add_to (fields_);
 }
 
 template <class Rows, class Values>
@@ -281,6 +181,13 @@ void JsonTask::add_solution (std::size_t which)
     add_values (".y", given.y);
     add_values (".slx", given.slx);
     add_values (".sux", given.sux);
+    if (which != KLV_SOL_ITR)
+        return;
+    add (words (path + ".skn", Group::status_key, given.skn, false));
+    add_values (".snx", given.snx);
+    add_values (".barx", given.barx);
+    add_values (".bars", given.bars);
+    add_values (".doty", given.doty);
 }
 
 // ---- Consistency of fields
@@ -290,21 +197,17 @@ void JsonTask::finish_items (Items& items, Names& kept) const
     const std::string path = std::string ("problem.") + items.kind;
     const Bounds& bounds = items.bounds;
     const std::size_t count = bounds.key.size ();
-    if (count > static_cast<std::size_t> (std::numeric_limits<std::int32_t>::max ()))
-        throw syntax (path + ".keys: more than a task can hold");
+    check_countable (path + ".keys", count);
     check_length (path + ".lower", bounds.lower.size (), count, items.kind);
     check_length (path + ".upper", bounds.upper.size (), count, items.kind);
     for (std::size_t i = 0; i < count; ++i) {
         const double lower = bounds.lower[i], upper = bounds.upper[i];
         const bool fixed = bounds.key[i] == KLV_BK_FX;
         if (fixed ? !(lower == upper && std::isfinite (lower)) : bounds.key[i] != key_of (lower, upper))
-            throw fault_at ((path + ".keys").c_str (), i,
+            throw fault_at (path + ".keys", i,
                             text ("the key does not agree with the bounds ", lower, " and ", upper));
     }
-    if (!items.names.empty ())
-        check_length (path + ".names", items.names.size (), count, items.kind);
-    for (std::size_t i = 0; i < items.names.size (); ++i)
-        kept.put (static_cast<std::int32_t> (i), bounds.count (), std::move (items.names[i]));
+    take_names (path + ".names", std::move (items.names), bounds.count (), items.kind, kept);
 }
 
 void JsonTask::finish_integers ()
@@ -364,6 +267,17 @@ GivenSolution JsonTask::finish_solution (std::size_t which)
     check_field (".y", given.y, constraints_);
     check_field (".slx", given.slx, variables_);
     check_field (".sux", given.sux, variables_);
+    const auto check_conic = [&] (const char* field, const auto& values, std::int32_t count,
+                                  const char* kind) {
+        if (has (path + field))
+            check_length (path + field, values.size (), static_cast<std::size_t> (count), kind);
+    };
+    check_conic (".skn", given.skn, problem_->cone.count (), "cones");
+    check_conic (".snx", given.snx, problem_->variables (), "variables");
+    check_conic (".barx", given.barx, problem_->semidefinite.length (), "entries of semidefinite variables");
+    check_conic (".bars", given.bars, problem_->semidefinite.length (), "entries of semidefinite variables");
+    check_conic (".doty", given.doty, problem_->affine_constraint.rows (),
+                 "rows of affine conic constraints");
     return std::move (given);
 }
 
@@ -375,7 +289,8 @@ FileContent JsonTask::finish ()
     finish_integers ();
     finish_items (constraints_, problem_->constraint_name);
     finish_matrix ();
-    FileContent content{std::move (problem_), std::move (parameters_)};
+    conic_.finish ();
+    FileContent content{problem_, std::move (parameters_)};
     for (std::size_t which = 0; which < KLV_SOL_COUNT; ++which)
         if (has (std::string ("solutions.") + json_solutions[which]))
             content.solutions[which] = complete (finish_solution (which), content.problem, content.parameters,

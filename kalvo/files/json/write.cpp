@@ -1,154 +1,12 @@
 #include "kalvo/files/json/json.h"
 
-#include "kalvo/files/text/numbers.h"
-#include "kalvo/tables/constants.h"
-
-#include <nlohmann/json.hpp>
+#include "kalvo/files/json/conic.h"
+#include "kalvo/files/json/writer.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace klv {
-
-// ---- Values
-
-static void append_number (std::string& line, double value)
-{
-    if (!std::isfinite (value))
-        line += std::isnan (value) ? "\"NaN\"" : value > 0 ? "\"Inf\"" : "\"-Inf\"";
-    else if (value == 0 && std::signbit (value))
-        line += "-0.0";    // readers take "-0" for the integer 0
-    else
-        line += NumberText (value);
-}
-
-static void append_name (std::string& line, const std::string& name)
-{
-    const auto is_plain = [] (char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
-    if (std::ranges::all_of (name, is_plain)) {
-        line.append (1, '"').append (name).append (1, '"');
-        return;
-    }
-    try {
-        line += nlohmann::json (name).dump ();
-    } catch (const nlohmann::json::type_error&) {    // not UTF-8
-        char separator = '[';
-        for (const char byte : name) {
-            line += separator;
-            append_number (line, static_cast<unsigned char> (byte));
-            separator = ',';
-        }
-        line += ']';
-    }
-}
-
-static void append_word (std::string& line, Group group, std::int32_t value)
-{
-    line.append (1, '"').append (short_name (*find_constant (group, value))).append (1, '"');
-}
-
-// ---- Fields
-
-class JsonWriter {
-public:
-    explicit JsonWriter (OutputFile& file) : file_ (file) {}
-
-    void open (std::string_view name)
-    {
-        field (name);
-        line_ += '{';
-        first_ = true;
-    }
-    void close ()
-    {
-        line_ += first_ ? "}" : "\n}";
-        first_ = false;
-    }
-    void finish ()
-    {
-        line_ += '\n';
-        file_.put (line_);
-    }
-
-    void number (std::string_view name, double value)
-    {
-        field (name);
-        append_number (line_, value);
-    }
-    void name (std::string_view name, const std::string& value)
-    {
-        field (name);
-        append_name (line_, value);
-    }
-    void word (std::string_view name, Group group, std::int32_t value)
-    {
-        field (name);
-        append_word (line_, group, value);
-    }
-
-    // fill (next) calls next () before each entry, and appends the entry to the text that next () returns.
-    void list (std::string_view name, const auto& fill);
-    void numbers (std::string_view name, const std::vector<double>& values);
-    void names (std::string_view name, const Names& names, std::int32_t count);
-    void words (std::string_view name, Group group, const auto& values);
-
-private:
-    void field (std::string_view name)
-    {
-        if (!name.empty ()) {
-            line_ += first_ ? "\n" : ",\n";
-            line_.append (1, '"').append (name).append ("\": ");
-        }
-        first_ = false;
-    }
-
-    OutputFile& file_;
-    std::string line_;
-    bool first_ = true;
-};
-
-void JsonWriter::list (std::string_view name, const auto& fill)
-{
-    constexpr std::size_t wide = 100;
-    field (name);
-    line_ += '[';
-    fill ([this, first = true] () mutable -> std::string& {
-        if (!first)
-            line_ += ',';
-        first = false;
-        if (line_.size () > wide) {
-            line_ += '\n';
-            file_.put (line_);
-            line_.clear ();
-        }
-        return line_;
-    });
-    line_ += ']';
-}
-
-void JsonWriter::numbers (std::string_view name, const std::vector<double>& values)
-{
-    list (name, [&] (auto next) {
-        for (const double value : values)
-            append_number (next (), value);
-    });
-}
-
-void JsonWriter::words (std::string_view name, Group group, const auto& values)
-{
-    list (name, [&] (auto next) {
-        for (const std::int32_t value : values)
-            append_word (next (), group, value);
-    });
-}
-
-void JsonWriter::names (std::string_view name, const Names& names, std::int32_t count)
-{
-    list (name, [&] (auto next) {
-        for (std::int32_t i = 0; names.any () && i < count; ++i)
-            append_name (next (), names.get (i));
-    });
-}
 
 // ---- The task
 
@@ -207,6 +65,7 @@ static void write_problem (JsonWriter& json, const Problem& problem)
     json.open ("matrix");
     write_matrix (json, problem.matrix);
     json.close ();
+    write_conic (json, problem);
     json.close ();
 }
 
@@ -240,6 +99,24 @@ static void write_solution (JsonWriter& json, const Solution& solution)
         json.numbers ("slx", solution.slx);
         json.numbers ("sux", solution.sux);
     }
+    if (!solution.skn.empty ())
+        json.words ("skn", Group::status_key, solution.skn);
+    for (const auto& [name, values] : {std::pair ("snx", &solution.snx),
+                                       {"barx", &solution.barx},
+                                       {"bars", &solution.bars},
+                                       {"doty", &solution.doty}})
+        if (!values->empty ())
+            json.numbers (name, *values);
+}
+
+// The lowest version that has all fields of the task.
+static double version_of (const Task& task)
+{
+    const std::optional<Solution>& interior = task.solutions[KLV_SOL_ITR];
+    const bool has_conic_values =
+        interior && !(interior->skn.empty () && interior->snx.empty () && interior->barx.empty () &&
+                      interior->bars.empty () && interior->doty.empty ());
+    return has_conic_values || has_conic_fields (task.problem ()) ? json_version : 1;
 }
 
 void write_json (Task& task, OutputFile& file)
@@ -247,7 +124,7 @@ void write_json (Task& task, OutputFile& file)
     JsonWriter json (file);
     json.open ("");
     json.name ("format", std::string (json_format));
-    json.number ("version", json_version);
+    json.number ("version", version_of (task));
     write_problem (json, task.problem ());
     write_parameters (json, task.parameters);
     json.open ("solutions");

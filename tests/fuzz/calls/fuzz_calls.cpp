@@ -81,6 +81,26 @@ void check_answers (const RandomCall& call, const Call& result)
     fuzz::check_solutions (problem, solutions, has (settings, "TOLERANCE") ? 0.1 : 1.001e-6);
 }
 
+// A problem that was returned is accepted, and returned the same. Not where a bound needs a parameter, or where a record can't
+// state it: cones beside affine conic constraints.
+void check_returned_problem (const RandomCall& call, const Call& result)
+{
+    const View res = result[1] && result[1].class_id () == mxSTRUCT_CLASS ? result[1] : View ();
+    const View prob = res ? res["prob"] : View ();
+    const std::string settings = call.inputs.size () > 2 ? call.inputs[2] : "";
+    if (!prob || prob.class_id () != mxSTRUCT_CLASS || result[0].number () != 0 ||
+        (prob["cones"] && prob["accs"]) ||
+        session ().printed.find ("beyond the bound infinity") != std::string::npos ||
+        settings.find ("KLV_DPAR_BOUND") != settings.npos || settings.find ("KLV_DPAR_FIX") != settings.npos)
+        return;
+    const std::string shown = show (prob);
+    const bool maximized = prob["objsense"].text () == "maximize";
+    const Value again (mxDuplicateArray (prob.get ()));
+    const Call second = standalone::call (2, {text (maximized ? "max prob echo(0)" : "prob echo(0)"), again});
+    require (show (second[0]) == "0" && show (second[1]["prob"]) == shown,
+             "the returned problem is another one: " + show (second[1]["prob"]));
+}
+
 void check_good_call ()
 {
     const Call good = standalone::call (
@@ -104,8 +124,10 @@ const char* run (const RandomCall& call, Random& random)
     session ().interrupt_pending = false;
 
     const std::optional<int> code = check_outputs (result, call.outputs);
-    if (!memory_failed)    // else answers may be there in part
+    if (!memory_failed) {    // else answers may be there in part
         check_answers (call, result);
+        check_returned_problem (call, result);
+    }
     check_good_call ();
     require (session ().faults.empty (), session ().faults.empty () ? "" : session ().faults[0]);
     require (live_arrays () + live_blocks () == 0, "something is still alive");

@@ -63,13 +63,15 @@ public:
     RandomCall call ()
     {
         RandomCall made;
-        const std::string inputs[] = {odd_or (60, &CallMaker::command),
-                                      odd_or (60, &CallMaker::problem),
-                                      odd_or (20, &CallMaker::settings),
-                                      odd_or (20, &CallMaker::callback),
-                                      odd_or (8, &CallMaker::server),
-                                      odd (),
-                                      odd ()};
+        std::string inputs[] = {odd_or (60, &CallMaker::command),
+                                odd_or (60, &CallMaker::problem),
+                                odd_or (20, &CallMaker::settings),
+                                odd_or (20, &CallMaker::callback),
+                                odd_or (8, &CallMaker::server),
+                                odd (),
+                                odd ()};
+        if (has_classes_ && inputs[0].starts_with ("'"))
+            inputs[0].insert (1, "prob ");
         made.inputs.assign (inputs, inputs + (one_in (8) ? below (8) : 2 + below (3)));
         made.problem = made.inputs.size () > 1 && made.inputs[1].starts_with ("(a=") ? stated_ : "";
         made.outputs = one_in (8) ? static_cast<int> (below (4)) : 2;
@@ -168,6 +170,99 @@ private:
         return record (kinds);
     }
 
+    // A list of terms of semidefinite variables; items: of how many constraints or expressions, 0 for the objective.
+    std::string matrix_terms (std::size_t items, const std::vector<int>& orders)
+    {
+        Values owners, variables, rows, columns, values;
+        for (std::size_t k = below (4); k > 0; --k) {
+            const std::size_t j = below (orders.size ());
+            if (orders[j] == 0)
+                continue;
+            owners.push_back (1 + static_cast<double> (below (std::max<std::size_t> (items, 1))));
+            variables.push_back (1 + static_cast<double> (j));
+            rows.push_back (random_.whole (1, orders[j]));
+            columns.push_back (random_.whole (1, static_cast<int> (rows.back ())));
+            values.push_back (random_.whole (-3, 3));
+        }
+        Fields fields{{"subj", "[" + list (variables, " ") + "]"},
+                      {"subk", "[" + list (rows, " ") + "]"},
+                      {"subl", "[" + list (columns, " ") + "]"},
+                      {"val", "[" + list (values, " ") + "]"}};
+        if (items > 0)
+            fields["subi"] = "[" + list (owners, " ") + "]";
+        return record (fields);
+    }
+
+    void add_quadratic (Fields& fields, std::size_t m, std::size_t n)
+    {
+        const std::size_t p = 1 + below (4), q = m > 0 ? below (4) : 0;
+        const int last = static_cast<int> (n);
+        for (const char* name : {"qosubi", "qosubj"})
+            fields[name] = wholes (p, 1, last);
+        fields["qoval"] = wholes (p, -3, 3);
+        fields["qcsubk"] = wholes (q, 1, static_cast<int> (m));
+        for (const char* name : {"qcsubi", "qcsubj"})
+            fields[name] = wholes (q, 1, last);
+        fields["qcval"] = wholes (q, -3, 3);
+    }
+
+    // Members without repetition; the last cone may lack some that its type needs.
+    void add_cones (Fields& fields, std::size_t n)
+    {
+        Values members, sizes, types;
+        for (std::size_t j = below (n); j < n; ++j)
+            members.push_back (1 + static_cast<double> (j));
+        for (std::size_t used = 0; used < members.size (); used += 1 + below (3)) {
+            sizes.push_back (1 + static_cast<double> (used));
+            types.push_back (one_in (3) ? random_.whole (0, 6) : one_in (2) ? 0 : 6);
+        }
+        fields["cones"] = record ({{"type", "[" + list (types, " ") + "]"},
+                                   {"sub", "[" + list (members, " ") + "]"},
+                                   {"subptr", "[" + list (sizes, " ") + "]"},
+                                   {"conepar", wholes (types.size (), 0, 1)}});
+    }
+
+    // Returns the number of expressions.
+    std::size_t add_affine (Fields& fields, std::size_t n)
+    {
+        std::string domains;
+        std::size_t rows = 0;
+        const bool in_vector = one_in (3);
+        for (std::size_t k = 1 + below (3); k > 0; --k) {
+            const std::size_t type = below (in_vector ? 7 : 13), size = one_in (4) ? below (5) : 3;
+            rows += size;
+            const bool power = in_vector ? type == 4 || type == 5 : type == 8 || type == 9;
+            domains += " " + std::to_string (type) + " " + std::to_string (size) + (power ? " 2 0.5 3" : "");
+        }
+        const auto row = [&] (char) { return list (Values (n, random_.whole (-2, 2)), " "); };
+        fields["f"] = rows * n == 0 ? "sparse " + std::to_string (rows) + "x" + std::to_string (n)
+                                    : "sparse [" + join (std::string (rows, ' '), "; ", row) + "]";
+        if (one_in (2))
+            fields["g"] = wholes (rows, -3, 3);
+        fields[in_vector ? "cones" : "accs"] = "[" + domains + "]";
+        return rows;
+    }
+
+    // Quadratic, conic and semidefinite fields, now and then.
+    void add_classes (Fields& fields, std::size_t m, std::size_t n)
+    {
+        const std::size_t kind = n > 0 ? below (3) : 3;
+        if (kind == 0)
+            add_quadratic (fields, m, n);
+        if (kind == 1 || one_in (3))
+            add_cones (fields, std::max<std::size_t> (n, 1));
+        const std::size_t rows = kind == 2 ? (fields.erase ("cones"), add_affine (fields, n)) : 0;
+        if (one_in (2))
+            return;
+        const std::vector<int> orders{static_cast<int> (below (4)), 1 + static_cast<int> (below (3))};
+        fields["bardim"] = "[" + std::to_string (orders[0]) + " " + std::to_string (orders[1]) + "]";
+        fields["barc"] = matrix_terms (0, orders);
+        if (m > 0)
+            fields["bara"] = matrix_terms (m, orders);
+        if (rows > 0)
+            fields["barf"] = matrix_terms (rows, orders);
+    }
+
     std::string problem ()
     {
         Model made = odd_problem (random_);
@@ -211,6 +306,10 @@ private:
         if (one_in (4))
             fields["sol"] = solution (m, n);
         stated_ = odd_entries_ ? "" : text_of (made);
+        if (has_classes_ = one_in (6); has_classes_) {
+            add_classes (fields, m, n);
+            stated_ = "";
+        }
         if (one_in (4)) {
             damage (fields, problem_fields);
             stated_ = "";
@@ -286,6 +385,7 @@ private:
     Random& random_;
     bool odd_entries_ = false;
     std::string stated_;
+    bool has_classes_ = false;
 };
 
 }
