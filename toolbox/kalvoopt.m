@@ -146,6 +146,7 @@
 %       20001 to 20006   ended by the limit on time, iterations, nodes, solutions, objective; by numerical trouble
 %       100007    stopped by Ctrl-C or by the progress function
 %       1051      out of memory         1200, 1201   an input is wrong; the message names it
+%       3205      the program kalvo-worker is missing or does not fit: copy the whole folder, or set KLV_IPAR_WORKER to 0
 %       others    failures of the solver; res.rcodestr names them, res.rmsg says more
 %       From 9999 on the run counts as finished: res.sol holds what was found, with the status that it deserves.
 %
@@ -157,6 +158,7 @@
 %       KLV_IPAR_INTPNT_BASIS             KLV_ON                   an interior solution is also turned into a basic one
 %       KLV_IPAR_RELAX_INTEGERS           KLV_OFF                  KLV_ON: variables need not be whole numbers
 %       KLV_DPAR_TIME_LIMIT               -1                       seconds; -1: none
+%       KLV_DPAR_MEMORY_LIMIT             -1                       megabytes for the optimisers; -1: none
 %       KLV_IPAR_SIMPLEX_ITERATION_LIMIT  -1                       -1: none
 %       KLV_IPAR_INTPNT_ITERATION_LIMIT   -1                       -1: none
 %       KLV_IPAR_MIP_NODE_LIMIT           -1                       -1: none
@@ -181,6 +183,10 @@
 %       KLV_IPAR_RACE_SIZE                5000                     entries, rows and columns from which the automatic optimiser
 %                                                                  runs simplex and interior point side by side
 %       KLV_DPAR_RACE_DELAY               0                        seconds by which interior point begins later; Inf: never
+%       KLV_IPAR_WORKER                   KLV_WORKER_AUTOMATIC     optimisers run in a process of their own (kalvo-worker, in
+%                                                                  this folder), which may crash, or be ended by a stop,
+%                                                                  while this session goes on; _OFF: in this process
+%       KLV_SPAR_REPLAY_FILE              ''                       a JSON file that keeps what made that process crash
 %       KLV_IPAR_RANDOM_SEED              0                        seed of the optimisers' random choices
 %       KLV_IPAR_LOG                      2                        0 nothing, 1 summaries, 2 and progress, 3 and the
 %                                                                  engine's own lines
@@ -195,7 +201,7 @@
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
 %       a value out of range is an error. docs/parameters.md lists all parameters, docs/information.md the fields of
-%       res.info, docs/log.md the lines of the log. Reserved parameters accept only their default.
+%       res.info, docs/log.md the lines of the log, docs/worker.md the process of optimisers. Reserved parameters accept only their default.
 %
 %   CALLBACKS (callback): a structure with any of
 %
