@@ -201,7 +201,8 @@
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
 %       a value out of range is an error. docs/parameters.md lists all parameters, docs/information.md the fields of
-%       res.info, docs/log.md the lines of the log, docs/worker.md the process of optimisers. Reserved parameters accept only their default.
+%       res.info, docs/log.md the lines of the log; docs/worker.md describes the process of optimisers. Reserved
+%       parameters accept only their default.
 %
 %   CALLBACKS (callback): a structure with any of
 %

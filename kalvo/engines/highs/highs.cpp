@@ -38,7 +38,7 @@ public:
     }
     void leave (void* handle, bool reusable)
     {
-        if (reusable && handle_ == nullptr && api ().clear (handle) == kHighsStatusOk &&
+        if (reusable && handle != nullptr && handle_ == nullptr && api ().clear (handle) == kHighsStatusOk &&
             api ().zeroAllClocks (handle) == kHighsStatusOk)
             handle_ = handle;
         else
@@ -56,7 +56,10 @@ public:
     explicit Session (std::shared_ptr<const Form> form)
         : whole_ (std::move (form)), form_ (std::get<LinearForm> (*whole_)), handle_ (spare.take ())
     {}
-    ~Session () override { spare.leave (handle_, most_threads_ == 1 && form_.size () < largest_of_spares); }
+    ~Session () override
+    {
+        spare.leave (handle_, ended_well_ && most_threads_ == 1 && form_.size () < largest_of_spares);
+    }
 
     Claims run (const Job& job, const StopFlag& stop, Events& events) override;
 
@@ -79,6 +82,7 @@ private:
     void* handle_;
     int most_threads_ = 1;
     bool passed_ = false;
+    bool ended_well_ = false;    // the last run
     Search search_;    // figures of the last integer search, which the proof of its answer goes on reporting
 };
 
@@ -308,6 +312,7 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
         return std::move (claims);
     };
     const bool integers = job.method == Method::mixed_integer;
+    ended_well_ = false;
     if (job.goal == Goal::optimise)
         search_ = {};
     Listener listener (job, stop, events, search_);
@@ -317,8 +322,11 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
         api ().clearSolver (handle_);
         api ().zeroAllClocks (handle_);
     }
-    if (job.budget.threads != 1 && most_threads_ == 1) {
-        api ().destroy (std::exchange (handle_, nullptr));    // with what the engine has made for one thread
+    // What an engine has made for one thread is of no use to several, and only a new object prints its version and licence.
+    const bool needs_new = (job.budget.threads != 1 && most_threads_ == 1) ||
+                           (!passed_ && job.settings->get (IntSetting::log_level) >= 3);
+    if (needs_new) {
+        api ().destroy (std::exchange (handle_, nullptr));
         handle_ = spare.take ();
         passed_ = false;
     }
@@ -346,6 +354,7 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
     take_figures (integers, listener, claims);
     search_ = listener.search ();
     take_answer (job, listener, claims);
+    ended_well_ = claims.outcome != Outcome::failed;
     return claims;
 }
 
