@@ -29,6 +29,7 @@ private:
     Job job_;
     StopFlag stop_ = false;
     EventChannel channel_;
+    bool is_kept_ = false;    // whether the thread is left for the next run
     std::unique_ptr<KeptThread> thread_;
 };
 
