@@ -323,10 +323,12 @@ TEST_F (Worker, WithoutItsProgramIsAClearError)
         {write ("no_program", "nothing"), KLV_RES_WORKER_MISSING, "can't be started"},
         {write ("ends", "#!/bin/sh\necho other words\nexit 3\n"), KLV_RES_WORKER_MISSING, "other words"},
         {without_right, KLV_RES_OK, ""},
+        {real_.parent_path () / "scripted-worker", KLV_RES_WORKER_MISSING, "is of version 9.9.9"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE (c.file);
         ::setenv ("KALVO_TEST_OTHER", c.file.c_str (), 1);
+        ::setenv ("KALVO_TEST_SCRIPT", "version", 1);
         klv::worker_file () = c.file;
         Task task (small);
         EXPECT_EQ (KLV_optimize (task), c.code);

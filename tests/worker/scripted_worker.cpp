@@ -136,6 +136,13 @@ int main ()
     const std::size_t end = script.find (':');
     const std::string action = script.substr (0, end);
     const std::string only = end != script.npos ? script.substr (end + 1) : "";
+    if (action == "version") {
+        klv::Writer hello;
+        hello.put_text ("9.9.9");
+        klv::Socket (klv::Descriptor (klv::worker_socket), klv::Socket::Large::copied)
+            .send (klv::MessageKind::hello, 0, hello);
+        return 0;
+    }
     klv::engines ().insert (klv::engines ().begin (),
                             std::make_shared<scripted::Engine> (
                                 [&] (const klv::Job& job, const klv::StopFlag& stop, klv::Events& events) {
