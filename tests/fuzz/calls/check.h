@@ -36,7 +36,7 @@ inline void check_integer (const klv::Problem& problem, const proof::Slot& found
     for (std::size_t j = 0; j < problem.integer.size (); ++j)
         if (problem.integer[j] == KLV_VAR_INTEGER) {
             const double lower = problem.variable.lower[j], upper = problem.variable.upper[j];
-            points *= std::abs (lower) < 1e6 ? std::max (0.0, std::floor (upper) - std::ceil (lower) + 1)
+            points *= std::abs (lower) < 1e6 ? std::max (1.0, std::floor (upper) - std::ceil (lower) + 1)
                                              : klv::infinity;
         }
     if (!(points <= most))
