@@ -249,9 +249,8 @@ void WorkerProcess::expect_hello (const std::function<bool ()>& goes_on)
                     text ("The program '", file, "' did not answer within ", patience.count (), " s."));
             wait_for (socket_.number (), 25, process ());
             received = socket_.receive ();
-            if (received.closed) {
+            if (received.closed)
                 throw_early_end (file);
-            }
             if (!received.message)
                 continue;
             Reader hello (received.message->body);

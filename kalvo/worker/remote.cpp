@@ -75,9 +75,8 @@ void Remote::take (const Information& told)
     for (const RealItem item : {RealItem::time_read, RealItem::time_write})
         information.set (item, own.get (item));
     information.set (IntItem::worker_deaths, own.get (IntItem::worker_deaths));
-    const double memory = information.get (RealItem::worker_memory);
     information.set (RealItem::worker_memory,
-                     memory > own.get (RealItem::worker_memory) ? memory : own.get (RealItem::worker_memory));
+                     std::max (own.get (RealItem::worker_memory), information.get (RealItem::worker_memory)));
 }
 
 void Remote::take (News&& news)
@@ -87,13 +86,14 @@ void Remote::take (News&& news)
         take (std::move (item));
 }
 
-// Takes what has come, but no flood. False: the worker has closed its socket.
-bool Remote::take_messages (WorkerProcess& worker)
+// Takes what has come, but no flood, and counts it. Nothing: the worker has closed its socket.
+std::optional<int> Remote::take_messages (WorkerProcess& worker)
 {
-    for (int count = 0; count < 100 && !result_; ++count) {
+    int count = 0;
+    for (; count < 100 && !result_; ++count) {
         const Socket::Received received = worker.socket ().receive ();
         if (received.closed)
-            return false;
+            return std::nullopt;
         if (!received.message)
             break;
         if (received.message->run != run_)
@@ -105,7 +105,7 @@ bool Remote::take_messages (WorkerProcess& worker)
         else
             throw BrokenMessage ("a message does not belong here");
     }
-    return true;
+    return count;
 }
 
 static int milliseconds_until (Clock::time_point time)
@@ -127,10 +127,11 @@ Remote::Ending Remote::converse (WorkerProcess& worker)
             return Ending::ended_by_us;    // a fork of the calling process goes on with this code
         if (places[1].revents != 0)
             worker.read_output ();
-        const bool open = take_messages (worker);
+        const std::optional<int> taken = take_messages (worker);
         if (result_)
             return Ending::answered;
-        if (!open || places[2].revents != 0)
+        // What a worker said before its end counts.
+        if (!taken || (places[2].revents != 0 && *taken == 0))
             return Ending::died;
         const auto silence = Clock::now () - asked_at_;
         if (has_new_incumbent_ && silence >= shortest_silence) {
@@ -210,6 +211,7 @@ bool Remote::send (WorkerProcess& worker, const Solutions& earlier, bool integer
     run_ = next_run ();
     under_way_.clear ();
     result_.reset ();
+    has_new_incumbent_ = false;
     phase_ = call_.phase ();
     const Problem& problem = task_.problem ();
     const auto items = work_of (problem);

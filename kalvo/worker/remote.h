@@ -30,7 +30,7 @@ private:
     Solved solve_in_process (const std::string& why, const Solutions& earlier, bool integers);
     bool send (WorkerProcess& worker, const Solutions& earlier, bool integers);
     Ending converse (WorkerProcess& worker);
-    bool take_messages (WorkerProcess& worker);
+    std::optional<int> take_messages (WorkerProcess& worker);
     void ask (std::uint32_t caller);
     void take (const Information& told);
     void take (const Question& question);
