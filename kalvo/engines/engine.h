@@ -64,6 +64,7 @@ class Engine {
 public:
     virtual ~Engine () = default;
     virtual const char* name () const = 0;
+    virtual bool has (Method method) const = 0;    // and takes the forms of that method
     virtual Limits limits () const = 0;
     // Why the engine does not take such a job, or an empty text. Asked before anything is allocated for the job.
     virtual std::string refuses (const Form& form, Method method, const Budget& budget) const = 0;

@@ -5,12 +5,23 @@
 #include "kalvo/tables/settings.h"
 
 #include <cstdint>
+#include <iterator>
 
 namespace klv {
 
 // All methods but mixed_integer take every variable as continuous. `crossover` is the interior-point method followed by the
-// search for a basic solution.
-enum class Method { primal_simplex, dual_simplex, interior_point, crossover, mixed_integer };
+// search for a basic solution. The last two take quadratic and conic forms, the others linear ones.
+enum class Method {
+    primal_simplex,
+    dual_simplex,
+    interior_point,
+    crossover,
+    mixed_integer,
+    quadratic,
+    conic
+};
+
+constexpr Method last_method = Method::conic;
 
 struct MethodRow {
     const char* name;
@@ -27,7 +38,11 @@ constexpr MethodRow method_rows[] = {
     {"interior point with crossover", KLV_CALLER_INTERIOR_POINT, KLV_OPTIMIZER_INTERIOR_POINT,
      IntSetting::log_interior_point},
     {"integer search", KLV_CALLER_MIXED_INTEGER, KLV_OPTIMIZER_MIXED_INTEGER, IntSetting::log_mixed_integer},
+    {"quadratic interior point", KLV_CALLER_INTERIOR_POINT, KLV_OPTIMIZER_INTERIOR_POINT,
+     IntSetting::log_interior_point},
+    {"conic interior point", KLV_CALLER_INTERIOR_POINT, KLV_OPTIMIZER_CONIC, IntSetting::log_interior_point},
 };
+static_assert (std::size (method_rows) == static_cast<std::size_t> (last_method) + 1);
 
 constexpr const MethodRow& about (Method method)
 {
@@ -41,7 +56,13 @@ constexpr bool is_simplex (Method method)
 
 constexpr bool is_interior (Method method)
 {
-    return method == Method::interior_point || method == Method::crossover;
+    return method == Method::interior_point || method == Method::crossover || method == Method::quadratic ||
+           method == Method::conic;
+}
+
+constexpr bool is_linear (Method method)
+{
+    return method != Method::quadratic && method != Method::conic;
 }
 
 }

@@ -4,6 +4,7 @@
 
 #include "kalvo/model/point.h"
 #include "kalvo/model/problem.h"
+#include "kalvo/sparse/columns.h"
 
 #include <cstdint>
 #include <memory>
@@ -61,12 +62,65 @@ struct LinearForm {
     std::size_t size () const { return entries.size () + cost.get ().size () + row_lower.get ().size (); }
 };
 
-struct QuadraticForm {    // a quadratic objective, linear constraints
-    double sign = 1;
+// min 1/2 x'Px + c'x + constant, Ex = e, row bounds on Rx, column bounds on x. P is positive semidefinite: of its symmetric matrix
+// the upper triangle, sorted, none twice. Every row of R has a finite bound, no lower bound is above the upper one, absent bounds
+// are infinite. Claims: y are multipliers of the rows of E, then of R, the reduced costs are c + Px - E'y - R'y.
+struct QuadraticForm {
+    double sign = 1;    // the stated objective is this times the form's
+    double constant = 0;
+    std::vector<double> cost, lower, upper;
+    SparseColumns quadratic;
+    SparseColumns equality;
+    std::vector<double> right;
+    SparseColumns range;
+    std::vector<double> range_lower, range_upper;
+
+    std::int32_t columns () const { return static_cast<std::int32_t> (cost.size ()); }
+    std::int32_t row_count () const
+    {
+        return static_cast<std::int32_t> (right.size () + range_lower.size ());
+    }
+    std::size_t size () const
+    {
+        return cost.size () + right.size () + range_lower.size () + quadratic.values.size () +
+               equality.values.size () + range.values.size ();
+    }
 };
 
-struct ConicForm {    // a quadratic objective, elementary cones
-    double sign = 1;
+// The cones that engines know, with the order of their rows.
+enum class ConeKind : std::uint8_t {
+    zero,
+    nonnegative,
+    second_order,    // s0 >= |s1...|
+    exponential,     // (r, s, t): s exp (r/s) <= t, s >= 0, or its closure
+    power,           // s0^a s1^(1-a) >= |s2|, s0, s1 >= 0
+    semidefinite    // the upper triangle of a matrix by columns, entries off the diagonal times the root of 2
+};
+
+struct ElementaryCone {
+    ConeKind kind = ConeKind::zero;
+    std::int32_t rows = 0;
+    std::int32_t order = 0;    // of the matrix
+    double exponent = 0;       // a
+};
+
+// min 1/2 x'Px + c'x + constant, Ax + s = b, s in a product of cones: P as above, A by columns with sorted rows, the cones in the
+// order of their rows. Claims: x, and as y the vector z of the dual cones with c + Px + A'z = 0; primal_ray and dual_ray likewise.
+struct ConicForm {
+    double sign = 1;    // the stated objective is this times the form's
+    double constant = 0;
+    std::vector<double> cost;
+    SparseColumns quadratic;
+    SparseColumns matrix;
+    std::vector<double> right;
+    std::vector<ElementaryCone> cones;
+
+    std::int32_t columns () const { return static_cast<std::int32_t> (cost.size ()); }
+    std::int32_t row_count () const { return static_cast<std::int32_t> (right.size ()); }
+    std::size_t size () const
+    {
+        return cost.size () + right.size () + quadratic.values.size () + matrix.values.size ();
+    }
 };
 
 using Form = std::variant<LinearForm, QuadraticForm, ConicForm>;

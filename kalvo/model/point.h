@@ -38,8 +38,14 @@ struct Point {
     std::vector<std::int32_t> column_key = {}, row_key = {};    // status keys of a basis: KLVstakey
     std::vector<double> dual_ray = {};      // constraints: multipliers that prove infeasibility
     std::vector<double> primal_ray = {};    // variables: a direction of unbounded improvement
-    std::optional<double> bound = {};       // on the objective of an integer problem
-    std::string message = {};               // plain words for a run without an answer
+    // Conic parts: of the point, of the direction or of the multipliers, as the outcome says. Where multipliers of quadratic
+    // constraints prove infeasibility, x is the point at which their gradients are taken.
+    std::vector<double> barx =
+        {};    // packed lower triangles of the semidefinite variables, one after another
+    std::vector<double> doty = {};       // rows of the affine conic constraints
+    std::vector<double> snx = {};        // variables: duals of their cones; empty: all that bounds leave
+    std::optional<double> bound = {};    // on the objective of an integer problem
+    std::string message = {};            // plain words for a run without an answer
 };
 
 // Where an optimisation starts: a basis, or a point. Unknown arrays are empty.

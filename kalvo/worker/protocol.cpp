@@ -155,7 +155,7 @@ static void write (Writer& to, const Attempt& attempt)
 static Attempt read_attempt (Reader& from)
 {
     Attempt attempt;
-    attempt.method = from.get_enumeration (Method::mixed_integer);
+    attempt.method = from.get_enumeration (last_method);
     attempt.reformulate = from.get_bool ();
     return attempt;
 }

@@ -23,6 +23,7 @@ public:
     explicit Engine (Script script) : script_ (std::move (script)) {}
 
     const char* name () const override { return "scripted"; }
+    bool has (klv::Method method) const override { return klv::is_linear (method); }
     klv::Limits limits () const override { return {}; }
     std::string refuses (const klv::Form&, klv::Method, const klv::Budget&) const override { return ""; }
     std::string load () override { return why_not; }

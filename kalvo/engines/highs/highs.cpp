@@ -361,6 +361,7 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
 class Highs final : public Engine {
 public:
     const char* name () const override { return "HiGHS 1.15.1"; }
+    bool has (Method method) const override { return is_linear (method); }
     Limits limits () const override
     {
         return {.infinite_bound = 1e20,

@@ -149,6 +149,9 @@ void Options::set_method ()
         if (settings.get (IntSetting::integer_parallel) != KLV_OFF)
             set ("parallel", "on");
         break;
+    case Method::quadratic:
+    case Method::conic:
+        break;    // the engine has none of them
     }
 }
 
