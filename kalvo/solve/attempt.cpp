@@ -23,8 +23,13 @@ static int processors ()
 
 std::size_t work_of (const Problem& problem)
 {
-    return static_cast<std::size_t> (problem.matrix.entries () + problem.variables () +
-                                     problem.constraints ());
+    const SemidefiniteVariables& bar = problem.semidefinite;
+    return static_cast<std::size_t> (
+        problem.matrix.entries () + problem.variables () + problem.constraints () +
+        problem.quadratic_objective.count () + problem.quadratic_constraint.count () +
+        problem.affine.f.entries () + problem.affine.count () + problem.affine_constraint.rows () +
+        std::ssize (problem.cone.member) + bar.length () + bar.objective.count () + bar.constraint.count () +
+        bar.expression.count ());
 }
 
 Answer judge (Call& call, const Check& check, const Problem& problem, Point&& claimed)

@@ -35,8 +35,11 @@ static bool wants_worker (const Task& task)
 KLVrescode_t optimize_task (Task& task, std::function<void ()> on_death)
 {
     forget_last_run (task.information);
-    if (!task.problem ().matrix.packed ())
-        task.edit_problem ().matrix.pack ();
+    if (!task.problem ().matrix.packed () || !task.problem ().affine.f.packed ()) {
+        Problem& problem = task.edit_problem ();
+        problem.matrix.pack ();
+        problem.affine.f.pack ();
+    }
     Log (task).header ();
     Call call (task);
     std::unique_ptr<Solver> solver;

@@ -53,6 +53,58 @@ static void read (Reader& from, Bounds& bounds)
         throw BrokenMessage ("bounds have different lengths");
 }
 
+static void write (Writer& to, const ColumnMatrix& matrix)
+{
+    to.put_array (matrix.starts ());
+    to.put_array (matrix.rows ());
+    to.put_array (matrix.values ());
+}
+
+// The matrix reads from the message.
+static ColumnMatrix read_matrix (Reader& from, const std::shared_ptr<const void>& owner)
+{
+    const auto starts = from.get_array<std::int32_t> (), rows = from.get_array<std::int32_t> ();
+    const auto values = from.get_array<double> ();
+    if (starts.empty () || starts.front () != 0 ||
+        static_cast<std::size_t> (starts.back ()) != values.size () || rows.size () != values.size ())
+        throw BrokenMessage ("arrays of a matrix have different lengths");
+    return {starts, rows, values, owner};
+}
+
+// The vectors of what a problem has beyond linear terms: `function` is called with each.
+template <class SomeProblem, class Function>
+static void each_further_vector (SomeProblem& problem, const Function& function)
+{
+    auto& bar = problem.semidefinite;
+    for (auto* terms : {&problem.quadratic_objective, &problem.quadratic_constraint, &bar.objective,
+                        &bar.constraint, &bar.expression}) {
+        function (terms->item);
+        function (terms->variable);
+        function (terms->row);
+        function (terms->column);
+        function (terms->value);
+    }
+    function (problem.affine.g);
+    auto& domain = problem.domain;
+    function (domain.type);
+    function (domain.size);
+    function (domain.exponents_end);
+    function (domain.exponent);
+    auto& constraint = problem.affine_constraint;
+    function (constraint.domain);
+    function (constraint.end);
+    function (constraint.expression);
+    function (constraint.b);
+    auto& cone = problem.cone;
+    function (cone.type);
+    function (cone.parameter);
+    function (cone.end);
+    function (cone.member);
+    function (cone.cone_of);
+    function (bar.order);
+    function (bar.end);
+}
+
 static void write (Writer& to, const Problem& problem)
 {
     to.put (problem.sense);
@@ -62,9 +114,12 @@ static void write (Writer& to, const Problem& problem)
     write (to, problem.constraint);
     to.put_array (problem.integer);
     to.put (problem.integers);
-    to.put_array (problem.matrix.starts ());
-    to.put_array (problem.matrix.rows ());
-    to.put_array (problem.matrix.values ());
+    write (to, problem.matrix);
+    to.put (problem.is_linear ());
+    if (problem.is_linear ())
+        return;
+    write (to, problem.affine.f);
+    each_further_vector (problem, [&] (const auto& values) { to.put_array (values); });
 }
 
 static void read (Reader& from, const std::shared_ptr<const void>& owner, Problem& problem)
@@ -76,14 +131,15 @@ static void read (Reader& from, const std::shared_ptr<const void>& owner, Proble
     read (from, problem.constraint);
     from.get_into (problem.integer);
     problem.integers = from.get<std::int32_t> ();
-    const auto starts = from.get_array<std::int32_t> (), rows = from.get_array<std::int32_t> ();
-    const auto values = from.get_array<double> ();
+    problem.matrix = read_matrix (from, owner);
     const std::size_t n = problem.variable.key.size ();
-    if (problem.cost.size () != n || problem.integer.size () != n || starts.size () != n + 1 ||
-        starts.front () != 0 || static_cast<std::size_t> (starts.back ()) != values.size () ||
-        rows.size () != values.size ())
+    if (problem.cost.size () != n || problem.integer.size () != n ||
+        static_cast<std::size_t> (problem.matrix.columns ()) != n)
         throw BrokenMessage ("arrays of a problem have different lengths");
-    problem.matrix = ColumnMatrix (starts, rows, values, owner);
+    if (from.get_bool ())
+        return;
+    problem.affine.f = read_matrix (from, owner);
+    each_further_vector (problem, [&] (auto& values) { from.get_into (values); });
 }
 
 // What starts are made of.
@@ -124,7 +180,8 @@ static void write_optional (Writer& to, const std::optional<Value>& value, const
 static void write (Writer& to, const Point& point)
 {
     to.put (point.outcome);
-    for (const auto* values : {&point.x, &point.y, &point.reduced_cost, &point.dual_ray, &point.primal_ray})
+    for (const auto* values : {&point.x, &point.y, &point.reduced_cost, &point.dual_ray, &point.primal_ray,
+                               &point.barx, &point.doty, &point.snx})
         to.put_array (*values);
     for (const auto* keys : {&point.column_key, &point.row_key})
         to.put_array (*keys);
@@ -136,7 +193,8 @@ static Point read_point (Reader& from)
 {
     Point point;
     point.outcome = from.get_enumeration (Outcome::failed);
-    for (auto* values : {&point.x, &point.y, &point.reduced_cost, &point.dual_ray, &point.primal_ray})
+    for (auto* values : {&point.x, &point.y, &point.reduced_cost, &point.dual_ray, &point.primal_ray,
+                         &point.barx, &point.doty, &point.snx})
         from.get_into (*values);
     for (auto* keys : {&point.column_key, &point.row_key})
         from.get_into (*keys);
