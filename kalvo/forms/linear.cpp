@@ -55,6 +55,10 @@ std::string describe (const Problem& problem, const Refused& refused)
         return text (item, " must lie beyond ", refused.limit,
                      ", where no optimiser can tell a number from infinity");
     };
+    const auto bending = [&] (const Refused& item) {
+        return text (": their curvature is ", item.value, " along a direction in which ",
+                     describe_variable (problem, item.variable), " moves most");
+    };
     switch (refused.item) {
     case Refused::Item::cost:
         return text ("the cost of ", describe_variable (problem, refused.variable), " is ", refused.value,
@@ -67,6 +71,12 @@ std::string describe (const Problem& problem, const Refused& refused)
         return beyond (describe_variable (problem, refused.variable));
     case Refused::Item::constraint_bound:
         return beyond (describe_constraint (problem, refused.constraint));
+    case Refused::Item::objective_curvature:
+        return text ("the quadratic terms of the objective are not ",
+                     problem.sense == KLV_SENSE_MAXIMIZE ? "concave" : "convex", bending (refused));
+    case Refused::Item::constraint_curvature:
+        return text ("the quadratic terms of ", describe_constraint (problem, refused.constraint),
+                     " do not make it convex", bending (refused));
     case Refused::Item::none:
         break;
     }

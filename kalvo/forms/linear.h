@@ -10,7 +10,15 @@ namespace klv {
 
 // An item of the stated problem whose number no engine takes.
 struct Refused {
-    enum class Item { none, cost, entry, variable_bound, constraint_bound };
+    enum class Item {
+        none,
+        cost,
+        entry,
+        variable_bound,
+        constraint_bound,
+        objective_curvature,    // not convex: the value is the curvature, the variable the one that moves most along it
+        constraint_curvature
+    };
 
     Item item = Item::none;
     std::int32_t variable = 0, constraint = 0;

@@ -61,7 +61,7 @@ static void keep_replay (Task& task)
 KLVrescode_t KLV_optimize (KLVtask_t task)
 {
     return run (task, [&] (Task& t) {
-        check_supported (t.problem ());
+        check_supported (t.problem (), t.parameters);
         return optimize_task (t, [&] { keep_replay (t); });
     });
 }

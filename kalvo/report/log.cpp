@@ -25,6 +25,23 @@ static std::string counted (std::int64_t count, const char* noun)
     return text (count, " ", noun, count == 1 ? "" : "s");
 }
 
+static std::string further_classes (const Problem& problem)
+{
+    std::string words;
+    const auto add = [&] (std::int64_t count, const char* noun) {
+        if (count > 0)
+            words += ", " + counted (count, noun);
+    };
+    add (problem.quadratic_objective.count (), "quadratic term");
+    add (problem.quadratic_constraint.count (), "quadratic constraint term");
+    add (problem.affine_constraint.count (), "affine conic constraint");
+    add (problem.cone.count (), "cone");
+    add (problem.semidefinite.count (), "semidefinite variable");
+    if (problem.semidefinite.count () > 0)
+        words += text (" (largest order ", *std::ranges::max_element (problem.semidefinite.order), ")");
+    return words;
+}
+
 void Log::header ()
 {
     if (level_ < 1)
@@ -37,6 +54,8 @@ void Log::header ()
     if (problem.integers > 0)
         line += text (" (", problem.integers, " integer)");
     line += text (", ", problem.matrix.entries (), problem.matrix.entries () == 1 ? " entry" : " entries");
+    if (!problem.is_linear ())
+        line += further_classes (problem);
     task_.say (line);
 }
 

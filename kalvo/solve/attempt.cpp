@@ -1,5 +1,6 @@
 #include "kalvo/solve/attempt.h"
 
+#include "kalvo/forms/sizes.h"
 #include "kalvo/model/text.h"
 
 #include <algorithm>
@@ -59,42 +60,75 @@ Attempts::Attempts (Task& task, Call& call, Runs& runs, bool integers, Journal* 
 
 // ---- Engine and form ---------------------------------------------------------------------------------------------------
 
-void Attempts::lower ()
+Lowered Attempts::make_form (double far) const
 {
-    lowered_ = call_.compute (work_of (*problem_),
-                              [&] { return lower_linear (problem_, engine_->limits (), integers_); });
+    Limits limits = engine_->limits ();
+    limits.infinite_bound = std::min (limits.infinite_bound, far);
+    switch (method_) {
+    case Method::quadratic:
+        return lower_quadratic (problem_, limits.infinite_bound);
+    case Method::conic:
+        return lower_conic (problem_, limits.infinite_bound);
+    default:
+        return lower_linear (problem_, limits, integers_);
+    }
+}
+
+void Attempts::tell_form ()
+{
+    const FormSizes sizes = sizes_of (*lowered_.form);
+    Information& information = task_.information;
+    for (const auto& [item, count] : {std::pair{IntItem::form_columns, sizes.columns},
+                                      {IntItem::form_rows, sizes.rows},
+                                      {IntItem::form_entries, sizes.entries},
+                                      {IntItem::second_order_cones, sizes.second_order},
+                                      {IntItem::exponential_cones, sizes.exponential},
+                                      {IntItem::power_cones, sizes.power},
+                                      {IntItem::matrices, sizes.matrices},
+                                      {IntItem::largest_matrix, std::int64_t{sizes.largest_matrix}}})
+        information.set (item, count);
+    if (settings_->get (IntSetting::log_level) < 2)
+        return;
+    task_.say (text (method_ == Method::quadratic ? "Quadratic form: " : "Conic form: ", describe (sizes)));
+    if (without_far_bounds_)
+        task_.say (text ("Bounds so large that they bind rarely are left out at first: ",
+                         lowered_.infinite_bounds));
+}
+
+void Attempts::lower (double far)
+{
+    lowered_ = call_.compute (work_of (*problem_), [&] { return make_form (far); });
+    without_far_bounds_ = far < engine_->limits ().infinite_bound && lowered_.infinite_bounds > 0;
     if (!lowered_.form)
         return;
     task_.information.set (IntItem::lowered_infinite_bounds, lowered_.infinite_bounds);
     task_.information.set (IntItem::lowered_dropped_entries, lowered_.dropped_entries);
-    if (lowered_.infinite_bounds > 0)
+    if (lowered_.infinite_bounds > 0 && !without_far_bounds_)
         task_.warn (text ("Finite bounds so large that the optimiser takes them as infinite: ",
                           lowered_.infinite_bounds, "; the answer is checked on them as they are."));
     if (lowered_.dropped_entries > 0)
         task_.warn (text ("Matrix entries so small that the optimiser leaves them out: ",
                           lowered_.dropped_entries, "; the answer is checked with them."));
+    if (!is_linear (method_))
+        tell_form ();
     // What was freed after loading lies in holes that an engine's thread does not use.
     if (work_of (*problem_) >= large_work)
         malloc_trim (0);
 }
 
-bool Attempts::leave_out_far_bounds ()
+bool Attempts::leave_out_far_bounds (double far)
 {
-    constexpr double far = 1e15;
-    Limits limits = engine_->limits ();
-    const auto is_far = [&] (double bound) {
-        return std::abs (bound) >= far && std::abs (bound) < limits.infinite_bound;
-    };
+    const double infinite = engine_->limits ().infinite_bound;
+    const auto is_far = [&] (double bound) { return std::abs (bound) >= far && std::abs (bound) < infinite; };
     const auto any_far = [&] (const Bounds& bounds) {
         return std::ranges::any_of (bounds.lower, is_far) || std::ranges::any_of (bounds.upper, is_far);
     };
     if (!any_far (problem_->variable) && !any_far (problem_->constraint))
         return false;
-    limits.infinite_bound = far;
-    Lowered nearer = lower_linear (problem_, limits, integers_);
+    Lowered nearer = make_form (far);
     if (!nearer.form)
         return false;
-    task_.warn (text ("Bounds beyond ", limits.infinite_bound, " are left out: ", nearer.infinite_bounds,
+    task_.warn (text ("Bounds beyond ", far, " are left out: ", nearer.infinite_bounds,
                       "; the answer is checked with them."));
     lowered_ = std::move (nearer);
     without_far_bounds_ = true;
@@ -103,31 +137,43 @@ bool Attempts::leave_out_far_bounds ()
 
 void Attempts::take_back_far_bounds ()
 {
-    lower ();
-    without_far_bounds_ = false;
+    lower (infinity);
 }
 
-std::optional<Failure> Attempts::prepare (Method method)
+static bool bends_wrong (const Refused& refused)
+{
+    return refused.item == Refused::Item::objective_curvature ||
+           refused.item == Refused::Item::constraint_curvature;
+}
+
+std::optional<Failure> Attempts::prepare (Method method, double far)
 {
     std::string why = "there is none";
+    KLVrescode_t code = KLV_RES_ENGINE_MISSING;
     for (const std::shared_ptr<Engine>& engine : engines ()) {
+        if (!engine->has (method))
+            continue;
         why = engine->load ();
         if (!why.empty ())
             continue;
         engine_ = engine;
-        lower ();
+        method_ = method;
+        lower (far);
         if (!lowered_.form)
-            return Failure{KLV_RES_TOO_LARGE, {}, lowered_.refused};
+            return Failure{bends_wrong (lowered_.refused) ? KLV_RES_NOT_CONVEX : KLV_RES_TOO_LARGE,
+                           {},
+                           lowered_.refused};
         why = engine->refuses (*lowered_.form, method, {.threads = threads (method)});
         if (why.empty ())
             return std::nullopt;
+        code = KLV_RES_TOO_LARGE;
     }
-    return Failure{KLV_RES_ENGINE_MISSING, text ("No optimiser can be used: ", why, "."), {}};
+    return Failure{code, text ("No optimiser can be used: ", why, "."), {}};
 }
 
 std::size_t Attempts::size () const
 {
-    return std::get<LinearForm> (*lowered_.form).size ();
+    return std::visit ([] (const auto& form) { return form.size (); }, *lowered_.form);
 }
 
 bool Attempts::has_entries () const

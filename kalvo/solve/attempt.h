@@ -1,7 +1,9 @@
 // Attempts to solve: runs on the problem's form, whose claims are taken back to the problem as stated and checked on it.
 #pragma once
 
+#include "kalvo/forms/conic.h"
 #include "kalvo/forms/linear.h"
+#include "kalvo/forms/quadratic.h"
 #include "kalvo/solve/call.h"
 #include "kalvo/solve/runs.h"
 #include "kalvo/solve/stagnation.h"
@@ -69,13 +71,14 @@ public:
     Attempts (Task& task, Call& call, Runs& runs, bool integers, Journal* journal = nullptr,
               std::vector<Past> past = {});
 
-    // Finds an engine for the method and makes the engine's form of the problem. Runs need a prepared engine.
-    std::optional<Failure> prepare (Method method);
+    // Finds an engine for the method and makes the engine's form of the problem; runs then use that form. Bounds from `far` on are
+    // left out, but answers are checked with them.
+    std::optional<Failure> prepare (Method method, double far = infinity);
 
-    // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out; answers are checked with them
-    // all the same. False: there are none.
-    bool leave_out_far_bounds ();
+    // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out. False: there are none.
+    bool leave_out_far_bounds (double far = 1e15);
     void take_back_far_bounds ();
+    bool is_without_far_bounds () const { return without_far_bounds_; }
 
     // Begins an attempt beside those that are under way; `why` is for the log. Throws std::system_error when no thread can be
     // started.
@@ -110,7 +113,9 @@ private:
         Stagnation stagnation;
     };
 
-    void lower ();
+    Lowered make_form (double far) const;
+    void lower (double far);
+    void tell_form ();
     int threads (Method method) const;
     void count (Method method, const Claims& claims);
     bool recall (const Begun& begun);
@@ -128,6 +133,7 @@ private:
     bool integers_;
     Check check_;
     std::shared_ptr<Engine> engine_;
+    Method method_ = Method::dual_simplex;    // for which the form was made
     Lowered lowered_;
     bool without_far_bounds_ = false;
     std::vector<Running> running_;

@@ -105,7 +105,7 @@ std::optional<Answer> LinearPlan::again (KLVsoltype which)
 // From a basis that is feasible, but not optimal any more, the primal method has less to do.
 Method LinearPlan::method_from (const Start& start)
 {
-    const Method method = first_method (attempts_.settings (), false);
+    const Method method = first_method (attempts_.problem (), attempts_.settings (), false);
     if (method != Method::dual_simplex || asks (KLV_OPTIMIZER_DUAL_SIMPLEX) || start.column_key.empty ())
         return is_simplex (method) ? method : Method::dual_simplex;
     const std::optional<Answer> earlier = again (KLV_SOL_BAS);
@@ -186,7 +186,7 @@ std::optional<Tried> LinearPlan::from_start ()
 
 Tried LinearPlan::cold ()
 {
-    Method method = first_method (attempts_.settings (), false);
+    Method method = first_method (attempts_.problem (), attempts_.settings (), false);
     if (wants_interior ())
         method = Method::crossover;
     tried_.push_back ({method});

@@ -33,7 +33,7 @@ private:
     int setting (IntSetting which) const { return task_.parameters.get (which); }
     const Problem& problem () const { return *problem_; }
     bool stopped () const { return call_.answer () != 0; }
-    int first_optimizer () const { return about (first_method (task_.parameters, integers_)).optimizer; }
+    int first_optimizer () const { return about (first_method (problem (), task_.parameters, integers_)).optimizer; }
 
     KLVrescode_t solve ();
     KLVrescode_t report_crossed (const CrossedBounds& crossed);
@@ -170,6 +170,8 @@ std::vector<KLVsoltype> Optimization::slots () const
 {
     if (integers_)
         return {KLV_SOL_INT};
+    if (!problem ().is_linear ())
+        return {KLV_SOL_ITR};
     const bool basis = setting (IntSetting::interior_point_basis) != 0;
     switch (setting (IntSetting::optimizer)) {
     case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
@@ -282,11 +284,11 @@ KLVrescode_t Optimization::solve ()
     task_.information.set (IntItem::crossed_bounds, crossed.count);
     if (crossed.item >= 0)
         return report_crossed (crossed);
-    if (problem ().is_separable ())
+    if (problem ().is_linear () && problem ().is_separable ())
         return report_separable ();
     Solved solved = solver_.solve (earlier_, integers_);
     if (const std::optional<Failure>& failure = solved.failure)
-        return task_.fail (failure->code, failure->code == KLV_RES_TOO_LARGE
+        return task_.fail (failure->code, failure->refused.item != Refused::Item::none
                                               ? text ("No optimiser can take this problem: ",
                                                       describe (problem (), failure->refused), ".")
                                               : failure->message);

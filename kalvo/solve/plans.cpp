@@ -6,10 +6,12 @@
 
 namespace klv {
 
-Method first_method (const Parameters& settings, bool integers)
+Method first_method (const Problem& problem, const Parameters& settings, bool integers)
 {
     if (integers)
         return Method::mixed_integer;
+    if (!problem.is_linear ())
+        return has_linear_constraints (problem) ? Method::quadratic : Method::conic;
     switch (settings.get (IntSetting::optimizer)) {
     case KLV_OPTIMIZER_PRIMAL_SIMPLEX:
         return Method::primal_simplex;
@@ -31,6 +33,13 @@ Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next)
                                  "; trying ", how, "."));
     add_one (attempts.task (), IntItem::presolve_rerun);
     return attempts.run (next, nullptr, "because the answer before it does not hold");
+}
+
+bool has_linear_constraints (const Problem& problem)
+{
+    constexpr Features linear_but_objective{Feature::integers, Feature::affine_expressions,
+                                            Feature::quadratic_objective};
+    return problem.features ().missing_in (linear_but_objective) == nullptr;
 }
 
 static int worth (const Answer& answer)

@@ -5,6 +5,7 @@
 #include "kalvo/solve/attempt.h"
 
 #include <optional>
+#include <variant>
 
 namespace klv {
 
@@ -17,8 +18,14 @@ struct Found {
 Found solve_linear (Attempts& attempts, const Solutions& earlier);
 Found solve_integer (Attempts& attempts, const Solutions& earlier);
 
+// Continuous problems beyond linear ones, for which no start is of use.
+std::variant<Found, Failure> solve_convex (Attempts& attempts);
+
 // The method that the settings ask for, or the automatic optimiser's first one.
-Method first_method (const Parameters& settings, bool integers);
+Method first_method (const Problem& problem, const Parameters& settings, bool integers);
+
+// Whether nothing but the objective may have quadratic terms.
+bool has_linear_constraints (const Problem& problem);
 
 // Makes another attempt after one that settled nothing, with a warning.
 Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next);

@@ -3,6 +3,8 @@
 #include "kalvo/model/text.h"
 
 #include <system_error>
+#include <utility>
+#include <variant>
 
 namespace klv {
 
@@ -10,7 +12,16 @@ Solved solve_by_plan (Attempts& attempts, const Solutions& earlier, bool integer
 {
     Solved solved;
     try {
-        solved.failure = attempts.prepare (first_method (attempts.settings (), integers));
+        if (!attempts.problem ().is_linear ()) {
+            auto found = solve_convex (attempts);
+            if (auto* failure = std::get_if<Failure> (&found))
+                solved.failure = std::move (*failure);
+            else
+                solved.found = std::move (std::get<Found> (found));
+            return solved;
+        }
+        solved.failure =
+            attempts.prepare (first_method (attempts.problem (), attempts.settings (), integers));
         if (solved.failure)
             return solved;
         solved.separable = !attempts.has_entries ();

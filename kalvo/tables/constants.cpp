@@ -273,6 +273,8 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::response, "KLV_RES_INTERNAL", KLV_RES_INTERNAL, "An internal failure of the library."},
     {Group::response, "KLV_RES_WORKER_MISSING", KLV_RES_WORKER_MISSING,
      "The program that optimisers run in is missing, or does not fit the library."},
+    {Group::response, "KLV_RES_NOT_CONVEX", KLV_RES_NOT_CONVEX,
+     "Quadratic terms bend the objective or a constraint the wrong way: the problem is not convex."},
 
     {Group::response, "KLV_RES_TIME_LIMIT", KLV_RES_TIME_LIMIT, "The time limit was reached."},
     {Group::response, "KLV_RES_ITERATION_LIMIT", KLV_RES_ITERATION_LIMIT, "The iteration limit was reached."},

@@ -137,6 +137,15 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
      "Interior-point method that ran, as a value of KLV_IPAR_INTPNT_METHOD; 0: none."},
     {IntItem::lowered_dropped_entries, "KLV_IINF_ENTRIES_TAKEN_AS_ZERO",
      "Entries of the constraint matrix that an optimiser left out as too small."},
+    {IntItem::form_columns, "KLV_IINF_FORM_COLUMNS",
+     "Columns of the quadratic or conic form that was solved; 0 for linear problems, as the next seven."},
+    {IntItem::form_rows, "KLV_IINF_FORM_ROWS", "Rows of that form."},
+    {IntItem::form_entries, "KLV_IINF_FORM_ENTRIES", "Entries of its matrix."},
+    {IntItem::second_order_cones, "KLV_IINF_SECOND_ORDER_CONES", "Its second-order cones."},
+    {IntItem::exponential_cones, "KLV_IINF_EXPONENTIAL_CONES", "Its exponential cones."},
+    {IntItem::power_cones, "KLV_IINF_POWER_CONES", "Its power cones, all of dimension three."},
+    {IntItem::matrices, "KLV_IINF_MATRICES", "Its positive semidefinite matrices of order two or more."},
+    {IntItem::largest_matrix, "KLV_IINF_LARGEST_MATRIX", "The largest order of such a matrix."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");

@@ -87,6 +87,14 @@ enum class IntItem {
     heuristic_iterations,
     interior_method,
     lowered_dropped_entries,
+    form_columns,
+    form_rows,
+    form_entries,
+    second_order_cones,
+    exponential_cones,
+    power_cones,
+    matrices,
+    largest_matrix,
     count
 };
 

@@ -249,7 +249,7 @@ Solved Remote::stopped (bool integers)
         claim.x = std::move (incumbent_);
         claim.bound = task_.information.get (RealItem::mip_bound);
     }
-    Attempt attempt{first_method (task_.parameters, integers)};
+    Attempt attempt{first_method (task_.problem (), task_.parameters, integers)};
     if (!under_way_.empty ())
         attempt = under_way_.front ().begun.attempt;
     result_.emplace ();

@@ -1,0 +1,75 @@
+// Continuous convex problems beyond linear ones: the quadratic interior-point method where it can, the conic one for all else and
+// for what the first one leaves open. A convex problem has one optimum, so that the first answer that holds settles it.
+
+#include "kalvo/solve/plans.h"
+
+#include "kalvo/model/text.h"
+
+#include <utility>
+
+namespace klv {
+
+// Bounds beyond these spoil the numbers of methods that keep points between all bounds; few problems have solutions there.
+constexpr double far_for_quadratic = 1e7, far_for_conic = 1e9;
+
+class ConvexPlan {
+public:
+    explicit ConvexPlan (Attempts& attempts) : attempts_ (attempts) {}
+
+    std::variant<Found, Failure> run ();
+
+private:
+    bool settled () const { return best_ && attempts_.settles (best_->answer); }
+    bool refused () const { return failure_ && failure_->refused.item != Refused::Item::none; }
+    void attempt (const Attempt& attempt, const char* why);
+    void go_through (Method method, double far, const char* why);
+
+    Attempts& attempts_;
+    std::optional<Tried> best_;
+    std::optional<Failure> failure_;    // of the last engine that could not be prepared
+};
+
+void ConvexPlan::attempt (const Attempt& attempt, const char* why)
+{
+    if (!best_)
+        best_ = attempts_.run (attempt, nullptr, why);
+    else
+        keep_better (best_, try_again (attempts_, best_->answer, attempt));
+}
+
+// Attempts with one engine: without far bounds and, where the point lies beyond them or none was found, with them.
+void ConvexPlan::go_through (Method method, double far, const char* why)
+{
+    if (settled () || refused ())
+        return;
+    if (std::optional<Failure> failure = attempts_.prepare (method, far)) {
+        failure_ = std::move (failure);
+        return;
+    }
+    attempt ({method}, why);
+    if (!settled () && attempts_.is_without_far_bounds ()) {
+        attempts_.take_back_far_bounds ();
+        attempt ({method}, why);
+    }
+    if (!settled () && method == Method::conic)
+        attempt ({method, false}, why);
+}
+
+std::variant<Found, Failure> ConvexPlan::run ()
+{
+    const bool linear_constraints = has_linear_constraints (attempts_.problem ());
+    if (linear_constraints)
+        go_through (Method::quadratic, far_for_quadratic, "quadratic objective, linear constraints");
+    go_through (Method::conic, far_for_conic,
+                linear_constraints ? "quadratic objective, linear constraints" : "cones");
+    if (best_)
+        return Found{.interior = std::move (best_)};
+    return std::move (*failure_);
+}
+
+std::variant<Found, Failure> solve_convex (Attempts& attempts)
+{
+    return ConvexPlan (attempts).run ();
+}
+
+}
