@@ -14,7 +14,9 @@ endforeach ()
 
 add_library (kalvo_core STATIC ${library_sources})
 target_include_directories (kalvo_core PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
-target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB nlohmann_json::nlohmann_json PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
+target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB nlohmann_json::nlohmann_json 
+    PUBLIC "${clarabel_library}" lapack blas Threads::Threads ${CMAKE_DL_LIBS})
+add_dependencies (kalvo_core clarabel_crate)
 
 add_library (kalvo64 SHARED "${no_source}")
 set_target_properties (kalvo64 PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}"

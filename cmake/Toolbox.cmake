@@ -10,13 +10,14 @@ foreach (file IN LISTS toolbox_files)
     list (APPEND toolbox_copies "${KALVO_TOOLBOX_DIR}/${file}")
 endforeach ()
 
-# The engine's own licence files come from its packages, the long text of one licence from Debian.
+# The engines' own licence files come from their packages, the long text of one licence from Debian.
 set (notices "${KALVO_TOOLBOX_DIR}/NOTICES")
 set (notices_parts
     "${toolbox_source}/NOTICES"
     "${CMAKE_SOURCE_DIR}/LICENSE"
     "${highs_dist}/share/doc/HIGHS/LICENSE.txt"
     "${KALVO_HIGHS_DIR}/highspy_extras-1.15.1.dist-info/licenses/THIRD_PARTY_NOTICES.md"
+    "${clarabel_notices}"
     "${CMAKE_SOURCE_DIR}/cmake/licences.txt"
     /usr/share/common-licenses/Apache-2.0)
 add_custom_command (OUTPUT "${notices}"
@@ -24,7 +25,7 @@ add_custom_command (OUTPUT "${notices}"
     DEPENDS ${notices_parts} VERBATIM)
 
 add_custom_target (toolbox ALL DEPENDS ${toolbox_copies} "${notices}")
-add_dependencies (toolbox toolbox_highs)
+add_dependencies (toolbox toolbox_highs clarabel_crate)
 if (TARGET kalvoopt)
     add_dependencies (toolbox kalvoopt)
 endif ()

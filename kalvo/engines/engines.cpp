@@ -1,3 +1,4 @@
+#include "kalvo/engines/clarabel/clarabel.h"
 #include "kalvo/engines/engine.h"
 #include "kalvo/engines/highs/highs.h"
 
@@ -5,7 +6,7 @@ namespace klv {
 
 std::vector<std::shared_ptr<Engine>>& engines ()
 {
-    static std::vector<std::shared_ptr<Engine>> list{highs::make_engine ()};
+    static std::vector<std::shared_ptr<Engine>> list{highs::make_engine (), clarabel::make_engine ()};
     return list;
 }
 
