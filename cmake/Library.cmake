@@ -4,6 +4,7 @@
 find_package (Threads REQUIRED)
 find_package (ZLIB REQUIRED)
 find_package (nlohmann_json 3.11 REQUIRED)
+find_package (Eigen3 3.4 REQUIRED NO_MODULE)
 collect_sources (library_sources kalvo)
 set (worker_main "${CMAKE_SOURCE_DIR}/kalvo/worker/program.cpp")
 list (REMOVE_ITEM library_sources "${worker_main}")
@@ -14,7 +15,8 @@ endforeach ()
 
 add_library (kalvo_core STATIC ${library_sources})
 target_include_directories (kalvo_core PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
-target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB nlohmann_json::nlohmann_json 
+target_compile_definitions (kalvo_core PRIVATE EIGEN_MPL2_ONLY)
+target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB nlohmann_json::nlohmann_json Eigen3::Eigen
     PUBLIC "${clarabel_library}" lapack blas Threads::Threads ${CMAKE_DL_LIBS})
 add_dependencies (kalvo_core clarabel_crate)
 
