@@ -1,7 +1,9 @@
 #include "kalvo/files/formats.h"
 
+#include "kalvo/files/cbf/cbf.h"
 #include "kalvo/files/lp/lp.h"
 #include "kalvo/files/mps/mps.h"
+#include "kalvo/files/sdpa/sdpa.h"
 #include "kalvo/files/text/words.h"
 
 #include <algorithm>
@@ -36,6 +38,22 @@ constexpr std::array formats{
            read_alone<read_fixed_mps>,
            write_fixed_mps},
     Format{"LP", ".lp", KLV_FILE_LP, {Feature::integers}, unfit_for_lp, read_alone<read_lp>, write_lp},
+    Format{"CBF",
+           ".cbf",
+           KLV_FILE_CBF,
+           {Feature::integers, Feature::affine_expressions, Feature::affine_constraints, Feature::cones,
+            Feature::semidefinite_variables},
+           unfit_for_cbf,
+           read_alone<read_cbf>,
+           write_cbf},
+    Format{"sparse SDPA",
+           ".dat-s",
+           KLV_FILE_SDPA,
+           {Feature::integers, Feature::affine_expressions, Feature::affine_constraints,
+            Feature::semidefinite_variables},
+           unfit_for_sdpa,
+           read_alone<read_sdpa>,
+           write_sdpa},
     Format{"JSON", ".json", KLV_FILE_JSON, all_features (), nullptr, read_json, write_json},
 };
 

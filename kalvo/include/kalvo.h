@@ -254,7 +254,9 @@ enum KLVfileformat {
     KLV_FILE_FREE_MPS = 1,
     KLV_FILE_FIXED_MPS = 2,
     KLV_FILE_LP = 3,
-    KLV_FILE_JSON = 4
+    KLV_FILE_JSON = 4,
+    KLV_FILE_CBF = 5,
+    KLV_FILE_SDPA = 6
 };
 
 // Kinds of parameters and of information items.

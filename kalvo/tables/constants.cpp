@@ -164,6 +164,8 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::file_format, "KLV_FILE_FIXED_MPS", KLV_FILE_FIXED_MPS, "MPS with fields in fixed columns."},
     {Group::file_format, "KLV_FILE_LP", KLV_FILE_LP, "LP, rows of named terms."},
     {Group::file_format, "KLV_FILE_JSON", KLV_FILE_JSON, "JSON, a whole task."},
+    {Group::file_format, "KLV_FILE_CBF", KLV_FILE_CBF, "CBF, conic problems."},
+    {Group::file_format, "KLV_FILE_SDPA", KLV_FILE_SDPA, "Sparse SDPA, semidefinite problems."},
 
     {Group::parameter_kind, "KLV_PAR_NONE", KLV_PAR_NONE, "No parameter."},
     {Group::parameter_kind, "KLV_PAR_DOUBLE", KLV_PAR_DOUBLE, "A parameter that holds a real number."},

@@ -87,7 +87,7 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      "Whether the simplex methods print their progress."},
     {15, "KLV_IPAR_LOG_MIP", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::log_mixed_integer,
      "Whether the integer search prints its progress."},
-    {16, "KLV_IPAR_FILE_FORMAT", KLV_FILE_BY_EXTENSION, KLV_FILE_BY_EXTENSION, KLV_FILE_JSON,
+    {16, "KLV_IPAR_FILE_FORMAT", KLV_FILE_BY_EXTENSION, KLV_FILE_BY_EXTENSION, KLV_FILE_SDPA,
      Group::file_format, IntSetting::file_format, "The format of problem files."},
     {17, "KLV_IPAR_WARM_START", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::warm_start,
      "Whether an optimisation starts from the solutions that the task holds."},

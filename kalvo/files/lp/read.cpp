@@ -1,7 +1,7 @@
 // The statements of an LP file: its sections, objective, constraints, bounds and types.
-#include "kalvo/files/lp/grouped.h"
 #include "kalvo/files/lp/lp.h"
 #include "kalvo/files/lp/reader.h"
+#include "kalvo/files/text/grouped.h"
 #include "kalvo/files/text/words.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 // Writes LP files: every number to the last bit, every name as it is.
-#include "kalvo/files/lp/grouped.h"
 #include "kalvo/files/lp/lp.h"
 #include "kalvo/files/lp/scan.h"
+#include "kalvo/files/text/grouped.h"
 #include "kalvo/files/text/name_rules.h"
 #include "kalvo/files/text/text_writer.h"
 

@@ -1,4 +1,4 @@
-// Turns the matrix from rows to columns and back: LP files have it by rows, problems by columns.
+// Turns entries from rows to columns and back: LP files have the matrix by rows, problems by columns.
 #pragma once
 
 #include <cstdint>
