@@ -112,7 +112,7 @@ ObjectiveParts lower_objective (const Problem& problem, const FixedVariables& fi
     return parts;
 }
 
-double largest_magnitude (std::span<const double> values)
+double largest_finite (std::span<const double> values)
 {
     double largest = 0;
     for (const double value : values)
@@ -129,9 +129,9 @@ Factors choose_units (SomeForm& form, double largest_bound)
         value *= factors.point * factors.point;
     for (double& cost : form.cost)
         cost *= factors.point;
-    const double largest_cost = largest_magnitude (form.cost);
+    const double largest_cost = largest_finite (form.cost);
     factors.objective =
-        factor_between (largest_cost > 0 ? largest_cost : largest_magnitude (form.quadratic.values), 1, 1e4);
+        factor_between (largest_cost > 0 ? largest_cost : largest_finite (form.quadratic.values), 1, 1e4);
     for (double& value : form.quadratic.values)
         value /= factors.objective;
     for (double& cost : form.cost)

@@ -44,7 +44,7 @@ struct ObjectiveParts {
 };
 ObjectiveParts lower_objective (const Problem& problem, const FixedVariables& fixed);
 
-double largest_magnitude (std::span<const double> values);
+double largest_finite (std::span<const double> values);
 
 // Factors of points and objectives, powers of two: the form's point times `point` is the stated one's, likewise the objective.
 struct Factors {

@@ -156,7 +156,7 @@ static void scale (QuadraticForm& form, QuadraticRecovery& recovery)
                                            &form.upper};
     double largest = 0;
     for (const std::vector<double>* values : bounds)
-        largest = std::max (largest, largest_magnitude (*values));
+        largest = std::max (largest, largest_finite (*values));
     recovery.factors = choose_units (form, largest);
     for (std::vector<double>* values : bounds)
         for (double& value : *values)
