@@ -10,7 +10,7 @@ function (check_cargo result candidate)
     endif ()
 endfunction ()
 
-find_program (KALVO_CARGO cargo HINTS ENV PATH PATHS "$ENV{HOME}/.cargo/bin" VALIDATOR check_cargo)
+find_program (KALVO_CARGO cargo PATHS "$ENV{HOME}/.cargo/bin" VALIDATOR check_cargo)
 if (NOT KALVO_CARGO)
     message (FATAL_ERROR "cargo ${cargo_needed} or later is missing: run script/setup, or set KALVO_CARGO")
 endif ()
@@ -23,7 +23,7 @@ add_custom_command (OUTPUT "${clarabel_library}" "${clarabel_notices}"
     COMMAND ${CMAKE_COMMAND} -E env "RUSTC=${cargo_folder}/rustc"
         "${KALVO_CARGO}" build --quiet --release --locked --manifest-path "${shim}/Cargo.toml" --target-dir "${KALVO_CLARABEL_DIR}"
     COMMAND /usr/bin/python3 "${shim}/notices.py" "${KALVO_CARGO}" > "${clarabel_notices}"
-    COMMAND ${CMAKE_COMMAND} -E copy "${KALVO_CLARABEL_DIR}/release/libclarabel_shim.a" "${clarabel_library}"
+    COMMAND ${CMAKE_STRIP} --strip-debug -o "${clarabel_library}" "${KALVO_CLARABEL_DIR}/release/libclarabel_shim.a"
     DEPENDS "${shim}/Cargo.toml" "${shim}/Cargo.lock" "${shim}/src/lib.rs" "${shim}/notices.py"
     COMMENT "Building the Clarabel crate" USES_TERMINAL VERBATIM)
 add_custom_target (clarabel_crate DEPENDS "${clarabel_library}" "${clarabel_notices}")

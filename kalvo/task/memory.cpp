@@ -20,7 +20,8 @@ static double number_in (const std::string& file, const char* word, double other
 }
 
 // Pages of files that nobody uses count as used, yet are given back when memory is short.
-static double room_of_group (const std::string& folder, const char* limit, const char* usage, const char* idle)
+static double room_of_group (const std::string& folder, const char* limit, const char* usage,
+                             const char* idle)
 {
     return number_in (folder + limit, "", unlimited) - number_in (folder + usage, "", 0) +
            number_in (folder + "/memory.stat", idle, 0);
@@ -41,10 +42,10 @@ static double room_of_groups ()
             continue;
         const std::string root = old ? "/sys/fs/cgroup/memory" : "/sys/fs/cgroup";
         for (std::string path = line.substr (second + 1);; path.resize (path.rfind ('/'))) {
-            room = std::min (room, old ? room_of_group (root + path, "/memory.limit_in_bytes",
-                                                        "/memory.usage_in_bytes", "total_inactive_file")
-                                       : room_of_group (root + path, "/memory.max", "/memory.current",
-                                                        "inactive_file"));
+            room = std::min (
+                room, old ? room_of_group (root + path, "/memory.limit_in_bytes", "/memory.usage_in_bytes",
+                                           "total_inactive_file")
+                          : room_of_group (root + path, "/memory.max", "/memory.current", "inactive_file"));
             if (path.rfind ('/') == std::string::npos)
                 break;
         }

@@ -74,8 +74,8 @@ static Options options_of (const Job& job)
     const Parameters& settings = *job.settings;
     const auto aim = [] (double accepted) { return std::clamp (accepted, 1e-12, 1e-2) / acceptance; };
     const double gap = settings.get (RealSetting::interior_tolerance);
-    const double residual = std::min (settings.get (RealSetting::primal_tolerance),
-                                      settings.get (RealSetting::dual_tolerance));
+    const double residual =
+        std::min (settings.get (RealSetting::primal_tolerance), settings.get (RealSetting::dual_tolerance));
     const std::int32_t iterations = settings.get (IntSetting::interior_iteration_limit);
     return {.gap = aim (gap > 0 ? gap : 0.01 * settings.get (RealSetting::gap_tolerance)),
             .residual = aim (0.01 * residual),
@@ -127,7 +127,8 @@ static std::vector<double> ray (const std::vector<double>& linear, std::vector<d
         change += linear[i] * (direction[i] /= most);
     for (double& value : direction)
         value /= -change;
-    if (!(change < 0) || !std::ranges::all_of (direction, [] (double value) { return std::isfinite (value); }))
+    if (!(change < 0) ||
+        !std::ranges::all_of (direction, [] (double value) { return std::isfinite (value); }))
         direction.clear ();
     return std::move (direction);
 }
@@ -171,7 +172,8 @@ public:
                               array (form_.right), array (form_.cones)};
         const Options options = options_of (job);
         const Listener listener = reports.listener ();
-        Answer answer{.x = x.data (), .z = z.data (), .status = Status::failed, .iterations = 0, .message = {}};
+        Answer answer{
+            .x = x.data (), .z = z.data (), .status = Status::failed, .iterations = 0, .message = {}};
         clarabel_solve (&problem, &options, &listener, &answer);
         claims.outcome = outcome (answer.status, job);
         claims.interior_iterations = answer.iterations;
@@ -214,8 +216,8 @@ public:
         const double needed = megabytes (*conic), free = free_megabytes ();
         if (needed <= 0.5 * free)
             return "";
-        return text ("it needs about ", std::ceil (needed), " MB of memory, more than half of the ",
-                     std::floor (free), " MB that are free");
+        return text ("it needs about ", std::llround (needed), " MB of memory, more than half of the ",
+                     std::llround (free), " MB that are free");
     }
     std::string load () override { return ""; }
     std::unique_ptr<klv::Session> begin (std::shared_ptr<const Form> form) override

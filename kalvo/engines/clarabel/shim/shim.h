@@ -45,7 +45,7 @@ struct Iteration {
 // Called on the thread that solves; nothing may be thrown.
 struct Listener {
     void* receiver;
-    bool (*iteration) (void* receiver, const Iteration* now);    // whether to go on
+    bool (*iteration) (void* receiver, const Iteration* now);                // whether to go on
     void (*text) (void* receiver, const char* lines, std::size_t length);    // null: no log
 };
 
