@@ -3,6 +3,7 @@
 
 find_package (Threads REQUIRED)
 find_package (ZLIB REQUIRED)
+find_package (LAPACK REQUIRED)
 find_package (nlohmann_json 3.11 REQUIRED)
 collect_sources (library_sources kalvo)
 set (worker_main "${CMAKE_SOURCE_DIR}/kalvo/worker/program.cpp")
@@ -14,7 +15,7 @@ endforeach ()
 
 add_library (kalvo_core STATIC ${library_sources})
 target_include_directories (kalvo_core PUBLIC "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/kalvo/include")
-target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB nlohmann_json::nlohmann_json PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
+target_link_libraries (kalvo_core PRIVATE kalvo_warnings ZLIB::ZLIB nlohmann_json::nlohmann_json LAPACK::LAPACK PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
 
 add_library (kalvo64 SHARED "${no_source}")
 set_target_properties (kalvo64 PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${KALVO_TOOLBOX_DIR}"

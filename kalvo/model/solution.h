@@ -17,6 +17,9 @@ struct Violations {
     double complementarity = 0;                // multiplier times distance from the bound, relative
     double gap = 0;                            // between primal and dual objective, relative
     double integer = 0;                        // distance from a whole number
+    // Relative distances from cones and from positive semidefinite matrices, among those above: of affine constraints and variables,
+    // and of their duals.
+    double primal_cone = 0, primal_matrix = 0, dual_cone = 0, dual_matrix = 0;
 };
 
 struct Solution {

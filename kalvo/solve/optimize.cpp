@@ -5,6 +5,7 @@
 #include "kalvo/solve/separable.h"
 #include "kalvo/tables/constants.h"
 #include "kalvo/verify/certificate.h"
+#include "kalvo/verify/products.h"
 
 #include <algorithm>
 #include <utility>
@@ -269,7 +270,7 @@ KLVrescode_t Optimization::report_separable ()
     Point claimed =
         solve_separable (problem (), integers_, task_.parameters.get (RealSetting::primal_tolerance));
     if (integers_ && claimed.outcome == Outcome::optimal)
-        claimed.bound = objective (problem (), claimed.x);
+        claimed.bound = objective (problem (), {claimed.x});
     return store (judge (call_, check_, problem (), std::move (claimed)), slots (), first_optimizer ());
 }
 

@@ -1,5 +1,6 @@
 #include "kalvo/verify/certificate.h"
 
+#include "kalvo/verify/products.h"
 #include "kalvo/verify/quality.h"
 
 #include <algorithm>
@@ -68,7 +69,7 @@ struct Multipliers {
 
     std::vector<double> products (std::span<const double> y) const
     {
-        return reduced_costs (problem.matrix, {}, y);
+        return reduced_costs (problem, {y}, {}, false);
     }
     template <class Function>
     void each_value (const Function& function) const
@@ -105,7 +106,7 @@ struct Direction {
     bool allows_product (std::size_t i, double move) const { return keeps (problem.constraint, i, move); }
     bool trusts_product (std::size_t i, double move) const { return allows_product (i, move); }
 
-    std::vector<double> products (std::span<const double> d) const { return activities (problem, d); }
+    std::vector<double> products (std::span<const double> d) const { return activities (problem, {d}, false); }
     template <class Function>
     void each_value (const Function& function) const
     {

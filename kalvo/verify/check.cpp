@@ -1,6 +1,7 @@
 #include "kalvo/verify/check.h"
 
 #include "kalvo/verify/certificate.h"
+#include "kalvo/verify/products.h"
 
 #include <algorithm>
 #include <cmath>
@@ -90,16 +91,27 @@ Solution Check::measured (Point&& claimed, bool& has_basis) const
     const auto m = static_cast<std::size_t> (problem_->constraints ());
     const auto n = static_cast<std::size_t> (problem_->variables ());
     Solution solution;
-    solution.has_primal = finite (claimed.x, n);
-    solution.has_dual = !integers_ && finite (claimed.y, m) &&
-                        (claimed.reduced_cost.empty () || finite (claimed.reduced_cost, n));
+    const auto rows = static_cast<std::size_t> (problem_->affine_constraint.rows ());
+    const auto optional = [&] (const std::vector<double>& values) {
+        return values.empty () || finite (values, n);
+    };
+    solution.has_primal =
+        finite (claimed.x, n) && finite (claimed.barx, static_cast<std::size_t> (problem_->semidefinite.length ()));
+    solution.has_dual = !integers_ && finite (claimed.y, m) && finite (claimed.doty, rows) &&
+                        optional (claimed.reduced_cost) && optional (claimed.snx) &&
+                        (solution.has_primal || !has_quadratic_terms (*problem_));
     if (!solution.has_primal) {
         solution.xx.assign (n, 0);
         solution.xc.assign (m, 0);
     } else
-        measure_primal (*problem_, std::move (claimed.x), solution);
+        measure_primal (*problem_, std::move (claimed.x), std::move (claimed.barx), solution);
     if (solution.has_dual)
-        measure_dual (*problem_, std::move (claimed.y), std::move (claimed.reduced_cost), solution);
+        measure_dual (*problem_,
+                      {.y = std::move (claimed.y),
+                       .reduced_cost = std::move (claimed.reduced_cost),
+                       .doty = std::move (claimed.doty),
+                       .snx = std::move (claimed.snx)},
+                      solution);
     else if (!integers_) {
         for (std::vector<double>* values : {&solution.y, &solution.slc, &solution.suc})
             values->assign (m, 0);
@@ -147,7 +159,7 @@ void Check::hand_out_whole_numbers (Solution& solution) const
     for (std::size_t j = 0; j < whole.xx.size (); ++j)
         if (problem_->integer[j] == KLV_VAR_INTEGER)
             whole.xx[j] = std::nearbyint (whole.xx[j]) + 0.0;
-    measure_primal (*problem_, std::move (whole.xx), whole);
+    measure_primal (*problem_, std::move (whole.xx), std::move (whole.barx), whole);
     measure_integers (*problem_, whole);
     if (whole.violations.primal <= std::max (tolerances_.primal, solution.violations.primal))
         solution = std::move (whole);

@@ -2,6 +2,7 @@
 
 #include "kalvo/verify/certificate.h"
 #include "kalvo/verify/check.h"
+#include "kalvo/verify/products.h"
 #include "kalvo/verify/quality.h"
 
 #include <algorithm>
@@ -56,21 +57,27 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
                                const Parameters& parameters, KLVsoltype which)
 {
     const bool integers = which == KLV_SOL_INT;
-    const bool measured = problem->is_linear ();    // other terms can't be measured yet
+    const auto rows = static_cast<std::size_t> (problem->affine_constraint.rows ());
+    const auto length = static_cast<std::size_t> (problem->semidefinite.length ());
     const std::size_t m = problem->constraint.key.size (), n = problem->variable.key.size ();
     const Values y = given.y.empty () ? difference (given.slc, given.suc) : given.y;
     Values reduced_cost = difference (given.slx, given.sux);
 
     Solution solution = Check (problem, parameters, integers).unknown_solution ();
-    solution.has_primal = is_known (given.xx, n);
-    solution.has_dual = !integers && is_known (y, m) && (reduced_cost.empty () || is_known (reduced_cost, n));
-    if (measured && solution.has_primal)
-        measure_primal (*problem, given.xx, solution);
-    if (measured && solution.has_dual)
-        measure_dual (*problem, y, std::move (reduced_cost), solution);
-    if (measured && !integers)
+    const auto optional = [&] (const Values& values) { return values.empty () || is_known (values, n); };
+    solution.has_primal = is_known (given.xx, n) && is_known (given.barx, length);
+    // Multipliers prove nothing about a problem that may not be convex.
+    solution.has_dual = !integers && is_known (y, m) && is_known (given.doty, rows) &&
+                        optional (reduced_cost) && optional (given.snx) && !has_quadratic_terms (*problem);
+    if (solution.has_primal)
+        measure_primal (*problem, given.xx, given.barx, solution);
+    if (solution.has_dual)
+        measure_dual (*problem,
+                      {.y = y, .reduced_cost = std::move (reduced_cost), .doty = given.doty, .snx = given.snx},
+                      solution);
+    if (!integers)
         judge (tolerances (parameters), solution);
-    else if (measured && solution.has_primal) {
+    else if (solution.has_primal) {
         measure_integers (*problem, solution);
         judge_integer (tolerances (parameters), false, solution);
     }
@@ -80,18 +87,25 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
         solution.solution_status = KLV_SOLSTA_UNKNOWN;
     }
 
-    if (!measured || !solution.has_primal) {
+    if (!solution.has_primal) {
         keep (given.xx, solution.xx);
+        keep (given.barx, solution.barx);
         keep (given.xc, solution.xc);
     }
-    if ((!measured || !solution.has_dual) && !integers) {
+    if (!solution.has_dual && !integers) {
         keep (y, solution.y);
         split (solution.y, problem->sense == KLV_SENSE_MAXIMIZE ? -1 : 1, solution.slc, solution.suc);
         keep (given.slc, solution.slc);
         keep (given.suc, solution.suc);
         keep (given.slx, solution.slx);
         keep (given.sux, solution.sux);
+        keep (given.doty, solution.doty);
+        keep (given.snx, solution.snx);
+        keep (given.bars, solution.bars);
     }
+    // What is known of the linear part is a start all the same.
+    solution.has_primal = is_known (given.xx, n);
+    solution.has_dual = !integers && is_known (y, m) && optional (difference (given.slx, given.sux));
     return solution;
 }
 
@@ -151,13 +165,7 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
     };
     keep_keys (solution.skc, given.skc);
     keep_keys (solution.skx, given.skx);
-    if (which == KLV_SOL_ITR) {
-        solution.skn = std::move (given.skn);
-        solution.snx = std::move (given.snx);
-        solution.barx = std::move (given.barx);
-        solution.bars = std::move (given.bars);
-        solution.doty = std::move (given.doty);
-    }
+    solution.skn = std::move (given.skn);
     return solution;
 }
 

@@ -1,77 +1,18 @@
 #include "kalvo/verify/quality.h"
 
+#include "kalvo/verify/distance.h"
+#include "kalvo/verify/products.h"
+#include "kalvo/verify/sum.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace klv {
 
-// A running sum that adds up its rounding errors separately (Neumaier).
-class Sum {
-public:
-    void add (double term)
-    {
-        const double next = sum_ + term;
-        error_ += std::abs (sum_) >= std::abs (term) ? (sum_ - next) + term : (term - next) + sum_;
-        sum_ = next;
-    }
-    void add_product (double a, double b)
-    {
-        const double product = a * b;
-        add (product);
-        error_ += std::fma (a, b, -product);
-    }
-    // With infinite terms the errors add up to NaN: the sum alone is right then.
-    double value () const { return std::isfinite (error_) ? sum_ + error_ : sum_; }
-
-private:
-    double sum_ = 0;
-    double error_ = 0;
-};
-
 static std::size_t index (std::int32_t i)
 {
     return static_cast<std::size_t> (i);
-}
-
-std::vector<double> activities (const Problem& problem, std::span<const double> x)
-{
-    std::vector<Sum> sums (index (problem.constraints ()));
-    for (std::int32_t j = 0; j < problem.variables (); ++j) {
-        if (x[index (j)] == 0)
-            continue;
-        const Column column = problem.matrix.column (j);
-        for (std::size_t k = 0; k < column.rows.size (); ++k)
-            sums[index (column.rows[k])].add_product (column.values[k], x[index (j)]);
-    }
-    std::vector<double> activity (sums.size ());
-    std::ranges::transform (sums, activity.begin (), &Sum::value);
-    return activity;
-}
-
-std::vector<double> reduced_costs (const ColumnMatrix& matrix, std::span<const double> cost,
-                                   std::span<const double> y)
-{
-    std::vector<double> reduced (index (matrix.columns ()));
-    for (std::int32_t j = 0; j < matrix.columns (); ++j) {
-        Sum sum;
-        if (!cost.empty ())
-            sum.add (cost[index (j)]);
-        const Column column = matrix.column (j);
-        for (std::size_t k = 0; k < column.rows.size (); ++k)
-            sum.add_product (-column.values[k], y[index (column.rows[k])]);
-        reduced[index (j)] = sum.value ();
-    }
-    return reduced;
-}
-
-double objective (const Problem& problem, std::span<const double> x)
-{
-    Sum sum;
-    sum.add (problem.constant);
-    for (std::size_t j = 0; j < x.size (); ++j)
-        sum.add_product (problem.cost[j], x[j]);
-    return sum.value ();
 }
 
 static void measure_against (const Bounds& bounds, std::span<const double> values, Violations& violations)
@@ -95,14 +36,67 @@ static void measure_against (const Bounds& bounds, std::span<const double> value
     }
 }
 
-void measure_primal (const Problem& problem, std::vector<double> x, Solution& solution)
+// ---- Cones and matrices -----------------------------------------------------------------------------------------------------
+
+// A distance among the violations, as `largest` of its kind too.
+static void note_distance (double distance, double magnitude, double& largest, double& relative,
+                           double& absolute)
+{
+    if (!(distance <= 0)) {
+        const double scaled = std::isfinite (distance) ? distance / (1 + magnitude) : infinity;
+        largest = std::max (largest, scaled);
+        relative = std::max (relative, scaled);
+        absolute = std::max (absolute, std::isfinite (distance) ? distance : infinity);
+    }
+}
+
+static void measure_blocks (const Problem& problem, bool duals, double sign, std::span<const double> rows,
+                            std::span<const double> values, std::span<const double> matrices,
+                            Violations& violations)
+{
+    double& relative = duals ? violations.dual : violations.primal;
+    double& absolute = duals ? violations.dual_absolute : violations.primal_absolute;
+    double& cone = duals ? violations.dual_cone : violations.primal_cone;
+    double& matrix = duals ? violations.dual_matrix : violations.primal_matrix;
+    cone = matrix = 0;
+    const auto measure = [&] (const Shape& shape, std::span<const double> block) {
+        note_distance (distance (duals ? dual (shape) : shape, sign, block), largest_magnitude (block), cone,
+                       relative, absolute);
+    };
+    std::size_t begin = 0;
+    for (std::int32_t k = 0; k < problem.affine_constraint.count (); ++k) {
+        const std::size_t end = index (problem.affine_constraint.end[index (k)]);
+        measure (shape_of (problem, k), rows.subspan (begin, end - begin));
+        begin = end;
+    }
+    for (std::int32_t k = 0; k < problem.cone.count (); ++k) {
+        const ConeOfVariables here (problem, k);
+        measure (here.shape (), here.block (values));
+    }
+    const SemidefiniteVariables& variables = problem.semidefinite;
+    for (std::int32_t j = 0; j < variables.count (); ++j) {
+        const auto triangle = matrices.subspan (index (variables.begin_of (j)),
+                                                index (variables.begin_of (j + 1) - variables.begin_of (j)));
+        note_distance (matrix_distance (variables.order[index (j)], sign, triangle),
+                       largest_magnitude (triangle), matrix, relative, absolute);
+    }
+}
+
+// ---- Points -----------------------------------------------------------------------------------------------------------------
+
+void measure_primal (const Problem& problem, std::vector<double> x, std::vector<double> barx,
+                     Solution& solution)
 {
     solution.xx = std::move (x);
-    solution.xc = activities (problem, solution.xx);
-    solution.primal_objective = objective (problem, solution.xx);
+    solution.barx = std::move (barx);
+    const Primal point{solution.xx, solution.barx};
+    solution.xc = activities (problem, point, true);
+    solution.primal_objective = objective (problem, point);
     solution.violations.primal = solution.violations.primal_absolute = 0;
     measure_against (problem.variable, solution.xx, solution.violations);
     measure_against (problem.constraint, solution.xc, solution.violations);
+    measure_blocks (problem, false, 1, affine_rows (problem, point, true), solution.xx, solution.barx,
+                    solution.violations);
 }
 
 void split (std::span<const double> multipliers, double sign, std::vector<double>& lower,
@@ -143,13 +137,48 @@ static void measure_multipliers (const Bounds& bounds, std::span<const double> v
     }
 }
 
-void measure_dual (const Problem& problem, std::vector<double> y, std::vector<double> reduced_cost,
-                   Solution& solution)
+// Splits what reduced costs leave for variables in cones between their bounds and their cones. A bound takes what is claimed for
+// it and has the right sign, the cone all else.
+static void split_cones (const Problem& problem, double sign, std::span<const double> exact,
+                         const std::vector<double>& claimed_snx, std::vector<double>& reduced_cost,
+                         std::vector<double>& snx)
+{
+    snx.assign (exact.size (), 0);
+    for (const std::int32_t member : problem.cone.member) {
+        const std::size_t j = index (member);
+        double claim = claimed_snx.empty () ? reduced_cost.empty () ? 0 : reduced_cost[j]
+                                            : exact[j] - claimed_snx[j];
+        if (claim != 0 && std::isinf (sign * claim > 0 ? problem.variable.lower[j] : problem.variable.upper[j]))
+            claim = 0;
+        snx[j] = exact[j] - claim;
+        if (!reduced_cost.empty ())
+            reduced_cost[j] = claim;
+    }
+}
+
+void measure_dual (const Problem& problem, ClaimedDuals&& claimed, Solution& solution)
 {
     Violations& violations = solution.violations;
     violations.dual = violations.dual_absolute = 0;
-    solution.y = std::move (y);
-    std::vector<double> exact = reduced_costs (problem.matrix, problem.cost, solution.y);
+    solution.y = std::move (claimed.y);
+    solution.doty = std::move (claimed.doty);
+    const Dual duals{solution.y, solution.doty};
+    const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
+
+    // Residuals are relative to the larger of cost and gradient.
+    const std::vector<double> gradient = objective_gradient (problem, solution.xx);
+    std::vector<double> larger;
+    for (std::size_t j = 0; j < gradient.size (); ++j)
+        larger.push_back (std::max (std::abs (problem.cost[j]), std::abs (gradient[j])));
+    const std::vector<double>& size = larger.empty () ? problem.cost : larger;
+
+    std::vector<double> exact = reduced_costs (problem, duals, solution.xx, true);
+    std::vector<double> reduced_cost = std::move (claimed.reduced_cost);
+    if (problem.cone.count () > 0) {
+        split_cones (problem, sign, exact, claimed.snx, reduced_cost, solution.snx);
+        for (const std::int32_t member : problem.cone.member)
+            exact[index (member)] -= solution.snx[index (member)];
+    }
     if (reduced_cost.empty ())
         reduced_cost = std::move (exact);
     else
@@ -157,10 +186,12 @@ void measure_dual (const Problem& problem, std::vector<double> y, std::vector<do
             const double residual = std::abs (exact[j] - reduced_cost[j]);
             const double worst = std::isnan (residual) ? infinity : residual;
             violations.dual_absolute = std::max (violations.dual_absolute, worst);
-            violations.dual = std::max (violations.dual, worst / (1 + std::abs (problem.cost[j])));
+            violations.dual = std::max (violations.dual, worst / (1 + std::abs (size[j])));
         }
+    if (problem.semidefinite.count () > 0)
+        solution.bars = reduced_matrices (problem, duals, true);
+    measure_blocks (problem, true, sign, solution.doty, solution.snx, solution.bars, violations);
 
-    const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     split (solution.y, sign, solution.slc, solution.suc);
     split (reduced_cost, sign, solution.slx, solution.sux);
     Sum dual_objective;
@@ -168,8 +199,10 @@ void measure_dual (const Problem& problem, std::vector<double> y, std::vector<do
     double complementarity = 0;
     measure_multipliers (problem.constraint, solution.xc, solution.slc, solution.suc, {}, dual_objective,
                          complementarity, violations);
-    measure_multipliers (problem.variable, solution.xx, solution.slx, solution.sux, problem.cost,
-                         dual_objective, complementarity, violations);
+    measure_multipliers (problem.variable, solution.xx, solution.slx, solution.sux, size, dual_objective,
+                         complementarity, violations);
+    each_dual_term (problem, duals, solution.xx, true,
+                    [&] (double a, double b) { dual_objective.add_product (a, b); });
     solution.dual_objective = dual_objective.value ();
 
     const double p = solution.primal_objective;
@@ -256,6 +289,15 @@ static std::vector<std::int32_t> keys_of (const Bounds& bounds, std::span<const 
     return keys;
 }
 
+static std::int32_t key_of_cone (const Shape& shape, std::span<const double> block, double tolerance)
+{
+    const double magnitude = largest_magnitude (block), near = tolerance * (1 + magnitude);
+    const double outside = distance (shape, 1, block);
+    if (!(outside <= near))
+        return KLV_SK_UNKNOWN;
+    return magnitude <= tolerance ? KLV_SK_SUPERBASIC : outside < -near ? KLV_SK_BASIC : KLV_SK_UPPER;
+}
+
 void derive_keys (const Problem& problem, double tolerance, Solution& solution)
 {
     double largest = 0;
@@ -264,6 +306,12 @@ void derive_keys (const Problem& problem, double tolerance, Solution& solution)
     largest = largest > 0 ? largest : 1;
     solution.skc = keys_of (problem.constraint, solution.xc, solution.slc, solution.suc, tolerance, largest);
     solution.skx = keys_of (problem.variable, solution.xx, solution.slx, solution.sux, tolerance, largest);
+    solution.skn.assign (index (problem.cone.count ()), KLV_SK_UNKNOWN);
+    for (std::int32_t k = 0; k < problem.cone.count (); ++k) {
+        const ConeOfVariables here (problem, k);
+        const std::vector<double> block = here.block (solution.xx);
+        solution.skn[index (k)] = key_of_cone (here.shape (), block, tolerance);
+    }
 }
 
 }

@@ -16,19 +16,19 @@ struct Tolerances {
     double integer = 1e-6;
 };
 
-// A x and c - A'y (c empty: all zeros). Sums are compensated, so that the point's errors are measured and not the sums'.
-std::vector<double> activities (const Problem& problem, std::span<const double> x);
-std::vector<double> reduced_costs (const ColumnMatrix& matrix, std::span<const double> cost,
-                                   std::span<const double> y);
-double objective (const Problem& problem, std::span<const double> x);
+// Fills a slot from a primal point: xx, barx, xc, the primal objective and the primal violations.
+void measure_primal (const Problem& problem, std::vector<double> x, std::vector<double> barx,
+                     Solution& solution);
 
-// Fills a slot from a primal point: xx, xc, the primal objective and the primal violations.
-void measure_primal (const Problem& problem, std::vector<double> x, Solution& solution);
+// Multipliers as they are claimed. Reduced costs and snx may be empty: computed.
+struct ClaimedDuals {
+    std::vector<double> y, reduced_cost = {}, doty = {}, snx = {};
+};
 
-// Fills a slot from row duals and reduced costs (empty: computed): y, slc, suc, slx, sux, dual objective and violations; with a
-// primal point in the slot also gap and complementarity.
-void measure_dual (const Problem& problem, std::vector<double> y, std::vector<double> reduced_cost,
-                   Solution& solution);
+// Fills a slot from multipliers: y, slc, suc, slx, sux, doty, snx, bars, dual objective and violations; with a primal point in
+// the slot also gap and complementarity. Quadratic terms need that point. The equation of a variable in a cone holds by its
+// snx, which takes what its bounds can't: it is the cone that is measured then.
+void measure_dual (const Problem& problem, ClaimedDuals&& claimed, Solution& solution);
 
 // Splits multipliers into parts for lower and for upper bounds; `sign`: 1, or -1 for maximisation.
 void split (std::span<const double> multipliers, double sign, std::vector<double>& lower,
@@ -48,7 +48,7 @@ void judge_integer (const Tolerances& tolerances, bool closed, Solution& solutio
 
 // Keys by position and multipliers, for a point without a basis. With duals an item whose multiplier
 // outweighs the distance from its bound, both relative, is at that bound and others are basic; without, items at a bound are,
-// others superbasic.
+// others superbasic. Cones of variables: by position alone.
 void derive_keys (const Problem& problem, double tolerance, Solution& solution);
 
 }
