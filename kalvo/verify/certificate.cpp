@@ -296,6 +296,8 @@ static std::vector<double> times (double factor, std::vector<double> values)
 
 std::optional<Solution> certify_infeasible (const Problem& problem, std::span<const double> y)
 {
+    if (!problem.is_linear ())
+        return std::nullopt;
     std::optional<Proof> proof =
         prove (Multipliers{problem}, y, static_cast<std::size_t> (problem.constraints ()));
     if (!proof)
@@ -312,6 +314,8 @@ std::optional<Solution> certify_infeasible (const Problem& problem, std::span<co
 
 std::optional<Solution> certify_unbounded (const Problem& problem, std::span<const double> direction)
 {
+    if (!problem.is_linear ())
+        return std::nullopt;
     std::optional<Proof> proof =
         prove (Direction{problem}, direction, static_cast<std::size_t> (problem.variables ()));
     if (!proof)
