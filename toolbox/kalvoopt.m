@@ -217,17 +217,22 @@
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
-%   PROBLEM FILES: MPS, LP and JSON, extensions .mps, .lp and .json, and with .gz behind for files that are packed by gzip
+%   PROBLEM FILES: MPS, LP and JSON, extensions .mps (.qps), .lp and .json, and with .gz behind for packed files
 %
 %       The parameter of the file format forces one, then with any extension. A file is read as a whole or not at all: res.rmsg
 %       names the line and the cause of a fault. It is written with every number to the last bit and every name as it is, or
 %       not at all, and then the file that was there before stays. Items without a name are written as C1, C2, ..., R1, R2,
-%       ... and OBJ. Quadratic terms, cones, special ordered sets, indicators and semi-continuous variables are refused.
+%       ... and OBJ. Cones, special ordered sets, indicators and semi-continuous variables are refused.
 %
 %       MPS: free form has fields separated by blanks, so its names have none. Fixed form has them in the columns 2-3, 5-12,
 %       15-22, 25-36, 40-47 and 50-61: names of up to 8 bytes, blanks inside allowed. read finds out which form a file has;
 %       write takes free form unless only fixed form can hold the names. Sections: NAME, OBJSENSE, OBJNAME, ROWS, COLUMNS,
 %       RHS, RANGES, BOUNDS (types LO, UP, FX, FR, MI, PL, BV, LI, UI) and ENDATA.
+%
+%       Quadratic terms in MPS: QUADOBJ (one triangle) and QMATRIX (both) hold Q of 1/2 x'Qx in the objective; QCMATRIX and a
+%       row's name (both triangles) hold M of x'Mx in that row, without 1/2; QSECTION and a row's name (one triangle) hold Q of
+%       1/2 x'Qx, in the objective if it is the objective's name or absent. An entry that comes twice, and one of a pair that
+%       is absent or different where both triangles are asked for, are refused. write uses QUADOBJ and QCMATRIX.
 %
 %       LP, in small or capital letters:
 %
@@ -244,6 +249,10 @@
 %            bread
 %           Binaries
 %           End
+%
+%       Quadratic terms in LP: [ 2 bread ^ 2 + 3 bread * milk ] / 2 among the terms of the objective, where "/ 2" must stand, and
+%       [ 2 bread ^ 2 + 3 bread * milk ] among those of a constraint, where it must not. Numbers multiply the products as they
+%       stand: this objective is bread^2 + 1.5 bread milk.
 %
 %       "<", "<=" and "=<" are the same. Variables stand left of the relation or between two, numbers at the other sides.
 %
@@ -267,6 +276,7 @@
 %         without an N row the objective is zero
 %         terms of a variable that comes twice in an expression are added
 %         a binary variable has no bound beyond 0 and 1
+%         QSECTION is one triangle of Q in 1/2 x'Qx of the objective or of the row that it names
 %
 %   WHAT ODD INPUT DOES
 %

@@ -21,23 +21,15 @@ static FileContent read_alone (Task& task, const std::string& path, Pacer& pacer
     return {std::make_shared<Problem> (read (task, path, pacer)), task.parameters};
 }
 
+constexpr Features quadratic_features{Feature::integers, Feature::quadratic_objective,
+                                      Feature::quadratic_constraints};
+
 constexpr std::array formats{
-    Format{"free MPS",
-           ".mps",
-           KLV_FILE_FREE_MPS,
-           {Feature::integers},
-           unfit_for_free_mps,
-           read_alone<read_free_mps>,
-           write_free_mps,
-           read_alone<read_mps_of_any_form>},
-    Format{"fixed MPS",
-           ".mps",
-           KLV_FILE_FIXED_MPS,
-           {Feature::integers},
-           unfit_for_fixed_mps,
-           read_alone<read_fixed_mps>,
-           write_fixed_mps},
-    Format{"LP", ".lp", KLV_FILE_LP, {Feature::integers}, unfit_for_lp, read_alone<read_lp>, write_lp},
+    Format{"free MPS", ".mps", KLV_FILE_FREE_MPS, quadratic_features, unfit_for_free_mps,
+           read_alone<read_free_mps>, write_free_mps, read_alone<read_mps_of_any_form>, ".qps"},
+    Format{"fixed MPS", ".mps", KLV_FILE_FIXED_MPS, quadratic_features, unfit_for_fixed_mps,
+           read_alone<read_fixed_mps>, write_fixed_mps, nullptr, ".qps"},
+    Format{"LP", ".lp", KLV_FILE_LP, quadratic_features, unfit_for_lp, read_alone<read_lp>, write_lp},
     Format{"CBF",
            ".cbf",
            KLV_FILE_CBF,
@@ -88,6 +80,12 @@ static bool has_extension (std::string_view path, std::string_view extension)
                        [] (char a, char b) { return upper (a) == upper (b); });
 }
 
+static bool has_extension_of (const Format& format, std::string_view path)
+{
+    return has_extension (path, format.extension) ||
+           (!format.older_extension.empty () && has_extension (path, format.older_extension));
+}
+
 bool is_packed (std::string_view path)
 {
     return has_extension (path, packed_extension);
@@ -97,8 +95,9 @@ static FileFault unknown_format ()
 {
     std::vector<std::string_view> extensions;
     for (const Format& format : formats)
-        if (std::ranges::find (extensions, format.extension) == extensions.end ())
-            extensions.push_back (format.extension);
+        for (const std::string_view extension : {format.extension, format.older_extension})
+            if (!extension.empty () && std::ranges::find (extensions, extension) == extensions.end ())
+                extensions.push_back (extension);
     std::string list (extensions.front ());
     for (std::size_t i = 1; i < extensions.size (); ++i)
         list.append (i + 1 < extensions.size () ? ", " : " and ").append (extensions[i]);
@@ -117,8 +116,7 @@ static std::vector<const Format*> candidates (const Task& task, std::string_view
         path.remove_suffix (packed_extension.size ());
     std::vector<const Format*> found;
     for (const Format& format : formats)
-        if (number == KLV_FILE_BY_EXTENSION ? has_extension (path, format.extension)
-                                            : format.number == number)
+        if (number == KLV_FILE_BY_EXTENSION ? has_extension_of (format, path) : format.number == number)
             found.push_back (&format);
     if (found.empty ())
         throw unknown_format ();

@@ -24,6 +24,7 @@ struct Format {
     Writer write = nullptr;
     // Reads a file that has any of the formats that share the extension; null but for the first of these.
     Reader read_any = nullptr;
+    std::string_view older_extension = {};    // a second one, empty when there is none
 };
 
 // "LP cannot hold ...; JSON can", or nothing when the format can hold the problem.

@@ -169,6 +169,82 @@ TEST (Read, Meaning)
         EXPECT_EQ (Reading (c).task.problem ().name, name);
 }
 
+// The entries of Q in 1/2 x'Qx: "value at row column, ...", then of the constraints "constraint: ...".
+std::string quadratic_text (const klv::Problem& problem)
+{
+    std::string text;
+    const klv::SymmetricTerms *objective = &problem.quadratic_objective,
+                              *rows = &problem.quadratic_constraint;
+    for (const klv::SymmetricTerms* terms : {objective, rows})
+        for (std::size_t k = 0; k < terms->value.size (); ++k)
+            text += (text.empty () ? "" : ", ") +
+                    (terms == rows ? std::to_string (terms->item[k]) + ": " : std::string ()) +
+                    model::text_of (terms->value[k]) + " at " + std::to_string (terms->row[k]) +
+                    std::to_string (terms->column[k]);
+    return text;
+}
+
+// Each tradition's factor 1/2: all rows mean x^2 + 3 x y + 2.5 y^2.
+TEST (Read, QuadraticTermsAreHalfXQX)
+{
+    static const Case cases[] = {
+        {"QUADOBJ", "    y x 3 y 5|    x x 2|", "2 at 00, 3 at 10, 5 at 11"},
+        {"QMATRIX", "    x x 2 y 3|    y y 5 x 3|", "2 at 00, 3 at 10, 5 at 11"},
+        {"QSECTION", "    x x 2 y 3|    y y 5|", "2 at 00, 3 at 10, 5 at 11"},
+        {"QSECTION c", "    x x 2 y 3|    y y 5|", "2 at 00, 3 at 10, 5 at 11"},
+        {"QSECTION r2", "    x x 2 y 3|    y y 5|", "1: 2 at 00, 1: 3 at 10, 1: 5 at 11"},
+        {"QCMATRIX r3", "    x x 1 y 1.5|    y y 2.5 x 1.5|", "2: 2 at 00, 2: 3 at 10, 2: 5 at 11"},
+        {"QCMATRIX r3", "    x x 1|QUADOBJ|    y x 3|QSECTION r1|    y y 0|BOUNDS|",
+         "3 at 10, 0: 0 at 11, 2: 2 at 00"},
+        {"",
+         "ROWS| N  c|COLUMNS|    A B       c                    1|QUADOBJ|    A B       A B                  "
+         "2|ENDATA|",
+         "2 at 00"},
+        {lp, "min x + [ 2 x ^ 2 + 6 y * x + 5y^2 ] / 2|st|end", "2 at 00, 3 at 10, 5 at 11"},
+        {lp, "max - [ -2 x * x - 6 x * y - 5 y ^ 2|]|/2 - 3|st|end", "2 at 00, 3 at 10, 5 at 11"},
+        {lp, " 1 <= r: x + [ x ^ 2 + 3 x * y + 2.5 * y^2 ] <= 2", "0: 2 at 00, 0: 3 at 10, 0: 5 at 11"},
+        {lp, " r: x <= 1|s: [ x^2 + x * y + 2 y * x ] + [ 2.5 y^2 ] <= 2",
+         "1: 2 at 00, 1: 3 at 10, 1: 5 at 11"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE (c.section + (" " + c.lines));
+        const Reading reading (c);
+        EXPECT_EQ (reading.code, KLV_RES_OK) << reading.task.last_error ();
+        EXPECT_EQ (quadratic_text (reading.task.problem ()), c.expected);
+    }
+}
+
+// Published problems at a point: 1/2 x'Qx of the objective and of the last constraint.
+TEST (Read, PublishedQuadraticProblems)
+{
+    static const struct {
+        const char* file;
+        std::vector<double> at;
+        double objective, constraint;
+    } cases[] = {
+        // The optimum 1/9 of HS35: 9 - 8 x - 6 y - 4 z + 2 x^2 + 2 y^2 + z^2 + 2 x y + 2 x z.
+        {"/qp/HS35.QPS", {4.0 / 3, 7.0 / 9, 4.0 / 9}, 1.0 / 9 - 9 + 32.0 / 3 + 14.0 / 3 + 16.0 / 9, 0},
+        {"/qcqp/circle.lp", {2, 3, 5}, 0, 30},    // a^2 + b^2 - r^2 at r, a, b
+    };
+    for (const auto& [file, at, objective, constraint] : cases) {
+        const files::Task task;
+        ASSERT_EQ (KLV_readdata (task, (KALVO_TEST_DATA + std::string (file)).c_str ()), KLV_RES_OK)
+            << task.last_error ();
+        const auto value = [&] (const klv::SymmetricTerms& terms, std::size_t from) {
+            double sum = 0;
+            for (std::size_t k = from; k < terms.value.size (); ++k)
+                sum += terms.value[k] * at[static_cast<std::size_t> (terms.row[k])] *
+                       at[static_cast<std::size_t> (terms.column[k])] *
+                       (terms.row[k] == terms.column[k] ? 0.5 : 1);
+            return sum;
+        };
+        const klv::Problem& problem = task.problem ();
+        EXPECT_NEAR (value (problem.quadratic_objective, 0), objective, 1e-14) << file;
+        const auto of_last = problem.quadratic_constraint.of_item (problem.constraints () - 1);
+        EXPECT_EQ (value (problem.quadratic_constraint, of_last.begin), constraint) << file;
+    }
+}
+
 TEST (Read, FaultsHaveLineAndCauseAndLeaveNothing)
 {
     static const Case cases[] = {
@@ -183,7 +259,25 @@ TEST (Read, FaultsHaveLineAndCauseAndLeaveNothing)
         {"", "OBJSENSE|    UPWARDS|", "2: \"UPWARDS\" is no objective sense"},
         {"", "OBJSENSE MAX|    MIN|", "2: a second objective sense"},
         {"", "OBJNAME d|ROWS| N c|COLUMNS|", "4: no N row has the name \"d\""},
-        {"QUADOBJ", "    x x 1|", "13: section QUADOBJ is not supported", unsupported},
+        {"CSECTION", "    x x 1|", "13: section CSECTION is not supported", unsupported},
+        {"QUADOBJ", "    x z 1|", "14: unknown column \"z\" in QUADOBJ"},
+        {"QUADOBJ", "    x y|", "14: a line of quadratic terms has a column"},
+        {"QUADOBJ", "    x y 1|    y y 1|    y x 1|", "16: a second entry of columns \"y\" and \"x\""},
+        {"QMATRIX", "    x y 1|    y y 1|",
+         "14: a full matrix is symmetric, but there is no second entry of"},
+        {"QMATRIX", "    x y 1|    x y 1|",
+         "14: a full matrix is symmetric, but there is no second entry of"},
+        {"QMATRIX", "    x y 1|    y x 2|", "15: a full matrix is symmetric, but there are two different"},
+        {"QMATRIX", "    x x 1|    x x 1|", "15: a second entry of columns \"x\" and \"x\""},
+        {"QUADOBJ", "    x x 1|QMATRIX|    x x 1|",
+         "15: a second section of quadratic terms of the objective"},
+        {"QUADOBJ", "    x x 1|QUADOBJ|", "15: section QUADOBJ comes twice"},
+        {"QSECTION r1", "    x x 1|QCMATRIX r1|", "15: a second section of quadratic terms of row \"r1\""},
+        {"QCMATRIX", "    x x 1|", "13: QCMATRIX without the row"},
+        {"QCMATRIX c", "    x x 1|", "13: QCMATRIX of the objective \"c\""},
+        {"QCMATRIX r9", "    x x 1|", "13: unknown row \"r9\" in QCMATRIX"},
+        {"QCMATRIX r1", "    x x 1e308|", "14: a quadratic term whose double is beyond"},
+        {"", "ROWS| N c|QUADOBJ|", "3: section QUADOBJ comes without COLUMNS"},
         {"", std::string ("ROWS| N c\0d|", 12), "2: a zero byte"},
         {"", "ROWS\r N c\rCOLUMNS\r", "1: a control character, of code 13"},
         {"", "\xFF\xFEN", "1: the file is UTF-16"},
@@ -250,8 +344,20 @@ TEST (Read, FaultsHaveLineAndCauseAndLeaveNothing)
         {lp, "min x + free|st|end", "1: the name \"free\" is a word of LP"},
         {lp, "min x\a|st|end", "1: a control character, of code 7"},
         {lp, "min x \x60 : y|st|end", "1: a section is needed"},
-        {lp, "min [ x ^ 2 ] / 2|st|end", "1: quadratic terms are not supported", unsupported},
-        {lp, "min x * y|st|end", "1: quadratic terms are not supported", unsupported},
+        {lp, "min [ x ^ 2 ]|st|end", "2: \"/ 2\" behind the brackets of the objective is needed"},
+        {lp, "min [ x ^ 2 ] / 3|st|end", "1: \"/ 2\" behind the brackets of the objective is needed"},
+        {lp, "min x * y|st|end", "1: a quadratic term stands in brackets, [ and ], but here is \"*\""},
+        {lp, "min x ^ 2|st|end", "1: a quadratic term stands in brackets, [ and ], but here is \"^\""},
+        {lp, "min [ x ^ 3 ] / 2|st|end", "1: the exponent 2 is needed, not \"3\""},
+        {lp, "min [ x ] / 2|st|end", "1: \"^ 2\" or \"*\" is needed, not \"]\""},
+        {lp, "min [ 5e-324 x * y ] / 2|st|end", "1: a quadratic term whose half is beyond"},
+        {lp, " r: [ x ^ 2 ] / 2 <= 1", "3: a relation is needed, not \"/\""},
+        {lp, " r: [ x ^ 2 + ] <= 1", "3: the name of a variable is needed, not \"]\""},
+        {lp, " r: [ ] <= 1", "3: the name of a variable is needed, not \"]\""},
+        {lp, " r: [ x ^ 2 y ^ 2 ] <= 1", "3: \"]\", \"+\" or \"-\" is needed, not \"y\""},
+        {lp, " r: 2 [ x ^ 2 ] <= 1", "3: a relation is needed, not \"[\""},
+        {lp, " r: [ 1e308 x ^ 2 ] <= 1", "3: a quadratic term whose double is beyond"},
+        {lp, " r: [ 1e308 x * y + x * x|+ 1e308 y * x ] <= 1", "4: an infinite coefficient of a product"},
         {lp, "minimize multi-objectives|st|end", "1: several objectives are not supported", unsupported},
         {lp, " r: x >= 1|r: x >= 2", "4: a second row \"r\""},
         {lp, " c: x >= 1", "3: a second row \"c\""},
@@ -308,6 +414,8 @@ TEST (Read, WarnsOnceOfEachTraditionWithItsFirstLine)
          "4: terms of a variable that comes twice in an expression are added (\"x\" and 2 more)"},
         {lp, " Bounds|x <= 3|-1 <= y|Binaries|x y",
          "4: a binary variable has no bound beyond 0 and 1 (\"x\" and 1 more)"},
+        {"QSECTION r1", "    x x 1|", "13: QSECTION is one triangle of Q in 1/2 x'Qx"},
+        {lp, " r: [ x ^ 2 + x * y|+ y * x ] <= 1", "4: terms of a variable that comes twice"},
         {lp, " r: x <= 1e21|Bounds|x <= 1e20",
          "3: a bound at or beyond the bound infinity threshold is no bound (\"r\" and 1 more)"},
     };
@@ -319,7 +427,7 @@ TEST (Read, WarnsOnceOfEachTraditionWithItsFirstLine)
     }
     const std::string help = std::regex_replace (files::load (KALVO_TEST_DATA "/../../toolbox/kalvoopt.m"),
                                                  std::regex ("[%\\s]+"), " ");
-    for (const std::string_view text : klv::tradition_texts | std::views::take (13))    // but for JSON's
+    for (const std::string_view text : klv::tradition_texts | std::views::take (14))    // but for JSON's
         EXPECT_PRED_FORMAT2 (testing::IsSubstring, std::string (text), help);
 }
 

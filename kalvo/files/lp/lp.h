@@ -10,7 +10,13 @@ namespace klv {
 // The problem of an LP file. Prints its warnings on the task.
 Problem read_lp (Task& task, const std::string& path, Pacer& pacer);
 
-// The first item whose name LP cannot hold: a name with blanks or signs of LP, or a word of LP.
+// The objective states 1/2 x'Qx as [ ... ] / 2 and a constraint as [ ... ], both with squares and products, each product once.
+constexpr double lp_factor (bool of_objective, bool is_square)
+{
+    return (of_objective ? 0.5 : 1) * (is_square ? 2 : 1);
+}
+
+// The first item that LP cannot hold: a name with blanks or signs of LP, a word of LP, or a quadratic term whose number is no double.
 std::string unfit_for_lp (const Problem& problem);
 
 // Writes a problem that LP can hold, so that reading the file gives the same problem: the objective has a term for every variable,

@@ -203,6 +203,31 @@ void LpReader::finish ()
     draft_.finish_columns (pacer_);
     draft_.problem.name = scanner_.problem_name ();
     finish_matrix ();
+    finish_quadratic ();
+}
+
+// Terms of the same variables in an expression are added.
+void LpReader::finish_quadratic ()
+{
+    sort (quadratic_);
+    auto last = quadratic_.begin ();
+    for (auto at = last; at != quadratic_.end (); ++at) {
+        if (at == last)
+            continue;
+        if (at->place () != last->place ()) {
+            *++last = *at;
+            continue;
+        }
+        last->value += at->value;
+        const std::string_view name = draft_.column_names[at->second];
+        if (!std::isfinite (last->value))
+            throw FileFault{KLV_RES_FILE_SYNTAX, "an infinite coefficient of a product with " + quote (name),
+                            at->line};
+        draft_.warnings.note (Tradition::repeated_term, at->line, name);
+    }
+    store (draft_.problem,
+           std::span (quadratic_)
+               .first (quadratic_.empty () ? 0 : static_cast<std::size_t> (last - quadratic_.begin ()) + 1));
 }
 
 void LpReader::finish_matrix ()

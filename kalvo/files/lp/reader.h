@@ -3,6 +3,7 @@
 
 #include "kalvo/files/lp/scan.h"
 #include "kalvo/files/text/draft.h"
+#include "kalvo/files/text/quadratic.h"
 
 namespace klv {
 
@@ -47,7 +48,11 @@ private:
     void type ();
 
     Side side (bool behind_number = false);
+    double take_signs ();
+    void check_behind_number (bool is_behind);
     void term (double coefficient);
+    void bracket (double sign);
+    void quadratic_term (double sign);
     char relation ();
     double signed_number ();
     void begin_statement (const char* what);
@@ -60,6 +65,7 @@ private:
     void put_bound (std::int32_t j, char relation, double number);
     void finish ();
     void finish_matrix ();
+    void finish_quadratic ();
 
     LineReader lines_;
     Pacer& pacer_;
@@ -74,6 +80,7 @@ private:
     std::vector<double> entry_values_;
     std::vector<std::int64_t> last_entry_;    // of each column
     std::vector<std::int32_t> binaries_;
+    std::vector<QuadraticTerm> quadratic_;
 };
 
 }

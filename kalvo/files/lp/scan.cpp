@@ -240,13 +240,17 @@ void LpScanner::take_operator (char c)
     std::size_t size = 1;
     if (c == '-' && second == '>')
         throw unsupported ("indicator constraints", quote ("->"));
-    if (c == '[' || c == '^')
-        throw unsupported ("quadratic terms", quote ({&c, 1}));
     if (c == '+' || c == '-') {
         token_.kind = LpToken::sign;
         token_.value = c == '-' ? -1 : 1;
     } else if (c == '*') {
         token_.kind = LpToken::times;
+    } else if (c == '^') {
+        token_.kind = LpToken::power;
+    } else if (c == '[') {
+        token_.kind = LpToken::open;
+    } else if (c == ']') {
+        token_.kind = LpToken::close;
     } else if (c == '<' || c == '>' || c == '=') {
         token_.kind = LpToken::relation;
         const bool orders = second == '<' || second == '>';

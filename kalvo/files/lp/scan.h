@@ -15,7 +15,19 @@ const char* why_not_in_lp (std::string_view name);
 bool reads_like_exponent (std::string_view name);
 
 struct LpToken {
-    enum Kind : std::uint8_t { end_of_file, section, label, name, number, sign, relation, times };
+    enum Kind : std::uint8_t {
+        end_of_file,
+        section,
+        label,
+        name,
+        number,
+        sign,
+        relation,
+        times,
+        power,
+        open,
+        close
+    };
 
     Kind kind = end_of_file;
     bool begins_line = false;

@@ -3,6 +3,7 @@
 #include "kalvo/files/lp/scan.h"
 #include "kalvo/files/text/grouped.h"
 #include "kalvo/files/text/name_rules.h"
+#include "kalvo/files/text/quadratic.h"
 #include "kalvo/files/text/text_writer.h"
 
 #include <cmath>
@@ -24,7 +25,8 @@ static const char* why_not_of_variable (std::string_view name)
 
 std::string unfit_for_lp (const Problem& problem)
 {
-    return unfit_name (problem, {why_not_of_row, why_not_of_variable});
+    const std::string name = unfit_name (problem, {why_not_of_row, why_not_of_variable});
+    return name.empty () ? unfit_term (problem, lp_factor) : name;
 }
 
 // ---- The writer
@@ -43,7 +45,8 @@ private:
 
     void gather_rows ();
     void expression (std::int32_t row);
-    void term (double coefficient, std::string_view name);
+    void term (double coefficient, std::string_view name, std::string_view factor = {});
+    void bracket (const SymmetricTerms& terms, TermRange range, bool of_objective);
     void bounds_of (std::int32_t j);
     bool is_binary (std::int32_t j) const;
 
@@ -79,7 +82,7 @@ void LpWriter::put (double number)
 // ---- Expressions
 
 // An empty name stands for no variable: the term is a constant.
-void LpWriter::term (double coefficient, std::string_view name)
+void LpWriter::term (double coefficient, std::string_view name, std::string_view factor)
 {
     constexpr std::size_t widest = 100;
     if (width () > widest) {
@@ -99,6 +102,21 @@ void LpWriter::term (double coefficient, std::string_view name)
         put (" ");
         put (name);
     }
+    put (factor);
+}
+
+void LpWriter::bracket (const SymmetricTerms& terms, TermRange range, bool of_objective)
+{
+    if (range.begin == range.end)
+        return;
+    put (expression_begun_ ? " + [" : " [");
+    expression_begun_ = false;
+    for (std::size_t k = range.begin; k < range.end; ++k) {
+        const std::int32_t first = terms.column[k], second = terms.row[k];
+        const std::string factor = first == second ? " ^ 2" : " * " + std::string (columns_ (second));
+        term (terms.value[k] / lp_factor (of_objective, first == second), columns_ (first), factor);
+    }
+    put (of_objective ? " ] / 2" : " ]");
 }
 
 void LpWriter::objective ()
@@ -113,6 +131,8 @@ void LpWriter::objective ()
         term (problem_.cost[static_cast<std::size_t> (j)], columns_ (j));
     if (!is_plain_zero (problem_.constant))
         term (problem_.constant, {});
+    const SymmetricTerms& terms = problem_.quadratic_objective;
+    bracket (terms, {0, terms.value.size ()}, true);
     end_line ();
 }
 
@@ -139,7 +159,9 @@ void LpWriter::expression (std::int32_t row)
         columns_.prefetch (j);
     for (std::size_t k = 0; k < columns.size (); ++k)
         term (values[k], columns_ (columns[k]));
-    if (columns.empty ())
+    const TermRange range = problem_.quadratic_constraint.of_item (row);
+    bracket (problem_.quadratic_constraint, range, false);
+    if (columns.empty () && range.begin == range.end)
         put (" 0");
 }
 

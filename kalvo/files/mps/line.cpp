@@ -78,7 +78,12 @@ static MpsFields split_free (MpsSection section, std::string_view line)
             throw syntax ("a line of BOUNDS has a type, a set, a column and a number");
         return {.key = t[0], .name = t[1], .item = {t[2]}, .number = {t.count == 4 ? t[3] : ""}};
     default:
-        throw syntax (quote (trim (line)) + " is not expected here");
+        if (!is_quadratic (section))
+            throw syntax (quote (trim (line)) + " is not expected here");
+        if (t.count != 3 && t.count != 5)
+            throw syntax (
+                "a line of quadratic terms has a column and one or two pairs of a column and a number");
+        return pairs_of (t, true);
     }
 }
 
@@ -118,7 +123,7 @@ static void check_complete (MpsSection section, const MpsFields& fields)
         if (field.empty ())
             throw syntax (std::string (what) + " is missing in its fixed columns");
     };
-    if (section == MpsSection::rows || section == MpsSection::columns)
+    if (section == MpsSection::rows || section == MpsSection::columns || is_quadratic (section))
         need (fields.name, "the name in the columns 5 to 12");
     if (section != MpsSection::rows)
         need (fields.item[0], "the name in the columns 15 to 22");
@@ -131,7 +136,7 @@ static void check_complete (MpsSection section, const MpsFields& fields)
 
 static MpsFields split_fixed (MpsSection section, std::string_view line)
 {
-    if (section < MpsSection::rows || section > MpsSection::bounds)
+    if (section < MpsSection::rows || section >= MpsSection::endata)
         throw syntax (quote (trim (line)) + " is not expected here");
     check_characters (line);
     if (line.find ('\t') != line.npos)

@@ -5,7 +5,27 @@
 
 namespace klv {
 
-enum class MpsSection { none, name, objsense, objname, rows, columns, rhs, ranges, bounds, endata };
+enum class MpsSection {
+    none,
+    name,
+    objsense,
+    objname,
+    rows,
+    columns,
+    rhs,
+    ranges,
+    bounds,
+    quadobj,
+    qmatrix,
+    qsection,
+    qcmatrix,
+    endata
+};
+
+constexpr bool is_quadratic (MpsSection section)
+{
+    return section >= MpsSection::quadobj && section <= MpsSection::qcmatrix;
+}
 
 enum class MpsForm { free, fixed };
 

@@ -16,7 +16,14 @@ Problem read_fixed_mps (Task& task, const std::string& path, Pacer& pacer);
 // Reads a file in free form, unless a line shows that names with blanks stand in fixed columns.
 Problem read_mps_of_any_form (Task& task, const std::string& path, Pacer& pacer);
 
-// The first item that a form cannot hold: its name, or bounds of a row that no range says.
+// QUADOBJ, one triangle, and QMATRIX, both, are Q of 1/2 x'Qx in the objective; QCMATRIX is both triangles of M of x'Mx in a row;
+// QSECTION is one triangle of Q of 1/2 x'Qx in the objective or the row that it names.
+constexpr double mps_factor (bool of_objective, bool)
+{
+    return of_objective ? 1 : 2;
+}
+
+// The first item that a form cannot hold: its name, bounds of a row that no range says, or a term whose half is no number.
 std::string unfit_for_free_mps (const Problem& problem);
 std::string unfit_for_fixed_mps (const Problem& problem);
 

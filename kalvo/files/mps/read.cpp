@@ -24,13 +24,16 @@ constexpr std::array headers{
     MpsHeader{"RHS", MpsSection::rhs, MpsSection::rows, false},
     MpsHeader{"RANGES", MpsSection::ranges, MpsSection::rows, false},
     MpsHeader{"BOUNDS", MpsSection::bounds, MpsSection::columns, false},
+    MpsHeader{"QUADOBJ", MpsSection::quadobj, MpsSection::columns, false},
+    MpsHeader{"QMATRIX", MpsSection::qmatrix, MpsSection::columns, false},
+    MpsHeader{"QSECTION", MpsSection::qsection, MpsSection::columns, true},
+    MpsHeader{"QCMATRIX", MpsSection::qcmatrix, MpsSection::columns, true},
     MpsHeader{"ENDATA", MpsSection::endata, MpsSection::columns, false},
 };
 
 // Sections that hold what a task cannot hold.
-constexpr std::array<std::string_view, 14> unsupported_sections{
-    "QUADOBJ", "QMATRIX", "QSECTION",   "QCMATRIX", "CSECTION", "SOS",     "SOS1",
-    "SOS2",    "SETS",    "INDICATORS", "LAZYCONS", "USERCUTS", "GENCONS", "PWLOBJ"};
+constexpr std::array<std::string_view, 10> unsupported_sections{
+    "CSECTION", "SOS", "SOS1", "SOS2", "SETS", "INDICATORS", "LAZYCONS", "USERCUTS", "GENCONS", "PWLOBJ"};
 
 static std::string_view name_of (MpsSection section)
 {
@@ -95,6 +98,8 @@ void MpsReader::header_line ()
             objective_name_line (text);
         break;
     default:
+        if (is_quadratic (section_))
+            begin_quadratic (text);
         break;
     }
 }
@@ -103,7 +108,9 @@ void MpsReader::enter (const MpsHeader& header)
 {
     const auto bit = [] (MpsSection section) { return 1U << static_cast<unsigned> (section); };
     const std::string word (header.word);
-    if (seen_ & bit (header.section))
+    const bool is_for_one_row =
+        header.section == MpsSection::qsection || header.section == MpsSection::qcmatrix;
+    if (!is_for_one_row && (seen_ & bit (header.section)))
         throw syntax ("section " + word + " comes twice");
     if (header.after != MpsSection::none && !(seen_ & bit (header.after)))
         throw syntax ("section " + word + " comes without " + std::string (name_of (header.after)) +
@@ -176,8 +183,10 @@ void MpsReader::data_line ()
         return side_line (fields);
     case MpsSection::ranges:
         return range_line (fields);
-    default:
+    case MpsSection::bounds:
         return bound_line (fields);
+    default:
+        return quadratic_line (fields);
     }
 }
 
@@ -204,6 +213,14 @@ std::int32_t MpsReader::known_row (std::string_view name) const
     if (row == NameTable::none)
         throw syntax ("unknown row " + quote (name) + " in " + std::string (name_of (section_)));
     return row;
+}
+
+std::int32_t MpsReader::known_column (std::string_view name) const
+{
+    const std::int32_t column = draft_.column_names.find (name);
+    if (column == NameTable::none)
+        throw syntax ("unknown column " + quote (name) + " in " + std::string (name_of (section_)));
+    return column;
 }
 
 // ---- Forms

@@ -121,9 +121,7 @@ void MpsReader::bound_line (MpsFields fields)
     const bool needs_value = type->value != Value::none;
     settle_set (fields, needs_value);
     const std::string_view name = fields.item[0], number = fields.number[0];
-    const std::int32_t j = draft_.column_names.find (name);
-    if (j == NameTable::none)
-        throw syntax ("unknown column " + quote (name) + " in BOUNDS");
+    const std::int32_t j = known_column (name);
     if (needs_value && number.empty ())
         throw syntax ("a bound of type " + std::string (type->key) + " needs a number");
     const double value = number.empty () ? 0 : parse_number (number);
@@ -169,6 +167,7 @@ void MpsReader::finish ()
     finish_sides ();
     finish_ranges ();
     finish_columns ();
+    finish_quadratic ();
     name_items (draft_.problem.constraint_name, row_names_, objective_, pacer_);
 }
 
@@ -181,7 +180,7 @@ void MpsReader::finish_sides ()
 {
     Bounds& bounds = draft_.problem.constraint;
     for (std::int32_t row = 0; row < row_names_.size (); ++row) {
-        const auto [kind, has_side, has_range, side] = rows_[static_cast<std::size_t> (row)];
+        const auto [kind, has_side, has_range, is_quadratic, side] = rows_[static_cast<std::size_t> (row)];
         if (kind == 'N')
             continue;
         const std::size_t i = place_of (row);

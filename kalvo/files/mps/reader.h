@@ -4,6 +4,7 @@
 #include "kalvo/files/mps/line.h"
 #include "kalvo/files/mps/mps.h"
 #include "kalvo/files/text/draft.h"
+#include "kalvo/files/text/quadratic.h"
 
 #include <limits>
 
@@ -31,6 +32,7 @@ private:
         char kind;
         bool has_side = false;
         bool has_range = false;
+        bool is_quadratic = false;
         double side = 0;
     };
 
@@ -68,6 +70,8 @@ private:
     void range_line (const MpsFields& fields);
     void settle_set (MpsFields& fields, bool needs_value) const;
     void bound_line (MpsFields fields);
+    void begin_quadratic (std::string_view row);
+    void quadratic_line (const MpsFields& fields);
 
     void prefetch_row_ahead () const;
     void marker_line (std::string_view kind);
@@ -82,10 +86,14 @@ private:
     void finish_sides ();
     void finish_ranges ();
     void finish_columns ();
+    void merge_triangles ();
+    void finish_quadratic ();
+    FileFault quadratic_fault (const char* what, const QuadraticTerm& term) const;
 
     bool has_objective () const { return objective_ < row_names_.size (); }
     std::size_t place_of (std::int32_t row) const;    // the number of the constraint
     std::int32_t known_row (std::string_view name) const;
+    std::int32_t known_column (std::string_view name) const;
 
     LineReader lines_;
     Pacer& pacer_;
@@ -110,6 +118,10 @@ private:
     std::vector<std::int32_t> last_column_;    // the last column with an entry, for each row
     std::vector<std::int32_t> entry_rows_;
     std::vector<double> entry_values_;
+
+    std::int32_t quadratic_item_ = QuadraticTerm::objective;    // of the section
+    bool objective_is_quadratic_ = false;
+    std::vector<QuadraticTerm> triangles_, both_triangles_;
 };
 
 }

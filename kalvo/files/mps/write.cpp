@@ -2,6 +2,7 @@
 #include "kalvo/files/mps/line.h"
 #include "kalvo/files/mps/mps.h"
 #include "kalvo/files/text/name_rules.h"
+#include "kalvo/files/text/quadratic.h"
 #include "kalvo/files/text/text_writer.h"
 
 #include <cmath>
@@ -83,7 +84,7 @@ static std::string unfit (const Problem& problem, WhyNot why_not)
         if (mps_row (problem, i).kind == 0)
             return describe_item ("constraint", constraint_names (problem), i) +
                    ", whose bounds are crossed or differ in the sign of zero alone";
-    return {};
+    return unfit_term (problem, mps_factor);
 }
 
 std::string unfit_for_free_mps (const Problem& problem)
@@ -115,8 +116,11 @@ private:
     void right_hand_sides ();
     void ranges ();
     void bounds ();
+    void quadratic_objective ();
+    void quadratic_constraints ();
 
     void bounds_of (std::int32_t j);
+    void quadratic_line (std::int32_t first, std::int32_t second, double number);
 
     // Writes a line of two or three names and a number, in the form of the file. An empty text means no number.
     void line (std::string_view key, std::string_view name, std::string_view item, std::string_view number);
@@ -140,6 +144,8 @@ void MpsWriter::write ()
     right_hand_sides ();
     ranges ();
     bounds ();
+    quadratic_objective ();
+    quadratic_constraints ();
     put ("ENDATA");
     end_line ();
 }
@@ -318,6 +324,38 @@ void MpsWriter::bounds_of (std::int32_t number)
         bound ("UP", number, upper);
         break;
     }
+}
+
+void MpsWriter::quadratic_objective ()
+{
+    const SymmetricTerms& terms = problem_.quadratic_objective;
+    if (terms.count () > 0)
+        section ("QUADOBJ");
+    for (std::size_t k = 0; k < terms.value.size (); ++k)
+        quadratic_line (terms.column[k], terms.row[k], terms.value[k]);
+}
+
+void MpsWriter::quadratic_constraints ()
+{
+    const SymmetricTerms& terms = problem_.quadratic_constraint;
+    for (std::size_t k = 0; k < terms.value.size (); ++k) {
+        if (k == 0 || terms.item[k] != terms.item[k - 1]) {
+            put ("QCMATRIX  ");
+            section (rows_ (terms.item[k]));
+        }
+        const std::int32_t row = terms.row[k], column = terms.column[k];
+        const double number = terms.value[k] / mps_factor (false, row == column);
+        quadratic_line (column, row, number);
+        if (row != column)
+            quadratic_line (row, column, number);
+    }
+}
+
+// Two names without a name may share their memory.
+void MpsWriter::quadratic_line (std::int32_t first, std::int32_t second, double number)
+{
+    const std::string name (columns_ (first));
+    line ({}, name, columns_ (second), number);
 }
 
 static void write_mps (Task& task, MpsForm form, OutputFile& file)

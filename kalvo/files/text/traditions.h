@@ -23,6 +23,7 @@ enum class Tradition {
     no_objective,
     repeated_term,
     binary_bound,
+    quadratic_section,
     later_field,
     count
 };
@@ -41,6 +42,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t> (Tradition::coun
     "without an N row the objective is zero",
     "terms of a variable that comes twice in an expression are added",
     "a binary variable has no bound beyond 0 and 1",
+    "QSECTION is one triangle of Q in 1/2 x'Qx of the objective or of the row that it names",
     "a field that only a later version of the format has is skipped",
 };
 
