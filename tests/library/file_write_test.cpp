@@ -138,6 +138,58 @@ TEST (MpsWrite, WhatNoFormHoldsIsRefusedByName)
     }
 }
 
+klv::Problem quadratic_problem ()
+{
+    klv::Problem problem = small_problem ();
+    problem.quadratic_objective = {{}, {}, {0, 1, 2}, {0, 0, 2}, {2, 3, -0.0}};
+    problem.quadratic_constraint = {{0, 2, 2}, {}, {1, 2, 2}, {0, 1, 2}, {0.1, -1, 0}};
+    return problem;
+}
+
+TEST (MpsWrite, QuadraticTerms)
+{
+    const klv::Problem problem = quadratic_problem ();
+    EXPECT_PRED_FORMAT2 (
+        IsSubstring,
+        files::lines ("QUADOBJ|    C1 C1 2|    C1 C2 3|    C3 C3 -0|QCMATRIX  R1|    C1 C2 0.05|"
+                      "    C2 C1 0.05|QCMATRIX  R3|    C2 C3 -0.5|    C3 C2 -0.5|    C3 C3 0|"
+                      "ENDATA|"),
+        Writing (problem).written ());
+    const std::string text = Writing (problem, KLV_FILE_LP).written ();
+    for (const char* part : {" + 5 + [ 2 C1 ^ 2 + 6 C1 * C2 - 0 C3 ^ 2 ] / 2\n",
+                             "C1 + [ 0.1 C1 * C2 ] <= 3\n", "C1 + [ - C2 * C3 + 0 C3 ^ 2 ] = 2\n"})
+        EXPECT_PRED_FORMAT2 (IsSubstring, part, text);
+    for (const std::int32_t form : forms)
+        expect_same_after_writing (problem, form);
+}
+
+TEST (MpsWrite, QuadraticTermsWithoutAnExactNumberAreRefused)
+{
+    constexpr double odd = 5e-324;
+    static const struct {
+        bool of_objective;
+        std::int32_t row;
+        double value;
+        std::int32_t format;
+        const char* cause;
+    } cases[] = {
+        {false, 1, odd, KLV_FILE_FREE_MPS, "term of \"C1\" and \"C2\" in constraint 2 \"R2\", whose half"},
+        {false, 0, odd, KLV_FILE_LP, "term of \"C1\" and \"C1\" in constraint 2 \"R2\", whose half"},
+        {true, 1, DBL_MAX, KLV_FILE_LP, "term of \"C1\" and \"C2\" in the objective, whose double"},
+    };
+    for (const auto& [of_objective, row, value, format, cause] : cases) {
+        klv::Problem problem = small_problem ();
+        if (of_objective)
+            problem.quadratic_objective = {{}, {}, {row}, {0}, {value}};
+        else
+            problem.quadratic_constraint = {{1}, {}, {row}, {0}, {value}};
+        Writing writing (problem, format);
+        EXPECT_EQ (writing.write (), KLV_RES_FILE_CANNOT_HOLD);
+        EXPECT_PRED_FORMAT2 (IsSubstring, std::string (cause), writing.task.last_error ());
+        expect_same_after_writing (problem, KLV_FILE_JSON);
+    }
+}
+
 // ---- Read back
 
 const double numbers[] = {

@@ -19,11 +19,15 @@ const std::string everything = files::lines (
     "    y window 1 balance -1|    z need 1|    w limit 3|RHS|    RHS cost -12.5 limit 100|"
     "    RHS need 1 balance 0|    RHS window -4|RANGES|    RNG limit 40 need 7|    RNG window -2.5|BOUNDS|"
     " UP BND x 40| LO BND x -3| LI BND n 2| UI BND n 9| BV BND b| MI BND y| UP BND y -1| FR BND z|"
-    " FX BND w 2.25|ENDATA|");
+    " FX BND w 2.25|QUADOBJ|    x x 2 n -1|    y y 5e-324|QCMATRIX  limit|    x x .5|    w x 1e-3|    x w "
+    "1e-3|"
+    "QSECTION other|    x y 3 z 0|ENDATA|");
 
 const std::string everything_in_lp = files::lines (
-    "\\ Problem name: little|Maximize| cost: 1.5 x - 2 n + 0 b|  + 12.5|Subject To| limit: -40 <= 2 x + .5 b|"
-    "  + 3 w <= 100| need: -1e-3 x + z >= 1| balance: 7 x - y = 0| 3 >= x - n >= -4| none: 0 >= -3|"
+    "\\ Problem name: little|Maximize| cost: 1.5 x - 2 n + 0 b|"
+    "  + [ -2 x ^ 2 + n * b|  - 0 b*b ] / 2 + 12.5|Subject To| limit: -40 <= 2 x + .5 b|"
+    "  + 3 w + [ .1 x ^ 2 + 2e-3 w * x ] <= 100| need: -1e-3 x + z >= 1| balance: 7 x - y = 0| 3 >= x - n >= "
+    "-4| none: 0 >= -3|"
     " sum: n + x + 2 x <= 9|Bounds| -3 <= x <= 40| n >= 2| -inf <= y <= -1| z free| w = 2.25|Generals| n x|"
     "Binaries| b|End|");
 
@@ -48,12 +52,14 @@ const auto types = pieces_of ("N L G E UP LO FX FR MI PL BV", ' ');
 const auto numbers =
     pieces_of ("0 -0 1e19 -1 5e-324 inf -1e30 0.1 -0.3333333333333333 1d5 +2 3.000000000000000222", ' ');
 const auto odd_words = pieces_of (
-    "<= >= = : [ ^ / free st Bounds End Generals -> 1e309 1e-330 nan 12345678901234567890 +-2 0x10 . "
+    "<= >= = : [ ] ^ ^2 / /2 * free st Bounds End Generals -> 1e309 1e-330 nan 12345678901234567890 +-2 0x10 "
+    ". "
     "- 1e 1,5 X LI UI SC up 'MARKER' 'INTORG' 'INTEND' 'SOSORG' RHS ROWS COLUMNS RANGES BOUNDS ENDATA "
-    "OBJSENSE MAX QUADOBJ $ * x cost 5 -1e5 C1 R1 OBJ M1 \xC3\xA9 \xFF longer_than_eight",
+    "OBJSENSE MAX QUADOBJ QMATRIX QCMATRIX $ * x cost 5 -1e5 C1 R1 OBJ M1 \xC3\xA9 \xFF longer_than_eight",
     ' ');
 const auto extra_lines = pieces_of (
-    "|   |* comment|ENDATA|ROWS|RHS|RANGES|BOUNDS|OBJSENSE MAX|OBJSENSE|    MAX|QSECTION|"
+    "|   |* comment|ENDATA|ROWS|RHS|RANGES|BOUNDS|OBJSENSE MAX|OBJSENSE|    "
+    "MAX|QSECTION|QUADOBJ|QMATRIX|QCMATRIX limit|    x y 2|    y x 2|"
     "    M 'MARKER' 'INTORG'|    M 'MARKER' 'INTEND'| N free| UP BND x -5| FR BND y| BV b|    RHS limit 7|"
     "    RNG balance -3|\x1a|    x cost 1",
     '|');
