@@ -196,7 +196,7 @@
 %       KLV_DPAR_BOUND_INFINITY           1e+20                    bounds from there on are infinite: in files all, in
 %                                                                  prob upper ones in full vectors
 %       KLV_DPAR_FIXING_TOLERANCE         1e-10                    bounds that differ by at most this are one value
-%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS, _LP, _JSON
+%       KLV_IPAR_FILE_FORMAT              KLV_FILE_BY_EXTENSION    or _FREE_MPS, _FIXED_MPS, _LP, _JSON, _CBF, _SDPA
 %       KLV_SPAR_DATA_FILE                ''                       the problem file; set by read(file)
 %
 %       Values of integer parameters are numbers or the names of values (see res.symbcon). A name that does not exist or
@@ -217,12 +217,13 @@
 %
 %   SERVER (optserver): a structure with host (text). Not available in this version.
 %
-%   PROBLEM FILES: MPS, LP and JSON, extensions .mps (.qps), .lp and .json, and with .gz behind for packed files
+%   PROBLEM FILES: MPS, LP, CBF, sparse SDPA and JSON, extensions .mps (.qps), .lp, .cbf, .dat-s and .json, with .gz when packed
 %
 %       The parameter of the file format forces one, then with any extension. A file is read as a whole or not at all: res.rmsg
 %       names the line and the cause of a fault. It is written with every number to the last bit and every name as it is, or
 %       not at all, and then the file that was there before stays. Items without a name are written as C1, C2, ..., R1, R2,
-%       ... and OBJ. Cones, special ordered sets, indicators and semi-continuous variables are refused.
+%       ... and OBJ. What a format cannot say is refused, as cones in MPS and
+%       LP; special ordered sets, indicators and semi-continuous variables are in any.
 %
 %       MPS: free form has fields separated by blanks, so its names have none. Fixed form has them in the columns 2-3, 5-12,
 %       15-22, 25-36, 40-47 and 50-61: names of up to 8 bytes, blanks inside allowed. read finds out which form a file has;
@@ -255,6 +256,17 @@
 %       stand: this objective is bread^2 + 1.5 bread milk.
 %
 %       "<", "<=" and "=<" are the same. Variables stand left of the relation or between two, numbers at the other sides.
+%
+%       CBF (.cbf), versions 1 to 4, holds conic problems without names; CHANGE is refused. Linear cones become bounds and
+%       constraints. Other cones of VAR become cones; when CON or PSDCON has any, or VAR one that cones cannot be, all become
+%       affine conic constraints. Entries of PSDCON off the diagonal are multiplied by the root of 2 and rounded. An entry
+%       that comes twice is refused. write makes rows of bounds other than 0, of second bounds and of cones whose variables
+%       are bounded or do not follow each other: read then gives an equivalent problem. Names are refused.
+%
+%       Sparse SDPA (.dat-s) states min c'x with F1 x1 + F2 x2 + ... - F0 positive semidefinite, and its dual, max <F0, Y> with
+%       <Fi, Y> = ci. read gives the dual: a semidefinite variable for each block, nonnegative ones for blocks that are diagonal
+%       or of order 1. An infeasible problem in x is an unbounded one here. With *INTEGER it gives the problem in x. write
+%       holds such duals only.
 %
 %       JSON holds a whole task: the problem with all names, the parameters that differ from their defaults, and the
 %       solutions. To report how a run went, send such a file; kalvoopt ('read(report.json) minimize') replays the run

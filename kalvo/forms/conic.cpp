@@ -27,11 +27,11 @@ static std::size_t index (std::int32_t i)
 // What a row of the form is made of: linear parts of the stated problem, semidefinite terms included, and columns of the form.
 enum class Part : std::uint8_t {
     constraint,
-    affine_row,    // of the affine conic constraints, without its constant
-    bound,         // a variable, in rows for its bounds
-    member,        // a variable, in rows for its cone
-    matrix_entry,  // an entry of a semidefinite variable, off the diagonal times the root of 2
-    auxiliary,     // a variable that only the form has
+    affine_row,      // of the affine conic constraints, without its constant
+    bound,           // a variable, in rows for its bounds
+    member,          // a variable, in rows for its cone
+    matrix_entry,    // an entry of a semidefinite variable, off the diagonal times the root of 2
+    auxiliary,       // a variable that only the form has
     count
 };
 
@@ -255,7 +255,8 @@ private:
     void add_cone (ConeKind kind, std::int32_t rows, std::int32_t order = 0, double exponent = 0);
     void add_second_order (std::span<const Piece> pieces);
     void add_rotated (const Piece& first, const Piece& second, std::span<const Piece> rest);
-    void add_power (std::span<const Piece> factors, std::span<const double> weights, std::span<const Piece> rest);
+    void add_power (std::span<const Piece> factors, std::span<const double> weights,
+                    std::span<const Piece> rest);
     void add_semidefinite (std::span<const Piece> lower_by_columns);
     Piece add_auxiliary () { return {Part::auxiliary, auxiliaries_++}; }
     void add_domain (KLVdomaintype type, std::span<const Piece> pieces, std::span<const double> exponents);
@@ -279,7 +280,8 @@ private:
     std::shared_ptr<ConicRecovery> recovery_;
     FixedVariables fixed_;
 
-    std::array<std::vector<double>, static_cast<std::size_t> (Group::count)> constants_;    // of rows, by group
+    std::array<std::vector<double>, static_cast<std::size_t> (Group::count)>
+        constants_;    // of rows, by group
     std::array<Uses, static_cast<std::size_t> (Part::count)> uses_;
     std::vector<FactorEntry> factor_entries_;
     std::vector<ElementaryCone> cones_;    // of the third group
@@ -294,8 +296,8 @@ constexpr std::int32_t rows_of_a_group = 1 << 29;
 std::int32_t ConicBuilder::add_row (Group group, std::initializer_list<Piece> pieces)
 {
     std::vector<double>& constants = constants_[static_cast<std::size_t> (group)];
-    const auto number = static_cast<std::int32_t> (constants.size ()) +
-                        rows_of_a_group * static_cast<std::int32_t> (group);
+    const auto number =
+        static_cast<std::int32_t> (constants.size ()) + rows_of_a_group * static_cast<std::int32_t> (group);
     double constant = 0;
     for (const Piece& piece : pieces) {
         constant += piece.constant;
@@ -586,12 +588,10 @@ void ConicBuilder::number_rows ()
         number (rows.first);
     const auto count = [] (std::size_t items) { return items; };
     const SemidefiniteVariables& bar = problem_.semidefinite;
-    const std::size_t counts[] = {count (problem_.constraint.key.size ()),
-                                  count (index (problem_.affine_constraint.rows ())),
-                                  count (problem_.variable.key.size ()),
-                                  count (problem_.variable.key.size ()),
-                                  count (index (bar.length ())),
-                                  count (index (auxiliaries_))};
+    const std::size_t counts[] = {
+        count (problem_.constraint.key.size ()), count (index (problem_.affine_constraint.rows ())),
+        count (problem_.variable.key.size ()),   count (problem_.variable.key.size ()),
+        count (index (bar.length ())),           count (index (auxiliaries_))};
     for (std::size_t part = 0; part < uses_.size (); ++part)
         uses_[part].arrange (counts[part]);
 }
@@ -650,7 +650,9 @@ void ConicBuilder::fill_columns (ConicForm& form)
         for (const Use& use : uses)
             sums.add (use.row, value * use.factor);
     };
-    const auto of = [&] (Part part, std::size_t number) { return uses_[static_cast<std::size_t> (part)].of (number); };
+    const auto of = [&] (Part part, std::size_t number) {
+        return uses_[static_cast<std::size_t> (part)].of (number);
+    };
     const auto end_column = [&] {
         sums.take ([&] (std::int32_t row, double value) {
             form.matrix.rows.push_back (row);
@@ -681,7 +683,9 @@ void ConicBuilder::fill_columns (ConicForm& form)
         for (; factor_entry != factor_entries_.end () && factor_entry->variable == variable; ++factor_entry)
             sums.add (factor_entry->row, factor_entry->value);
         if (fixed_.is_fixed (j))
-            sums.take ([&] (std::int32_t row, double value) { form.right[index (row)] += value * fixed_.value (j); });
+            sums.take ([&] (std::int32_t row, double value) {
+                form.right[index (row)] += value * fixed_.value (j);
+            });
         else
             end_column ();
     }
@@ -693,8 +697,8 @@ void ConicBuilder::fill_columns (ConicForm& form)
         double value;
     };
     const auto column_of = [&] (const SymmetricTerms& terms, std::size_t k) {
-        return bar.begin_of (terms.variable[k]) +
-               static_cast<std::int32_t> (packed_length (terms.row[k])) + terms.column[k];
+        return bar.begin_of (terms.variable[k]) + static_cast<std::int32_t> (packed_length (terms.row[k])) +
+               terms.column[k];
     };
     const auto value_of = [] (const SymmetricTerms& terms, std::size_t k) {
         return terms.row[k] == terms.column[k] ? terms.value[k] : sqrt2 * terms.value[k];

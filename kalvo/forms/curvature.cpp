@@ -55,7 +55,8 @@ static std::vector<double> diagonal (const SparseColumns& upper)
 {
     std::vector<double> diagonal (index (upper.columns ()));
     for (std::size_t j = 0; j < diagonal.size (); ++j)
-        if (const auto rows = upper.rows_of (j); !rows.empty () && rows.back () == static_cast<std::int32_t> (j))
+        if (const auto rows = upper.rows_of (j);
+            !rows.empty () && rows.back () == static_cast<std::int32_t> (j))
             diagonal[j] = upper.values_of (j).back ();
     return diagonal;
 }

@@ -183,7 +183,8 @@ Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_
     form.upper.reserve (fixed.columns ());
     for (std::size_t j = 0; j < stated->variable.key.size (); ++j)
         if (!fixed.is_fixed (j)) {
-            const Interval here = within (stated->variable.interval (j), infinite_bound, lowered.infinite_bounds);
+            const Interval here =
+                within (stated->variable.interval (j), infinite_bound, lowered.infinite_bounds);
             form.lower.push_back (here.lower);
             form.upper.push_back (here.upper);
         }

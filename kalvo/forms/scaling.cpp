@@ -88,7 +88,8 @@ std::vector<double> equilibrate (SparseColumns& quadratic, std::span<ScaledMatri
         std::ranges::transform (scaled.row_factor, scaled.row_factor.begin (), power_of_two);
         for (std::size_t j = 0; j < index (scaled.matrix.columns ()); ++j)
             for (auto k = index (scaled.matrix.starts[j]); k < index (scaled.matrix.starts[j + 1]); ++k)
-                scaled.matrix.values[k] *= scaled.row_factor[index (scaled.matrix.rows[k])] * column_factor[j];
+                scaled.matrix.values[k] *=
+                    scaled.row_factor[index (scaled.matrix.rows[k])] * column_factor[j];
     }
     return column_factor;
 }
@@ -97,7 +98,7 @@ double factor_between (double largest, double least, double most)
 {
     if (!(largest > 0) || std::isinf (largest))
         return 1;
-    return largest < least ? power_of_two (largest / least)
+    return largest < least  ? power_of_two (largest / least)
            : largest > most ? power_of_two (largest / most)
                             : 1;
 }

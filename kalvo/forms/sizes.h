@@ -10,8 +10,9 @@ namespace klv {
 
 struct FormSizes {
     std::int64_t columns = 0, rows = 0, entries = 0, quadratic_entries = 0;
-    std::int64_t second_order = 0, exponential = 0, power = 0, matrices = 0;    // cones with more than one row
-    std::int32_t largest_second_order = 0, largest_matrix = 0;                  // rows; order
+    std::int64_t second_order = 0, exponential = 0, power = 0,
+                 matrices = 0;                                    // cones with more than one row
+    std::int32_t largest_second_order = 0, largest_matrix = 0;    // rows; order
 };
 
 FormSizes sizes_of (const Form& form);

@@ -91,8 +91,8 @@ void Attempts::tell_form ()
         return;
     task_.say (text (method_ == Method::quadratic ? "Quadratic form: " : "Conic form: ", describe (sizes)));
     if (without_far_bounds_)
-        task_.say (text ("Bounds so large that they bind rarely are left out at first: ",
-                         lowered_.infinite_bounds));
+        task_.say (
+            text ("Bounds so large that they bind rarely are left out at first: ", lowered_.infinite_bounds));
 }
 
 void Attempts::lower (double far)

@@ -34,7 +34,10 @@ private:
     int setting (IntSetting which) const { return task_.parameters.get (which); }
     const Problem& problem () const { return *problem_; }
     bool stopped () const { return call_.answer () != 0; }
-    int first_optimizer () const { return about (first_method (problem (), task_.parameters, integers_)).optimizer; }
+    int first_optimizer () const
+    {
+        return about (first_method (problem (), task_.parameters, integers_)).optimizer;
+    }
 
     KLVrescode_t solve ();
     KLVrescode_t report_crossed (const CrossedBounds& crossed);

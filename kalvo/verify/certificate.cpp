@@ -106,7 +106,10 @@ struct Direction {
     bool allows_product (std::size_t i, double move) const { return keeps (problem.constraint, i, move); }
     bool trusts_product (std::size_t i, double move) const { return allows_product (i, move); }
 
-    std::vector<double> products (std::span<const double> d) const { return activities (problem, {d}, false); }
+    std::vector<double> products (std::span<const double> d) const
+    {
+        return activities (problem, {d}, false);
+    }
     template <class Function>
     void each_value (const Function& function) const
     {

@@ -95,8 +95,8 @@ Solution Check::measured (Point&& claimed, bool& has_basis) const
     const auto optional = [&] (const std::vector<double>& values) {
         return values.empty () || finite (values, n);
     };
-    solution.has_primal =
-        finite (claimed.x, n) && finite (claimed.barx, static_cast<std::size_t> (problem_->semidefinite.length ()));
+    solution.has_primal = finite (claimed.x, n) &&
+                          finite (claimed.barx, static_cast<std::size_t> (problem_->semidefinite.length ()));
     solution.has_dual = !integers_ && finite (claimed.y, m) && finite (claimed.doty, rows) &&
                         optional (claimed.reduced_cost) && optional (claimed.snx) &&
                         (solution.has_primal || !has_quadratic_terms (*problem_));

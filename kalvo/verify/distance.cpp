@@ -241,8 +241,9 @@ static double scaled_distance (const Shape& shape, const Scaled& x)
     }
     case KLV_DOMAIN_SEMIDEFINITE_CONE: {
         const double length = static_cast<double> (x.size ());
-        return packed_distance (static_cast<std::int32_t> (std::lround ((std::sqrt (8 * length + 1) - 1) / 2)),
-                                x, 1 / std::numbers::sqrt2);
+        return packed_distance (
+            static_cast<std::int32_t> (std::lround ((std::sqrt (8 * length + 1) - 1) / 2)), x,
+            1 / std::numbers::sqrt2);
     }
     default:
         return std::max (x.largest (), -x.smallest (x.size ()));

@@ -72,9 +72,10 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
     if (solution.has_primal)
         measure_primal (*problem, given.xx, given.barx, solution);
     if (solution.has_dual)
-        measure_dual (*problem,
-                      {.y = y, .reduced_cost = std::move (reduced_cost), .doty = given.doty, .snx = given.snx},
-                      solution);
+        measure_dual (
+            *problem,
+            {.y = y, .reduced_cost = std::move (reduced_cost), .doty = given.doty, .snx = given.snx},
+            solution);
     if (!integers)
         judge (tolerances (parameters), solution);
     else if (solution.has_primal) {

@@ -375,8 +375,8 @@ static Failure read_failure (Reader& from)
 {
     Failure failure;
     failure.code = from.get<KLVrescode_t> ();
-    constexpr KLVrescode_t codes[] = {KLV_RES_OUT_OF_MEMORY, KLV_RES_TOO_LARGE, KLV_RES_NOT_CONVEX, KLV_RES_ENGINE_MISSING,
-                                      KLV_RES_THREAD_FAILED};
+    constexpr KLVrescode_t codes[] = {KLV_RES_OUT_OF_MEMORY, KLV_RES_TOO_LARGE, KLV_RES_NOT_CONVEX,
+                                      KLV_RES_ENGINE_MISSING, KLV_RES_THREAD_FAILED};
     if (std::ranges::find (codes, failure.code) == std::end (codes))
         throw BrokenMessage ("a failure has an unknown code");
     failure.message = from.get_text ();

@@ -9,11 +9,13 @@ namespace {
 
 using klv::Answer, klv::Outcome, klv::Point, klv::Problem, klv::Shape;
 using model::inf, model::Values;
-constexpr double nan = std::numeric_limits<double>::quiet_NaN (), e = 2.718281828459045, root2 = 1.4142135623730951;
+constexpr double nan = std::numeric_limits<double>::quiet_NaN (), e = 2.718281828459045,
+                 root2 = 1.4142135623730951;
 
 Answer check (const Problem& problem, const Point& point, bool integers = false)
 {
-    return klv::Check (std::make_shared<const Problem> (problem), klv::Parameters (), integers) (Point (point));
+    return klv::Check (std::make_shared<const Problem> (problem), klv::Parameters (),
+                       integers) (Point (point));
 }
 
 // One affine conic constraint: x + g in the domain, for all variables.
@@ -40,7 +42,8 @@ Problem mirrored (Problem problem)
 {
     problem.sense = KLV_SENSE_MAXIMIZE;
     problem.constant = -problem.constant;
-    for (auto* values : {&problem.cost, &problem.quadratic_objective.value, &problem.semidefinite.objective.value})
+    for (auto* values :
+         {&problem.cost, &problem.quadratic_objective.value, &problem.semidefinite.objective.value})
         for (double& value : *values)
             value = -value;
     return problem;
@@ -69,10 +72,12 @@ struct Optimum {
 std::vector<Optimum> optima ()
 {
     std::vector<Optimum> all;
-    const auto add = [&] (const char* what, KLVdomaintype type, const char* text, Values x, Values y, Values doty,
-                          double value, std::span<const double> exponents = {}) {
-        all.push_back ({what, within (text, {type, exponents}),
-                        {.x = std::move (x), .y = std::move (y), .doty = std::move (doty)}, value});
+    const auto add = [&] (const char* what, KLVdomaintype type, const char* text, Values x, Values y,
+                          Values doty, double value, std::span<const double> exponents = {}) {
+        all.push_back ({what,
+                        within (text, {type, exponents}),
+                        {.x = std::move (x), .y = std::move (y), .doty = std::move (doty)},
+                        value});
     };
     // The multiplier of a row is y, the rest c - A'y is the dual of the domain.
     add ("free", KLV_DOMAIN_FREE, "min 2; ..; 1 in 3..", {3}, {2}, {0}, 6);
@@ -81,60 +86,79 @@ std::vector<Optimum> optima ()
     add ("nonnegative", KLV_DOMAIN_NONNEGATIVE, "min 2 1; .. ..; 1 1 in 3..", {0, 3}, {1}, {1, 0}, 3);
     add ("nonpositive", KLV_DOMAIN_NONPOSITIVE, "min -2 -1; .. ..; 1 1 in ..-3", {0, -3}, {-1}, {-1, 0}, 3);
     all.back ().problem.constraint.lower[0] = -inf;
-    add ("quadratic", KLV_DOMAIN_QUADRATIC_CONE, "min 1 0 0; .. .. ..; 0 1 in =3; 0 0 1 in =4", {5, 3, 4}, {0.6, 0.8},
-         {1, -0.6, -0.8}, 5);
-    add ("rotated", KLV_DOMAIN_ROTATED_QUADRATIC_CONE, "min 1 1 0; .. .. ..; 0 0 1 in =2", {root2, root2, 2}, {root2},
-         {1, 1, -root2}, 2 * root2);
-    add ("exponential", KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE, "min 1 0 0; .. .. ..; 0 1 in =1; 0 0 1 in =1", {e, 1, 1},
-         {0, e}, {1, 0, -e}, e);
+    add ("quadratic", KLV_DOMAIN_QUADRATIC_CONE, "min 1 0 0; .. .. ..; 0 1 in =3; 0 0 1 in =4", {5, 3, 4},
+         {0.6, 0.8}, {1, -0.6, -0.8}, 5);
+    add ("rotated", KLV_DOMAIN_ROTATED_QUADRATIC_CONE, "min 1 1 0; .. .. ..; 0 0 1 in =2", {root2, root2, 2},
+         {root2}, {1, 1, -root2}, 2 * root2);
+    add ("exponential", KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE, "min 1 0 0; .. .. ..; 0 1 in =1; 0 0 1 in =1",
+         {e, 1, 1}, {0, e}, {1, 0, -e}, e);
     add ("dual exponential", KLV_DOMAIN_DUAL_EXPONENTIAL_CONE, "min 1 0 0; .. .. ..; 0 1 in =0; 0 0 1 in =-1",
          {1 / e, 0, -1}, {-1 / e, -1 / e}, {1, 1 / e, 1 / e}, 1 / e);
     add ("power", KLV_DOMAIN_PRIMAL_POWER_CONE, "min 0 0 -1; .. .. ..; 1 in =8; 0 1 in =1", {8, 1, 2},
          {-1.0 / 12, -4.0 / 3}, {1.0 / 12, 4.0 / 3, -1}, -2, power_of_3);
-    add ("dual power", KLV_DOMAIN_DUAL_POWER_CONE, "min 1 1 0; .. .. ..; 0 0 1 in =1", {0.5, 0.5, 1}, {1}, {1, 1, -1},
-         1, halves);
+    add ("dual power", KLV_DOMAIN_DUAL_POWER_CONE, "min 1 1 0; .. .. ..; 0 0 1 in =1", {0.5, 0.5, 1}, {1},
+         {1, 1, -1}, 1, halves);
     add ("geometric mean", KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE, "min 0 0 -1; .. .. ..; 1 in =4; 0 1 in =1",
          {4, 1, 2}, {-0.25, -1}, {0.25, 1, -1}, -2);
-    add ("dual geometric mean", KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE, "min 1 1 0; .. .. ..; 0 0 1 in =1", {0.5, 0.5, 1},
-         {1}, {1, 1, -1}, 1);
-    add ("svec", KLV_DOMAIN_SEMIDEFINITE_CONE, "min 1 0 1; .. .. ..; 0 1 in =1.4142135623730951", {1, root2, 1},
-         {root2}, {1, -root2, 1}, 2);
+    add ("dual geometric mean", KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE, "min 1 1 0; .. .. ..; 0 0 1 in =1",
+         {0.5, 0.5, 1}, {1}, {1, 1, -1}, 1);
+    add ("svec", KLV_DOMAIN_SEMIDEFINITE_CONE, "min 1 0 1; .. .. ..; 0 1 in =1.4142135623730951",
+         {1, root2, 1}, {root2}, {1, -root2, 1}, 2);
 
     // 1/2 x'Qx, Q = [2 1; 1 2], in the objective; the same up to 3 in a constraint.
     const auto curved = [] (bool constraint) {
-        klv::SymmetricTerms terms{.item = {}, .variable = {}, .row = {0, 1, 1}, .column = {0, 0, 1}, .value = {2, 1, 2}};
+        klv::SymmetricTerms terms{
+            .item = {}, .variable = {}, .row = {0, 1, 1}, .column = {0, 0, 1}, .value = {2, 1, 2}};
         if (constraint)
             terms.item.assign (3, 0);
         return terms;
     };
-    all.push_back ({"quadratic objective", model::parse ("min 1 1; .. 1..; 1 in =1"), {.x = {1, 1}, .y = {4}}, 5});
+    all.push_back (
+        {"quadratic objective", model::parse ("min 1 1; .. 1..; 1 in =1"), {.x = {1, 1}, .y = {4}}, 5});
     all.back ().problem.quadratic_objective = curved (false);
-    all.push_back ({"quadratic constraint", model::parse ("min -1 -1; .. ..; 0 in ..3"),
-                    {.x = {1, 1}, .y = {-1.0 / 3}}, -2});
+    all.push_back ({"quadratic constraint",
+                    model::parse ("min -1 -1; .. ..; 0 in ..3"),
+                    {.x = {1, 1}, .y = {-1.0 / 3}},
+                    -2});
     all.back ().problem.quadratic_constraint = curved (true);
 
     // Cones of variables, without and with bounds that bind beside the cone.
-    all.push_back ({"cone of variables", model::parse ("min 0 1 0; .. .. ..; 1 in =3; 0 0 1 in =4"),
-                    {.x = {3, 5, 4}, .y = {0.6, 0.8}}, 5, {-0.6, 1, -0.8}});
+    all.push_back ({"cone of variables",
+                    model::parse ("min 0 1 0; .. .. ..; 1 in =3; 0 0 1 in =4"),
+                    {.x = {3, 5, 4}, .y = {0.6, 0.8}},
+                    5,
+                    {-0.6, 1, -0.8}});
     put_cone (all.back ().problem, KLV_CONE_QUADRATIC, 0, {1, 0, 2});
-    all.push_back ({"cone and bounds", model::parse ("min 1 0 0; .. 3.. =4"),
-                    {.x = {5, 3, 4}, .y = {}, .snx = {1, -0.6, -0.8}}, 5, {1, -0.6, -0.8}});
+    all.push_back ({"cone and bounds",
+                    model::parse ("min 1 0 0; .. 3.. =4"),
+                    {.x = {5, 3, 4}, .y = {}, .snx = {1, -0.6, -0.8}},
+                    5,
+                    {1, -0.6, -0.8}});
     put_cone (all.back ().problem, KLV_CONE_QUADRATIC, 0, {0, 1, 2});
-    all.push_back ({"power cone of variables", model::parse ("min 0 0 -1; .. .. ..; 1 in =4; 0 1 in =1"),
-                    {.x = {4, 1, 2}, .y = {-0.25, -1}}, -2, {0.25, 1, -1}});
+    all.push_back ({"power cone of variables",
+                    model::parse ("min 0 0 -1; .. .. ..; 1 in =4; 0 1 in =1"),
+                    {.x = {4, 1, 2}, .y = {-0.25, -1}},
+                    -2,
+                    {0.25, 1, -1}});
     put_cone (all.back ().problem, KLV_CONE_PRIMAL_POWER, 0.5, {0, 1, 2});
 
     // min X11 + X22, X21 = 1, as a constraint's term; and as expression 2 X21 - 2 in {0}.
     const auto with_matrix = [] (Problem& problem) {
         problem.semidefinite.append (std::array{2});
-        problem.semidefinite.objective = {.item = {}, .variable = {0, 0}, .row = {0, 1}, .column = {0, 1}, .value = {1, 1}};
+        problem.semidefinite.objective = {
+            .item = {}, .variable = {0, 0}, .row = {0, 1}, .column = {0, 1}, .value = {1, 1}};
     };
     const klv::SymmetricTerms corner{.item = {0}, .variable = {0}, .row = {1}, .column = {0}, .value = {1}};
-    all.push_back ({"matrix", model::parse ("min; ; in =2"), {.x = {}, .y = {1}, .barx = {1, 1, 1}}, 2, {}, {1, -1, 1}});
+    all.push_back (
+        {"matrix", model::parse ("min; ; in =2"), {.x = {}, .y = {1}, .barx = {1, 1, 1}}, 2, {}, {1, -1, 1}});
     with_matrix (all.back ().problem);
     all.back ().problem.semidefinite.constraint = corner;
-    all.push_back ({"matrix in an expression", within ("min 0; =0", {KLV_DOMAIN_ZERO}, {2}),
-                    {.x = {0}, .y = {}, .barx = {1, 1, 1}, .doty = {1}}, 2, {}, {1, -1, 1}});
+    all.push_back ({"matrix in an expression",
+                    within ("min 0; =0", {KLV_DOMAIN_ZERO}, {2}),
+                    {.x = {0}, .y = {}, .barx = {1, 1, 1}, .doty = {1}},
+                    2,
+                    {},
+                    {1, -1, 1}});
     with_matrix (all.back ().problem);
     all.back ().problem.affine.f = klv::ColumnMatrix ();
     all.back ().problem.affine.f.append_columns (1);
@@ -152,8 +176,8 @@ TEST (VerifyConic, ClosedFormOptimaAreProvedAndTheirPerturbationsNot)
             const Answer answer = check (problem, point);
             ASSERT_TRUE (answer.solution);
             const klv::Solution& found = *answer.solution;
-            EXPECT_TRUE (answer.conclusive) << found.violations.primal << ' ' << found.violations.dual << ' '
-                                            << found.violations.gap;
+            EXPECT_TRUE (answer.conclusive)
+                << found.violations.primal << ' ' << found.violations.dual << ' ' << found.violations.gap;
             EXPECT_NEAR (found.primal_objective, sign * row.value, 1e-14);
             EXPECT_NEAR (found.dual_objective, sign * row.value, 2e-14);
             EXPECT_EQ (found.doty, point.doty);

@@ -186,7 +186,7 @@ void CbfReader::vector (Vector& items)
         if (part.size > items.size - begin)
             throw syntax (text ("the cones of ", section_, " have more than its ", items.size, " members"));
         begin += part.size;
-        if (part.size > 0)
+        if (part.size > 0 || !is_linear (part.domain))
             items.parts.push_back (part);
     }
     if (begin < items.size)

@@ -13,7 +13,7 @@ namespace klv {
 // affine conic constraints for the others, with entries off the diagonal times the root of 2, rounded.
 Problem read_sdpa (Task& task, const std::string& path, Pacer& pacer);
 
-// The first item that the format cannot hold.
+// The first item that a file's dual cannot hold; problems in x are not written.
 std::string unfit_for_sdpa (const Problem& problem);
 
 void write_sdpa (Task& task, OutputFile& file);

@@ -10,7 +10,7 @@ namespace {
 
 using fuzz::pieces_of, fuzz::require;
 
-// ---- Files to begin with: a little of everything in free MPS, LP and JSON, and small published ones in fixed MPS
+// ---- Files to begin with: a little of everything in free MPS, LP, CBF, SDPA and JSON, and small published ones in fixed MPS
 
 const std::string everything = files::lines (
     "* a comment|NAME little problem|OBJSENSE|    MAX|OBJNAME|    cost|ROWS| N other| N cost| L limit|"
@@ -31,6 +31,16 @@ const std::string everything_in_lp = files::lines (
     " sum: n + x + 2 x <= 9|Bounds| -3 <= x <= 40| n >= 2| -inf <= y <= -1| z free| w = 2.25|Generals| n x|"
     "Binaries| b|End|");
 
+const std::string everything_in_cbf = files::lines (
+    "VER|4|POWCONES|1 2|2|1|3|OBJSENSE|MAX|PSDVAR|1|2|VAR|7 5|L+ 1|F 1|L- 1|L= 1|Q 3|INT|1|1|CON|9 5|L- 1|"
+    "@0:POW 3|L= 1|F 1|EXP 3|PSDCON|1|2|OBJFCOORD|1|0 1 0 4|OBJACOORD|2|1 2.5|0 -1|OBJBCOORD|7|FCOORD|2|"
+    "0 0 1 1 3|2 0 0 1 5|ACOORD|3|4 1 6|8 0 2|0 6 9|BCOORD|3|0 4|4 -2|5 8|HCOORD|2|0 2 0 1 3|0 2 1 1 11|"
+    "DCOORD|1|0 1 0 -1|");
+
+const std::string everything_in_sdpa =
+    files::lines ("\"a title|2 = m|3 = blocks|(2, 1, -2)|{1.5,|+2}|0 1 1 2 3|1 1 2 1 4 1 2 1 1 6|2,3,2,2,7|"
+                  "0 3 1 1 -5 * behind|0 2 1 1 8|");
+
 std::vector<std::string> seeds ()
 {
     constexpr std::uintmax_t largest = 12'000;
@@ -42,7 +52,8 @@ std::vector<std::string> seeds ()
     std::vector<std::string> texts;
     for (const auto& path : paths)
         texts.insert (texts.end (),
-                      {files::load (path), everything, everything_in_lp, files::json_example ()});
+                      {files::load (path), everything, everything_in_lp, everything_in_cbf,
+                       everything_in_sdpa, everything_in_sdpa + "*INTEGER\n*2\n", files::json_example ()});
     return texts;
 }
 
@@ -169,7 +180,12 @@ void check_fault (const files::Task& task, KLVrescode_t code, const std::string&
 const char* run (const std::string& text, const files::Folder& folder, Mutator& choice)
 {
     const bool json = text.starts_with ('{');
-    const std::string path = folder / (json ? "f.json" : text.starts_with ('\\') ? "f.lp" : "f.mps");
+    const bool cbf = text.starts_with ("VER"), sdpa = text.starts_with ('"');
+    const std::string path = folder / (json                      ? "f.json"
+                                       : text.starts_with ('\\') ? "f.lp"
+                                       : cbf                     ? "f.cbf"
+                                       : sdpa                    ? "f.dat-s"
+                                                                 : "f.mps");
     const std::string copy = folder / (choice.below (4) == 0 ? "copy.mps.gz" : "copy.mps");
     files::save (path, text);
     files::Task task, again;
@@ -184,7 +200,11 @@ const char* run (const std::string& text, const files::Folder& folder, Mutator& 
              "the number of integers");
 
     // JSON alone holds bounds beyond the threshold.
-    const auto format = json ? std::int32_t{KLV_FILE_JSON} : static_cast<std::int32_t> (choice.below (5));
+    const bool either = choice.below (2) == 0;
+    const auto format = cbf && either         ? std::int32_t{KLV_FILE_CBF}
+                        : sdpa && either      ? std::int32_t{KLV_FILE_SDPA}
+                        : json || cbf || sdpa ? std::int32_t{KLV_FILE_JSON}
+                                              : static_cast<std::int32_t> (choice.below (5));
     task.set_format (format);
     again.set_format (format);
     if (const KLVrescode_t code = KLV_writedata (task, copy.c_str ())) {
