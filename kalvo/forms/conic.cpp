@@ -238,10 +238,11 @@ Point ConicRecovery::back (Point&& claimed) const
 
 class ConicBuilder {
 public:
-    ConicBuilder (std::shared_ptr<const Problem> stated, double infinite_bound)
+    ConicBuilder (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled)
         : stated_ (std::move (stated)),
           problem_ (*stated_),
           infinite_bound_ (infinite_bound),
+          scaled_ (scaled),
           recovery_ (std::make_shared<ConicRecovery> ()),
           fixed_ (problem_)
     {}
@@ -276,6 +277,7 @@ private:
     std::shared_ptr<const Problem> stated_;
     const Problem& problem_;
     double infinite_bound_;
+    bool scaled_;
     Lowered lowered_;
     std::shared_ptr<ConicRecovery> recovery_;
     FixedVariables fixed_;
@@ -778,7 +780,12 @@ Lowered ConicBuilder::build ()
     form.cost = std::move (objective.cost);
     form.quadratic = std::move (objective.quadratic);
     fill_columns (form);
-    scale (form);
+    if (scaled_)
+        scale (form);
+    else {
+        recovery_->column_factor.assign (form.cost.size (), 1.0);
+        recovery_->row_factor.assign (form.right.size (), 1.0);
+    }
 
     recovery_->sign = problem_.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     recovery_->uses = std::move (uses_);
@@ -792,9 +799,9 @@ Lowered ConicBuilder::build ()
     return std::move (lowered_);
 }
 
-Lowered lower_conic (std::shared_ptr<const Problem> stated, double infinite_bound)
+Lowered lower_conic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled)
 {
-    return ConicBuilder (std::move (stated), infinite_bound).build ();
+    return ConicBuilder (std::move (stated), infinite_bound, scaled).build ();
 }
 
 }

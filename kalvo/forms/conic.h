@@ -9,6 +9,6 @@
 namespace klv {
 
 // Bounds from `infinite_bound` on are left out. Integer variables are taken as continuous. The stated matrices must be packed.
-Lowered lower_conic (std::shared_ptr<const Problem> stated, double infinite_bound);
+Lowered lower_conic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled);
 
 }

@@ -163,7 +163,7 @@ static void scale (QuadraticForm& form, QuadraticRecovery& recovery)
             value /= recovery.factors.point;
 }
 
-Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_bound)
+Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled)
 {
     Lowered lowered;
     FixedVariables fixed (*stated);
@@ -190,7 +190,12 @@ Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_
         }
     recovery->rows = place_rows (*stated, infinite_bound, form, lowered.infinite_bounds);
     fill_matrices (*stated, fixed, recovery->rows, form);
-    scale (form, *recovery);
+    if (scaled)
+        scale (form, *recovery);
+    else {
+        recovery->column_factor.assign (form.cost.size (), 1.0);
+        recovery->row_factor.assign (recovery->rows.place.size (), 1.0);
+    }
     recovery->fixed = std::move (fixed);
     lowered.recovery = recovery;
     lowered.form = whole;

@@ -66,9 +66,9 @@ Lowered Attempts::make_form (double far) const
     limits.infinite_bound = std::min (limits.infinite_bound, far);
     switch (method_) {
     case Method::quadratic:
-        return lower_quadratic (problem_, limits.infinite_bound);
+        return lower_quadratic (problem_, limits.infinite_bound, scaled_);
     case Method::conic:
-        return lower_conic (problem_, limits.infinite_bound);
+        return lower_conic (problem_, limits.infinite_bound, scaled_);
     default:
         return lower_linear (problem_, limits, integers_);
     }
@@ -146,7 +146,7 @@ static bool bends_wrong (const Refused& refused)
            refused.item == Refused::Item::constraint_curvature;
 }
 
-std::optional<Failure> Attempts::prepare (Method method, double far)
+std::optional<Failure> Attempts::prepare (Method method, double far, bool scaled)
 {
     std::string why = "there is none";
     KLVrescode_t code = KLV_RES_ENGINE_MISSING;
@@ -158,6 +158,7 @@ std::optional<Failure> Attempts::prepare (Method method, double far)
             continue;
         engine_ = engine;
         method_ = method;
+        scaled_ = scaled && settings_->get (IntSetting::scaling) != KLV_SCALING_OFF;
         lower (far);
         if (!lowered_.form)
             return Failure{bends_wrong (lowered_.refused) ? KLV_RES_NOT_CONVEX : KLV_RES_TOO_LARGE,
@@ -201,7 +202,7 @@ int Attempts::threads (Method method) const
 void Attempts::start (const Attempt& attempt, const std::shared_ptr<const Start>& start,
                       const std::string& why)
 {
-    const Begun begun{attempt, start != nullptr, without_far_bounds_};
+    const Begun begun{attempt, start != nullptr, without_far_bounds_, scaled_};
     if (recall (begun))
         return;
     tell_ends ();

@@ -34,6 +34,7 @@ struct Begun {
     Attempt attempt;
     bool from_start = false;
     bool without_far_bounds = false;
+    bool scaled = true;
 
     bool operator== (const Begun&) const = default;
 };
@@ -72,8 +73,8 @@ public:
               std::vector<Past> past = {});
 
     // Finds an engine for the method and makes the engine's form of the problem; runs then use that form. Bounds from `far` on are
-    // left out, but answers are checked with them.
-    std::optional<Failure> prepare (Method method, double far = infinity);
+    // left out, but answers are checked with them. Quadratic and conic forms are scaled, unless told otherwise.
+    std::optional<Failure> prepare (Method method, double far = infinity, bool scaled = true);
 
     // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out. False: there are none.
     bool leave_out_far_bounds (double far = 1e15);
@@ -135,7 +136,7 @@ private:
     std::shared_ptr<Engine> engine_;
     Method method_ = Method::dual_simplex;    // for which the form was made
     Lowered lowered_;
-    bool without_far_bounds_ = false;
+    bool without_far_bounds_ = false, scaled_ = true;
     std::vector<Running> running_;
 
     Journal* journal_;

@@ -23,6 +23,7 @@ private:
     bool refused () const { return failure_ && failure_->refused.item != Refused::Item::none; }
     void attempt (const Attempt& attempt, const char* why);
     void go_through (Method method, double far, const char* why);
+    void go_through_unscaled ();
 
     Attempts& attempts_;
     std::optional<Tried> best_;
@@ -51,8 +52,16 @@ void ConvexPlan::go_through (Method method, double far, const char* why)
         attempts_.take_back_far_bounds ();
         attempt ({method}, why);
     }
-    if (!settled () && method == Method::conic)
-        attempt ({method, false}, why);
+}
+
+// What is as well as singular for one scaling is sometimes not for another.
+void ConvexPlan::go_through_unscaled ()
+{
+    if (settled () || !best_ || attempts_.prepare (Method::conic, far_for_conic, false))
+        return;
+    for (const bool reformulate : {true, false})
+        if (!settled ())
+            attempt ({Method::conic, reformulate}, "");
 }
 
 std::variant<Found, Failure> ConvexPlan::run ()
@@ -62,6 +71,7 @@ std::variant<Found, Failure> ConvexPlan::run ()
         go_through (Method::quadratic, far_for_quadratic, "quadratic objective, linear constraints");
     go_through (Method::conic, far_for_conic,
                 linear_constraints ? "quadratic objective, linear constraints" : "cones");
+    go_through_unscaled ();
     if (best_)
         return Found{.interior = std::move (best_)};
     return std::move (*failure_);

@@ -223,6 +223,7 @@ static void write (Writer& to, const Begun& begun)
     write (to, begun.attempt);
     to.put (begun.from_start);
     to.put (begun.without_far_bounds);
+    to.put (begun.scaled);
 }
 
 static Begun read_begun (Reader& from)
@@ -230,6 +231,7 @@ static Begun read_begun (Reader& from)
     Begun begun{.attempt = read_attempt (from)};
     begun.from_start = from.get_bool ();
     begun.without_far_bounds = from.get_bool ();
+    begun.scaled = from.get_bool ();
     return begun;
 }
 
