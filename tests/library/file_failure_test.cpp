@@ -64,7 +64,7 @@ TEST (MpsFailure, OpeningSaysWhy)
     std::filesystem::create_directory (folder / "folder.mps");
     files::save (folder / "endless.mps", "NAME\n*");
     std::filesystem::resize_file (folder / "endless.mps", 20'000'000);
-    constexpr const char* extension = "the extensions .mps, .qps, .lp and .json are known";
+    constexpr const char* extension = "the extensions .mps, .qps, .lp, .cbf, .dat-s and .json are known";
     constexpr KLVrescode_t open = KLV_RES_FILE_OPEN, format = KLV_RES_FILE_FORMAT_UNKNOWN;
     const struct {
         decltype (&KLV_readdata) operation;
