@@ -82,7 +82,8 @@ static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t
         std::vector<double>& all = (*solution).*member;
         all.resize (static_cast<std::size_t> (variables.length ()), 0.0);
         std::ranges::copy (given, all.begin () + variables.begin_of (j));
-        solution->problem_status = KLV_PRO_UNKNOWN;    // of the solution with these values nothing was measured
+        solution->problem_status =
+            KLV_PRO_UNKNOWN;    // of the solution with these values nothing was measured
         solution->solution_status = KLV_SOLSTA_UNKNOWN;
     });
 }

@@ -58,8 +58,7 @@ static void add_matrices (const Problem& problem, const SymmetricTerms& terms, N
 static void add_quadratic (const SymmetricTerms& terms, Numbers x, std::vector<Sum>& sums)
 {
     each_entry (terms, [&] (std::size_t k, double value) {
-        sums[item_of (terms, k)].add_product (value / 2, x[index (terms.row[k])],
-                                              x[index (terms.column[k])]);
+        sums[item_of (terms, k)].add_product (value / 2, x[index (terms.row[k])], x[index (terms.column[k])]);
     });
 }
 

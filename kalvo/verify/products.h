@@ -69,8 +69,8 @@ inline std::size_t place_of (const SemidefiniteVariables& matrices, const Symmet
 {
     const std::int32_t j = terms.variable[k], column = terms.column[k];
     const std::int64_t n = matrices.order[static_cast<std::size_t> (j)];
-    return static_cast<std::size_t> (matrices.begin_of (j) + column * n - std::int64_t{column} * (column + 1) / 2 +
-                                     terms.row[k]);
+    return static_cast<std::size_t> (matrices.begin_of (j) + column * n -
+                                     std::int64_t{column} * (column + 1) / 2 + terms.row[k]);
 }
 
 }

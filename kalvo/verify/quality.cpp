@@ -146,9 +146,10 @@ static void split_cones (const Problem& problem, double sign, std::span<const do
     snx.assign (exact.size (), 0);
     for (const std::int32_t member : problem.cone.member) {
         const std::size_t j = index (member);
-        double claim = claimed_snx.empty () ? reduced_cost.empty () ? 0 : reduced_cost[j]
-                                            : exact[j] - claimed_snx[j];
-        if (claim != 0 && std::isinf (sign * claim > 0 ? problem.variable.lower[j] : problem.variable.upper[j]))
+        double claim =
+            claimed_snx.empty () ? reduced_cost.empty () ? 0 : reduced_cost[j] : exact[j] - claimed_snx[j];
+        if (claim != 0 &&
+            std::isinf (sign * claim > 0 ? problem.variable.lower[j] : problem.variable.upper[j]))
             claim = 0;
         snx[j] = exact[j] - claim;
         if (!reduced_cost.empty ())
