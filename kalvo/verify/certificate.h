@@ -16,13 +16,20 @@ namespace klv {
 // tells how large a point may be in those variables (how far a direction may be followed in those constraints) before the proof
 // no longer reaches it.
 
-// From multipliers y of the rows: slx - sux = -A'y, and the sum of bound times multiplier over all bounds
-// that exist scaled to 1 (-1 for maximisation). Empty when nothing is proved.
-std::optional<Solution> certify_infeasible (const Problem& problem, std::span<const double> y);
+// Multipliers of constraints, of rows of affine conic constraints and of cones of variables (empty: all that bounds leave), and the
+// point at which quadratic constraints have their gradients.
+struct ClaimedRay {
+    std::span<const double> y, doty = {}, snx = {}, x = {};
+};
 
-// From a direction d of the variables that leaves no bound: c'd scaled to -1 (1 for maximisation). Empty when nothing is
-// proved.
-std::optional<Solution> certify_unbounded (const Problem& problem, std::span<const double> direction);
+// Multipliers scaled so that the dual objective without constant is 1 (-1 for maximisation). Empty when nothing is proved. The
+// problem's constraints must be convex.
+std::optional<Solution> certify_infeasible (const Problem& problem, const ClaimedRay& claimed);
+
+// From a direction d of the variables, and of semidefinite ones, that leaves no bound and no cone: the cost scaled to -1 (1 for
+// maximisation). Empty when nothing is proved.
+std::optional<Solution> certify_unbounded (const Problem& problem, std::span<const double> direction,
+                                           std::span<const double> barx = {});
 
 // A pair of bounds that is crossed by more than `tolerance`, if there is one, and the certificate of such a pair.
 struct CrossedBounds {

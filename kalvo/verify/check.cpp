@@ -193,8 +193,9 @@ Answer Check::check_integer (Point&& claimed) const
 
 Answer Check::check_infeasible (const Point& claimed) const
 {
-    Answer answer{.outcome = Outcome::infeasible,
-                  .solution = certify_infeasible (*problem_, claimed.dual_ray)};
+    Answer answer{
+        .outcome = Outcome::infeasible,
+        .solution = certify_infeasible (*problem_, {claimed.dual_ray, claimed.doty, claimed.snx, claimed.x})};
     answer.conclusive = answer.solution.has_value ();
     if (!integers_)
         return answer;
@@ -210,7 +211,7 @@ Answer Check::check_infeasible (const Point& claimed) const
 Answer Check::check_unbounded (const Point& claimed) const
 {
     Answer answer{.outcome = Outcome::unbounded,
-                  .solution = certify_unbounded (*problem_, claimed.primal_ray)};
+                  .solution = certify_unbounded (*problem_, claimed.primal_ray, claimed.barx)};
     answer.conclusive = answer.solution.has_value ();
     return answer;
 }
@@ -233,10 +234,16 @@ Answer Check::operator() (Point&& claimed) const
         return judged (std::move (claimed));
     Point kept = claimed;
     Answer answer = judged (std::move (claimed));
-    if (answer.conclusive && !integers_ && answer.outcome == Outcome::infeasible)
-        kept.dual_ray = answer.solution->y;    // a ray that needs no refinement any more
-    if (answer.conclusive && answer.outcome == Outcome::unbounded)
+    if (answer.conclusive && !integers_ &&
+        answer.outcome == Outcome::infeasible) {    // a ray that needs no refinement any more
+        kept.dual_ray = answer.solution->y;
+        kept.doty = answer.solution->doty;
+        kept.snx = answer.solution->snx;
+    }
+    if (answer.conclusive && answer.outcome == Outcome::unbounded) {
         kept.primal_ray = answer.solution->xx;
+        kept.barx = answer.solution->barx;
+    }
     answer.claim = std::move (kept);
     return answer;
 }

@@ -208,6 +208,11 @@ static double packed_distance (std::int32_t order, const Scaled& x, double off_d
     return eigenvalue_distance (order, std::move (lower));
 }
 
+static std::int32_t order_of (std::size_t size)
+{
+    return static_cast<std::int32_t> (std::lround ((std::sqrt (8 * static_cast<double> (size) + 1) - 1) / 2));
+}
+
 static double scaled_distance (const Shape& shape, const Scaled& x)
 {
     const bool is_dual =
@@ -239,12 +244,8 @@ static double scaled_distance (const Shape& shape, const Scaled& x)
         return power_distance (x, factors, is_dual,
                                [&] (std::size_t) { return 1 / static_cast<double> (factors); });
     }
-    case KLV_DOMAIN_SEMIDEFINITE_CONE: {
-        const double length = static_cast<double> (x.size ());
-        return packed_distance (
-            static_cast<std::int32_t> (std::lround ((std::sqrt (8 * length + 1) - 1) / 2)), x,
-            1 / std::numbers::sqrt2);
-    }
+    case KLV_DOMAIN_SEMIDEFINITE_CONE:
+        return packed_distance (order_of (x.size ()), x, 1 / std::numbers::sqrt2);
     default:
         return std::max (x.largest (), -x.smallest (x.size ()));
     }
@@ -272,6 +273,47 @@ double distance (const Shape& shape, double sign, std::span<const double> block)
 double matrix_distance (std::int32_t order, double sign, std::span<const double> triangle)
 {
     return by_scaling (sign, triangle, [&] (const Scaled& x) { return packed_distance (order, x, 1); });
+}
+
+static std::vector<double> leading_ones (std::size_t size, std::size_t ones)
+{
+    std::vector<double> direction (size);
+    std::fill_n (direction.begin (), ones, 1.0);
+    return direction;
+}
+
+std::vector<double> identity (std::size_t size)
+{
+    std::vector<double> direction (size);
+    std::size_t k = 0;
+    for (auto left = static_cast<std::size_t> (order_of (size)); left > 0; k += left--)
+        direction[k] = 1;
+    return direction;
+}
+
+std::vector<double> direction (const Shape& shape, std::size_t size)
+{
+    switch (shape.type) {
+    case KLV_DOMAIN_NONPOSITIVE:
+        return std::vector<double> (size, -1.0);
+    case KLV_DOMAIN_QUADRATIC_CONE:
+        return leading_ones (size, 1);
+    case KLV_DOMAIN_ROTATED_QUADRATIC_CONE:
+        return leading_ones (size, 2);
+    case KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE:
+    case KLV_DOMAIN_DUAL_EXPONENTIAL_CONE:
+        return {std::begin (exponential_direction), std::end (exponential_direction)};
+    case KLV_DOMAIN_PRIMAL_POWER_CONE:
+    case KLV_DOMAIN_DUAL_POWER_CONE:
+        return leading_ones (size, shape.exponents.size ());
+    case KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE:
+    case KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE:
+        return leading_ones (size, size - 1);
+    case KLV_DOMAIN_SEMIDEFINITE_CONE:
+        return identity (size);
+    default:
+        return leading_ones (size, size);
+    }
 }
 
 }

@@ -43,7 +43,11 @@ private:
 double distance (const Shape& shape, double sign, std::span<const double> block);
 constexpr double exponential_direction[] = {1.258967, 0.556409, -1.051383};
 
-// The same for a symmetric matrix, given as its packed lower triangle.
+// The direction for a block of this size (1 in free and zero domains), and that of a packed triangle.
+std::vector<double> direction (const Shape& shape, std::size_t size);
+std::vector<double> identity (std::size_t size);
+
+// The same as `distance` for a symmetric matrix, given as its packed lower triangle.
 double matrix_distance (std::int32_t order, double sign, std::span<const double> triangle);
 
 double largest_magnitude (std::span<const double> block);

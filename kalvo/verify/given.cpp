@@ -115,11 +115,13 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
 static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which)
 {
     bool has_multipliers = false, are_zero = true;
-    for (const Values* multipliers : {&given.y, &given.slc, &given.suc, &given.slx, &given.sux}) {
+    for (const Values* multipliers :
+         {&given.y, &given.slc, &given.suc, &given.slx, &given.sux, &given.doty, &given.snx, &given.bars}) {
         has_multipliers = has_multipliers || !multipliers->empty ();
         are_zero = are_zero && is_zero (*multipliers);
     }
-    return is_zero (given.xx) ? !are_zero : are_zero && (has_multipliers || which == KLV_SOL_INT);
+    return is_zero (given.xx) && is_zero (given.barx) ? !are_zero
+                                                      : are_zero && (has_multipliers || which == KLV_SOL_INT);
 }
 
 // The given certificate, verified. Verifying may scale values: unless they were given as a certificate, they count as one only
@@ -130,7 +132,7 @@ static std::optional<Solution> given_certificate (const GivenSolution& given, co
     if (!given.certificate && !looks_like_certificate (given, which))
         return std::nullopt;
     GivenSolution ray = given;
-    if (is_zero (ray.xx))
+    if (is_zero (ray.xx) && is_zero (ray.barx))
         ray.xx.clear ();
     std::optional<Solution> found = certify_again (problem, ray, tolerance);
     const auto differ = [] (const Values& values, const Values& verified) {
@@ -141,7 +143,9 @@ static std::optional<Solution> given_certificate (const GivenSolution& given, co
     };
     if (found && !given.certificate &&
         (differ (given.xx, found->xx) || differ (given.y, found->y) || differ (given.slc, found->slc) ||
-         differ (given.suc, found->suc) || differ (given.slx, found->slx) || differ (given.sux, found->sux)))
+         differ (given.suc, found->suc) || differ (given.slx, found->slx) || differ (given.sux, found->sux) ||
+         differ (given.doty, found->doty) || differ (given.snx, found->snx) ||
+         differ (given.barx, found->barx) || differ (given.bars, found->bars)))
         return std::nullopt;
     if (found && which == KLV_SOL_INT)
         for (Values* multipliers : {&found->y, &found->slc, &found->suc, &found->slx, &found->sux})
@@ -153,7 +157,8 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
                    const Parameters& parameters, KLVsoltype which)
 {
     Solution solution = checked_point (given, problem, parameters, which);
-    if (problem->is_linear () && solution.solution_status != KLV_SOLSTA_OPTIMAL)
+    // Multipliers of quadratic constraints prove something only where those are convex.
+    if (problem->quadratic_constraint.count () == 0 && solution.solution_status != KLV_SOLSTA_OPTIMAL)
         if (std::optional<Solution> certificate =
                 given_certificate (given, *problem, parameters.get (RealSetting::fixing_tolerance), which))
             solution = std::move (*certificate);

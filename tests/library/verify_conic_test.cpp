@@ -203,4 +203,261 @@ TEST (VerifyConic, ClosedFormOptimaAreProvedAndTheirPerturbationsNot)
         }
 }
 
+// ---- Certificates --------------------------------------------------------------------------------------------------------------
+
+struct Ray {
+    const char* what;
+    Problem problem;
+    Point point;
+    Values snx = {}, bars = {};    // of the certificate
+};
+
+Point multipliers (Values y, Values doty = {}, Values x = {}, Values snx = {})
+{
+    return {.outcome = Outcome::infeasible,
+            .x = std::move (x),
+            .dual_ray = std::move (y),
+            .doty = std::move (doty),
+            .snx = std::move (snx)};
+}
+
+Point way (Values x, Values barx = {})
+{
+    return {.outcome = Outcome::unbounded, .primal_ray = std::move (x), .barx = std::move (barx)};
+}
+
+// Each proof is true; with its first bound (for directions its domain, cone or matrix coefficient) changed it would be false.
+std::vector<Ray> rays ()
+{
+    std::vector<Ray> all;
+    const auto infeasible = [&] (const char* what, KLVdomaintype type, const char* text, Values y,
+                                 Values doty, std::span<const double> exponents = {}) {
+        all.push_back (
+            {what, within (text, {type, exponents}), multipliers (std::move (y), std::move (doty))});
+    };
+    const auto unbounded = [&] (const char* what, KLVdomaintype type, const char* text, Values x,
+                                std::span<const double> exponents = {}) {
+        all.push_back ({what, within (text, {type, exponents}), way (std::move (x))});
+    };
+    infeasible ("zero", KLV_DOMAIN_ZERO, "min 0; ..; 1 in =1", {1}, {-1});
+    infeasible ("nonnegative", KLV_DOMAIN_NONNEGATIVE, "min 0; ..; 1 in =-1", {-1}, {1});
+    infeasible ("nonpositive", KLV_DOMAIN_NONPOSITIVE, "min 0; ..; 1 in =1", {1}, {-1});
+    infeasible ("quadratic", KLV_DOMAIN_QUADRATIC_CONE,
+                "min 0 0 0; .. .. ..; 1 in =4; 0 1 in =3; 0 0 1 in =4", {-1, 0.6, 0.8}, {1, -0.6, -0.8});
+    infeasible ("rotated", KLV_DOMAIN_ROTATED_QUADRATIC_CONE,
+                "min 0 0 0; .. .. ..; 1 in =1; 0 1 in =1; 0 0 1 in =2", {-1, -1, root2}, {1, 1, -root2});
+    infeasible ("exponential", KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE,
+                "min 0 0 0; .. .. ..; 1 in =2; 0 1 in =1; 0 0 1 in =1", {-1, 0, e}, {1, 0, -e});
+    infeasible ("dual exponential", KLV_DOMAIN_DUAL_EXPONENTIAL_CONE,
+                "min 0 0 0; .. .. ..; 1 in =0.3; 0 1 in =0; 0 0 1 in =-1", {-1, -1 / e, -1 / e},
+                {1, 1 / e, 1 / e});
+    infeasible ("power", KLV_DOMAIN_PRIMAL_POWER_CONE, "min 0 0 0; .. .. ..; 1 in =8; 0 1 in =1; 0 0 1 in =3",
+                {-1.0 / 12, -4.0 / 3, 1}, {1.0 / 12, 4.0 / 3, -1}, power_of_3);
+    infeasible ("geometric mean", KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE,
+                "min 0 0 0; .. .. ..; 1 in =4; 0 1 in =1; 0 0 1 in =3", {-0.25, -1, 1}, {0.25, 1, -1});
+    infeasible ("dual geometric mean", KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE,
+                "min 0 0 0; .. .. ..; 1 in =0.4; 0 1 in =0.4; 0 0 1 in =1", {-1, -1, 1}, {1, 1, -1});
+    infeasible ("svec", KLV_DOMAIN_SEMIDEFINITE_CONE, "min 0 0 0; .. .. ..; 1 in =1; 0 1 in =2; 0 0 1 in =1",
+                {-1, root2, -1}, {1, -root2, 1});
+    infeasible ("noise of an interior ray, refined", KLV_DOMAIN_QUADRATIC_CONE,
+                "min 0 0; .. ..; 1 in =1; 0 1 in =3", {-1.1, 1 + 2e-10}, {1.1 + 1e-9, -1});
+    all.push_back ({"cone of variables",
+                    model::parse ("min 0 0; .. ..; 1 in =3; 0 1 in =4"),
+                    multipliers ({-1, 1}),
+                    {1, -1}});
+    put_cone (all.back ().problem, KLV_CONE_QUADRATIC, 0, {0, 1});
+    all.back ().problem.constraint.lower[0] = all.back ().problem.constraint.upper[0] = 3;
+    all.push_back (
+        {"cone and bounds", model::parse ("min 0 0; ..3 4.."), multipliers ({}, {}, {}, {1, -1}), {1, -1}});
+    put_cone (all.back ().problem, KLV_CONE_QUADRATIC, 0, {0, 1});
+    all.push_back ({"matrix", model::parse ("min; ; in =-1; in =2"), multipliers ({-1, 0}), {}, {1, 0, 0}});
+    all.back ().problem.semidefinite.append (std::array{2});
+    all.back ().problem.semidefinite.constraint = {
+        .item = {0, 1}, .variable = {0, 0}, .row = {0, 1}, .column = {0, 0}, .value = {1, 1}};
+    // x^2 <= -1, the gradient taken where it is 0; and x^2 - 2 x <= -2, where it is not 0 at x = 0.
+    all.push_back (
+        {"quadratic constraint", model::parse ("min 0; ..; -2 in ..-2"), multipliers ({-1}, {}, {1})});
+    all.back ().problem.quadratic_constraint = {
+        .item = {0}, .variable = {}, .row = {0}, .column = {0}, .value = {2}};
+
+    unbounded ("quadratic", KLV_DOMAIN_QUADRATIC_CONE, "min 0 -3 -4; .. .. ..", {5, 3, 4});
+    unbounded ("rotated", KLV_DOMAIN_ROTATED_QUADRATIC_CONE, "min 0 0 -1; .. .. ..; 1 -1 in =0",
+               {root2, root2, 2});
+    unbounded ("exponential", KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE, "min 0 0 -1; .. .. ..; 0 1 -1 in =0",
+               {e, 1, 1});
+    unbounded ("dual exponential", KLV_DOMAIN_DUAL_EXPONENTIAL_CONE, "min 0 0 1; .. .. ..; 0 1 in =0",
+               {1 / e, 0, -1});
+    unbounded ("power", KLV_DOMAIN_PRIMAL_POWER_CONE, "min 0 0 -1; .. .. ..; 1 -8 in =0", {8, 1, 2},
+               power_of_3);
+    unbounded ("dual power", KLV_DOMAIN_DUAL_POWER_CONE, "min 0 0 -1; .. .. ..", {0.5, 0.5, 1}, halves);
+    unbounded ("geometric mean", KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE, "min 0 0 -1; .. .. ..", {4, 1, 2});
+    unbounded ("svec", KLV_DOMAIN_SEMIDEFINITE_CONE, "min 0 -1 0; .. .. ..", {1, root2, 1});
+    all.push_back ({"quadratic objective", model::parse ("min -1 -1; .. .."), way ({1, 1})});
+    all.back ().problem.quadratic_objective = {
+        .item = {}, .variable = {}, .row = {0, 1, 1}, .column = {0, 0, 1}, .value = {1, -1, 1}};
+    all.push_back ({"cone of variables", model::parse ("min 0 -1; .. .."), way ({1, 1})});
+    put_cone (all.back ().problem, KLV_CONE_QUADRATIC, 0, {0, 1});
+    all.push_back ({"matrix", model::parse ("min;"), way ({}, {1, 1, 1})});
+    all.back ().problem.semidefinite.append (std::array{2});
+    all.back ().problem.semidefinite.objective = {
+        .item = {}, .variable = {0}, .row = {1}, .column = {0}, .value = {-1}};
+    return all;
+}
+
+TEST (VerifyConic, RaysAreProvedByTheirDefinition)
+{
+    for (const Ray& row : rays ())
+        for (const bool maximise : {false, true}) {
+            SCOPED_TRACE (row.what + std::string (maximise ? ", maximised" : "") +
+                          (row.point.outcome == Outcome::infeasible ? ", infeasible" : ", unbounded"));
+            const Problem problem = maximise ? mirrored (row.problem) : row.problem;
+            const double sign = maximise ? -1 : 1;
+            Point point = row.point;
+            const Answer answer = check (problem, point);
+            ASSERT_TRUE (answer.conclusive);
+            const klv::Solution& found = *answer.solution;
+            if (point.outcome == Outcome::infeasible) {
+                EXPECT_EQ (found.dual_objective, sign);
+                double share = 0;    // certificates are rays of value 1
+                for (std::size_t j = 0; j < row.snx.size (); ++j)
+                    share = std::max (share,
+                                      std::abs (found.snx[j] - sign * std::abs (found.snx[0]) * row.snx[j]));
+                for (std::size_t k = 0; k < row.bars.size (); ++k)
+                    share = std::max (share, std::abs (found.bars[k] - sign * row.bars[k]));
+                EXPECT_LE (share, 1e-15);
+            } else
+                EXPECT_EQ (found.primal_objective, -sign);
+            for (std::vector<double>* values : {&point.dual_ray, &point.primal_ray, &point.doty, &point.barx})
+                for (double& value : *values)
+                    for (const double wrong : {nan, inf}) {
+                        const double right = std::exchange (value, wrong);
+                        EXPECT_FALSE (check (problem, point).conclusive);
+                        value = right;
+                    }
+        }
+}
+
+// Feasible, or bounded, by little: what nearly is a ray proves nothing.
+TEST (VerifyConic, NearlyRaysAreRefused)
+{
+    const auto refused = [] (const char* what, const Problem& problem, const Point& point) {
+        EXPECT_FALSE (check (problem, point).conclusive) << what;
+    };
+    refused ("the bound is on the cone",
+             within ("min 0 0; .. ..; 1 in =3; 0 1 in =3", {KLV_DOMAIN_QUADRATIC_CONE}),
+             multipliers ({-1, 1 + 1e-9}, {1, -1 - 1e-9}));
+    refused ("a multiplier outside the dual cone pays",
+             within ("min 0 0; .. ..; 1 in =3; 0 1 in =2", {KLV_DOMAIN_QUADRATIC_CONE}),
+             multipliers ({-1, 2}, {1, -2}));
+    refused ("a small true entry at an absent bound",
+             within ("min 0 0; .. ..; 1 in =1", {KLV_DOMAIN_QUADRATIC_CONE}), multipliers ({-1}, {1, -1e-9}));
+    refused ("a direction that leaves the cone by little",
+             within ("min 1 0; .. ..", {KLV_DOMAIN_DUAL_POWER_CONE, halves}), way ({-1e-9, 1}));
+    refused ("without its doty", within ("min 0; ..; 1 in =-1", {KLV_DOMAIN_NONNEGATIVE}),
+             multipliers ({-1}));
+    Problem curved = model::parse ("min -1; ..");
+    curved.quadratic_objective = {.item = {}, .variable = {}, .row = {0}, .column = {0}, .value = {1e-9}};
+    refused ("a quadratic term stops it far away", curved, way ({1}));
+    curved = model::parse ("min 0; ..; -2 in ..-1");
+    curved.quadratic_constraint = {.item = {0}, .variable = {}, .row = {0}, .column = {0}, .value = {2}};
+    refused ("feasible in one point", curved, multipliers ({-1}, {}, {1}));
+    refused ("where the gradient is not 0", curved, multipliers ({-1}, {}, {0}));
+    refused ("without its point", curved, multipliers ({-1}));
+    Problem matrix = model::parse ("min; ; in =-1e-3");
+    matrix.semidefinite.append (std::array{2});
+    matrix.semidefinite.constraint = {
+        .item = {0, 0}, .variable = {0, 0}, .row = {0, 1}, .column = {0, 0}, .value = {1, 1e-9}};
+    refused ("an entry without diagonal terms", matrix, multipliers ({-1}));
+    matrix = model::parse ("min;");
+    matrix.semidefinite.append (std::array{2});
+    matrix.semidefinite.objective = {
+        .item = {}, .variable = {0, 0, 0}, .row = {0, 1, 1}, .column = {0, 0, 1}, .value = {1, -1, 1}};
+    refused ("not semidefinite", matrix, way ({}, {1, 1 + 1e-9, 1}));
+}
+
+// ---- Distances -----------------------------------------------------------------------------------------------------------------
+
+// Membership by definition, in long double.
+bool is_member (const Shape& shape, const std::vector<long double>& x)
+{
+    const auto norm = [&] (std::size_t first) {
+        long double squares = 0;
+        for (std::size_t i = first; i < x.size (); ++i)
+            squares += x[i] * x[i];
+        return std::sqrt (squares);
+    };
+    const auto product = [&] (std::size_t factors, auto exponent, bool dual) {
+        long double log = 0;
+        for (std::size_t i = 0; i < factors; ++i) {
+            if (x[i] < 0)
+                return false;
+            log += exponent (i) * std::log (x[i] / (dual ? exponent (i) : 1));
+        }
+        return norm (factors) == 0 || log >= std::log (norm (factors));
+    };
+    const bool dual =
+        shape.type == KLV_DOMAIN_DUAL_POWER_CONE || shape.type == KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE;
+    switch (shape.type) {
+    case KLV_DOMAIN_QUADRATIC_CONE:
+        return x[0] >= norm (1);
+    case KLV_DOMAIN_ROTATED_QUADRATIC_CONE:
+        return x[0] >= 0 && x[1] >= 0 && 2 * x[0] * x[1] >= norm (2) * norm (2);
+    case KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE:
+        return x[1] > 0 ? x[0] >= x[1] * std::exp (x[2] / x[1]) : x[1] == 0 && x[0] >= 0 && x[2] <= 0;
+    case KLV_DOMAIN_DUAL_EXPONENTIAL_CONE:
+        return x[2] < 0 ? x[0] >= -x[2] * std::exp (x[1] / x[2] - 1) : x[2] == 0 && x[0] >= 0 && x[1] >= 0;
+    case KLV_DOMAIN_SEMIDEFINITE_CONE:
+        return x[0] >= 0 && x[2] >= 0 && 2 * x[0] * x[2] >= x[1] * x[1];
+    case KLV_DOMAIN_PRIMAL_POWER_CONE:
+    case KLV_DOMAIN_DUAL_POWER_CONE:
+        return product (2, [&] (std::size_t i) { return shape.exponents[i] / 3.0L; }, dual);
+    default:
+        return product (
+            x.size () - 1, [&] (std::size_t) { return 1.0L / static_cast<long double> (x.size () - 1); },
+            dual);
+    }
+}
+
+TEST (VerifyConic, DistancesAreTheSmallestMovesIntoTheCone)
+{
+    std::mt19937 random (5);
+    std::normal_distribution<double> normal;
+    std::uniform_int_distribution<int> pick (0, 9);
+    for (int type = KLV_DOMAIN_QUADRATIC_CONE; type < KLV_DOMAIN_COUNT; ++type)
+        for (int round = 0; round < 2000; ++round) {
+            const Shape shape{static_cast<KLVdomaintype> (type), power_of_3};
+            Values x (3);
+            const double scales[] = {0, 1e-300, 1e-12, 1e-3, 1, 1, 1, 1e3, 1e12, 1e300};
+            const double common = scales[static_cast<std::size_t> (pick (random))];
+            for (double& value : x)
+                value = normal (random) *
+                        (round % 2 != 0 ? common : scales[static_cast<std::size_t> (pick (random))]);
+            const double t = klv::distance (shape, 1, x), size = klv::largest_magnitude (x),
+                         margin = 1e-13 * size;
+            const Values towards = klv::direction (shape, 3);
+            const auto moved = [&] (double by) {
+                std::vector<long double> y (3);
+                for (std::size_t i = 0; i < 3; ++i)
+                    y[i] = x[i] + static_cast<long double> (by) * towards[i];
+                return is_member (shape, y);
+            };
+            if (type == KLV_DOMAIN_SEMIDEFINITE_CONE && t == 0) {
+                EXPECT_TRUE (moved (margin));
+                continue;
+            }
+            EXPECT_TRUE (size == 0 || (moved (t + margin) && !moved (t - margin)))
+                << type << ": " << x[0] << ' ' << x[1] << ' ' << x[2] << " by " << t;
+            EXPECT_EQ (klv::distance (shape, -1, Values{-x[0], -x[1], -x[2]}), t);
+        }
+    for (int type = KLV_DOMAIN_ZERO; type < KLV_DOMAIN_COUNT; ++type)
+        for (const double wrong : {nan, inf, -inf})
+            for (std::size_t i = 0; i < 3; ++i) {
+                Values x{3, 1, 0};
+                x[i] = wrong;
+                EXPECT_EQ (klv::distance ({static_cast<KLVdomaintype> (type), power_of_3}, 1, x), inf);
+            }
+    EXPECT_NEAR (klv::matrix_distance (3, 1, Values{1, 2, 0, 1, 0, 5}), 1, 1e-15);
+    EXPECT_EQ (klv::matrix_distance (0, 1, {}), 0);
+}
+
 }
