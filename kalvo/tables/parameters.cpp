@@ -62,7 +62,8 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      "Whether a problem is made smaller before it is solved; AUTOMATIC leaves tiny problems as they are."},
     {3, "KLV_IPAR_SCALING", KLV_SCALING_AUTOMATIC, KLV_SCALING_OFF, KLV_SCALING_MAXIMUM_VALUE, Group::scaling,
      IntSetting::scaling,
-     "How the simplex methods scale rows and columns; OFF also leaves quadratic and conic forms as they are."},
+     "How the simplex methods scale rows and columns; OFF also leaves quadratic and conic forms as they "
+     "are."},
     {4, "KLV_IPAR_SIMPLEX_PRICING", KLV_PRICING_AUTOMATIC, KLV_PRICING_AUTOMATIC, KLV_PRICING_STEEPEST_EDGE,
      Group::pricing, IntSetting::simplex_pricing, "How the simplex methods choose the next pivot."},
     {5, "KLV_IPAR_SIMPLEX_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::simplex_iteration_limit,
