@@ -10,16 +10,18 @@ foreach (file IN LISTS toolbox_files)
     list (APPEND toolbox_copies "${KALVO_TOOLBOX_DIR}/${file}")
 endforeach ()
 
-# The engines' own licence files come from their packages, the long text of one licence from Debian.
+# The engines' own licence files come from their packages, the long texts of licences from Debian.
 set (notices "${KALVO_TOOLBOX_DIR}/NOTICES")
 set (notices_parts
     "${toolbox_source}/NOTICES"
     "${CMAKE_SOURCE_DIR}/LICENSE"
     "${highs_dist}/share/doc/HIGHS/LICENSE.txt"
     "${KALVO_HIGHS_DIR}/highspy_extras-1.15.1.dist-info/licenses/THIRD_PARTY_NOTICES.md"
+    "${piqp_folder}/LICENSE"
     "${clarabel_notices}"
     "${CMAKE_SOURCE_DIR}/cmake/licences.txt"
-    /usr/share/common-licenses/Apache-2.0)
+    /usr/share/common-licenses/Apache-2.0
+    /usr/share/common-licenses/MPL-2.0)
 add_custom_command (OUTPUT "${notices}"
     COMMAND ${CMAKE_COMMAND} -E cat ${notices_parts} > "${notices}"
     DEPENDS ${notices_parts} VERBATIM)

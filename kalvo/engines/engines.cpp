@@ -1,12 +1,14 @@
 #include "kalvo/engines/clarabel/clarabel.h"
 #include "kalvo/engines/engine.h"
 #include "kalvo/engines/highs/highs.h"
+#include "kalvo/engines/piqp/piqp.h"
 
 namespace klv {
 
 std::vector<std::shared_ptr<Engine>>& engines ()
 {
-    static std::vector<std::shared_ptr<Engine>> list{highs::make_engine (), clarabel::make_engine ()};
+    static std::vector<std::shared_ptr<Engine>> list{highs::make_engine (), piqp::make_engine (),
+                                                     clarabel::make_engine ()};
     return list;
 }
 
