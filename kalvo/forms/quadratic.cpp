@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <span>
+#include <tuple>
 #include <utility>
 
 namespace klv {
@@ -93,6 +95,22 @@ static RowPlaces place_rows (const Problem& problem, double infinite_bound, Quad
     return rows;
 }
 
+// Ends a column, with its rows in order.
+static void end_column (SparseColumns& matrix)
+{
+    const auto begin = matrix.starts.back ();
+    const auto rows = std::span (matrix.rows).subspan (index (begin));
+    if (!std::ranges::is_sorted (rows)) {
+        std::vector<std::pair<std::int32_t, double>> entries;
+        for (std::size_t k = index (begin); k < matrix.rows.size (); ++k)
+            entries.emplace_back (matrix.rows[k], matrix.values[k]);
+        std::ranges::sort (entries);
+        for (std::size_t k = 0; k < entries.size (); ++k)
+            std::tie (matrix.rows[index (begin) + k], matrix.values[index (begin) + k]) = entries[k];
+    }
+    matrix.starts.push_back (static_cast<std::int32_t> (matrix.rows.size ()));
+}
+
 // Splits the matrix into equations and ranges; what fixed variables add moves to the bounds.
 static void fill_matrices (const Problem& problem, const FixedVariables& fixed, const RowPlaces& rows,
                            QuadraticForm& form)
@@ -122,7 +140,7 @@ static void fill_matrices (const Problem& problem, const FixedVariables& fixed, 
         }
         if (!fixed.is_fixed (index (j)))
             for (SparseColumns* matrix : {&form.equality, &form.range})
-                matrix->starts.push_back (static_cast<std::int32_t> (matrix->rows.size ()));
+                end_column (*matrix);
     }
 }
 
