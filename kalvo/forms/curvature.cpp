@@ -1,10 +1,14 @@
 #include "kalvo/forms/curvature.h"
 
+#include "kalvo/model/text.h"
 #include "kalvo/sparse/ldl.h"
+#include "kalvo/task/memory.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <span>
+#include <stdexcept>
 
 namespace klv {
 
@@ -49,6 +53,19 @@ LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
             upper.values[to] = factor * terms.value[k];
         }
     return local;
+}
+
+// Half of what is free, as for engines.
+static Ldl make_ldl (const SparseColumns& upper)
+{
+    constexpr double megabytes_of_entry = 12e-6;
+    Ldl ldl (upper);
+    const double needed = megabytes_of_entry * static_cast<double> (ldl.factor_entries ());
+    if (const double free = free_megabytes (); needed > free / 2)
+        throw std::length_error (text ("the factorisation of the quadratic terms needs about ",
+                                       static_cast<std::int64_t> (needed), " MB, more than half of the ",
+                                       static_cast<std::int64_t> (free), " MB that are free"));
+    return ldl;
 }
 
 static std::vector<double> diagonal (const SparseColumns& upper)
@@ -143,7 +160,7 @@ std::optional<NegativeCurvature> find_negative_curvature (const LocalMatrix& mat
     const SparseColumns scaled = with_unit_diagonal (matrix.upper, diagonal, shift);
     if (is_diagonally_dominant (scaled))
         return std::nullopt;
-    Ldl ldl (scaled);
+    Ldl ldl = make_ldl (scaled);
     ldl.factor (scaled.values);
     const auto pivots = ldl.pivots ();
     for (std::size_t k = 0; k < pivots.size (); ++k)
@@ -157,7 +174,7 @@ SparseColumns factor_semidefinite (const LocalMatrix& matrix)
     constexpr double zero = 1e-14;    // of a pivot, beside the unit diagonal
     const std::vector<double> diagonal = klv::diagonal (matrix.upper);
     const SparseColumns scaled = with_unit_diagonal (matrix.upper, diagonal, 0);
-    Ldl ldl (scaled);
+    Ldl ldl = make_ldl (scaled);
     ldl.factor (scaled.values, zero);
     SparseColumns factor;
     factor.rows.reserve (diagonal.size () + index (static_cast<std::int32_t> (ldl.factor_entries ())));

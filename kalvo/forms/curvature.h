@@ -24,6 +24,8 @@ struct NegativeCurvature {
     double curvature;
 };
 
+// Both of the following throw std::length_error, which says why, where the machine has not the memory for a factorisation.
+
 // Scaled to a unit diagonal, the matrix plus 1e-10 times the identity of a convex function has positive pivots only; a zero on the
 // diagonal has a zero row.
 std::optional<NegativeCurvature> find_negative_curvature (const LocalMatrix& matrix);

@@ -46,6 +46,21 @@ static std::string residuals (const Solution& solution, std::size_t slot)
                       found.primal, found.dual, found.gap, found.complementarity);
 }
 
+// Of the violations above, those of cones and matrices.
+static std::string conic_residuals (const Problem& problem, const Violations& found)
+{
+    std::string words;
+    const auto add = [&] (bool any, const char* items, double primal, double dual) {
+        if (any)
+            words += text (words.empty () ? "  of them, of " : "; of ", items,
+                           formatted (": primal %.1e, dual %.1e", primal, dual));
+    };
+    add (problem.affine_constraint.count () + problem.cone.count () > 0, "cones", found.primal_cone,
+         found.dual_cone);
+    add (problem.semidefinite.count () > 0, "matrices", found.primal_matrix, found.dual_matrix);
+    return words;
+}
+
 static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const Solution& solution)
 {
     const auto say = [&] (std::string_view line) { task.streams.print_on (stream, line); };
@@ -72,6 +87,9 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
         say (formatted ("  primal objective %.10e, dual objective %.10e", solution.primal_objective,
                         solution.dual_objective));
     say (residuals (solution, slot));
+    if (const std::string words = conic_residuals (task.problem (), solution.violations);
+        slot == KLV_SOL_ITR && !words.empty ())
+        say (words);
 }
 
 KLVrescode_t solution_summary (Task& task, std::int32_t stream)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -159,7 +160,13 @@ std::optional<Failure> Attempts::prepare (Method method, double far, bool scaled
         engine_ = engine;
         method_ = method;
         scaled_ = scaled && settings_->get (IntSetting::scaling) != KLV_SCALING_OFF;
-        lower (far);
+        try {
+            lower (far);
+        } catch (const std::length_error& error) {
+            why = error.what ();
+            code = KLV_RES_TOO_LARGE;
+            continue;
+        }
         if (!lowered_.form)
             return Failure{bends_wrong (lowered_.refused) ? KLV_RES_NOT_CONVEX : KLV_RES_TOO_LARGE,
                            {},

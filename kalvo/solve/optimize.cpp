@@ -149,6 +149,10 @@ void Optimization::fill (Answer&& answer, const std::vector<KLVsoltype>& slots, 
     information.set (RealItem::dual_violation_absolute, found.dual_absolute);
     information.set (RealItem::relative_gap, found.gap);
     information.set (RealItem::complementarity_violation, found.complementarity);
+    information.set (RealItem::cone_violation, found.primal_cone);
+    information.set (RealItem::matrix_violation, found.primal_matrix);
+    information.set (RealItem::dual_cone_violation, found.dual_cone);
+    information.set (RealItem::dual_matrix_violation, found.dual_matrix);
     information.set (IntItem::optimizer_used, source);
     for (std::size_t k = 1; k < slots.size (); ++k)
         task_.solutions[slots[k]] = solution;

@@ -49,6 +49,10 @@ enum class RealItem {
     basic_dual_violation,
     basic_complementarity_violation,
     worker_memory,
+    cone_violation,
+    matrix_violation,
+    dual_cone_violation,
+    dual_matrix_violation,
     count
 };
 

@@ -137,7 +137,9 @@ static std::optional<Solution> given_certificate (const GivenSolution& given, co
     std::optional<Solution> found = certify_again (problem, ray, tolerance);
     const auto differ = [] (const Values& values, const Values& verified) {
         constexpr double rounding = 1e-9;
-        return !values.empty () && !std::ranges::equal (values, verified, [] (double a, double b) {
+        if (values.empty () || (verified.empty () && is_zero (values)))
+            return false;
+        return !std::ranges::equal (values, verified, [] (double a, double b) {
             return std::abs (a - b) <= rounding * std::abs (b);
         });
     };

@@ -196,7 +196,7 @@ TEST_F (ConicInput, FaultsAreNamed)
 }
 
 // The classes can't be solved yet, which the code and the message say; what was given stays.
-TEST_F (ConicInput, IsNotSolvedYetButKeepsItsSolution)
+TEST_F (ConicInput, KeepsItsSolutionAndIsNotSolvedWithIntegers)
 {
     const std::pair<const char*, const char*> kept[] = {
         {"cones={(type=0, sub=[1 2])}, bardim=2, sol=(itr=(xx=[1 2 3], skn=['SU'], snx=[1 2 3], barx=[1 2 "
@@ -215,10 +215,12 @@ TEST_F (ConicInput, IsNotSolvedYetButKeepsItsSolution)
           {"f=sparse 1x3, accs=[0 1]", "affine conic constraints"},
           {"cones={(type=6, sub=1)}", "cones"},
           {"bardim=1", "semidefinite variables"}}) {
-        const Call result = ask ("minimize echo(0)", {with (part)});
-        EXPECT_EQ (code_of (result), KLV_RES_NOT_AVAILABLE);
+        const std::string searched = std::string (part) + ", ints=(sub=1)";
+        const Call result = ask ("minimize echo(0)", {with (searched.c_str ())});
+        EXPECT_EQ (code_of (result), KLV_RES_NOT_AVAILABLE) << searched;
         EXPECT_EQ (result[1]["rmsg"].text (),
-                   std::string ("This version can't optimise a problem with ") + named + ".");
+                   std::string ("This version can't optimise a problem with integer variables and ") + named +
+                       "; KLV_IPAR_RELAX_INTEGERS takes them as continuous.");
     }
     EXPECT_EQ (code_of (ask ("minimize echo(0)", {with ("f=sparse 1x3, accs=[], blx=[0 0 0]")})), 0)
         << "expressions alone are no constraint";
