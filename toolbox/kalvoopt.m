@@ -1,4 +1,4 @@
-% KALVOOPT  Solve linear and mixed-integer optimisation problems.
+% KALVOOPT  Solve linear, quadratic, conic, semidefinite and mixed-integer linear optimisation problems.
 %
 %   [r, res] = kalvoopt (cmd, prob, param, callback, optserver)
 %
@@ -13,6 +13,8 @@
 %                               blx <=  x  <= bux        n variables
 %                               x(j) a whole number      for j in ints.sub
 %
+%       Convex problems have quadratic terms, cones and semidefinite matrices, too: see below.
+%
 %   EXAMPLE
 %
 %       prob.a   = sparse ([1 2; 3 1]);
@@ -24,7 +26,8 @@
 %       res.sol.bas.y               % its duals: what a constraint's bound is worth
 %
 %   More in the folder examples beside this file: small_lp, small_integer, problem_file, second_solve,
-%   progress_function, log_function, parameters, infeasible, replay.
+%   progress_function, log_function, parameters, infeasible, replay; portfolio, least_squares, logistic_regression,
+%   geometric_programme, max_cut, matrix_completion, truss; and coming_from, for users of other solvers.
 %
 %   COMMAND (cmd): words separated by blanks, in any order
 %
@@ -68,8 +71,8 @@
 %
 %   QUADRATIC, CONIC AND SEMIDEFINITE TERMS
 %
-%       These are stated and returned, written to and read from JSON files. They are not solved in this version: minimize
-%       and maximize give 3013 and name the class.
+%       Convex problems are solved by interior-point methods; the answer is in res.sol.itr. Quadratic terms that are not convex
+%       are refused with 3206, and integer variables together with any of these with 3013.
 %
 %       minimise or maximise    c'*x + x'*Q*x/2 + sum <Cj, Xj> + cfix
 %       subject to              blc(i) <= a(i,:)*x + x'*Qi*x/2 + sum <Aij, Xj> <= buc(i)
@@ -101,9 +104,36 @@
 %                 j = subj(t), is val(t); given in the lower triangle only. barc: the matrices Cj of the objective. bara and
 %                 barf also have subi: the constraint, or the row of f
 %
-%       names may also have cone, acc and barvar. In sol.itr, skn has a key for each cone, snx a value for each variable, doty
-%       one for each row of the affine conic constraints, barx and bars the lower triangles of all Xj by columns, not scaled.
-%       res.prob has accs in place of a vector cones, and only rows of f that are in a domain.
+%       names may also have cone, acc and barvar. res.prob has accs in place of a vector cones, and only rows of f that are in a
+%       domain.
+%
+%       Q is positive semidefinite when minimising, negative when maximising; Qi is positive semidefinite where only buc(i) exists,
+%       negative where only blc(i) does. In sol.itr, xc and pobjval have all terms; doty has a dual for each row of f that is in
+%       a domain, snx one for each variable, skn a key for each cone of variables (BA inside, UP on its surface, SU at its apex);
+%       barx and bars are the lower triangles of all Xj and of their duals by columns, not scaled:
+%
+%          c + Q*x - sum y(i)*(a(i,:)' + Qi*x) - f'*doty = slx - sux + snx,    Cj - sum y(i)*Aij - sum doty(k)*Fkj = barsj
+%          dobjval = cfix + blc'*slc - buc'*suc + blx'*slx - bux'*sux - g'*doty - x'*Q*x/2 + sum y(i)*x'*Qi*x/2
+%
+%       Minimising, doty and snx are in the dual cones and all barsj positive semidefinite; maximising, their negatives are.
+%       A certificate of infeasibility has the same without c, Q, Cj and cfix, and dobjval 1 (-1); its xx is 0, or the point in the
+%       terms of Qi. A direction xx, barx of an unbounded problem stays in all cones, and Q*xx and Qi*xx are 0.
+%
+%       prob = struct ('a', sparse (0, 2), 'c', [-3 0]);                    % x1^2 + x1*x2 + x2^2 - 3*x1
+%       [prob.qosubi, prob.qosubj, prob.qoval] = find (tril ([2 1; 1 2]));
+%       [r, res] = kalvoopt ('minimize', prob);                             % res.sol.itr.xx: 2, -1
+%
+%       prob = struct ('a', sparse ([1 1 0]), 'c', [0 0 1], 'blc', 4);      % x1 + x2 >= 4, x3 >= norm ([x1 x2])
+%       prob.f = sparse ([0 0 1; 1 0 0; 0 1 0]);
+%       prob.accs = [4 3];
+%       [r, res] = kalvoopt ('minimize', prob);                             % res.sol.itr.xx: 2, 2, 2.828427
+%
+%       prob = struct ('a', sparse (1, 0), 'blc', 1, 'bardim', 2);          % X11 + X22, 2*X21 >= 1
+%       prob.barc = struct ('subj', [1 1], 'subk', [1 2], 'subl', [1 2], 'val', [1 1]);
+%       prob.bara = struct ('subi', 1, 'subj', 1, 'subk', 2, 'subl', 1, 'val', 1);
+%       [r, res] = kalvoopt ('minimize', prob);                             % res.sol.itr.barx: 0.5, 0.5, 0.5
+%
+%       docs/conic.md has an example of each class.
 %
 %       prisen and duasen are refused unless they are empty. Other fields are ignored.
 %
@@ -112,7 +142,8 @@
 %       rcode, rcodestr, rmsg   the response code (as r), its name, and the last message of the solver
 %       sol                     a structure with the solutions there are:
 %                                 bas  a basic solution (simplex)
-%                                 itr  an interior solution (interior point; the same as bas where simplex was first)
+%                                 itr  an interior solution (interior point; the same as bas where simplex was first);
+%                                      the only one of a quadratic, conic or semidefinite problem
 %                                 int  the solution of a problem with whole numbers
 %       prob, param, info, version, symbcon    as asked for; prob and param are accepted as inputs as they are
 %
@@ -124,11 +155,11 @@
 %                 FEASIBLE (primal and dual), PRIMAL_FEASIBLE, DUAL_FEASIBLE, PRIMAL_INFEASIBLE, DUAL_INFEASIBLE (unbounded,
 %                 if it is feasible), BOTH_INFEASIBLE, INFEASIBLE_BY_SEARCH (an integer search found no point; not
 %                 certified), UNKNOWN
-%       xx, xc    variables (n x 1) and constraint activities a*x (m x 1)
+%       xx, xc    variables (n x 1) and constraint activities (m x 1)
 %       skx, skc  a key for each, two characters a row:
 %                 UN unknown, BA basic, SU superbasic (between its bounds, not basic), LO at its lower bound, UP at its
 %                 upper bound, FI fixed, IN infeasible
-%       pobjval   c'*xx + cfix; for a direction c'*xx alone
+%       pobjval   the objective; for a direction without cfix
 %       and but for int
 %       y         duals of the constraints (m x 1): the change of the optimum for one more unit of the bound
 %       slc, suc, slx, sux   duals by bound: y = slc - suc, c - a'*y = slx - sux; minimising, all are >= 0; maximising,
@@ -146,6 +177,8 @@
 %       20001 to 20006   ended by the limit on time, iterations, nodes, solutions, objective; by numerical trouble
 %       100007    stopped by Ctrl-C or by the progress function
 %       1051      out of memory         1200, 1201   an input is wrong; the message names it
+%       3013      this version cannot do it; the message says what
+%       3206      quadratic terms that are not convex; the message names the objective or the constraint
 %       3205      the program kalvo-worker is missing or does not fit: copy the whole folder, or set KLV_IPAR_WORKER to 0
 %       others    failures of the solver; res.rcodestr names them, res.rmsg says more
 %       From 9999 on the run counts as finished: res.sol holds what was found, with the status that it deserves.
@@ -154,7 +187,8 @@
 %
 %       name                              default                  meaning
 %       KLV_IPAR_OPTIMIZER                KLV_OPTIMIZER_AUTOMATIC  or _DUAL_SIMPLEX, _PRIMAL_SIMPLEX, _INTERIOR_POINT,
-%                                                                  _CONIC, _MIXED_INTEGER
+%                                                                  _CONIC, _MIXED_INTEGER; of linear problems: quadratic,
+%                                                                  conic and semidefinite ones get interior point
 %       KLV_IPAR_INTPNT_BASIS             KLV_ON                   an interior solution is also turned into a basic one
 %       KLV_IPAR_RELAX_INTEGERS           KLV_OFF                  KLV_ON: variables need not be whole numbers
 %       KLV_DPAR_TIME_LIMIT               -1                       seconds; -1: none
@@ -167,6 +201,7 @@
 %       KLV_DPAR_PRIMAL_TOLERANCE         1e-06                    relative violation of constraints and bounds
 %       KLV_DPAR_DUAL_TOLERANCE           1e-06                    relative violation by the duals
 %       KLV_DPAR_GAP_TOLERANCE            1e-06                    relative difference of pobjval and dobjval
+%       KLV_DPAR_INTPNT_TOLERANCE         0                        gap at which interior point ends; 0: KLV_DPAR_GAP_TOLERANCE / 100
 %       KLV_DPAR_INTEGER_TOLERANCE        1e-06                    distance from a whole number
 %       KLV_DPAR_MIP_ABSOLUTE_GAP         1e-06                    the integer search ends when best value and bound
 %       KLV_DPAR_MIP_RELATIVE_GAP         0.0001                   are that close

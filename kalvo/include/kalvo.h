@@ -652,8 +652,9 @@ KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
 /* Solves the problem. Infeasible and unbounded are answers, not failures: the code is 0. Limits and stops
  * give their termination code. With KLV_IPAR_WARM_START the task's solutions are the start: a basis, else a
  * point for the simplex methods, known values of the integer solution for the integer search. A bad start
- * costs time, never the answer. Afterwards the task holds the new solutions only. A problem with quadratic terms,
- * affine conic constraints, cones or semidefinite variables gives KLV_RES_NOT_AVAILABLE in this version. */
+ * costs time, never the answer. Afterwards the task holds the new solutions only. Quadratic terms that
+ * are not convex give KLV_RES_NOT_CONVEX; integer variables together with quadratic terms, affine conic constraints,
+ * cones or semidefinite variables KLV_RES_NOT_AVAILABLE in this version. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
 // Brings the problem into conic form, which a problem without quadratic terms already has; one with them gives

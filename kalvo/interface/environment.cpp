@@ -22,7 +22,7 @@ KLVrescode_t KLV_echointro (KLVenv_t env, int32_t longver)
 {
     return enter_environment (env, [&] {
         environment::print (text ("Kalvo ", environment::version (),
-                                  ", solver library for linear and mixed-integer optimisation"));
+                                  ", solver library for linear, convex and mixed-integer optimisation"));
         if (longver > 0)
             for (const std::shared_ptr<Engine>& engine : engines ())
                 environment::print (text ("  engine ", std::string_view (engine->name ())));

@@ -54,7 +54,9 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
 static constexpr auto live_ints = std::to_array<IntParameter> ({
     {0, "KLV_IPAR_OPTIMIZER", KLV_OPTIMIZER_AUTOMATIC, KLV_OPTIMIZER_PRIMAL_SIMPLEX,
      KLV_OPTIMIZER_MIXED_INTEGER, Group::optimizer, IntSetting::optimizer,
-     "The optimiser of problems without integer variables; the others get the integer search."},
+     "The optimiser of linear problems without integer variables; those with get the integer search, "
+     "quadratic, "
+     "conic and semidefinite ones the interior-point methods."},
     {1, "KLV_IPAR_INTPNT_BASIS", KLV_ON, KLV_OFF, KLV_ON, Group::on_off, IntSetting::interior_point_basis,
      "Whether the interior-point method also leaves a basic solution."},
     {2, "KLV_IPAR_PRESOLVE", KLV_PRESOLVE_AUTOMATIC, KLV_PRESOLVE_OFF, KLV_PRESOLVE_AUTOMATIC,

@@ -27,3 +27,13 @@ evalc (example);
 assert (r, 0);
 assert (res.sol.bas.xx, [0.4; 1.8], 1e-12);
 assert (! isempty (strfind (example, "0.4, 1.8")));
+
+% Those of quadratic, conic and semidefinite problems, with the values in their comments.
+section = regexp (text, '\n *QUADRATIC, CONIC AND SEMIDEFINITE TERMS\n(.*?)\n *docs/conic.md', "tokens", "once"){1};
+examples = regexp (section, '( *prob = struct.*?)% (res\.sol\.itr\.\w+): ([^\n]*)', "tokens");
+assert (numel (examples), 3);
+for i = 1:numel (examples)
+    evalc (examples{i}{1});
+    assert (r, 0);
+    assert (eval (examples{i}{2}), str2num (examples{i}{3})', 1e-4);
+end
