@@ -56,6 +56,8 @@ TEST_F (InitialSolution, OfAnAnswerIsThatAnswer)
           "a=[1 2; 2 1], c=[1 2], blc=[3 3], blx=[0 0], bux=[0.5 0.7]", "a=[1 1], c=[1 1], blc=[2], buc=[1]",
           "a=[1 1], blx=[0 3], bux=[1 2]", "a=[1 -1], c=[-1 0], blc=[0]",
           "a=[1 -1], c=[-3 0], blc=[1], blx=[1 1], ints=(sub=1)",
+          "a=0x3, c=[1 0 0], blx=[-inf 3 4], bux=[4 3 4], f=sparse [1 0 0; 0 1 0; 0 0 1], accs=[4 3]",
+          "a=0x3, c=[0 1 0], cones=(type=0, sub=[1 2 3], subptr=1)",
           "a=[2 2], c=[1 1], blc=[3], blx=[0 0], ints=(sub=[1 2])"}) {
         SCOPED_TRACE (problem);
         const Call first = ask ("minimize statuskeys(1) echo(0)", {"(" + problem + ")"});
