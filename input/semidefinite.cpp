@@ -22,12 +22,11 @@ struct TermList {
     KLVrescode_t fail () const { return refuse (KLV_RES_ARGUMENT, "%s", path); }
 };
 
-// An empty list is an absent one.
 bool is_good (const TermList& list)
 {
-    if (!is_given (list.record))
+    if (!list.record)
         return true;
-    if (!mxIsStruct (list.record))
+    if (!is_given (list.record) || !mxIsStruct (list.record))
         return false;
     for (std::size_t which = list.first; which < field_count; ++which) {
         const mxArray* field = list.field (which);
@@ -71,7 +70,7 @@ KLVrescode_t read_indices (const TermList& list, Field which, std::size_t count,
 template <class Item, class Put>
 KLVrescode_t put_list (const TermList& list, const Put& put)
 {
-    if (!is_given (list.record))
+    if (!list.record)
         return KLV_RES_OK;
     const std::uint64_t count = vectorlen (list.field (list.first));
     for (std::size_t which = list.first; which < field_count; ++which)
