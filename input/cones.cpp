@@ -337,15 +337,14 @@ KLVrescode_t put_record_of_cones (KLVtask_t task, const mxArray* cones)
     if (record.cones == 0)
         return KLV_RES_OK;
     if (!isvector (type, record.cones, 0) || !isvector (sub, record.members, 0) ||
-        !isvector (subptr, record.cones, 0) || (is_given (conepar) && !isvector (conepar, record.cones, 0)) ||
+        !isvector (subptr, record.cones, 0) || (conepar && !isvector (conepar, record.cones, 0)) ||
         !is_countable (record.members))
         return refuse (KLV_RES_ARGUMENT, "prob.cones");
     record.type = mxGetPr (type);
     record.sub = record.members > 0 ? mxGetPr (sub) : nullptr;
     record.subptr = mxGetPr (subptr);
-    record.conepar = is_given (conepar) ? mxGetPr (conepar) : nullptr;
-    if (!record.type || (!record.sub && record.members > 0) || !record.subptr ||
-        (is_given (conepar) && !record.conepar))
+    record.conepar = conepar ? mxGetPr (conepar) : nullptr;
+    if (!record.type || (!record.sub && record.members > 0) || !record.subptr || (conepar && !record.conepar))
         return KLV_RES_OUT_OF_MEMORY;
     return put_cones_of_record (task, record);
 }
