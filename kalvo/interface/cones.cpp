@@ -25,8 +25,8 @@ KLVrescode_t KLV_appendcone (KLVtask_t task, int32_t type, double parameter, int
         for (std::size_t k = 0; k < given.size (); ++k)
             if (given[k] < 0 || given[k] >= t.problem ().variables ())
                 refuse (KLV_RES_CONE_MEMBER, "Member ", k + 1, " of cone ", std::int64_t{number} + 1,
-                        " (index ", number, ") is ", given[k], ", but there are ", t.problem ().variables (),
-                        " variables.");
+                        " (index ", number, ") has the index ", given[k], ", but there are ",
+                        t.problem ().variables (), " variables.");
         Problem& problem = t.edit_problem ();
         if (const std::int64_t again = problem.cone.prepare (given, problem.variables ()); again >= 0) {
             const std::int32_t variable = given[static_cast<std::size_t> (again)];

@@ -100,23 +100,23 @@ static SymmetricTerms checked_terms (const Problem& problem, const char* owner, 
             refuse (code, "Semidefinite term ", k + 1, " of ", owner, words...);
         };
         if (given.variable[k] < 0 || given.variable[k] >= problem.semidefinite.count ())
-            fault (KLV_RES_INDEX_RANGE, " has the variable ", given.variable[k], ", but there are ",
+            fault (KLV_RES_INDEX_RANGE, " has the variable index ", given.variable[k], ", but there are ",
                    problem.semidefinite.count (), " semidefinite variables.");
         const std::int32_t order = order_of (problem, given.variable[k]);
         for (const std::int32_t index : {given.row[k], given.column[k]})
             if (index < 0 || index >= order)
-                fault (KLV_RES_INDEX_RANGE, " has the row ", given.row[k], " and the column ",
+                fault (KLV_RES_INDEX_RANGE, " has the row index ", given.row[k], " and the column index ",
                        given.column[k], ", but ",
                        describe (item, given.variable[k], problem.semidefinite_name.get (given.variable[k])),
                        " has the order ", order, ".");
         if (given.row[k] < given.column[k])
-            fault (KLV_RES_ARGUMENT, " has the row ", given.row[k], " and the column ", given.column[k],
-                   ": entries are given in the lower triangle.");
+            fault (KLV_RES_ARGUMENT, " has the row index ", given.row[k], " and the column index ",
+                   given.column[k], ": entries are given in the lower triangle.");
     }
     SymmetricTerms terms = add_up (given);
     if (const auto k = not_finite (terms.value))
-        refuse (KLV_RES_VALUE_NOT_FINITE, "The semidefinite term of ", owner, " for row ", terms.row[*k],
-                " and column ", terms.column[*k], " of ",
+        refuse (KLV_RES_VALUE_NOT_FINITE, "The semidefinite term of ", owner, " for row index ",
+                terms.row[*k], " and column index ", terms.column[*k], " of ",
                 describe (item, terms.variable[*k], problem.semidefinite_name.get (terms.variable[*k])),
                 " is ", terms.value[*k], "; it must be finite.");
     return terms;
