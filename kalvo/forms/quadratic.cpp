@@ -181,11 +181,11 @@ static void scale (QuadraticForm& form, QuadraticRecovery& recovery)
             value /= recovery.factors.point;
 }
 
-Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled)
+Lowered lower_quadratic (const Problem& stated, double infinite_bound, bool scaled)
 {
     Lowered lowered;
-    FixedVariables fixed (*stated);
-    ObjectiveParts objective = lower_objective (*stated, fixed);
+    FixedVariables fixed (stated);
+    ObjectiveParts objective = lower_objective (stated, fixed);
     lowered.refused = objective.refused;
     if (lowered.refused.item != Refused::Item::none)
         return lowered;
@@ -193,21 +193,21 @@ Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_
     const auto whole = std::make_shared<Form> (QuadraticForm ());
     auto& form = std::get<QuadraticForm> (*whole);
     const auto recovery = std::make_shared<QuadraticRecovery> ();
-    form.sign = recovery->sign = stated->sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
+    form.sign = recovery->sign = stated.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     form.constant = objective.constant;
     form.cost = std::move (objective.cost);
     form.quadratic = std::move (objective.quadratic);
     form.lower.reserve (fixed.columns ());
     form.upper.reserve (fixed.columns ());
-    for (std::size_t j = 0; j < stated->variable.key.size (); ++j)
+    for (std::size_t j = 0; j < stated.variable.key.size (); ++j)
         if (!fixed.is_fixed (j)) {
             const Interval here =
-                within (stated->variable.interval (j), infinite_bound, lowered.infinite_bounds);
+                within (stated.variable.interval (j), infinite_bound, lowered.infinite_bounds);
             form.lower.push_back (here.lower);
             form.upper.push_back (here.upper);
         }
-    recovery->rows = place_rows (*stated, infinite_bound, form, lowered.infinite_bounds);
-    fill_matrices (*stated, fixed, recovery->rows, form);
+    recovery->rows = place_rows (stated, infinite_bound, form, lowered.infinite_bounds);
+    fill_matrices (stated, fixed, recovery->rows, form);
     if (scaled)
         scale (form, *recovery);
     else {

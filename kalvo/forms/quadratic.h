@@ -3,11 +3,9 @@
 
 #include "kalvo/forms/linear.h"
 
-#include <memory>
-
 namespace klv {
 
 // Bounds from `infinite_bound` on are left out. Integer variables are taken as continuous. The stated matrix must be packed.
-Lowered lower_quadratic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled);
+Lowered lower_quadratic (const Problem& stated, double infinite_bound, bool scaled);
 
 }

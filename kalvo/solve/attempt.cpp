@@ -67,7 +67,7 @@ Lowered Attempts::make_form (double far) const
     limits.infinite_bound = std::min (limits.infinite_bound, far);
     switch (method_) {
     case Method::quadratic:
-        return lower_quadratic (problem_, limits.infinite_bound, scaled_);
+        return lower_quadratic (*problem_, limits.infinite_bound, scaled_);
     case Method::conic:
         return lower_conic (problem_, limits.infinite_bound, scaled_);
     default:

@@ -81,7 +81,8 @@ static constexpr auto live_reals = std::to_array<LiveItem<RealItem>> ({
      "Megabytes: the most that a process of optimisers has had in use; 0 if they ran in the calling "
      "process."},
     {RealItem::cone_violation, "KLV_DINF_CONE_VIOLATION",
-     "Largest scaled distance of an affine conic constraint or of a cone's variables from where they have to be."},
+     "Largest scaled distance of an affine conic constraint or of a cone's variables from where they have to "
+     "be."},
     {RealItem::matrix_violation, "KLV_DINF_MATRIX_VIOLATION",
      "Largest scaled negative eigenvalue of a semidefinite variable."},
     {RealItem::dual_cone_violation, "KLV_DINF_DUAL_CONE_VIOLATION",

@@ -406,13 +406,8 @@ static std::vector<double> own_terms (const Kind& kind, std::span<const double> 
     return terms;
 }
 
-// What rounding leaves of the distance of a block on the boundary of its cone.
-static double rounding_of (std::span<const double> block, std::int32_t order)
-{
-    return 1e-15 * largest_magnitude (block) * std::max (order, 1);
-}
-
-// Moves the parts that are entries alone into their cones.
+// Moves the parts that are entries alone into their cones, and no less: a member that is small beside the others may be what a proof
+// needs.
 static void move_inside (const std::vector<Part>& parts, std::vector<double>& ray)
 {
     for (const Part& part : parts) {
@@ -425,10 +420,14 @@ static void move_inside (const std::vector<Part>& parts, std::vector<double>& ra
         if (part.type == KLV_DOMAIN_ZERO)
             for (const std::size_t place : part.places)
                 ray[place] = 0;
-        else if (outside > rounding_of (block, part.order)) {
+        else if (outside > 0 && std::isfinite (outside)) {
             const std::vector<double> towards = part.direction_of ();
+            std::vector<double> moved (block);
+            for (double by = outside; std::isfinite (by) && part.distance_of (moved) > 0; by *= 2)
+                for (std::size_t i = 0; i < block.size (); ++i)
+                    moved[i] = block[i] + by * towards[i];
             for (std::size_t i = 0; i < block.size (); ++i)
-                ray[part.places[i]] += outside * towards[i];
+                ray[part.places[i]] = moved[i];
         }
     }
 }
@@ -471,7 +470,7 @@ static bool is_inside (const Part& part, std::span<const double> terms, Proof& p
         return share <= noise_tolerance;
     }
     const double outside = part.distance_of (block);
-    if (outside <= (part.type == KLV_DOMAIN_ZERO ? 0 : rounding_of (block, part.order)))
+    if (outside <= 0)
         return true;
     const std::vector<double> towards = part.direction_of ();
     for (std::size_t i = 0; i < block.size (); ++i) {

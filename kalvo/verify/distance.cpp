@@ -5,11 +5,11 @@
 #include <numbers>
 #include <numeric>
 
-extern "C" {
+extern "C" {    // NOLINTBEGIN(readability-identifier-naming): names of LAPACK
 void dpotrf_ (const char* triangle, const int* n, double* a, const int* rows, int* info, std::size_t);
 void dsyev_ (const char* job, const char* triangle, const int* n, double* a, const int* rows,
              double* eigenvalues, double* work, const int* length, int* info, std::size_t, std::size_t);
-}
+}    // NOLINTEND(readability-identifier-naming)
 
 namespace klv {
 

@@ -157,6 +157,59 @@ static void split_cones (const Problem& problem, double sign, std::span<const do
     }
 }
 
+// What it costs at most to move a block outside of its cone along the direction by which its distance is measured. A distance that
+// is small beside the largest member may be large beside what another member is worth.
+static double cost_of_move (double distance, std::span<const double> direction,
+                            std::span<const double> prices)
+{
+    double price = 0;
+    for (std::size_t k = 0; k < direction.size (); ++k)
+        price += direction[k] * std::abs (prices[k]);
+    return distance > 0 && price > 0 ? distance * price : 0;
+}
+
+// The cost of moving all blocks of the point and of its multipliers into their cones.
+static double cost_of_moves (const Problem& problem, double sign, const Solution& solution)
+{
+    const Violations& found = solution.violations;
+    double cost = 0;
+    if (found.primal_cone > 0 || found.dual_cone > 0) {
+        const auto add = [&] (const Shape& shape, std::span<const double> point,
+                              std::span<const double> duals) {
+            const Shape other = dual (shape);
+            cost += cost_of_move (distance (shape, 1, point), direction (shape, point.size ()), duals) +
+                    cost_of_move (distance (other, sign, duals), direction (other, point.size ()), point);
+        };
+        const std::vector<double> rows = affine_rows (problem, {solution.xx, solution.barx}, true);
+        std::size_t begin = 0;
+        for (std::int32_t k = 0; k < problem.affine_constraint.count (); ++k) {
+            const std::size_t end = index (problem.affine_constraint.end[index (k)]);
+            add (shape_of (problem, k), std::span (rows).subspan (begin, end - begin),
+                 std::span (solution.doty).subspan (begin, end - begin));
+            begin = end;
+        }
+        for (std::int32_t k = 0; k < problem.cone.count (); ++k) {
+            const ConeOfVariables here (problem, k);
+            add (here.shape (), here.block (solution.xx), here.block (solution.snx));
+        }
+    }
+    if (found.primal_matrix == 0 && found.dual_matrix == 0)
+        return cost;
+    const SemidefiniteVariables& variables = problem.semidefinite;
+    for (std::int32_t j = 0; j < variables.count (); ++j) {
+        const std::int32_t order = variables.order[index (j)];
+        const auto triangle = [&] (const std::vector<double>& values) {
+            return std::span (values).subspan (index (variables.begin_of (j)),
+                                               index (variables.begin_of (j + 1) - variables.begin_of (j)));
+        };
+        const auto point = triangle (solution.barx), duals = triangle (solution.bars);
+        const std::vector<double> direction = identity (point.size ());
+        cost += cost_of_move (matrix_distance (order, 1, point), direction, duals) +
+                cost_of_move (matrix_distance (order, sign, duals), direction, point);
+    }
+    return cost;
+}
+
 void measure_dual (const Problem& problem, ClaimedDuals&& claimed, Solution& solution)
 {
     Violations& violations = solution.violations;
@@ -209,7 +262,10 @@ void measure_dual (const Problem& problem, ClaimedDuals&& claimed, Solution& sol
     const double p = solution.primal_objective;
     const double d = solution.dual_objective;
     const double scale = 1 + std::abs (p) + std::abs (d);
-    violations.gap = std::isfinite (scale) ? std::abs (p - d) / scale : infinity;
+    double distance = std::abs (p - d);
+    if (!problem.is_linear () && solution.has_primal)
+        distance += cost_of_moves (problem, sign, solution);
+    violations.gap = std::isfinite (scale) && std::isfinite (distance) ? distance / scale : infinity;
     violations.complementarity = std::isfinite (scale) ? complementarity / scale : infinity;
 }
 

@@ -70,7 +70,7 @@ static Matrix matrix (const SparseColumns& columns)
 // Finer tolerances than the check's make up for their being relative to norms.
 static Options options_of (const Job& job)
 {
-    constexpr double acceptance = 10;
+    constexpr double acceptance = 1000;
     const Parameters& settings = *job.settings;
     const auto aim = [] (double accepted) { return std::clamp (accepted, 1e-12, 1e-2) / acceptance; };
     const double gap = settings.get (RealSetting::interior_tolerance);

@@ -205,11 +205,11 @@ static void set_up (OpenSolver<Type>& solver, const QuadraticForm& form)
                equality = view (form.equality, form.right.size ()),
                range = view (form.range, form.range_lower.size ());
     using Bounds = library::optional<library::CVecRef<double>>;
-    const auto pass = [&] (const auto& P, const auto& A, const auto& G) {
+    const auto pass = [&] (const auto& terms, const auto& equations, const auto& ranges) {
         using Reference = std::conditional_t<Type == library::PIQP_DENSE, library::CMatRef<double>,
                                              library::CSparseMatRef<double, int>>;
-        solver.setup (P, view (form.cost), Reference (A), Bounds (view (form.right)), Reference (G),
-                      Bounds (view (form.range_lower)), Bounds (view (form.range_upper)),
+        solver.setup (terms, view (form.cost), Reference (equations), Bounds (view (form.right)),
+                      Reference (ranges), Bounds (view (form.range_lower)), Bounds (view (form.range_upper)),
                       Bounds (view (form.lower)), Bounds (view (form.upper)));
     };
     if constexpr (Type == library::PIQP_DENSE)
