@@ -41,8 +41,8 @@
 %                            errors, 3 (default) the log, 4 everything, above 5 also each parameter that is set
 %       log(file)            everything that the solver says goes to this file, too
 %       statuskeys(n)        0 (default): statuses and keys as text, 1: as numbers
-%       toconic              conic form before solving (a problem without quadratic terms already has it; others: not
-%                            available in this version)
+%       toconic              quadratic terms become affine conic constraints, and cones of variables with them, before solving;
+%                            a constraint keeps its place, free; the objective's terms become a new last variable
 %       primalrepair         repair an infeasible problem (not available in this version)
 %       debug(n), nokeepenv, use_matlab_calloc                      help to find faults in kalvoopt itself
 %

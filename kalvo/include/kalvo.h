@@ -657,8 +657,14 @@ KLV_API KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream);
  * cones or semidefinite variables KLV_RES_NOT_AVAILABLE in this version. */
 KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
 
-// Brings the problem into conic form, which a problem without quadratic terms already has; one with them gives
-// KLV_RES_NOT_AVAILABLE in this version.
+/* Brings the problem into conic form, which a problem without quadratic terms already has. Quadratic terms of the objective
+ * become those of a new last variable t, whose cost is 1 (maximising, -1): (t, 1, F x) lies in a rotated quadratic cone,
+ * F'F being the matrix (or minus it). A constraint a'x + 1/2 x'Qx <= u has (u - a'x, 1, F x) there, one with a lower bound l
+ * (a'x - l, 1, F x); semidefinite terms go with a'x. The constraint stays, with its linear terms and without bounds.
+ * Quadratic terms of constraints without bounds, and terms that are 0, go. Cones of variables become affine conic constraints
+ * behind these. The objective's sense must be put before. Solutions are dropped.
+ *   KLV_RES_NOT_CONVEX   the terms of the objective, or of a constraint in the direction of its bound, are not convex, or the
+ *                        constraint has two bounds; the problem is left as it was */
 KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
 
 // Repairs an infeasible problem: KLV_RES_NOT_AVAILABLE in this version. Weights: one for each bound, or null.

@@ -5,6 +5,7 @@
 #include "kalvo/report/analysis.h"
 #include "kalvo/report/summary.h"
 #include "kalvo/solve/supported.h"
+#include "kalvo/solve/toconic.h"
 #include "kalvo/worker/optimize.h"
 
 #include <utility>
@@ -68,12 +69,7 @@ KLVrescode_t KLV_optimize (KLVtask_t task)
 
 KLVrescode_t KLV_toconic (KLVtask_t task)
 {
-    return change (task, [] (Task& t) {
-        for (const Feature feature : {Feature::quadratic_objective, Feature::quadratic_constraints})
-            if (t.problem ().features ().has (feature))
-                refuse (KLV_RES_NOT_AVAILABLE, "This version can't bring ",
-                        feature_names[static_cast<std::size_t> (feature)], " into conic form.");
-    });
+    return run (task, [] (Task& t) { convert_to_conic (t); });
 }
 
 KLVrescode_t KLV_primalrepair (KLVtask_t task, const double*, const double*, const double*, const double*)

@@ -261,7 +261,8 @@ TEST (Conic, FaultsAreNamedAndChangeNothing)
              return KLV_putafebarfblocktriplet (t, 1, &owner, &zero, &zero, &zero, &nan);
          }},
         {KLV_RES_NOT_AVAILABLE, "quadratic terms of the objective", [] (T t) { return KLV_optimize (t); }},
-        {KLV_RES_NOT_AVAILABLE, "into conic form", [] (T t) { return KLV_toconic (t); }},
+        {KLV_RES_NOT_CONVEX, "no conic form: the quadratic terms of the objective are not concave",
+         [] (T t) { return KLV_toconic (t); }},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE (c.message);
