@@ -125,7 +125,7 @@ void ConicParts::add_objective ()
 void ConicParts::add_constraint (std::int32_t constraint, TermRange terms)
 {
     const Interval here = problem_.constraint.interval (index (constraint));
-    const bool above = here.upper < infinity, below = here.lower > -infinity;
+    const bool above = here.upper<infinity, below = here.lower> - infinity;
     if (!above && !below)
         return;
     const LocalMatrix matrix = gather (problem_.quadratic_constraint, terms, above ? 1 : -1);
@@ -218,7 +218,8 @@ void ConicParts::make ()
         add_objective ();
         add_constraints ();
     } catch (const std::length_error&) {
-        refuse (KLV_RES_TOO_LARGE, "The factors of the quadratic terms have more entries than can be counted.");
+        refuse (KLV_RES_TOO_LARGE,
+                "The factors of the quadratic terms have more entries than can be counted.");
     }
     if (has_cones_) {
         add_cones ();
