@@ -83,3 +83,15 @@
 %! assert (first.accs, affine.accs.');
 %! assert (first.barc, struct ("subj", [1; 2], "subk", [1; 3], "subl", [1; 1], "val", [1; 0.1+0.2]));
 %! assert (solved ("prob echo(0)", vector).prob.accs, [4 3 9 3 2 1 3 1 2].');
+
+## A problem brought into conic form is accepted as it is and has the same optimum.
+%!test
+%! p = struct ("a", sparse ([1 1 0; 0 0 1]), "c", [-1 -1 1], "blc", [-Inf -5], "buc", [1 Inf]);
+%! [p.qosubi, p.qosubj, p.qoval] = deal ([1 2 2], [1 1 2], [2 1 2]);
+%! [p.qcsubk, p.qcsubi, p.qcsubj, p.qcval] = deal ([1 1], [1 2], [1 2], [2 2]);
+%! p.cones = {struct("type", "KLV_CONE_QUADRATIC", "sub", [3 1 2])};
+%! first = solved ("minimize echo(0)", p);
+%! conic = solved ("minimize toconic prob echo(0)", p);
+%! again = solved ("minimize echo(0)", conic.prob);
+%! assert (isfield (conic.prob, "accs") && size (conic.prob.a, 2) == 4 && ! isfield (conic.prob, "qoval"));
+%! assert ([conic.sol.itr.pobjval, again.sol.itr.pobjval], first.sol.itr.pobjval * [1 1], 1e-6);
