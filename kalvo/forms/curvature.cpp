@@ -55,12 +55,14 @@ LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
     return local;
 }
 
-// Half of what is free, as for engines.
+// At most half of what is free, as for engines. What little a small one needs is not worth the question.
 static Ldl make_ldl (const SparseColumns& upper)
 {
-    constexpr double megabytes_of_entry = 12e-6;
+    constexpr double megabytes_of_entry = 12e-6, little = 64;
     Ldl ldl (upper);
     const double needed = megabytes_of_entry * static_cast<double> (ldl.factor_entries ());
+    if (needed <= little)
+        return ldl;
     if (const double free = free_megabytes (); needed > free / 2)
         throw std::length_error (text ("the factorisation of the quadratic terms needs about ",
                                        static_cast<std::int64_t> (needed), " MB, more than half of the ",
