@@ -103,11 +103,6 @@ struct FactorEntry {
     double value;
 };
 
-// The multiplier of a quadratic constraint and the rows of its factor, with which a ray finds its point.
-struct QuadraticRows {
-    std::int32_t constraint, first, count;    // rows of the form
-};
-
 // ---- Recovery -----------------------------------------------------------------------------------------------------------------------
 
 class ConicRecovery final : public Recovery {
@@ -120,9 +115,9 @@ public:
     std::array<Uses, static_cast<std::size_t> (Part::count)> uses;
     std::vector<double> column_factor, row_factor;
     Factors factors;
-    std::vector<std::int32_t> orders;    // of the semidefinite variables
-    std::int32_t matrix_columns = 0;     // and the columns of all their entries
-    std::vector<QuadraticRows> quadratic_rows;
+    std::vector<std::int32_t> orders;                   // of the semidefinite variables
+    std::int32_t matrix_columns = 0;                    // and the columns of all their entries
+    std::vector<std::int32_t> quadratic_constraints;    // that are cones of the form
     std::vector<FactorEntry> factor_entries;
     std::shared_ptr<const Problem> stated;
 
@@ -173,11 +168,11 @@ std::vector<double> ConicRecovery::point_of_ray (std::span<const double> z, std:
     std::vector<std::int32_t> rows, columns;
     std::vector<double> values, right (x.size (), 0.0);
     const SymmetricTerms& terms = stated->quadratic_constraint;
-    for (const QuadraticRows& quadratic : quadratic_rows) {
-        const double multiplier = y[index (quadratic.constraint)];
+    for (const std::int32_t constraint : quadratic_constraints) {
+        const double multiplier = y[index (constraint)];
         if (multiplier == 0)
             continue;
-        const TermRange range = terms.of_item (quadratic.constraint);
+        const TermRange range = terms.of_item (constraint);
         for (std::size_t k = range.begin; k < range.end; ++k) {
             rows.push_back (terms.row[k]);
             columns.push_back (terms.column[k]);
@@ -487,7 +482,7 @@ bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Inte
     const double r = std::sqrt (std::abs (bound) > 0 ? std::abs (bound) : 1.0);
     const Piece first{Part::auxiliary, 0, r, 0};
     const Piece second{Part::constraint, constraint, bound / r, -direction / r};
-    const std::int32_t top = add_row (Group::cone, {first.times (1 / sqrt2), second.times (1 / sqrt2)});
+    add_row (Group::cone, {first.times (1 / sqrt2), second.times (1 / sqrt2)});
     add_row (Group::cone, {first.times (1 / sqrt2), second.times (-1 / sqrt2)});
     const SparseColumns factor = factor_semidefinite (matrix);
     for (std::size_t k = 0; k < index (factor.columns ()); ++k) {
@@ -497,7 +492,7 @@ bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Inte
         for (std::size_t i = 0; i < variables.size (); ++i)
             factor_entries_.push_back ({variables[i], row, values[i]});
     }
-    recovery_->quadratic_rows.push_back ({constraint, top, factor.columns () + 2});
+    recovery_->quadratic_constraints.push_back (constraint);
     add_cone (ConeKind::second_order, factor.columns () + 2);
     return true;
 }
@@ -586,14 +581,10 @@ void ConicBuilder::number_rows ()
         uses.each ([&] (Use& use) { number (use.row); });
     for (FactorEntry& entry : factor_entries_)
         number (entry.row);
-    for (QuadraticRows& rows : recovery_->quadratic_rows)
-        number (rows.first);
-    const auto count = [] (std::size_t items) { return items; };
     const SemidefiniteVariables& bar = problem_.semidefinite;
-    const std::size_t counts[] = {
-        count (problem_.constraint.key.size ()), count (index (problem_.affine_constraint.rows ())),
-        count (problem_.variable.key.size ()),   count (problem_.variable.key.size ()),
-        count (index (bar.length ())),           count (index (auxiliaries_))};
+    const std::size_t counts[] = {problem_.constraint.key.size (), index (problem_.affine_constraint.rows ()),
+                                  problem_.variable.key.size (),   problem_.variable.key.size (),
+                                  index (bar.length ()),           index (auxiliaries_)};
     for (std::size_t part = 0; part < uses_.size (); ++part)
         uses_[part].arrange (counts[part]);
 }

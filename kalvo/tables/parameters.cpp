@@ -71,8 +71,9 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
     {5, "KLV_IPAR_SIMPLEX_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::simplex_iteration_limit,
      "Iterations that a simplex method may take; -1: no limit."},
     {6, "KLV_IPAR_INTPNT_ITERATION_LIMIT", -1, -1, most, Group::none, IntSetting::interior_iteration_limit,
-     "Iterations that the interior-point method may take; -1: 500, after which another method takes its "
-     "place."},
+     "Iterations that the interior-point method may take; -1: 500 (200 on conic forms, 250 on quadratic "
+     "ones), "
+     "after which another attempt takes its place."},
     {7, "KLV_IPAR_MIP_NODE_LIMIT", -1, -1, most, Group::none, IntSetting::node_limit,
      "Nodes that the integer search may look at; -1: no limit."},
     {8, "KLV_IPAR_MIP_SOLUTION_LIMIT", -1, -1, most, Group::none, IntSetting::solution_limit,
