@@ -2,16 +2,12 @@
 
 #include "kalvo/forms/curvature.h"
 #include "kalvo/forms/scaling.h"
+#include "kalvo/sparse/index.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 FixedVariables::FixedVariables (const Problem& problem) : columns_ (problem.variable.key.size ())
 {

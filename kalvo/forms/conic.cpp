@@ -3,6 +3,7 @@
 #include "kalvo/forms/common.h"
 #include "kalvo/forms/curvature.h"
 #include "kalvo/forms/scaling.h"
+#include "kalvo/sparse/index.h"
 #include "kalvo/sparse/ldl.h"
 
 #include <algorithm>
@@ -16,11 +17,6 @@
 namespace klv {
 
 using std::numbers::sqrt2;
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 // ---- Rows -------------------------------------------------------------------------------------------------------------------------
 

@@ -1,6 +1,6 @@
 #include "kalvo/forms/curvature.h"
 
-#include "kalvo/model/text.h"
+#include "kalvo/sparse/index.h"
 #include "kalvo/sparse/ldl.h"
 #include "kalvo/task/memory.h"
 
@@ -9,13 +9,9 @@
 #include <cstdint>
 #include <span>
 #include <stdexcept>
+#include <string>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
 {
@@ -63,10 +59,8 @@ static Ldl make_ldl (const SparseColumns& upper)
     const double needed = megabytes_of_entry * static_cast<double> (ldl.factor_entries ());
     if (needed <= little)
         return ldl;
-    if (const double free = free_megabytes (); needed > free / 2)
-        throw std::length_error (text ("the factorisation of the quadratic terms needs about ",
-                                       static_cast<std::int64_t> (needed), " MB, more than half of the ",
-                                       static_cast<std::int64_t> (free), " MB that are free"));
+    if (const std::string why = lack_of_memory (needed); !why.empty ())
+        throw std::length_error ("the factorisation of quadratic terms: " + why);
     return ldl;
 }
 

@@ -2,6 +2,7 @@
 
 #include "kalvo/forms/common.h"
 #include "kalvo/forms/scaling.h"
+#include "kalvo/sparse/index.h"
 
 #include <algorithm>
 #include <functional>
@@ -11,11 +12,6 @@
 #include <utility>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 // Where each stated row is: a row of the equations, of the ranges (their numbers follow), or nowhere.
 struct RowPlaces {

@@ -1,14 +1,11 @@
 #include "kalvo/forms/scaling.h"
 
+#include "kalvo/sparse/index.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 static double power_of_two (double value)
 {

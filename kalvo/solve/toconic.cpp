@@ -4,6 +4,7 @@
 #include "kalvo/forms/linear.h"
 #include "kalvo/model/refusal.h"
 #include "kalvo/model/room.h"
+#include "kalvo/sparse/index.h"
 
 #include <algorithm>
 #include <limits>
@@ -13,11 +14,6 @@
 #include <vector>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 // Everything that changes, made beside the problem, which is changed when all is there.
 class ConicParts {

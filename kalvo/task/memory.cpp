@@ -1,6 +1,9 @@
 #include "kalvo/task/memory.h"
 
+#include "kalvo/model/text.h"
+
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <limits>
 #include <string>
@@ -57,6 +60,15 @@ double free_megabytes ()
 {
     const double of_machine = 1024 * number_in ("/proc/meminfo", "MemAvailable:", unlimited) / 1e6;
     return std::max (0.0, std::min (of_machine, room_of_groups ()));
+}
+
+std::string lack_of_memory (double megabytes)
+{
+    const double free = free_megabytes ();
+    if (megabytes <= 0.5 * free)
+        return {};
+    return text ("it needs about ", std::llround (megabytes), " MB of memory, more than half of the ",
+                 std::llround (free), " MB that are free");
 }
 
 }

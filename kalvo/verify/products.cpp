@@ -1,15 +1,11 @@
 #include "kalvo/verify/products.h"
 
+#include "kalvo/sparse/index.h"
 #include "kalvo/verify/sum.h"
 
 #include <algorithm>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 static std::vector<double> values_of (const std::vector<Sum>& sums)
 {

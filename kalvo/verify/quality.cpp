@@ -1,5 +1,6 @@
 #include "kalvo/verify/quality.h"
 
+#include "kalvo/sparse/index.h"
 #include "kalvo/verify/distance.h"
 #include "kalvo/verify/products.h"
 #include "kalvo/verify/sum.h"
@@ -9,11 +10,6 @@
 #include <utility>
 
 namespace klv {
-
-static std::size_t index (std::int32_t i)
-{
-    return static_cast<std::size_t> (i);
-}
 
 static void measure_against (const Bounds& bounds, std::span<const double> values, Violations& violations)
 {

@@ -213,11 +213,7 @@ public:
         const auto* conic = std::get_if<ConicForm> (&form);
         if (conic == nullptr)
             return "it solves conic problems only";
-        const double needed = megabytes (*conic), free = free_megabytes ();
-        if (needed <= 0.5 * free)
-            return "";
-        return text ("it needs about ", std::llround (needed), " MB of memory, more than half of the ",
-                     std::llround (free), " MB that are free");
+        return lack_of_memory (megabytes (*conic));
     }
     std::string load () override { return ""; }
     std::unique_ptr<klv::Session> begin (std::shared_ptr<const Form> form) override

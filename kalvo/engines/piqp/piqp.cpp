@@ -167,17 +167,11 @@ public:
             return "it solves convex quadratic problems with linear constraints only";
         if (!fault_of (*quadratic).empty ())
             return "";    // a run tells
-        double needed = infinity;
         try {
-            needed = NewtonSystem (*quadratic).megabytes ();
+            return lack_of_memory (NewtonSystem (*quadratic).megabytes ());
         } catch (const std::length_error&) {
             return "the matrix of its iterations has too many entries";
         }
-        const double free = free_megabytes ();
-        if (needed <= 0.5 * free)
-            return "";
-        return text ("it needs about ", std::llround (needed), " MB of memory, more than half of the ",
-                     std::llround (free), " MB that are free");
     }
     std::string load () override { return ""; }
     std::unique_ptr<klv::Session> begin (std::shared_ptr<const Form> form) override
