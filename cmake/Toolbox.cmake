@@ -27,7 +27,7 @@ add_custom_command (OUTPUT "${notices}"
     DEPENDS ${notices_parts} VERBATIM)
 
 add_custom_target (toolbox ALL DEPENDS ${toolbox_copies} "${notices}")
-add_dependencies (toolbox toolbox_highs kalvo-worker)
+add_dependencies (toolbox toolbox_highs clarabel_crate kalvo-worker)
 if (TARGET kalvoopt)
     add_dependencies (toolbox kalvoopt)
 endif ()
