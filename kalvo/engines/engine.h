@@ -36,6 +36,7 @@ struct Job {
     Goal goal = Goal::optimise;
     Method method = Method::dual_simplex;
     bool reformulate = true;    // false: no presolve and no scaling, whatever the settings say
+    bool patient = false;       // goes on in steps so short that it would change its way or give up otherwise
     Budget budget = {};
     std::shared_ptr<const Start> start = {};    // null: none; interior-point methods ignore it
 };

@@ -229,11 +229,13 @@ Point ConicRecovery::back (Point&& claimed) const
 
 class ConicBuilder {
 public:
-    ConicBuilder (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled)
+    ConicBuilder (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled,
+                  const Centre* centre)
         : stated_ (std::move (stated)),
           problem_ (*stated_),
           infinite_bound_ (infinite_bound),
           scaled_ (scaled),
+          centre_ (centre),
           recovery_ (std::make_shared<ConicRecovery> ()),
           fixed_ (problem_)
     {}
@@ -242,15 +244,23 @@ public:
 
 private:
     Interval bounds (const Bounds& stated, std::size_t item);
-    std::int32_t add_row (Group group, std::initializer_list<Piece> pieces);
+    double value_at_centre (const Piece& piece) const;
+    double ratio_at_centre (const Piece& first, const Piece& second);
+    std::int32_t add_row (Group group, std::span<const Piece> pieces);
+    std::int32_t add_row (Group group, std::initializer_list<Piece> pieces)
+    {
+        return add_row (group, std::span (pieces.begin (), pieces.size ()));
+    }
     void add_nonnegative (const Piece& piece) { add_row (Group::nonnegative, {piece}); }
     void add_cone (ConeKind kind, std::int32_t rows, std::int32_t order = 0, double exponent = 0);
     void add_second_order (std::span<const Piece> pieces);
     void add_rotated (const Piece& first, const Piece& second, std::span<const Piece> rest);
+    void add_exponential (std::vector<Piece>&& exponent, const Piece& scale, const Piece& bound);
     void add_power (std::span<const Piece> factors, std::span<const double> weights,
                     std::span<const Piece> rest);
+    void add_power_of_two_factors (const Piece& first, const Piece& second, const Piece& mean, double share);
     void add_semidefinite (std::span<const Piece> lower_by_columns);
-    Piece add_auxiliary () { return {Part::auxiliary, auxiliaries_++}; }
+    Piece add_mean (const Piece& first, const Piece& second, double share);
     void add_domain (KLVdomaintype type, std::span<const Piece> pieces, std::span<const double> exponents);
 
     bool add_quadratic (std::int32_t constraint, TermRange terms, Interval here);
@@ -269,6 +279,8 @@ private:
     const Problem& problem_;
     double infinite_bound_;
     bool scaled_;
+    const Centre* centre_;
+    std::vector<double> auxiliary_at_centre_;
     Lowered lowered_;
     std::shared_ptr<ConicRecovery> recovery_;
     FixedVariables fixed_;
@@ -286,7 +298,7 @@ private:
 // Rows are numbered within their groups: those of later groups are told by large numbers, and get their own when all are known.
 constexpr std::int32_t rows_of_a_group = 1 << 29;
 
-std::int32_t ConicBuilder::add_row (Group group, std::initializer_list<Piece> pieces)
+std::int32_t ConicBuilder::add_row (Group group, std::span<const Piece> pieces)
 {
     std::vector<double>& constants = constants_[static_cast<std::size_t> (group)];
     const auto number =
@@ -315,17 +327,74 @@ void ConicBuilder::add_second_order (std::span<const Piece> pieces)
     add_cone (ConeKind::second_order, static_cast<std::int32_t> (pieces.size ()));
 }
 
+double ConicBuilder::value_at_centre (const Piece& piece) const
+{
+    const std::vector<double>& values = piece.part == Part::auxiliary    ? auxiliary_at_centre_
+                                        : piece.part == Part::affine_row ? centre_->affine_rows
+                                        : piece.part == Part::constraint ? centre_->constraints
+                                                                         : centre_->variables;
+    return piece.constant + piece.factor * values[index (piece.number)];
+}
+
+// A power of two near to the one value divided by the other; 1 where there is no centre inside the cone.
+double ConicBuilder::ratio_at_centre (const Piece& first, const Piece& second)
+{
+    constexpr double least = 0x1p-100, most = 0x1p100;
+    if (centre_ == nullptr)
+        return 1;
+    const double one = value_at_centre (first), other = value_at_centre (second);
+    if (!(one > 0 && other > 0))
+        return 1;
+    const double ratio = std::exp2 (std::round (std::log2 (std::clamp (one / other, least, most))));
+    lowered_.centred = lowered_.centred || ratio != 1;
+    return ratio;
+}
+
+// (first, second, rest) -> (first / s, second s, rest)
 void ConicBuilder::add_rotated (const Piece& first, const Piece& second, std::span<const Piece> rest)
 {
     if (rest.empty ()) {
         add_nonnegative (first);
         return add_nonnegative (second);
     }
-    add_row (Group::cone, {first.times (1 / sqrt2), second.times (1 / sqrt2)});
-    add_row (Group::cone, {first.times (1 / sqrt2), second.times (-1 / sqrt2)});
+    const double s = std::exp2 (std::round (0.5 * std::log2 (ratio_at_centre (first, second))));
+    add_row (Group::cone, {first.times (1 / (s * sqrt2)), second.times (s / sqrt2)});
+    add_row (Group::cone, {first.times (1 / (s * sqrt2)), second.times (-s / sqrt2)});
     for (const Piece& piece : rest)
         add_row (Group::cone, {piece});
     add_cone (ConeKind::second_order, static_cast<std::int32_t> (rest.size ()) + 2);
+}
+
+// scale exp (exponent / scale) <= bound: (exponent, scale, bound) -> (exponent - k scale, scale, e^-k bound)
+void ConicBuilder::add_exponential (std::vector<Piece>&& exponent, const Piece& scale, const Piece& bound)
+{
+    const double power = ratio_at_centre (bound, scale);
+    if (power != 1)
+        exponent.push_back (scale.times (-std::log (power)));
+    add_row (Group::cone, exponent);
+    add_row (Group::cone, {scale});
+    add_row (Group::cone, {bound.times (1 / power)});
+    add_cone (ConeKind::exponential, 3);
+}
+
+// A variable for the largest weighted geometric mean of two factors.
+Piece ConicBuilder::add_mean (const Piece& first, const Piece& second, double share)
+{
+    if (centre_ != nullptr)
+        auxiliary_at_centre_.push_back (std::pow (std::max (value_at_centre (first), 0.0), share) *
+                                        std::pow (std::max (value_at_centre (second), 0.0), 1 - share));
+    return {Part::auxiliary, auxiliaries_++};
+}
+
+// first^share second^(1-share) >= |mean|: (first, second, mean) -> (first / s, s second, s^(1-2 share) mean)
+void ConicBuilder::add_power_of_two_factors (const Piece& first, const Piece& second, const Piece& mean,
+                                             double share)
+{
+    const double s = std::exp2 (std::round (0.5 * std::log2 (ratio_at_centre (first, second))));
+    add_row (Group::cone, {first.times (1 / s)});
+    add_row (Group::cone, {second.times (s)});
+    add_row (Group::cone, {mean.times (std::pow (s, 1 - 2 * share))});
+    add_cone (ConeKind::power, 3, 0, share);
 }
 
 // A chain of three-dimensional cones: the weighted mean of the first factors, then of that mean and the next factor, and so on.
@@ -343,18 +412,14 @@ void ConicBuilder::add_power (std::span<const Piece> factors, std::span<const do
     for (std::size_t k = 1; k < factors.size (); ++k) {
         weight += weights[k];
         const bool last = k + 1 == factors.size () && rest.size () == 1;
-        const Piece next = last ? rest.front () : add_auxiliary ();
         const double share = weights[k] / weight;
+        const Piece next = last ? rest.front () : add_mean (mean, factors[k], 1 - share);
         if (share <= negligible || share >= 1) {
             const bool keeps_mean = share <= negligible;
             add_nonnegative (keeps_mean ? factors[k] : mean);
             add_second_order (std::array{keeps_mean ? mean : factors[k], next});
-        } else {
-            add_row (Group::cone, {mean});
-            add_row (Group::cone, {factors[k]});
-            add_row (Group::cone, {next});
-            add_cone (ConeKind::power, 3, 0, 1 - share);
-        }
+        } else
+            add_power_of_two_factors (mean, factors[k], next, 1 - share);
         mean = next;
         if (last)
             return;
@@ -413,15 +478,9 @@ void ConicBuilder::add_domain (KLVdomaintype type, std::span<const Piece> pieces
     case KLV_DOMAIN_ROTATED_QUADRATIC_CONE:
         return add_rotated (pieces[0], pieces[1], pieces.subspan (2));
     case KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE:
-        add_row (Group::cone, {pieces[2]});
-        add_row (Group::cone, {pieces[1]});
-        add_row (Group::cone, {pieces[0]});
-        return add_cone (ConeKind::exponential, 3);
+        return add_exponential ({pieces[2]}, pieces[1], pieces[0]);
     case KLV_DOMAIN_DUAL_EXPONENTIAL_CONE:
-        add_row (Group::cone, {pieces[2], pieces[1].times (-1)});
-        add_row (Group::cone, {pieces[2].times (-1)});
-        add_row (Group::cone, {pieces[0]});
-        return add_cone (ConeKind::exponential, 3);
+        return add_exponential ({pieces[2], pieces[1].times (-1)}, pieces[2].times (-1), pieces[0]);
     case KLV_DOMAIN_PRIMAL_POWER_CONE:
     case KLV_DOMAIN_DUAL_POWER_CONE:
         return add_weighted (exponents.size (), exponents, type == KLV_DOMAIN_DUAL_POWER_CONE);
@@ -475,11 +534,16 @@ bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Inte
     if (here.lower > -infinity && here.upper < infinity)
         return refuse_curvature (matrix.variables.front (), -matrix.upper.values.front ());
     const double bound = direction > 0 ? here.upper : -here.lower;
-    const double r = std::sqrt (std::abs (bound) > 0 ? std::abs (bound) : 1.0);
+    const Piece room{Part::constraint, constraint, bound, -direction};
+    double square = std::abs (bound) > 0 ? std::abs (bound) : 1.0;
+    if (centre_ != nullptr && value_at_centre (room) > 0) {
+        square = value_at_centre (room);
+        lowered_.centred = true;
+    }
+    const double r = std::sqrt (square);
     const Piece first{Part::auxiliary, 0, r, 0};
-    const Piece second{Part::constraint, constraint, bound / r, -direction / r};
-    add_row (Group::cone, {first.times (1 / sqrt2), second.times (1 / sqrt2)});
-    add_row (Group::cone, {first.times (1 / sqrt2), second.times (-1 / sqrt2)});
+    add_row (Group::cone, {first.times (1 / sqrt2), room.times (1 / (r * sqrt2))});
+    add_row (Group::cone, {first.times (1 / sqrt2), room.times (-1 / (r * sqrt2))});
     const SparseColumns factor = factor_semidefinite (matrix);
     for (std::size_t k = 0; k < index (factor.columns ()); ++k) {
         const std::int32_t row = add_row (Group::cone, {});
@@ -786,9 +850,10 @@ Lowered ConicBuilder::build ()
     return std::move (lowered_);
 }
 
-Lowered lower_conic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled)
+Lowered lower_conic (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled,
+                     const Centre* centre)
 {
-    return ConicBuilder (std::move (stated), infinite_bound, scaled).build ();
+    return ConicBuilder (std::move (stated), infinite_bound, scaled, centre).build ();
 }
 
 }

@@ -33,6 +33,7 @@ struct Lowered {
     std::int64_t infinite_bounds = 0;    // finite bounds that the engine would take as infinite
     std::int64_t dropped_entries = 0;    // matrix entries that the engine drops as too small
     Refused refused = {};                // there is no form then
+    bool centred = false;                // the form would be another one without its centre
 };
 
 // The stated problem's matrix must be packed. `integers`: whether integer variables must be whole.

@@ -2,6 +2,7 @@
 
 #include "kalvo/forms/sizes.h"
 #include "kalvo/model/text.h"
+#include "kalvo/verify/products.h"
 
 #include <algorithm>
 #include <cmath>
@@ -69,7 +70,7 @@ Lowered Attempts::make_form (double far) const
     case Method::quadratic:
         return lower_quadratic (*problem_, limits.infinite_bound, scaled_);
     case Method::conic:
-        return lower_conic (problem_, limits.infinite_bound, scaled_);
+        return lower_conic (problem_, limits.infinite_bound, scaled_, centre_ ? &*centre_ : nullptr);
     default:
         return lower_linear (problem_, limits, integers_);
     }
@@ -90,7 +91,8 @@ void Attempts::tell_form ()
         information.set (item, count);
     if (settings_->get (IntSetting::log_level) < 2)
         return;
-    task_.say (text (method_ == Method::quadratic ? "Quadratic form: " : "Conic form: ", describe (sizes)));
+    task_.say (text (method_ == Method::quadratic ? "Quadratic form" : "Conic form",
+                     lowered_.centred ? " about the point that was found: " : ": ", describe (sizes)));
     if (without_far_bounds_)
         task_.say (
             text ("Bounds so large that they bind rarely are left out at first: ", lowered_.infinite_bounds));
@@ -98,6 +100,7 @@ void Attempts::tell_form ()
 
 void Attempts::lower (double far)
 {
+    far_ = far;
     lowered_ = call_.compute (work_of (*problem_), [&] { return make_form (far); });
     without_far_bounds_ = far < engine_->limits ().infinite_bound && lowered_.infinite_bounds > 0;
     if (!lowered_.form)
@@ -160,6 +163,8 @@ std::optional<Failure> Attempts::prepare (Method method, double far, bool scaled
         engine_ = engine;
         method_ = method;
         scaled_ = scaled && settings_->get (IntSetting::scaling) != KLV_SCALING_OFF;
+        centre_.reset ();
+        centred_ = 0;
         try {
             lower (far);
         } catch (const std::length_error& error) {
@@ -179,9 +184,27 @@ std::optional<Failure> Attempts::prepare (Method method, double far, bool scaled
     return Failure{code, text ("No optimiser can be used: ", why, "."), {}};
 }
 
+bool Attempts::centre (const Solution& about)
+{
+    if (!about.has_primal)
+        return false;
+    const Primal point{about.xx, about.barx};
+    centre_ = {about.xx, activities (*problem_, point, false), affine_rows (*problem_, point, false)};
+    ++centred_;
+    lower (far_);
+    return lowered_.centred;
+}
+
 std::size_t Attempts::size () const
 {
     return std::visit ([] (const auto& form) { return form.size (); }, *lowered_.form);
+}
+
+bool Attempts::has_asymmetric_cones () const
+{
+    return std::ranges::any_of (std::get<ConicForm> (*lowered_.form).cones, [] (const ElementaryCone& cone) {
+        return cone.kind == ConeKind::exponential || cone.kind == ConeKind::power;
+    });
 }
 
 bool Attempts::has_entries () const
@@ -209,7 +232,7 @@ int Attempts::threads (Method method) const
 void Attempts::start (const Attempt& attempt, const std::shared_ptr<const Start>& start,
                       const std::string& why)
 {
-    const Begun begun{attempt, start != nullptr, without_far_bounds_, scaled_};
+    const Begun begun{attempt, start != nullptr, without_far_bounds_, scaled_, centred_};
     if (recall (begun))
         return;
     tell_ends ();
@@ -217,6 +240,7 @@ void Attempts::start (const Attempt& attempt, const std::shared_ptr<const Start>
             .settings = settings_,
             .method = attempt.method,
             .reformulate = attempt.reformulate,
+            .patient = attempt.patient,
             .budget = {.threads = threads (attempt.method)},
             .start = lowered_.recovery->forth (start)};
     running_.reserve (running_.size () + 1);

@@ -20,6 +20,7 @@ namespace klv {
 struct Attempt {
     Method method = Method::dual_simplex;
     bool reformulate = true;    // false: without presolve and scaling
+    bool patient = false;       // with steps however short
 
     bool operator== (const Attempt&) const = default;
 };
@@ -35,6 +36,7 @@ struct Begun {
     bool from_start = false;
     bool without_far_bounds = false;
     bool scaled = true;
+    std::int32_t centred = 0;    // how often the form was made anew about a point
 
     bool operator== (const Begun&) const = default;
 };
@@ -76,6 +78,9 @@ public:
     // left out, but answers are checked with them. Quadratic and conic forms are scaled, unless told otherwise.
     std::optional<Failure> prepare (Method method, double far = infinity, bool scaled = true);
 
+    // Makes the conic form that was prepared anew about a point that an attempt has left. False: it would be the same.
+    bool centre (const Solution& about);
+
     // Lowers the problem once more, bounds so far away that they spoil an engine's numbers left out. False: there are none.
     bool leave_out_far_bounds (double far = 1e15);
     void take_back_far_bounds ();
@@ -101,6 +106,7 @@ public:
     int threads_to_be_had () const;
     std::size_t size () const;    // entries, rows and columns of the form
     bool has_entries () const;    // whether the form's matrix has any
+    bool has_asymmetric_cones () const;
     const Problem& problem () const { return *problem_; }
     const Parameters& settings () const { return *settings_; }
     bool stopped () const { return call_.answer () != 0; }
@@ -137,6 +143,9 @@ private:
     Method method_ = Method::dual_simplex;    // for which the form was made
     Lowered lowered_;
     bool without_far_bounds_ = false, scaled_ = true;
+    double far_ = infinity;
+    std::optional<Centre> centre_;
+    std::int32_t centred_ = 0;
     std::vector<Running> running_;
 
     Journal* journal_;

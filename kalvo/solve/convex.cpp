@@ -23,19 +23,21 @@ private:
     bool refused () const { return failure_ && failure_->refused.item != Refused::Item::none; }
     void attempt (const Attempt& attempt, const char* why);
     void go_through (Method method, double far, const char* why);
+    void go_through_patiently ();
     void go_through_unscaled ();
 
     Attempts& attempts_;
     std::optional<Tried> best_;
+    std::optional<Solution> latest_;
     std::optional<Failure> failure_;    // of the last engine that could not be prepared
 };
 
 void ConvexPlan::attempt (const Attempt& attempt, const char* why)
 {
-    if (!best_)
-        best_ = attempts_.run (attempt, nullptr, why);
-    else
-        keep_better (best_, try_again (attempts_, best_->answer, attempt));
+    Tried tried =
+        best_ ? try_again (attempts_, best_->answer, attempt) : attempts_.run (attempt, nullptr, why);
+    latest_ = tried.answer.solution;
+    keep_better (best_, std::move (tried));
 }
 
 // Attempts with one engine: without far bounds and, where the point lies beyond them or none was found, with them.
@@ -52,6 +54,17 @@ void ConvexPlan::go_through (Method method, double far, const char* why)
         attempts_.take_back_far_bounds ();
         attempt ({method}, why);
     }
+}
+
+// A point that is not the solution yet tells of what magnitude the members of the solution's cones are.
+void ConvexPlan::go_through_patiently ()
+{
+    constexpr int most = 3;
+    const Attempt patient{.method = Method::conic, .patient = true};
+    if (best_ && !settled () && attempts_.has_asymmetric_cones ())
+        attempt (patient, "");
+    for (int k = 0; k < most && best_ && !settled () && latest_ && attempts_.centre (*latest_); ++k)
+        attempt (patient, "");
 }
 
 // What is as well as singular for one scaling is sometimes not for another.
@@ -71,6 +84,7 @@ std::variant<Found, Failure> ConvexPlan::run ()
         go_through (Method::quadratic, far_for_quadratic, "quadratic objective, linear constraints");
     go_through (Method::conic, far_for_conic,
                 linear_constraints ? "quadratic objective, linear constraints" : "cones");
+    go_through_patiently ();
     go_through_unscaled ();
     if (best_)
         return Found{.interior = std::move (best_)};

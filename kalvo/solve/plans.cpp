@@ -26,7 +26,8 @@ Method first_method (const Problem& problem, const Parameters& settings, bool in
 Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next)
 {
     const std::string how =
-        text (about (next.method).name, next.reformulate ? "" : ", without presolve and scaling");
+        text (about (next.method).name, next.reformulate ? "" : ", without presolve and scaling",
+              next.patient ? ", in shorter steps" : "");
     attempts.task ().warn (text (failed.message.empty ()
                                      ? std::string ("An answer did not pass the check")
                                      : text ("There is no answer yet (", failed.message, ")"),

@@ -208,6 +208,7 @@ static void write (Writer& to, const Attempt& attempt)
 {
     to.put (attempt.method);
     to.put (attempt.reformulate);
+    to.put (attempt.patient);
 }
 
 static Attempt read_attempt (Reader& from)
@@ -215,6 +216,7 @@ static Attempt read_attempt (Reader& from)
     Attempt attempt;
     attempt.method = from.get_enumeration (last_method);
     attempt.reformulate = from.get_bool ();
+    attempt.patient = from.get_bool ();
     return attempt;
 }
 
@@ -224,6 +226,7 @@ static void write (Writer& to, const Begun& begun)
     to.put (begun.from_start);
     to.put (begun.without_far_bounds);
     to.put (begun.scaled);
+    to.put (begun.centred);
 }
 
 static Begun read_begun (Reader& from)
@@ -232,6 +235,7 @@ static Begun read_begun (Reader& from)
     begun.from_start = from.get_bool ();
     begun.without_far_bounds = from.get_bool ();
     begun.scaled = from.get_bool ();
+    begun.centred = from.get<std::int32_t> ();
     return begun;
 }
 

@@ -82,6 +82,7 @@ static Options options_of (const Job& job)
             .certificate = aim (0.1 * residual),
             .acceptance = acceptance,
             .regularization = job.reformulate ? 1e-8 : 1e-7,
+            .shortest_step = job.patient ? 1e-3 : 0.1,
             .seconds = job.budget.deadline ? seconds_between (Clock::now (), *job.budget.deadline) : infinity,
             .iterations = static_cast<std::uint32_t> (iterations >= 0 ? iterations : most_iterations),
             .threads = static_cast<std::uint32_t> (std::max (job.budget.threads, 1)),

@@ -32,6 +32,7 @@ struct Options {
     double gap, residual, certificate;    // tolerances aimed at
     double acceptance;        // and the factor up to which they are exceeded where the method can't go on
     double regularization;    // static, of the factorised matrix
+    double shortest_step;     // before cones that are not symmetric are scaled by their dual only
     double seconds;
     std::uint32_t iterations, threads;
     bool equilibrates;

@@ -48,6 +48,7 @@ pub struct Options {
     certificate: f64,
     acceptance: f64,
     regularization: f64,
+    shortest_step: f64,
     seconds: f64,
     iterations: u32,
     threads: u32,
@@ -158,6 +159,7 @@ fn settings(options: &Options, verbose: bool) -> DefaultSettings<f64> {
         reduced_tol_infeas_rel: options.acceptance * options.certificate,
         equilibrate_enable: options.equilibrates,
         static_regularization_constant: options.regularization,
+        min_switch_step_length: options.shortest_step,
         presolve_enable: false,
         chordal_decomposition_enable: false,
         ..DefaultSettings::default()
