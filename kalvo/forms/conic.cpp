@@ -1,231 +1,20 @@
 #include "kalvo/forms/conic.h"
 
 #include "kalvo/forms/common.h"
+#include "kalvo/forms/conic_recovery.h"
+#include "kalvo/forms/conic_rows.h"
 #include "kalvo/forms/curvature.h"
 #include "kalvo/forms/scaling.h"
 #include "kalvo/sparse/index.h"
-#include "kalvo/sparse/ldl.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <initializer_list>
 #include <numbers>
-#include <numeric>
 #include <utility>
 
 namespace klv {
 
 using std::numbers::sqrt2;
-
-// ---- Rows -------------------------------------------------------------------------------------------------------------------------
-
-// What a row of the form is made of: linear parts of the stated problem, semidefinite terms included, and columns of the form.
-enum class Part : std::uint8_t {
-    constraint,
-    affine_row,      // of the affine conic constraints, without its constant
-    bound,           // a variable, in rows for its bounds
-    member,          // a variable, in rows for its cone
-    matrix_entry,    // an entry of a semidefinite variable, off the diagonal times the root of 2
-    auxiliary,       // a variable that only the form has
-    count
-};
-
-// Rows of one group stand together: those of equations, of inequalities, of cones.
-enum class Group : std::uint8_t { zero, nonnegative, cone, count };
-
-// A part of a row, times a factor.
-struct Use {
-    std::int32_t part, row;
-    double factor;
-};
-
-// The uses of each part of one kind.
-class Uses {
-public:
-    void add (std::int32_t part, std::int32_t row, double factor) { given_.push_back ({part, row, factor}); }
-
-    // Uses are looked up by part from then on.
-    void arrange (std::size_t parts)
-    {
-        start_.assign (parts + 1, 0);
-        for (const Use& use : given_)
-            ++start_[index (use.part) + 1];
-        std::partial_sum (start_.begin (), start_.end (), start_.begin ());
-        std::vector<Use> sorted (given_.size ());
-        std::vector<std::size_t> next (start_.begin (), start_.end () - 1);
-        for (const Use& use : given_)
-            sorted[next[index (use.part)]++] = use;
-        given_ = std::move (sorted);
-    }
-    std::span<const Use> of (std::size_t part) const
-    {
-        return std::span (given_).subspan (start_[part], start_[part + 1] - start_[part]);
-    }
-    template <class Function>
-    void each (const Function& function)
-    {
-        for (Use& use : given_)
-            function (use);
-    }
-
-    // What the multipliers z of the rows give each part.
-    std::vector<double> multipliers (std::span<const double> z) const
-    {
-        std::vector<double> sums (start_.size () - 1);
-        for (const Use& use : given_)
-            sums[index (use.part)] += use.factor * z[index (use.row)];
-        return sums;
-    }
-
-private:
-    std::vector<std::size_t> start_;
-    std::vector<Use> given_;
-};
-
-// A member of a block that lies in a domain: a part, its factor, and a constant.
-struct Piece {
-    Part part;
-    std::int32_t number;
-    double constant = 0;
-    double factor = 1;
-
-    Piece times (double by) const { return {part, number, by * constant, by * factor}; }
-};
-
-// A row of F of a quadratic constraint, in the rows of its cone.
-struct FactorEntry {
-    std::int32_t variable, row;
-    double value;
-};
-
-// ---- Recovery -----------------------------------------------------------------------------------------------------------------------
-
-class ConicRecovery final : public Recovery {
-public:
-    Point back (Point&& claimed) const override;
-    std::shared_ptr<const Start> forth (std::shared_ptr<const Start>) const override { return nullptr; }
-
-    double sign = 1;    // -1: a maximum was stated
-    FixedVariables fixed;
-    std::array<Uses, static_cast<std::size_t> (Part::count)> uses;
-    std::vector<double> column_factor, row_factor;
-    Factors factors;
-    std::vector<std::int32_t> orders;                   // of the semidefinite variables
-    std::int32_t matrix_columns = 0;                    // and the columns of all their entries
-    std::vector<std::int32_t> quadratic_constraints;    // that are cones of the form
-    std::vector<FactorEntry> factor_entries;
-    std::shared_ptr<const Problem> stated;
-
-private:
-    const Uses& of (Part part) const { return uses[static_cast<std::size_t> (part)]; }
-    void take_columns (std::span<const double> columns, bool direction, std::vector<double>& x,
-                       std::vector<double>& barx) const;
-    void take_multipliers (std::span<const double> z, std::vector<double>& y, Point& point) const;
-    std::vector<double> point_of_ray (std::span<const double> z, std::span<const double> y) const;
-};
-
-void ConicRecovery::take_columns (std::span<const double> columns, bool direction, std::vector<double>& x,
-                                  std::vector<double>& barx) const
-{
-    std::vector<double> values (columns.begin (), columns.end ());
-    for (std::size_t j = 0; j < values.size (); ++j)
-        values[j] *= column_factor[j] * (direction ? 1 : factors.point);
-    x = fixed.spread (std::span (values).first (fixed.columns ()), direction);
-    barx.resize (index (matrix_columns));
-    std::size_t first = 0;
-    for (const std::int32_t order : orders) {
-        std::size_t to = first;
-        for (std::int32_t column = 0; column < order; ++column)
-            for (std::int32_t row = column; row < order; ++row) {
-                const double entry =
-                    values[fixed.columns () + first + index (row) * index (row + 1) / 2 + index (column)];
-                barx[to++] = row == column ? entry : entry / sqrt2;
-            }
-        first = to;
-    }
-}
-
-void ConicRecovery::take_multipliers (std::span<const double> z, std::vector<double>& y, Point& point) const
-{
-    y = of (Part::constraint).multipliers (z);
-    point.doty = of (Part::affine_row).multipliers (z);
-    point.snx = of (Part::member).multipliers (z);
-    for (std::vector<double>* values : {&y, &point.doty, &point.snx})
-        for (double& value : *values)
-            value = sign * value + 0.0;
-}
-
-// The x with sum of y_i Q_i x equal to what the multipliers of the factors' rows give: there the ray's gradients are taken.
-std::vector<double> ConicRecovery::point_of_ray (std::span<const double> z, std::span<const double> y) const
-{
-    std::vector<double> x (y.empty () ? 0 : index (stated->variables ()), 0.0);
-    GivenTerms given;
-    std::vector<std::int32_t> rows, columns;
-    std::vector<double> values, right (x.size (), 0.0);
-    const SymmetricTerms& terms = stated->quadratic_constraint;
-    for (const std::int32_t constraint : quadratic_constraints) {
-        const double multiplier = y[index (constraint)];
-        if (multiplier == 0)
-            continue;
-        const TermRange range = terms.of_item (constraint);
-        for (std::size_t k = range.begin; k < range.end; ++k) {
-            rows.push_back (terms.row[k]);
-            columns.push_back (terms.column[k]);
-            values.push_back (-sign * multiplier * terms.value[k]);
-        }
-    }
-    if (values.empty ())
-        return {};
-    for (const FactorEntry& entry : factor_entries)
-        right[index (entry.variable)] -= entry.value * z[index (entry.row)];
-    given.row = rows;
-    given.column = columns;
-    given.value = values;
-    SymmetricTerms sum = add_up (given);
-    const LocalMatrix matrix = gather (sum, {0, sum.value.size ()}, 1);
-    constexpr double small = 1e-14;
-    Ldl ldl (matrix.upper);
-    double largest = 0;
-    for (const double value : matrix.upper.values)
-        largest = std::max (largest, std::abs (value));
-    ldl.factor (matrix.upper.values, small * largest);
-    std::vector<double> local (matrix.variables.size ());
-    for (std::size_t k = 0; k < local.size (); ++k)
-        local[k] = right[index (matrix.variables[k])];
-    ldl.solve (local);
-    for (std::size_t k = 0; k < local.size (); ++k)
-        x[index (matrix.variables[k])] = local[k];
-    return x;
-}
-
-Point ConicRecovery::back (Point&& claimed) const
-{
-    Point point{.outcome = claimed.outcome, .message = std::move (claimed.message)};
-    const std::size_t columns = column_factor.size (), rows = row_factor.size ();
-    const auto scaled = [&] (std::span<const double> z, double factor) {
-        std::vector<double> values (z.begin (), z.end ());
-        for (std::size_t i = 0; i < values.size (); ++i)
-            values[i] *= row_factor[i] * factor;
-        return values;
-    };
-    // An empty form has a point and multipliers too: only the outcome tells whether they are claimed.
-    const bool has_point = claimed.outcome != Outcome::infeasible && claimed.outcome != Outcome::unbounded;
-    if (claimed.outcome == Outcome::infeasible && claimed.dual_ray.size () == rows) {
-        const std::vector<double> z = scaled (claimed.dual_ray, 1);
-        take_multipliers (z, point.dual_ray, point);
-        point.x = point_of_ray (z, point.dual_ray);
-    }
-    if (claimed.outcome == Outcome::unbounded && claimed.primal_ray.size () == columns)
-        take_columns (claimed.primal_ray, true, point.primal_ray, point.barx);
-    if (has_point && claimed.x.size () == columns && (columns > 0 || claimed.outcome == Outcome::optimal))
-        take_columns (claimed.x, false, point.x, point.barx);
-    if (has_point && claimed.y.size () == rows && (rows > 0 || claimed.outcome == Outcome::optimal))
-        take_multipliers (scaled (claimed.y, factors.objective / factors.point), point.y, point);
-    return point;
-}
-
-// ---- The form -----------------------------------------------------------------------------------------------------------------------
 
 class ConicBuilder {
 public:
@@ -235,34 +24,15 @@ public:
           problem_ (*stated_),
           infinite_bound_ (infinite_bound),
           scaled_ (scaled),
-          centre_ (centre),
           recovery_ (std::make_shared<ConicRecovery> ()),
-          fixed_ (problem_)
+          fixed_ (problem_),
+          rows_ (centre)
     {}
 
     Lowered build ();
 
 private:
     Interval bounds (const Bounds& stated, std::size_t item);
-    double value_at_centre (const Piece& piece) const;
-    double ratio_at_centre (const Piece& first, const Piece& second);
-    std::int32_t add_row (Group group, std::span<const Piece> pieces);
-    std::int32_t add_row (Group group, std::initializer_list<Piece> pieces)
-    {
-        return add_row (group, std::span (pieces.begin (), pieces.size ()));
-    }
-    void add_nonnegative (const Piece& piece) { add_row (Group::nonnegative, {piece}); }
-    void add_cone (ConeKind kind, std::int32_t rows, std::int32_t order = 0, double exponent = 0);
-    void add_second_order (std::span<const Piece> pieces);
-    void add_rotated (const Piece& first, const Piece& second, std::span<const Piece> rest);
-    void add_exponential (std::vector<Piece>&& exponent, const Piece& scale, const Piece& bound);
-    void add_power (std::span<const Piece> factors, std::span<const double> weights,
-                    std::span<const Piece> rest);
-    void add_power_of_two_factors (const Piece& first, const Piece& second, const Piece& mean, double share);
-    void add_semidefinite (std::span<const Piece> lower_by_columns);
-    Piece add_mean (const Piece& first, const Piece& second, double share);
-    void add_domain (KLVdomaintype type, std::span<const Piece> pieces, std::span<const double> exponents);
-
     bool add_quadratic (std::int32_t constraint, TermRange terms, Interval here);
     void add_interval (Part part, std::size_t item, Interval here);
     void add_constraints ();
@@ -271,7 +41,7 @@ private:
     void add_cones ();
     void add_matrices ();
 
-    void number_rows ();
+    void arrange_rows ();
     void fill_columns (ConicForm& form);
     void scale (ConicForm& form);
 
@@ -279,220 +49,13 @@ private:
     const Problem& problem_;
     double infinite_bound_;
     bool scaled_;
-    const Centre* centre_;
-    std::vector<double> auxiliary_at_centre_;
     Lowered lowered_;
     std::shared_ptr<ConicRecovery> recovery_;
     FixedVariables fixed_;
 
-    std::array<std::vector<double>, static_cast<std::size_t> (Group::count)>
-        constants_;    // of rows, by group
-    std::array<Uses, static_cast<std::size_t> (Part::count)> uses_;
+    ConicRows rows_;
     std::vector<FactorEntry> factor_entries_;
-    std::vector<ElementaryCone> cones_;    // of the third group
-    std::int32_t auxiliaries_ = 0;
 };
-
-// ---- Rows of domains ------------------------------------------------------------------------------------------------------------------
-
-// Rows are numbered within their groups: those of later groups are told by large numbers, and get their own when all are known.
-constexpr std::int32_t rows_of_a_group = 1 << 29;
-
-std::int32_t ConicBuilder::add_row (Group group, std::span<const Piece> pieces)
-{
-    std::vector<double>& constants = constants_[static_cast<std::size_t> (group)];
-    const auto number =
-        static_cast<std::int32_t> (constants.size ()) + rows_of_a_group * static_cast<std::int32_t> (group);
-    double constant = 0;
-    for (const Piece& piece : pieces) {
-        constant += piece.constant;
-        if (piece.factor != 0)
-            uses_[static_cast<std::size_t> (piece.part)].add (piece.number, number, piece.factor);
-    }
-    constants.push_back (constant);
-    return number;
-}
-
-void ConicBuilder::add_cone (ConeKind kind, std::int32_t rows, std::int32_t order, double exponent)
-{
-    cones_.push_back ({kind, rows, order, exponent});
-}
-
-void ConicBuilder::add_second_order (std::span<const Piece> pieces)
-{
-    if (pieces.size () == 1)
-        return add_nonnegative (pieces.front ());
-    for (const Piece& piece : pieces)
-        add_row (Group::cone, {piece});
-    add_cone (ConeKind::second_order, static_cast<std::int32_t> (pieces.size ()));
-}
-
-double ConicBuilder::value_at_centre (const Piece& piece) const
-{
-    const std::vector<double>& values = piece.part == Part::auxiliary    ? auxiliary_at_centre_
-                                        : piece.part == Part::affine_row ? centre_->affine_rows
-                                        : piece.part == Part::constraint ? centre_->constraints
-                                                                         : centre_->variables;
-    return piece.constant + piece.factor * values[index (piece.number)];
-}
-
-// A power of two near to the one value divided by the other; 1 where there is no centre inside the cone.
-double ConicBuilder::ratio_at_centre (const Piece& first, const Piece& second)
-{
-    constexpr double least = 0x1p-100, most = 0x1p100;
-    if (centre_ == nullptr)
-        return 1;
-    const double one = value_at_centre (first), other = value_at_centre (second);
-    if (!(one > 0 && other > 0))
-        return 1;
-    const double ratio = std::exp2 (std::round (std::log2 (std::clamp (one / other, least, most))));
-    lowered_.centred = lowered_.centred || ratio != 1;
-    return ratio;
-}
-
-// (first, second, rest) -> (first / s, second s, rest)
-void ConicBuilder::add_rotated (const Piece& first, const Piece& second, std::span<const Piece> rest)
-{
-    if (rest.empty ()) {
-        add_nonnegative (first);
-        return add_nonnegative (second);
-    }
-    const double s = std::exp2 (std::round (0.5 * std::log2 (ratio_at_centre (first, second))));
-    add_row (Group::cone, {first.times (1 / (s * sqrt2)), second.times (s / sqrt2)});
-    add_row (Group::cone, {first.times (1 / (s * sqrt2)), second.times (-s / sqrt2)});
-    for (const Piece& piece : rest)
-        add_row (Group::cone, {piece});
-    add_cone (ConeKind::second_order, static_cast<std::int32_t> (rest.size ()) + 2);
-}
-
-// scale exp (exponent / scale) <= bound: (exponent, scale, bound) -> (exponent - k scale, scale, e^-k bound)
-void ConicBuilder::add_exponential (std::vector<Piece>&& exponent, const Piece& scale, const Piece& bound)
-{
-    const double power = ratio_at_centre (bound, scale);
-    if (power != 1)
-        exponent.push_back (scale.times (-std::log (power)));
-    add_row (Group::cone, exponent);
-    add_row (Group::cone, {scale});
-    add_row (Group::cone, {bound.times (1 / power)});
-    add_cone (ConeKind::exponential, 3);
-}
-
-// A variable for the largest weighted geometric mean of two factors.
-Piece ConicBuilder::add_mean (const Piece& first, const Piece& second, double share)
-{
-    if (centre_ != nullptr)
-        auxiliary_at_centre_.push_back (std::pow (std::max (value_at_centre (first), 0.0), share) *
-                                        std::pow (std::max (value_at_centre (second), 0.0), 1 - share));
-    return {Part::auxiliary, auxiliaries_++};
-}
-
-// first^share second^(1-share) >= |mean|: (first, second, mean) -> (first / s, s second, s^(1-2 share) mean)
-void ConicBuilder::add_power_of_two_factors (const Piece& first, const Piece& second, const Piece& mean,
-                                             double share)
-{
-    const double s = std::exp2 (std::round (0.5 * std::log2 (ratio_at_centre (first, second))));
-    add_row (Group::cone, {first.times (1 / s)});
-    add_row (Group::cone, {second.times (s)});
-    add_row (Group::cone, {mean.times (std::pow (s, 1 - 2 * share))});
-    add_cone (ConeKind::power, 3, 0, share);
-}
-
-// A chain of three-dimensional cones: the weighted mean of the first factors, then of that mean and the next factor, and so on.
-void ConicBuilder::add_power (std::span<const Piece> factors, std::span<const double> weights,
-                              std::span<const Piece> rest)
-{
-    constexpr double negligible = 1e-15;
-    if (rest.empty ()) {
-        for (const Piece& factor : factors)
-            add_nonnegative (factor);
-        return;
-    }
-    Piece mean = factors.front ();
-    double weight = weights.front ();
-    for (std::size_t k = 1; k < factors.size (); ++k) {
-        weight += weights[k];
-        const bool last = k + 1 == factors.size () && rest.size () == 1;
-        const double share = weights[k] / weight;
-        const Piece next = last ? rest.front () : add_mean (mean, factors[k], 1 - share);
-        if (share <= negligible || share >= 1) {
-            const bool keeps_mean = share <= negligible;
-            add_nonnegative (keeps_mean ? factors[k] : mean);
-            add_second_order (std::array{keeps_mean ? mean : factors[k], next});
-        } else
-            add_power_of_two_factors (mean, factors[k], next, 1 - share);
-        mean = next;
-        if (last)
-            return;
-    }
-    std::vector<Piece> block{mean};
-    block.insert (block.end (), rest.begin (), rest.end ());
-    add_second_order (block);
-}
-
-void ConicBuilder::add_semidefinite (std::span<const Piece> lower_by_columns)
-{
-    std::int32_t order = 0;
-    while (packed_length (order) < std::ssize (lower_by_columns))
-        ++order;
-    if (order == 1)
-        return add_nonnegative (lower_by_columns.front ());
-    for (std::int32_t row = 0; row < order; ++row)    // columns of the upper triangle
-        for (std::int32_t column = 0; column <= row; ++column) {
-            const std::int64_t place = column * (2 * std::int64_t{order} - column - 1) / 2 + row;
-            add_row (Group::cone, {lower_by_columns[static_cast<std::size_t> (place)]});
-        }
-    add_cone (ConeKind::semidefinite, static_cast<std::int32_t> (lower_by_columns.size ()), order);
-}
-
-void ConicBuilder::add_domain (KLVdomaintype type, std::span<const Piece> pieces,
-                               std::span<const double> exponents)
-{
-    const auto add_each = [&] (Group group, double factor) {
-        for (const Piece& piece : pieces)
-            add_row (group, {piece.times (factor)});
-    };
-    // The dual cone of a power cone is one too, its factors divided by their weights.
-    const auto add_weighted = [&] (std::size_t count, std::span<const double> given, bool dual) {
-        std::vector<Piece> factors (pieces.begin (), pieces.begin () + static_cast<std::ptrdiff_t> (count));
-        std::vector<double> weights (given.begin (), given.end ());
-        weights.resize (count, 1.0);
-        const double sum = std::accumulate (weights.begin (), weights.end (), 0.0);
-        for (std::size_t k = 0; k < count; ++k) {
-            weights[k] /= sum;
-            if (dual)
-                factors[k] = factors[k].times (1 / weights[k]);
-        }
-        add_power (factors, weights, pieces.subspan (count));
-    };
-    switch (type) {
-    case KLV_DOMAIN_FREE:
-        return;
-    case KLV_DOMAIN_ZERO:
-        return add_each (Group::zero, 1);
-    case KLV_DOMAIN_NONNEGATIVE:
-        return add_each (Group::nonnegative, 1);
-    case KLV_DOMAIN_NONPOSITIVE:
-        return add_each (Group::nonnegative, -1);
-    case KLV_DOMAIN_QUADRATIC_CONE:
-        return add_second_order (pieces);
-    case KLV_DOMAIN_ROTATED_QUADRATIC_CONE:
-        return add_rotated (pieces[0], pieces[1], pieces.subspan (2));
-    case KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE:
-        return add_exponential ({pieces[2]}, pieces[1], pieces[0]);
-    case KLV_DOMAIN_DUAL_EXPONENTIAL_CONE:
-        return add_exponential ({pieces[2], pieces[1].times (-1)}, pieces[2].times (-1), pieces[0]);
-    case KLV_DOMAIN_PRIMAL_POWER_CONE:
-    case KLV_DOMAIN_DUAL_POWER_CONE:
-        return add_weighted (exponents.size (), exponents, type == KLV_DOMAIN_DUAL_POWER_CONE);
-    case KLV_DOMAIN_PRIMAL_GEOMETRIC_MEAN_CONE:
-    case KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE:
-        return add_weighted (pieces.size () - 1, {}, type == KLV_DOMAIN_DUAL_GEOMETRIC_MEAN_CONE);
-    case KLV_DOMAIN_SEMIDEFINITE_CONE:
-        return add_semidefinite (pieces);
-    default:
-        return;
-    }
-}
 
 // ---- Rows of the stated problem ---------------------------------------------------------------------------------------------------------
 
@@ -505,13 +68,13 @@ void ConicBuilder::add_interval (Part part, std::size_t item, Interval here)
 {
     const auto number = static_cast<std::int32_t> (item);
     if (here.lower == here.upper) {
-        add_row (Group::zero, {{part, number, -here.lower}});
+        rows_.add_row (Group::zero, {{part, number, -here.lower}});
         return;
     }
     if (here.lower > -infinity)
-        add_row (Group::nonnegative, {{part, number, -here.lower}});
+        rows_.add_row (Group::nonnegative, {{part, number, -here.lower}});
     if (here.upper < infinity)
-        add_row (Group::nonnegative, {{part, number, here.upper, -1}});
+        rows_.add_row (Group::nonnegative, {{part, number, here.upper, -1}});
 }
 
 // 1/2 x'Qx + a'x <= u as 2 r (u - a'x) / r >= |Fx|^2, for any positive r.
@@ -535,25 +98,21 @@ bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Inte
         return refuse_curvature (matrix.variables.front (), -matrix.upper.values.front ());
     const double bound = direction > 0 ? here.upper : -here.lower;
     const Piece room{Part::constraint, constraint, bound, -direction};
-    double square = std::abs (bound) > 0 ? std::abs (bound) : 1.0;
-    if (centre_ != nullptr && value_at_centre (room) > 0) {
-        square = value_at_centre (room);
-        lowered_.centred = true;
-    }
-    const double r = std::sqrt (square);
+    const double there = rows_.positive_at_centre (room);
+    const double r = std::sqrt (there > 0 ? there : std::abs (bound) > 0 ? std::abs (bound) : 1);
     const Piece first{Part::auxiliary, 0, r, 0};
-    add_row (Group::cone, {first.times (1 / sqrt2), room.times (1 / (r * sqrt2))});
-    add_row (Group::cone, {first.times (1 / sqrt2), room.times (-1 / (r * sqrt2))});
+    rows_.add_row (Group::cone, {first.times (1 / sqrt2), room.times (1 / (r * sqrt2))});
+    rows_.add_row (Group::cone, {first.times (1 / sqrt2), room.times (-1 / (r * sqrt2))});
     const SparseColumns factor = factor_semidefinite (matrix);
     for (std::size_t k = 0; k < index (factor.columns ()); ++k) {
-        const std::int32_t row = add_row (Group::cone, {});
+        const std::int32_t row = rows_.add_row (Group::cone, {});
         const auto variables = factor.rows_of (k);
         const auto values = factor.values_of (k);
         for (std::size_t i = 0; i < variables.size (); ++i)
             factor_entries_.push_back ({variables[i], row, values[i]});
     }
     recovery_->quadratic_constraints.push_back (constraint);
-    add_cone (ConeKind::second_order, factor.columns () + 2);
+    rows_.add_cone (ConeKind::second_order, factor.columns () + 2);
     return true;
 }
 
@@ -592,8 +151,8 @@ void ConicBuilder::add_affine_constraints ()
                                problem_.affine.g[index (all.expression[row])] - all.b[row]});
         const std::int32_t domain = all.domain[k];
         if (!pieces.empty ())
-            add_domain (static_cast<KLVdomaintype> (problem_.domain.type[index (domain)]), pieces,
-                        problem_.domain.exponents (domain));
+            rows_.add_domain (static_cast<KLVdomaintype> (problem_.domain.type[index (domain)]), pieces,
+                              problem_.domain.exponents (domain));
     }
 }
 
@@ -607,7 +166,7 @@ void ConicBuilder::add_cones ()
             pieces.push_back ({Part::member, member});
         const double exponents[] = {all.parameter[index (k)], 1 - all.parameter[index (k)]};
         if (!pieces.empty ())
-            add_domain (domain_of_cone[all.type[index (k)]], pieces, exponents);
+            rows_.add_domain (domain_of_cone[all.type[index (k)]], pieces, exponents);
     }
 }
 
@@ -617,36 +176,25 @@ void ConicBuilder::add_matrices ()
     for (const std::int32_t order : problem_.semidefinite.order) {
         const auto length = static_cast<std::int32_t> (packed_length (order));
         if (order == 1)
-            add_nonnegative ({Part::matrix_entry, first});
+            rows_.add_nonnegative ({Part::matrix_entry, first});
         else if (order > 1) {
             for (std::int32_t entry = first; entry < first + length; ++entry)
-                add_row (Group::cone, {{Part::matrix_entry, entry}});
-            add_cone (ConeKind::semidefinite, length, order);
+                rows_.add_row (Group::cone, {{Part::matrix_entry, entry}});
+            rows_.add_cone (ConeKind::semidefinite, length, order);
         }
         first += length;
     }
 }
 
 // ---- Columns ------------------------------------------------------------------------------------------------------------------------------
-
-void ConicBuilder::number_rows ()
+void ConicBuilder::arrange_rows ()
 {
-    std::array<std::int32_t, static_cast<std::size_t> (Group::count)> first{};
-    for (std::size_t group = 1; group < first.size (); ++group)
-        first[group] = first[group - 1] + static_cast<std::int32_t> (constants_[group - 1].size ());
-    const auto number = [&] (std::int32_t& row) {
-        row = first[index (row / rows_of_a_group)] + row % rows_of_a_group;
-    };
-    for (Uses& uses : uses_)
-        uses.each ([&] (Use& use) { number (use.row); });
-    for (FactorEntry& entry : factor_entries_)
-        number (entry.row);
-    const SemidefiniteVariables& bar = problem_.semidefinite;
     const std::size_t counts[] = {problem_.constraint.key.size (), index (problem_.affine_constraint.rows ()),
-                                  problem_.variable.key.size (),   problem_.variable.key.size (),
-                                  index (bar.length ()),           index (auxiliaries_)};
-    for (std::size_t part = 0; part < uses_.size (); ++part)
-        uses_[part].arrange (counts[part]);
+                                  problem_.variable.key.size (), problem_.variable.key.size (),
+                                  index (problem_.semidefinite.length ())};
+    rows_.arrange (counts);
+    for (FactorEntry& entry : factor_entries_)
+        entry.row = rows_.arranged (entry.row);
 }
 
 // Adds up what a column has in each row.
@@ -683,29 +231,15 @@ private:
     std::vector<Entry> entries_;
 };
 
-// Entries by column, without order within one.
-template <class Entry>
-static std::vector<std::size_t> starts_of (const std::vector<Entry>& entries, std::size_t columns)
-{
-    std::vector<std::size_t> starts (columns + 1, 0);
-    for (const Entry& entry : entries)
-        ++starts[index (entry.column) + 1];
-    std::partial_sum (starts.begin (), starts.end (), starts.begin ());
-    return starts;
-}
-
 void ConicBuilder::fill_columns (ConicForm& form)
 {
-    for (const std::vector<double>& constants : constants_)
-        form.right.insert (form.right.end (), constants.begin (), constants.end ());
+    form.right = rows_.constants ();
     ColumnSums sums (form.right.size ());
     const auto add_all = [&] (std::span<const Use> uses, double value) {
         for (const Use& use : uses)
             sums.add (use.row, value * use.factor);
     };
-    const auto of = [&] (Part part, std::size_t number) {
-        return uses_[static_cast<std::size_t> (part)].of (number);
-    };
+    const auto of = [&] (Part part, std::size_t number) { return rows_.uses_of (part, number); };
     const auto end_column = [&] {
         sums.take ([&] (std::int32_t row, double value) {
             form.matrix.rows.push_back (row);
@@ -774,7 +308,7 @@ void ConicBuilder::fill_columns (ConicForm& form)
         add_all (of (Part::matrix_entry, index (column)), 1);
         end_column ();
     }
-    for (std::size_t k = 0; k < index (auxiliaries_); ++k) {
+    for (std::size_t k = 0; k < rows_.auxiliaries (); ++k) {
         add_all (of (Part::auxiliary, k), 1);
         end_column ();
     }
@@ -820,13 +354,9 @@ Lowered ConicBuilder::build ()
     add_affine_constraints ();
     add_cones ();
     add_matrices ();
-    number_rows ();
-    const auto rows_in = [&] (Group group) {
-        return static_cast<std::int32_t> (constants_[static_cast<std::size_t> (group)].size ());
-    };
-    form.cones.push_back ({ConeKind::zero, rows_in (Group::zero)});
-    form.cones.push_back ({ConeKind::nonnegative, rows_in (Group::nonnegative)});
-    form.cones.insert (form.cones.end (), cones_.begin (), cones_.end ());
+    arrange_rows ();
+    lowered_.centred = rows_.depend_on_centre ();
+    form.cones = rows_.cones ();
     form.constant = objective.constant;
     form.cost = std::move (objective.cost);
     form.quadratic = std::move (objective.quadratic);
@@ -839,7 +369,7 @@ Lowered ConicBuilder::build ()
     }
 
     recovery_->sign = problem_.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
-    recovery_->uses = std::move (uses_);
+    recovery_->uses = rows_.take_uses ();
     recovery_->orders = problem_.semidefinite.order;
     recovery_->matrix_columns = problem_.semidefinite.length ();
     recovery_->factor_entries = std::move (factor_entries_);

@@ -38,7 +38,9 @@ std::size_t work_of (const Problem& problem)
 Answer judge (Call& call, const Check& check, const Problem& problem, Point&& claimed)
 {
     call.enter (KLV_CALLER_CHECK);
-    return call.compute (work_of (problem), [&] { return check (std::move (claimed)); });
+    Answer answer = call.compute (work_of (problem), [&] { return check (std::move (claimed)); });
+    call.leave ();
+    return answer;
 }
 
 void add_one (Task& task, IntItem item)

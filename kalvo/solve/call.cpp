@@ -47,6 +47,11 @@ void Call::enter (std::uint32_t caller)
     ask (caller);
 }
 
+void Call::leave ()
+{
+    change_phase (phase_, KLV_CALLER_BEGIN_OPTIMIZE, Clock::now ());
+}
+
 void Call::compute_beside (const std::function<void ()>& function)
 {
     std::future<void> result;

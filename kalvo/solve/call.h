@@ -34,6 +34,7 @@ public:
     static constexpr std::chrono::duration<double> between_questions{0.025};
 
     void enter (std::uint32_t caller);    // begins a phase of the calling thread
+    void leave ();                        // ends it, without a question
     std::uint32_t phase () const { return phase_.caller; }
     void ask (std::uint32_t caller);                    // unless an answer was other than 0
     std::int32_t answer () const { return answer_; }    // of the callback; other than 0: stop
