@@ -59,12 +59,17 @@ void ConvexPlan::go_through (Method method, double far, const char* why)
 // A point that is not the solution yet tells of what magnitude the members of the solution's cones are.
 void ConvexPlan::go_through_patiently ()
 {
-    constexpr int most = 3;
+    constexpr int most = 6;
     const Attempt patient{.method = Method::conic, .patient = true};
     if (best_ && !settled () && attempts_.has_asymmetric_cones ())
         attempt (patient, "");
-    for (int k = 0; k < most && best_ && !settled () && latest_ && attempts_.centre (*latest_); ++k)
+    double error = infinity;
+    for (int k = 0; k < most && best_ && !settled () && latest_ && error_of (*latest_) < error / 2; ++k) {
+        error = error_of (*latest_);
+        if (!attempts_.centre (*latest_))
+            return;
         attempt (patient, "");
+    }
 }
 
 // What is as well as singular for one scaling is sometimes not for another.

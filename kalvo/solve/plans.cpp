@@ -2,6 +2,7 @@
 
 #include "kalvo/model/text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace klv {
@@ -61,9 +62,21 @@ static int worth (const Answer& answer)
     }
 }
 
+double error_of (const Solution& solution)
+{
+    const Violations& violations = solution.violations;
+    return std::max ({violations.primal, violations.dual, violations.gap});
+}
+
 void keep_better (std::optional<Tried>& kept, Tried&& other)
 {
-    if (!kept || worth (other.answer) > worth (kept->answer))
+    const auto is_better = [&] {
+        const std::optional<Solution>&before = kept->answer.solution, &now = other.answer.solution;
+        if (worth (other.answer) != worth (kept->answer) || other.answer.conclusive)
+            return worth (other.answer) > worth (kept->answer);
+        return before && now && before->has_dual && now->has_dual && error_of (*now) < error_of (*before);
+    };
+    if (!kept || is_better ())
         kept = std::move (other);
 }
 

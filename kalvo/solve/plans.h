@@ -30,7 +30,10 @@ bool has_linear_constraints (const Problem& problem);
 // Makes another attempt after one that settled nothing, with a warning.
 Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next);
 
-// Replaces `kept` by `other` if that knows more about the problem.
+// The largest of violations and gap.
+double error_of (const Solution& solution);
+
+// Replaces `kept` by `other` if that knows more about the problem, or as much, with duals and a smaller error.
 void keep_better (std::optional<Tried>& kept, Tried&& other);
 
 }
