@@ -4,6 +4,7 @@
 #include "kalvo/solve/plans.h"
 
 #include "kalvo/model/text.h"
+#include "kalvo/solve/correct.h"
 
 #include <utility>
 
@@ -22,6 +23,7 @@ private:
     bool settled () const { return best_ && attempts_.settles (best_->answer); }
     bool refused () const { return failure_ && failure_->refused.item != Refused::Item::none; }
     void attempt (const Attempt& attempt, const char* why);
+    void correct (Answer& answer);
     void go_through (Method method, double far, const char* why);
     void go_through_patiently ();
     void go_through_unscaled ();
@@ -32,10 +34,33 @@ private:
     std::optional<Failure> failure_;    // of the last engine that could not be prepared
 };
 
+// Numbers far from 1 leave rows violated by what is little to an engine, while all else holds.
+void ConvexPlan::correct (Answer& answer)
+{
+    constexpr double nearly_closed = 1e-4;
+    if (answer.conclusive || !answer.solution ||
+        answer.solution->solution_status != KLV_SOLSTA_DUAL_FEASIBLE ||
+        answer.solution->violations.gap > nearly_closed)
+        return;
+    const Solution& solution = *answer.solution;
+    std::vector<double> x = corrected (attempts_.problem (), solution);
+    if (x.empty ())
+        return;
+    Answer better = attempts_.judge ({.outcome = Outcome::optimal,
+                                      .x = std::move (x),
+                                      .y = solution.y,
+                                      .barx = solution.barx,
+                                      .doty = solution.doty,
+                                      .snx = solution.snx});
+    if (better.conclusive || (better.solution && error_of (*better.solution) < error_of (solution)))
+        answer = std::move (better);
+}
+
 void ConvexPlan::attempt (const Attempt& attempt, const char* why)
 {
     Tried tried =
         best_ ? try_again (attempts_, best_->answer, attempt) : attempts_.run (attempt, nullptr, why);
+    correct (tried.answer);
     latest_ = tried.answer.solution;
     keep_better (best_, std::move (tried));
 }
