@@ -4,7 +4,6 @@
 #include "kalvo/forms/curvature.h"
 #include "kalvo/forms/scaling.h"
 #include "kalvo/sparse/index.h"
-#include "kalvo/sparse/ldl.h"
 
 #include <algorithm>
 #include <array>
@@ -99,6 +98,12 @@ struct FactorEntry {
     double value;
 };
 
+// What a fixed variable leaves of a quadratic term.
+struct LinearTerm {
+    std::int32_t variable, constraint;
+    double value;
+};
+
 // ---- Recovery -----------------------------------------------------------------------------------------------------------------------
 
 class ConicRecovery final : public Recovery {
@@ -111,9 +116,8 @@ public:
     std::array<Uses, static_cast<std::size_t> (Part::count)> uses;
     std::vector<double> column_factor, row_factor;
     Factors factors;
-    std::vector<std::int32_t> orders;                   // of the semidefinite variables
-    std::int32_t matrix_columns = 0;                    // and the columns of all their entries
-    std::vector<std::int32_t> quadratic_constraints;    // that are cones of the form
+    std::vector<std::int32_t> orders;    // of the semidefinite variables
+    std::int32_t matrix_columns = 0;     // and the columns of all their entries
     std::vector<FactorEntry> factor_entries;
     std::shared_ptr<const Problem> stated;
 
@@ -159,43 +163,20 @@ void ConicRecovery::take_multipliers (std::span<const double> z, std::vector<dou
 // The x with sum of y_i Q_i x equal to what the multipliers of the factors' rows give: there the ray's gradients are taken.
 std::vector<double> ConicRecovery::point_of_ray (std::span<const double> z, std::span<const double> y) const
 {
-    std::vector<double> x (y.empty () ? 0 : index (stated->variables ()), 0.0);
-    GivenTerms given;
-    std::vector<std::int32_t> rows, columns;
-    std::vector<double> values, right (x.size (), 0.0);
-    const SymmetricTerms& terms = stated->quadratic_constraint;
-    for (const std::int32_t constraint : quadratic_constraints) {
-        const double multiplier = y[index (constraint)];
-        if (multiplier == 0)
-            continue;
-        const TermRange range = terms.of_item (constraint);
-        for (std::size_t k = range.begin; k < range.end; ++k) {
-            rows.push_back (terms.row[k]);
-            columns.push_back (terms.column[k]);
-            values.push_back (-sign * multiplier * terms.value[k]);
-        }
-    }
-    if (values.empty ())
+    if (stated->quadratic_constraint.count () == 0)
         return {};
+    std::vector<double> weights, right (index (stated->variables ())), local;
+    for (const double multiplier : y)
+        weights.push_back (-sign * multiplier);
     for (const FactorEntry& entry : factor_entries)
         right[index (entry.variable)] -= entry.value * z[index (entry.row)];
-    given.row = rows;
-    given.column = columns;
-    given.value = values;
-    SymmetricTerms sum = add_up (given);
-    const LocalMatrix matrix = gather (sum, {0, sum.value.size ()}, 1);
-    constexpr double small = 1e-14;
-    Ldl ldl (matrix.upper);
-    double largest = 0;
-    for (const double value : matrix.upper.values)
-        largest = std::max (largest, std::abs (value));
-    ldl.factor (matrix.upper.values, small * largest);
-    std::vector<double> local (matrix.variables.size ());
+    const SemidefiniteEquations equations (stated->quadratic_constraint, weights, fixed);
+    for (const std::int32_t variable : equations.variables ())
+        local.push_back (right[index (variable)]);
+    equations.solve (local);
+    std::vector<double> x = fixed.spread (std::vector<double> (fixed.columns ()), false);
     for (std::size_t k = 0; k < local.size (); ++k)
-        local[k] = right[index (matrix.variables[k])];
-    ldl.solve (local);
-    for (std::size_t k = 0; k < local.size (); ++k)
-        x[index (matrix.variables[k])] = local[k];
+        x[index (equations.variables ()[k])] = local[k];
     return x;
 }
 
@@ -253,6 +234,7 @@ private:
     Piece add_auxiliary () { return {Part::auxiliary, auxiliaries_++}; }
     void add_domain (KLVdomaintype type, std::span<const Piece> pieces, std::span<const double> exponents);
 
+    Interval take_fixed_terms (std::int32_t constraint, TermRange range, Interval here);
     bool add_quadratic (std::int32_t constraint, TermRange terms, Interval here);
     void add_interval (Part part, std::size_t item, Interval here);
     void add_constraints ();
@@ -277,6 +259,7 @@ private:
         constants_;    // of rows, by group
     std::array<Uses, static_cast<std::size_t> (Part::count)> uses_;
     std::vector<FactorEntry> factor_entries_;
+    std::vector<LinearTerm> linear_terms_;
     std::vector<ElementaryCone> cones_;    // of the third group
     std::int32_t auxiliaries_ = 0;
 };
@@ -455,25 +438,39 @@ void ConicBuilder::add_interval (Part part, std::size_t item, Interval here)
         add_row (Group::nonnegative, {{part, number, here.upper, -1}});
 }
 
+// Terms of fixed variables are linear, or constant: the latter are taken from the bounds.
+Interval ConicBuilder::take_fixed_terms (std::int32_t constraint, TermRange range, Interval here)
+{
+    const SymmetricTerms& terms = problem_.quadratic_constraint;
+    double constant = 0;
+    for (std::size_t k = range.begin; k < range.end; ++k) {
+        const std::size_t row = index (terms.row[k]), column = index (terms.column[k]);
+        const bool fixed = fixed_.is_fixed (row);
+        if (fixed && fixed_.is_fixed (column))
+            constant +=
+                (row == column ? 0.5 : 1) * terms.value[k] * fixed_.value (row) * fixed_.value (column);
+        else if (fixed || fixed_.is_fixed (column))
+            linear_terms_.push_back ({fixed ? terms.column[k] : terms.row[k], constraint,
+                                      terms.value[k] * fixed_.value (fixed ? row : column)});
+    }
+    return {here.lower - constant, here.upper - constant};
+}
+
 // 1/2 x'Qx + a'x <= u as 2 r (u - a'x) / r >= |Fx|^2, for any positive r.
 bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Interval here)
 {
     if (here.lower == -infinity && here.upper == infinity)
         return true;
-    const double direction = here.upper < infinity ? 1 : -1;
-    const LocalMatrix matrix = gather (problem_.quadratic_constraint, terms, direction);
-    const auto refuse_curvature = [&] (std::int32_t variable, double curvature) {
-        lowered_.refused = {Refused::Item::constraint_curvature, variable, constraint, curvature};
+    const LocalMatrix matrix = matrix_of_constraint (problem_, terms, here, fixed_);
+    lowered_.refused = refuse_constraint (constraint, matrix, here);
+    if (lowered_.refused.item != Refused::Item::none)
         return false;
-    };
+    here = take_fixed_terms (constraint, terms, here);
+    const double direction = here.upper < infinity ? 1 : -1;
     if (matrix.variables.empty ()) {
         add_interval (Part::constraint, index (constraint), here);
         return true;
     }
-    if (const auto curvature = find_negative_curvature (matrix))
-        return refuse_curvature (curvature->variable, curvature->curvature);
-    if (here.lower > -infinity && here.upper < infinity)
-        return refuse_curvature (matrix.variables.front (), -matrix.upper.values.front ());
     const double bound = direction > 0 ? here.upper : -here.lower;
     const double r = std::sqrt (std::abs (bound) > 0 ? std::abs (bound) : 1.0);
     const Piece first{Part::auxiliary, 0, r, 0};
@@ -488,7 +485,6 @@ bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Inte
         for (std::size_t i = 0; i < variables.size (); ++i)
             factor_entries_.push_back ({variables[i], row, values[i]});
     }
-    recovery_->quadratic_constraints.push_back (constraint);
     add_cone (ConeKind::second_order, factor.columns () + 2);
     return true;
 }
@@ -657,6 +653,8 @@ void ConicBuilder::fill_columns (ConicForm& form)
     };
     std::ranges::stable_sort (factor_entries_, {}, &FactorEntry::variable);
     auto factor_entry = factor_entries_.begin ();
+    std::ranges::stable_sort (linear_terms_, {}, &LinearTerm::variable);
+    auto linear_term = linear_terms_.begin ();
     for (std::size_t j = 0; j < problem_.variable.key.size (); ++j) {
         const auto variable = static_cast<std::int32_t> (j);
         const Column column = problem_.matrix.column (variable);
@@ -671,6 +669,8 @@ void ConicBuilder::fill_columns (ConicForm& form)
         add_all (of (Part::member, j), 1);
         for (; factor_entry != factor_entries_.end () && factor_entry->variable == variable; ++factor_entry)
             sums.add (factor_entry->row, factor_entry->value);
+        for (; linear_term != linear_terms_.end () && linear_term->variable == variable; ++linear_term)
+            add_all (of (Part::constraint, index (linear_term->constraint)), linear_term->value);
         if (fixed_.is_fixed (j))
             sums.take ([&] (std::int32_t row, double value) {
                 form.right[index (row)] += value * fixed_.value (j);

@@ -1,0 +1,80 @@
+#include "kalvo/verify/cone_part.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace klv {
+
+static std::vector<std::size_t> consecutive (std::size_t first, std::size_t count)
+{
+    std::vector<std::size_t> places (count);
+    std::iota (places.begin (), places.end (), first);
+    return places;
+}
+
+std::vector<ConePart> affine_parts (const Problem& problem, std::size_t first, bool duals)
+{
+    std::vector<ConePart> parts;
+    std::size_t begin = 0;
+    for (std::int32_t k = 0; k < problem.affine_constraint.count (); ++k) {
+        const auto end =
+            static_cast<std::size_t> (problem.affine_constraint.end[static_cast<std::size_t> (k)]);
+        const Shape shape = shape_of (problem, k);
+        parts.emplace_back (duals ? dual (shape) : shape, consecutive (first + begin, end - begin));
+        begin = end;
+    }
+    return parts;
+}
+
+void add_matrix_parts (const SemidefiniteVariables& matrices, std::size_t first, std::vector<ConePart>& parts)
+{
+    for (std::int32_t j = 0; j < matrices.count (); ++j) {
+        const auto begin = static_cast<std::size_t> (matrices.begin_of (j));
+        parts.emplace_back (
+            matrices.order[static_cast<std::size_t> (j)],
+            consecutive (first + begin, static_cast<std::size_t> (matrices.begin_of (j + 1)) - begin));
+    }
+}
+
+void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray)
+{
+    for (const ConePart& part : parts) {
+        if (std::ranges::any_of (part.places, [&] (std::size_t place) { return place >= ray.size (); }))
+            continue;
+        std::vector<double> block;
+        for (const std::size_t place : part.places)
+            block.push_back (ray[place]);
+        const double outside = part.distance_of (block);
+        if (part.type == KLV_DOMAIN_ZERO)
+            for (const std::size_t place : part.places)
+                ray[place] = 0;
+        else if (outside > 0 && std::isfinite (outside)) {
+            const std::vector<double> towards = part.direction_of ();
+            std::vector<double> moved (block);
+            for (double by = outside; std::isfinite (by) && part.distance_of (moved) > 0; by *= 2)
+                for (std::size_t i = 0; i < block.size (); ++i)
+                    moved[i] = block[i] + by * towards[i];
+            for (std::size_t i = 0; i < block.size (); ++i)
+                ray[part.places[i]] = moved[i];
+        }
+    }
+}
+
+double relative_distance (const ConePart& part, std::span<const double> block, std::span<const double> terms,
+                          double noise_share)
+{
+    const auto n = static_cast<std::size_t> (part.order);
+    std::vector<double> scale (n), scaled (block.size ());
+    for (std::size_t j = 0, k = 0; j < n; k += n - j++)
+        scale[j] = terms[k] > 0 ? 1 / std::sqrt (terms[k]) : 0;
+    for (std::size_t j = 0, k = 0; j < n; ++j)
+        for (std::size_t i = j; i < n; ++i, ++k) {
+            scaled[k] = block[k] * scale[i] * scale[j];
+            if ((scale[i] == 0 || scale[j] == 0) && !(std::abs (block[k]) <= noise_share * terms[k]))
+                return infinity;
+        }
+    return matrix_distance (part.order, 1, scaled);
+}
+
+}
