@@ -93,7 +93,7 @@ static bool is_inside (const ConePart& part, std::span<const double> terms, Proo
     const bool products =
         std::ranges::all_of (part.places, [&] (std::size_t place) { return place >= entries; });
     if (part.order >= 0 && products) {
-        const double share = relative_distance (part, block, own, noise_tolerance);
+        const double share = relative_distance (part.order, block, own, noise_tolerance);
         proof.noise_share = std::max (proof.noise_share, share);
         const std::vector<double> towards = part.direction_of ();
         for (std::size_t i = 0; i < block.size () && share > 0; ++i)
@@ -451,7 +451,7 @@ std::optional<Solution> certify_again (const Problem& problem, const GivenSoluti
     const auto is_some = [] (const std::vector<double>& values) {
         return std::ranges::any_of (values, [] (double value) { return value != 0; });
     };
-    const bool multipliers = is_some (stored.y) || is_some (stored.doty);
+    const bool multipliers = is_some (stored.y) || is_some (stored.doty) || is_some (stored.snx);
     const bool at_point = multipliers && problem.quadratic_constraint.count () > 0;
     if ((!stored.xx.empty () || is_some (stored.barx)) && !at_point)
         return certify_unbounded (problem, stored.xx, stored.barx);

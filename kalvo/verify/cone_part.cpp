@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <numeric>
 
 namespace klv {
@@ -37,6 +38,24 @@ void add_matrix_parts (const SemidefiniteVariables& matrices, std::size_t first,
     }
 }
 
+double ConePart::distance_of (std::span<const double> block) const
+{
+    constexpr double rounding = 2e-15;
+    const double outside = order < 0 ? distance (shape (), 1, block) : matrix_distance (order, 1, block);
+    if (outside > 0 || type != KLV_DOMAIN_SEMIDEFINITE_CONE)
+        return outside;
+    const std::vector<double> ones = identity (block.size ());
+    const auto n = static_cast<std::int32_t> (std::ranges::count (ones, 1.0));
+    std::vector<double> triangle (block.begin (), block.end ()), magnitudes (block.size ());
+    for (std::size_t k = 0; k < triangle.size (); ++k) {
+        triangle[k] /= order < 0 && ones[k] == 0 ? std::numbers::sqrt2 : 1;
+        magnitudes[k] = std::abs (triangle[k]);
+    }
+    return relative_distance (n, triangle, magnitudes, 0) > rounding * n
+               ? rounding * largest_magnitude (block)
+               : outside;
+}
+
 void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray)
 {
     for (const ConePart& part : parts) {
@@ -61,20 +80,20 @@ void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray)
     }
 }
 
-double relative_distance (const ConePart& part, std::span<const double> block, std::span<const double> terms,
+double relative_distance (std::int32_t order, std::span<const double> triangle, std::span<const double> terms,
                           double noise_share)
 {
-    const auto n = static_cast<std::size_t> (part.order);
-    std::vector<double> scale (n), scaled (block.size ());
+    const auto n = static_cast<std::size_t> (order);
+    std::vector<double> scale (n), scaled (triangle.size ());
     for (std::size_t j = 0, k = 0; j < n; k += n - j++)
         scale[j] = terms[k] > 0 ? 1 / std::sqrt (terms[k]) : 0;
     for (std::size_t j = 0, k = 0; j < n; ++j)
         for (std::size_t i = j; i < n; ++i, ++k) {
-            scaled[k] = block[k] * scale[i] * scale[j];
-            if ((scale[i] == 0 || scale[j] == 0) && !(std::abs (block[k]) <= noise_share * terms[k]))
+            scaled[k] = triangle[k] * scale[i] * scale[j];
+            if ((scale[i] == 0 || scale[j] == 0) && !(std::abs (triangle[k]) <= noise_share * terms[k]))
                 return infinity;
         }
-    return matrix_distance (part.order, 1, scaled);
+    return matrix_distance (order, 1, scaled);
 }
 
 }

@@ -29,10 +29,8 @@ struct ConePart {
         : order (matrix_order), places (std::move (where))
     {}
     Shape shape () const { return {type, exponents}; }
-    double distance_of (std::span<const double> block) const
-    {
-        return order < 0 ? distance (shape (), 1, block) : matrix_distance (order, 1, block);
-    }
+    // Not positive only where the block is inside beyond doubt, however its members differ in size.
+    double distance_of (std::span<const double> block) const;
     std::vector<double> direction_of () const
     {
         return order < 0 ? direction (shape (), places.size ()) : identity (places.size ());
@@ -64,9 +62,9 @@ void add_matrix_parts (const SemidefiniteVariables& matrices, std::size_t first,
 // needs.
 void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray);
 
-// How far a positive semidefinite matrix is outside, each diagonal entry relative to its terms. Rows without such terms must be 0, but
-// for noise, at most this share of their entries' terms, and are left out.
-double relative_distance (const ConePart& matrix, std::span<const double> block,
-                          std::span<const double> terms, double noise_share);
+// How far a matrix, given as its packed lower triangle, is from being positive semidefinite, each diagonal entry relative to its terms.
+// Rows without such terms must be 0, but for noise, at most this share of their entries' terms, and are left out.
+double relative_distance (std::int32_t order, std::span<const double> triangle, std::span<const double> terms,
+                          double noise_share);
 
 }
