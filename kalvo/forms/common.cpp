@@ -91,12 +91,9 @@ ObjectiveParts lower_objective (const Problem& problem, const FixedVariables& fi
     ObjectiveParts parts;
     const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
     const SymmetricTerms& terms = problem.quadratic_objective;
-    if (const auto curvature = find_negative_curvature (gather (terms, {0, terms.value.size ()}, sign))) {
-        parts.refused = {.item = Refused::Item::objective_curvature,
-                         .variable = curvature->variable,
-                         .value = sign * curvature->curvature};
+    parts.refused = refuse_objective (problem, fixed);
+    if (parts.refused.item != Refused::Item::none)
         return parts;
-    }
     parts.constant = sign * problem.constant;
     parts.cost.resize (fixed.columns ());
     for (std::size_t j = 0; j < problem.cost.size (); ++j)

@@ -16,6 +16,12 @@ namespace klv {
 
 using std::numbers::sqrt2;
 
+// What a fixed variable leaves of a quadratic term.
+struct LinearTerm {
+    std::int32_t variable, constraint;
+    double value;
+};
+
 class ConicBuilder {
 public:
     ConicBuilder (std::shared_ptr<const Problem> stated, double infinite_bound, bool scaled,
@@ -33,6 +39,7 @@ public:
 
 private:
     Interval bounds (const Bounds& stated, std::size_t item);
+    Interval take_fixed_terms (std::int32_t constraint, TermRange range, Interval here);
     bool add_quadratic (std::int32_t constraint, TermRange terms, Interval here);
     void add_interval (Part part, std::size_t item, Interval here);
     void add_constraints ();
@@ -55,6 +62,7 @@ private:
 
     ConicRows rows_;
     std::vector<FactorEntry> factor_entries_;
+    std::vector<LinearTerm> linear_terms_;
 };
 
 // ---- Rows of the stated problem ---------------------------------------------------------------------------------------------------------
@@ -77,25 +85,39 @@ void ConicBuilder::add_interval (Part part, std::size_t item, Interval here)
         rows_.add_row (Group::nonnegative, {{part, number, here.upper, -1}});
 }
 
+// Terms of fixed variables are linear, or constant: the latter are taken from the bounds.
+Interval ConicBuilder::take_fixed_terms (std::int32_t constraint, TermRange range, Interval here)
+{
+    const SymmetricTerms& terms = problem_.quadratic_constraint;
+    double constant = 0;
+    for (std::size_t k = range.begin; k < range.end; ++k) {
+        const std::size_t row = index (terms.row[k]), column = index (terms.column[k]);
+        const bool fixed = fixed_.is_fixed (row);
+        if (fixed && fixed_.is_fixed (column))
+            constant +=
+                (row == column ? 0.5 : 1) * terms.value[k] * fixed_.value (row) * fixed_.value (column);
+        else if (fixed || fixed_.is_fixed (column))
+            linear_terms_.push_back ({fixed ? terms.column[k] : terms.row[k], constraint,
+                                      terms.value[k] * fixed_.value (fixed ? row : column)});
+    }
+    return {here.lower - constant, here.upper - constant};
+}
+
 // 1/2 x'Qx + a'x <= u as 2 r (u - a'x) / r >= |Fx|^2, for any positive r.
 bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Interval here)
 {
     if (here.lower == -infinity && here.upper == infinity)
         return true;
-    const double direction = here.upper < infinity ? 1 : -1;
-    const LocalMatrix matrix = gather (problem_.quadratic_constraint, terms, direction);
-    const auto refuse_curvature = [&] (std::int32_t variable, double curvature) {
-        lowered_.refused = {Refused::Item::constraint_curvature, variable, constraint, curvature};
+    const LocalMatrix matrix = matrix_of_constraint (problem_, terms, here, fixed_);
+    lowered_.refused = refuse_constraint (constraint, matrix, here);
+    if (lowered_.refused.item != Refused::Item::none)
         return false;
-    };
+    here = take_fixed_terms (constraint, terms, here);
+    const double direction = here.upper < infinity ? 1 : -1;
     if (matrix.variables.empty ()) {
         add_interval (Part::constraint, index (constraint), here);
         return true;
     }
-    if (const auto curvature = find_negative_curvature (matrix))
-        return refuse_curvature (curvature->variable, curvature->curvature);
-    if (here.lower > -infinity && here.upper < infinity)
-        return refuse_curvature (matrix.variables.front (), -matrix.upper.values.front ());
     const double bound = direction > 0 ? here.upper : -here.lower;
     const Piece room{Part::constraint, constraint, bound, -direction};
     const double there = rows_.positive_at_centre (room);
@@ -111,7 +133,6 @@ bool ConicBuilder::add_quadratic (std::int32_t constraint, TermRange terms, Inte
         for (std::size_t i = 0; i < variables.size (); ++i)
             factor_entries_.push_back ({variables[i], row, values[i]});
     }
-    recovery_->quadratic_constraints.push_back (constraint);
     rows_.add_cone (ConeKind::second_order, factor.columns () + 2);
     return true;
 }
@@ -255,6 +276,8 @@ void ConicBuilder::fill_columns (ConicForm& form)
     };
     std::ranges::stable_sort (factor_entries_, {}, &FactorEntry::variable);
     auto factor_entry = factor_entries_.begin ();
+    std::ranges::stable_sort (linear_terms_, {}, &LinearTerm::variable);
+    auto linear_term = linear_terms_.begin ();
     for (std::size_t j = 0; j < problem_.variable.key.size (); ++j) {
         const auto variable = static_cast<std::int32_t> (j);
         const Column column = problem_.matrix.column (variable);
@@ -269,6 +292,8 @@ void ConicBuilder::fill_columns (ConicForm& form)
         add_all (of (Part::member, j), 1);
         for (; factor_entry != factor_entries_.end () && factor_entry->variable == variable; ++factor_entry)
             sums.add (factor_entry->row, factor_entry->value);
+        for (; linear_term != linear_terms_.end () && linear_term->variable == variable; ++linear_term)
+            add_all (of (Part::constraint, index (linear_term->constraint)), linear_term->value);
         if (fixed_.is_fixed (j))
             sums.take ([&] (std::int32_t row, double value) {
                 form.right[index (row)] += value * fixed_.value (j);

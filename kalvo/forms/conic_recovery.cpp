@@ -1,7 +1,6 @@
 #include "kalvo/forms/conic_recovery.h"
 
 #include "kalvo/forms/curvature.h"
-#include "kalvo/sparse/ldl.h"
 
 #include <algorithm>
 #include <cmath>
@@ -46,43 +45,20 @@ void ConicRecovery::take_multipliers (std::span<const double> z, std::vector<dou
 // The x with sum of y_i Q_i x equal to what the multipliers of the factors' rows give: there the ray's gradients are taken.
 std::vector<double> ConicRecovery::point_of_ray (std::span<const double> z, std::span<const double> y) const
 {
-    std::vector<double> x (y.empty () ? 0 : index (stated->variables ()), 0.0);
-    GivenTerms given;
-    std::vector<std::int32_t> rows, columns;
-    std::vector<double> values, right (x.size (), 0.0);
-    const SymmetricTerms& terms = stated->quadratic_constraint;
-    for (const std::int32_t constraint : quadratic_constraints) {
-        const double multiplier = y[index (constraint)];
-        if (multiplier == 0)
-            continue;
-        const TermRange range = terms.of_item (constraint);
-        for (std::size_t k = range.begin; k < range.end; ++k) {
-            rows.push_back (terms.row[k]);
-            columns.push_back (terms.column[k]);
-            values.push_back (-sign * multiplier * terms.value[k]);
-        }
-    }
-    if (values.empty ())
+    if (stated->quadratic_constraint.count () == 0)
         return {};
+    std::vector<double> weights, right (index (stated->variables ())), local;
+    for (const double multiplier : y)
+        weights.push_back (-sign * multiplier);
     for (const FactorEntry& entry : factor_entries)
         right[index (entry.variable)] -= entry.value * z[index (entry.row)];
-    given.row = rows;
-    given.column = columns;
-    given.value = values;
-    SymmetricTerms sum = add_up (given);
-    const LocalMatrix matrix = gather (sum, {0, sum.value.size ()}, 1);
-    constexpr double small = 1e-14;
-    Ldl ldl (matrix.upper);
-    double largest = 0;
-    for (const double value : matrix.upper.values)
-        largest = std::max (largest, std::abs (value));
-    ldl.factor (matrix.upper.values, small * largest);
-    std::vector<double> local (matrix.variables.size ());
+    const SemidefiniteEquations equations (stated->quadratic_constraint, weights, fixed);
+    for (const std::int32_t variable : equations.variables ())
+        local.push_back (right[index (variable)]);
+    equations.solve (local);
+    std::vector<double> x = fixed.spread (std::vector<double> (fixed.columns ()), false);
     for (std::size_t k = 0; k < local.size (); ++k)
-        local[k] = right[index (matrix.variables[k])];
-    ldl.solve (local);
-    for (std::size_t k = 0; k < local.size (); ++k)
-        x[index (matrix.variables[k])] = local[k];
+        x[index (equations.variables ()[k])] = local[k];
     return x;
 }
 

@@ -27,9 +27,8 @@ public:
     UsesOfParts uses;
     std::vector<double> column_factor, row_factor;
     Factors factors;
-    std::vector<std::int32_t> orders;                   // of the semidefinite variables
-    std::int32_t matrix_columns = 0;                    // and the columns of all their entries
-    std::vector<std::int32_t> quadratic_constraints;    // that are cones of the form
+    std::vector<std::int32_t> orders;    // of the semidefinite variables
+    std::int32_t matrix_columns = 0;     // and the columns of all their entries
     std::vector<FactorEntry> factor_entries;
     std::shared_ptr<const Problem> stated;
 

@@ -13,13 +13,17 @@
 
 namespace klv {
 
-LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
+LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor, const FixedVariables& fixed)
 {
     LocalMatrix local;
+    const auto is_kept = [&] (std::size_t k) {
+        return terms.value[k] != 0 && !fixed.is_fixed (index (terms.row[k])) &&
+               !fixed.is_fixed (index (terms.column[k]));
+    };
     std::vector<std::int32_t>& variables = local.variables;
     variables.reserve (2 * (range.end - range.begin));
     for (std::size_t k = range.begin; k < range.end; ++k)
-        if (terms.value[k] != 0) {
+        if (is_kept (k)) {
             variables.push_back (terms.row[k]);
             if (terms.row[k] != terms.column[k])
                 variables.push_back (terms.column[k]);
@@ -35,7 +39,7 @@ LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
     SparseColumns& upper = local.upper;
     upper.starts.assign (variables.size () + 1, 0);
     for (std::size_t k = range.begin; k < range.end; ++k)
-        if (terms.value[k] != 0)
+        if (is_kept (k))
             ++upper.starts[index (place (terms.row[k])) + 1];
     for (std::size_t j = 0; j < variables.size (); ++j)
         upper.starts[j + 1] += upper.starts[j];
@@ -43,7 +47,7 @@ LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
     upper.values.resize (upper.rows.size ());
     std::vector<std::int32_t> next (upper.starts.begin (), upper.starts.end () - 1);
     for (std::size_t k = range.begin; k < range.end; ++k)
-        if (terms.value[k] != 0) {
+        if (is_kept (k)) {
             const std::size_t to = index (next[index (place (terms.row[k]))]++);
             upper.rows[to] = place (terms.column[k]);
             upper.values[to] = factor * terms.value[k];
@@ -52,7 +56,7 @@ LocalMatrix gather (const SymmetricTerms& terms, TermRange range, double factor)
 }
 
 // At most half of what is free, as for engines. What little a small one needs is not worth the question.
-static Ldl make_ldl (const SparseColumns& upper)
+Ldl make_ldl (const SparseColumns& upper)
 {
     constexpr double megabytes_of_entry = 12e-6, little = 64;
     Ldl ldl (upper);
@@ -149,7 +153,9 @@ static NegativeCurvature along_pivot (const LocalMatrix& matrix, const std::vect
 
 std::optional<NegativeCurvature> find_negative_curvature (const LocalMatrix& matrix)
 {
-    constexpr double shift = 1e-10;
+    // What a matrix that was computed in double precision can lack.
+    constexpr double rounding = 2e-15, most = 1e-10;
+    const double shift = std::min (rounding * static_cast<double> (10 + matrix.variables.size ()), most);
     const std::vector<double> diagonal = klv::diagonal (matrix.upper);
     if (auto found = look_at_diagonal (matrix, diagonal))
         return found;
@@ -165,13 +171,60 @@ std::optional<NegativeCurvature> find_negative_curvature (const LocalMatrix& mat
     return std::nullopt;
 }
 
+Refused refuse_objective (const Problem& problem, const FixedVariables& fixed)
+{
+    const double sign = problem.sense == KLV_SENSE_MAXIMIZE ? -1 : 1;
+    const SymmetricTerms& terms = problem.quadratic_objective;
+    if (const auto found = find_negative_curvature (gather (terms, {0, terms.value.size ()}, sign, fixed)))
+        return {.item = Refused::Item::objective_curvature,
+                .variable = found->variable,
+                .value = sign * found->curvature};
+    return {};
+}
+
+LocalMatrix matrix_of_constraint (const Problem& problem, TermRange terms, Interval bounds,
+                                  const FixedVariables& fixed)
+{
+    return gather (problem.quadratic_constraint, terms, bounds.upper < infinity ? 1 : -1, fixed);
+}
+
+Refused refuse_constraint (std::int32_t constraint, const LocalMatrix& matrix, Interval bounds)
+{
+    const auto refused = [&] (const NegativeCurvature& found) -> Refused {
+        return {Refused::Item::constraint_curvature, found.variable, constraint, found.curvature};
+    };
+    const bool above = bounds.upper<infinity, below = bounds.lower> - infinity;
+    if ((!above && !below) || matrix.variables.empty ())
+        return {};
+    if (const auto found = find_negative_curvature (matrix))
+        return refused (*found);
+    return above && below ? refused ({matrix.variables.front (), -matrix.upper.values.front ()}) : Refused ();
+}
+
+Refused refuse_curvature (const Problem& problem)
+{
+    const FixedVariables fixed (problem);
+    Refused refused = refuse_objective (problem, fixed);
+    const SymmetricTerms& terms = problem.quadratic_constraint;
+    for (std::size_t k = 0; k < terms.value.size () && refused.item == Refused::Item::none;) {
+        const TermRange range = terms.of_item (terms.item[k]);
+        const Interval bounds = problem.constraint.interval (index (terms.item[k]));
+        refused =
+            refuse_constraint (terms.item[k], matrix_of_constraint (problem, range, bounds, fixed), bounds);
+        k = range.end;
+    }
+    return refused;
+}
+
+// Pivots of a semidefinite matrix with unit diagonal that are 0.
+constexpr double zero_pivot = 1e-14;
+
 SparseColumns factor_semidefinite (const LocalMatrix& matrix)
 {
-    constexpr double zero = 1e-14;    // of a pivot, beside the unit diagonal
     const std::vector<double> diagonal = klv::diagonal (matrix.upper);
     const SparseColumns scaled = with_unit_diagonal (matrix.upper, diagonal, 0);
     Ldl ldl = make_ldl (scaled);
-    ldl.factor (scaled.values, zero);
+    ldl.factor (scaled.values, zero_pivot);
     SparseColumns factor;
     factor.rows.reserve (diagonal.size () + index (static_cast<std::int32_t> (ldl.factor_entries ())));
     factor.values.reserve (factor.rows.capacity ());
@@ -182,7 +235,7 @@ SparseColumns factor_semidefinite (const LocalMatrix& matrix)
     };
     for (std::size_t k = 0; k < diagonal.size (); ++k) {
         const double pivot = ldl.pivots ()[k];
-        if (pivot <= zero)
+        if (pivot <= zero_pivot)
             continue;
         const double root = std::sqrt (pivot);
         put (static_cast<std::int32_t> (k), root);
@@ -194,6 +247,44 @@ SparseColumns factor_semidefinite (const LocalMatrix& matrix)
         factor.starts.push_back (static_cast<std::int32_t> (factor.rows.size ()));
     }
     return factor;
+}
+
+SemidefiniteEquations::SemidefiniteEquations (const SymmetricTerms& terms, std::span<const double> weights,
+                                              const FixedVariables& fixed)
+{
+    std::vector<std::int32_t> rows, columns;
+    std::vector<double> values;
+    for (std::size_t k = 0; k < terms.value.size (); ++k)
+        if (const double weight = weights[index (terms.item[k])]; weight != 0) {
+            rows.push_back (terms.row[k]);
+            columns.push_back (terms.column[k]);
+            values.push_back (weight * terms.value[k]);
+        }
+    const SymmetricTerms sum =
+        add_up ({.item = {}, .variable = {}, .row = rows, .column = columns, .value = values});
+    const LocalMatrix matrix = gather (sum, {0, sum.value.size ()}, 1, fixed);
+    variables_ = matrix.variables;
+    if (variables_.empty ())
+        return;
+    for (const double value : diagonal (matrix.upper))
+        root_.push_back (value == 0 ? 1 : std::sqrt (std::abs (value)));
+    SparseColumns scaled = matrix.upper;
+    for (std::size_t j = 0; j < root_.size (); ++j)
+        for (auto k = index (scaled.starts[j]); k < index (scaled.starts[j + 1]); ++k)
+            scaled.values[k] /= root_[index (scaled.rows[k])] * root_[j];
+    ldl_.emplace (make_ldl (scaled));
+    ldl_->factor (scaled.values, zero_pivot);
+}
+
+void SemidefiniteEquations::solve (std::span<double> right) const
+{
+    if (!ldl_)
+        return;
+    for (std::size_t j = 0; j < root_.size (); ++j)
+        right[j] /= root_[j];
+    ldl_->solve (right);
+    for (std::size_t j = 0; j < root_.size (); ++j)
+        right[j] /= root_[j];
 }
 
 }

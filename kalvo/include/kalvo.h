@@ -731,8 +731,7 @@ KLV_API KLVrescode_t KLV_getaccdotys (KLVtask_t task, int32_t which, double* val
  * form in which the library returns it is one again, once it is verified. The integer solution has no duals and
  * no proof of optimality: its status is at most PRIMAL_FEASIBLE. Of the interior solution, skn has one entry for
  * each cone, snx one for each variable, doty one for each row of the affine conic constraints. Once a matrix
- * is put, statuses are unknown. Multipliers of a problem with quadratic terms prove nothing here, since it may not be
- * convex. */
+ * is put, statuses are unknown until the last one is. Multipliers prove nothing where quadratic terms are not convex. */
 KLV_API KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* skc,
                                          const int32_t* skx, const int32_t* skn, const double* xc,
                                          const double* xx, const double* y, const double* slc,

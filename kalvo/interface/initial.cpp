@@ -64,6 +64,24 @@ KLVrescode_t KLV_putsolutionnew (KLVtask_t task, int32_t which, const int32_t* s
     });
 }
 
+static GivenSolution as_given (const Solution& solution)
+{
+    return {.skc = solution.skc,
+            .skx = solution.skx,
+            .xx = solution.xx,
+            .xc = solution.xc,
+            .y = solution.y,
+            .slc = solution.slc,
+            .suc = solution.suc,
+            .slx = solution.slx,
+            .sux = solution.sux,
+            .skn = solution.skn,
+            .snx = solution.snx,
+            .barx = solution.barx,
+            .bars = solution.bars,
+            .doty = solution.doty};
+}
+
 static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t j,
                                 std::vector<double> Solution::*member, const double* values)
 {
@@ -82,9 +100,15 @@ static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t
         std::vector<double>& all = (*solution).*member;
         all.resize (static_cast<std::size_t> (variables.length ()), 0.0);
         std::ranges::copy (given, all.begin () + variables.begin_of (j));
-        solution->problem_status =
-            KLV_PRO_UNKNOWN;    // of the solution with these values nothing was measured
+        solution->problem_status = KLV_PRO_UNKNOWN;
         solution->solution_status = KLV_SOLSTA_UNKNOWN;
+        if (j + 1 < variables.count ())
+            return;
+        // Measured with the last matrix. More duals may follow those that were put so far.
+        std::vector<double> bars = solution->bars;
+        solution = complete (as_given (*solution), t.share_problem (), t.parameters, KLV_SOL_ITR);
+        if (member == &Solution::barx && !bars.empty ())
+            solution->bars = std::move (bars);
     });
 }
 

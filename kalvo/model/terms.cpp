@@ -1,6 +1,8 @@
 #include "kalvo/model/terms.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <tuple>
 
 namespace klv {
@@ -70,11 +72,20 @@ SymmetricTerms add_up (const GivenTerms& given)
     for (std::size_t k = 0; k < given.value.size (); ++k)
         order.push_back (term (given, k));
     std::ranges::sort (order, std::less{});
-    for (std::size_t k = 0; k < order.size (); ++k)
-        if (k > 0 && order[k - 1].place () == order[k].place ())
+    for (std::size_t k = 0; k < order.size ();) {
+        append (terms, given, order[k]);
+        const std::size_t first = k++;
+        double magnitude = std::abs (terms.value.back ());
+        for (; k < order.size () && order[first].place () == order[k].place (); ++k) {
             terms.value.back () += given.value[order[k].position];
-        else
-            append (terms, given, order[k]);
+            magnitude += std::abs (given.value[order[k].position]);
+        }
+        // What rounding leaves of a sum that is 0 would be an entry where the matrix has none.
+        const double rounding =
+            static_cast<double> (k - first - 1) * std::numeric_limits<double>::epsilon () * magnitude;
+        if (std::abs (terms.value.back ()) < rounding)
+            terms.value.back () = 0;
+    }
     return terms;
 }
 

@@ -28,7 +28,7 @@ struct SymmetricTerms {
     TermRange of_item (std::int32_t which) const;
 };
 
-// Entries that are given several times, in whichever triangle, add up in the order given.
+// Entries that are given several times, in whichever triangle, add up in the order given; what rounding leaves of 0 is 0.
 SymmetricTerms add_up (const GivenTerms& given);
 
 }

@@ -41,9 +41,10 @@ private:
         double value;
     };
 
-    [[noreturn]] void refuse_curvature (const Refused& refused) const
+    void insist_on_convexity (const Refused& refused) const
     {
-        refuse (KLV_RES_NOT_CONVEX, "There is no conic form: ", describe (problem_, refused), ".");
+        if (refused.item != Refused::Item::none)
+            refuse (KLV_RES_NOT_CONVEX, "There is no conic form: ", describe (problem_, refused), ".");
     }
     std::int32_t add_expressions (KLVdomaintype type, std::int64_t size, std::span<const double> exponents);
     std::int32_t add_quadratic_cone (const LocalMatrix& matrix);
@@ -106,10 +107,7 @@ void ConicParts::add_objective ()
     const LocalMatrix matrix = gather (terms, {0, terms.value.size ()}, sign);
     if (matrix.variables.empty ())
         return;
-    if (const auto found = find_negative_curvature (matrix))
-        refuse_curvature ({.item = Refused::Item::objective_curvature,
-                           .variable = found->variable,
-                           .value = sign * found->curvature});
+    insist_on_convexity (refuse_objective (problem_, {}));
     if (problem_.variables () == std::numeric_limits<std::int32_t>::max ())
         refuse (KLV_RES_TOO_LARGE, "The conic form has more variables than can be counted.");
     more_variables_ = 1;
@@ -124,16 +122,10 @@ void ConicParts::add_constraint (std::int32_t constraint, TermRange terms)
     const bool above = here.upper<infinity, below = here.lower> - infinity;
     if (!above && !below)
         return;
-    const LocalMatrix matrix = gather (problem_.quadratic_constraint, terms, above ? 1 : -1);
+    const LocalMatrix matrix = matrix_of_constraint (problem_, terms, here, {});
     if (matrix.variables.empty ())
         return;
-    const auto bends = [&] (std::int32_t variable, double curvature) {
-        refuse_curvature ({Refused::Item::constraint_curvature, variable, constraint, curvature});
-    };
-    if (const auto found = find_negative_curvature (matrix))
-        bends (found->variable, found->curvature);
-    if (above && below)
-        bends (matrix.variables.front (), -matrix.upper.values.front ());
+    insist_on_convexity (refuse_constraint (constraint, matrix, here));
 
     const Row row{add_quadratic_cone (matrix), above ? -1.0 : 1.0};
     rows_[index (constraint)] = row;

@@ -136,6 +136,22 @@ Solution Check::unknown_solution () const
     return measured ({}, has_basis);
 }
 
+// Where there is no optimum, the multipliers of a run that went on without end, or its point, may be a ray.
+std::optional<Answer> Check::find_proof (const Solution& solution) const
+{
+    if (problem_->is_linear ())    // simplex says which rays it has
+        return std::nullopt;
+    Answer answer{.outcome = Outcome::infeasible, .conclusive = true};
+    if (solution.has_dual)
+        answer.solution =
+            certify_infeasible (*problem_, {solution.y, solution.doty, solution.snx, solution.xx});
+    if (!answer.solution && solution.has_primal) {
+        answer.outcome = Outcome::unbounded;
+        answer.solution = certify_unbounded (*problem_, solution.xx, solution.barx);
+    }
+    return answer.solution ? std::optional (std::move (answer)) : std::nullopt;
+}
+
 Answer Check::check_continuous (Point&& claimed) const
 {
     Answer answer{.outcome = claimed.outcome, .message = std::move (claimed.message)};
@@ -146,6 +162,8 @@ Answer Check::check_continuous (Point&& claimed) const
     answer.conclusive = solution.solution_status == KLV_SOLSTA_OPTIMAL;
     if (answer.conclusive)
         answer.outcome = Outcome::optimal;    // also where the engine was unsure of it, or ended just then
+    else if (std::optional<Answer> proof = find_proof (solution))
+        return std::move (*proof);
     answer.solution = std::move (solution);
     return answer;
 }

@@ -46,6 +46,7 @@ public:
 private:
     Answer judged (Point&& claimed) const;
     Solution measured (Point&& claimed, bool& has_basis) const;
+    std::optional<Answer> find_proof (const Solution& solution) const;
     Answer check_continuous (Point&& claimed) const;
     Answer check_integer (Point&& claimed) const;
     Answer check_infeasible (const Point& claimed) const;

@@ -109,8 +109,12 @@ private:
 
 static double rotated_distance (const Scaled& x)
 {
-    const double middle = (x[0] + x[1]) / 2, half = (x[0] - x[1]) / 2;
-    return std::hypot (half, x.norm_from (2) / std::numbers::sqrt2) - middle;
+    const double middle = (x[0] + x[1]) / 2, half = (x[0] - x[1]) / 2, norm = x.norm_from (2);
+    const double root = std::hypot (half, norm / std::numbers::sqrt2);
+    if (middle <= 0)
+        return root - middle;
+    // (root^2 - middle^2) / (root + middle): a small member counts beside a large one.
+    return std::fma (norm, norm / 2, -x[0] * x[1]) / (root + middle);
 }
 
 // The smallest t for which x + t d is in the primal exponential cone. The log of the cone's inequality is concave and rises along

@@ -1,5 +1,6 @@
 #include "kalvo/verify/given.h"
 
+#include "kalvo/forms/curvature.h"
 #include "kalvo/verify/certificate.h"
 #include "kalvo/verify/check.h"
 #include "kalvo/verify/products.h"
@@ -10,34 +11,35 @@
 #include <functional>
 #include <initializer_list>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 namespace klv {
 
-using Values = std::vector<double>;
+using Vector = std::vector<double>;
 
-// Values that `plus` or `minus` lacks are zero.
-static Values difference (const Values& plus, const Values& minus)
+// Vector that `plus` or `minus` lacks are zero.
+static Vector difference (const Vector& plus, const Vector& minus)
 {
-    Values result (std::max (plus.size (), minus.size ()));
+    Vector result (std::max (plus.size (), minus.size ()));
     std::ranges::copy (plus, result.begin ());
     std::ranges::transform (result.begin (), result.begin () + std::ssize (minus), minus.begin (),
                             minus.end (), result.begin (), std::minus{});
     return result;
 }
 
-static bool is_known (const Values& values, std::size_t count)
+static bool is_known (const Vector& values, std::size_t count)
 {
     return values.size () == count &&
            std::ranges::none_of (values, [] (double value) { return std::isnan (value); });
 }
 
-static bool is_zero (const Values& values)
+static bool is_zero (const Vector& values)
 {
     return std::ranges::all_of (values, [] (double value) { return value == 0; });
 }
 
-static void keep (const Values& given, Values& place)
+static void keep (const Vector& given, Vector& place)
 {
     if (!given.empty ())
         place = given;
@@ -51,6 +53,14 @@ static Tolerances tolerances (const Parameters& parameters)
             .integer = parameters.get (RealSetting::integer_tolerance)};
 }
 
+// Multipliers prove nothing about a problem that may not be convex.
+static bool is_convex (const Problem& problem)
+try {
+    return !has_quadratic_terms (problem) || refuse_curvature (problem).item == Refused::Item::none;
+} catch (const std::length_error&) {
+    return false;
+}
+
 // Points and multipliers that are known in full give statuses, and the values that were not given. Points and multipliers that
 // are known in part are kept as they are, and say nothing.
 static Solution checked_point (const GivenSolution& given, const std::shared_ptr<const Problem>& problem,
@@ -60,15 +70,15 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
     const auto rows = static_cast<std::size_t> (problem->affine_constraint.rows ());
     const auto length = static_cast<std::size_t> (problem->semidefinite.length ());
     const std::size_t m = problem->constraint.key.size (), n = problem->variable.key.size ();
-    const Values y = given.y.empty () ? difference (given.slc, given.suc) : given.y;
-    Values reduced_cost = difference (given.slx, given.sux);
+    const Vector y = given.y.empty () ? difference (given.slc, given.suc) : given.y;
+    Vector reduced_cost = difference (given.slx, given.sux);
 
     Solution solution = Check (problem, parameters, integers).unknown_solution ();
-    const auto optional = [&] (const Values& values) { return values.empty () || is_known (values, n); };
+    const auto optional = [&] (const Vector& values) { return values.empty () || is_known (values, n); };
     solution.has_primal = is_known (given.xx, n) && is_known (given.barx, length);
-    // Multipliers prove nothing about a problem that may not be convex.
     solution.has_dual = !integers && is_known (y, m) && is_known (given.doty, rows) &&
-                        optional (reduced_cost) && optional (given.snx) && !has_quadratic_terms (*problem);
+                        optional (reduced_cost) && optional (given.snx) &&
+                        (solution.has_primal || !has_quadratic_terms (*problem)) && is_convex (*problem);
     if (solution.has_primal)
         measure_primal (*problem, given.xx, given.barx, solution);
     if (solution.has_dual)
@@ -111,17 +121,19 @@ static Solution checked_point (const GivenSolution& given, const std::shared_ptr
 }
 
 // Whether values look like a certificate in an answer: a direction with zero multipliers (the integer slot has none), or
-// multipliers with a zero point. A point without multipliers is a point.
-static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which)
+// multipliers with a zero point, or with any where constraints are quadratic. A point without multipliers is a point.
+static bool looks_like_certificate (const GivenSolution& given, const Problem& problem, KLVsoltype which)
 {
+    const bool at_point = !is_zero (given.y) && problem.quadratic_constraint.count () > 0;
     bool has_multipliers = false, are_zero = true;
-    for (const Values* multipliers :
+    for (const Vector* multipliers :
          {&given.y, &given.slc, &given.suc, &given.slx, &given.sux, &given.doty, &given.snx, &given.bars}) {
         has_multipliers = has_multipliers || !multipliers->empty ();
         are_zero = are_zero && is_zero (*multipliers);
     }
-    return is_zero (given.xx) && is_zero (given.barx) ? !are_zero
-                                                      : are_zero && (has_multipliers || which == KLV_SOL_INT);
+    return at_point || (is_zero (given.xx) && is_zero (given.barx))
+               ? !are_zero
+               : are_zero && (has_multipliers || which == KLV_SOL_INT);
 }
 
 // The given certificate, verified. Verifying may scale values: unless they were given as a certificate, they count as one only
@@ -129,13 +141,13 @@ static bool looks_like_certificate (const GivenSolution& given, KLVsoltype which
 static std::optional<Solution> given_certificate (const GivenSolution& given, const Problem& problem,
                                                   double tolerance, KLVsoltype which)
 {
-    if (!given.certificate && !looks_like_certificate (given, which))
+    if (!given.certificate && !looks_like_certificate (given, problem, which))
         return std::nullopt;
     GivenSolution ray = given;
     if (is_zero (ray.xx) && is_zero (ray.barx))
         ray.xx.clear ();
     std::optional<Solution> found = certify_again (problem, ray, tolerance);
-    const auto differ = [] (const Values& values, const Values& verified) {
+    const auto differ = [] (const Vector& values, const Vector& verified) {
         constexpr double rounding = 1e-9;
         if (values.empty () || (verified.empty () && is_zero (values)))
             return false;
@@ -150,7 +162,7 @@ static std::optional<Solution> given_certificate (const GivenSolution& given, co
          differ (given.barx, found->barx) || differ (given.bars, found->bars)))
         return std::nullopt;
     if (found && which == KLV_SOL_INT)
-        for (Values* multipliers : {&found->y, &found->slc, &found->suc, &found->slx, &found->sux})
+        for (Vector* multipliers : {&found->y, &found->slc, &found->suc, &found->slx, &found->sux})
             multipliers->clear ();
     return found;
 }
@@ -159,10 +171,10 @@ Solution complete (GivenSolution&& given, const std::shared_ptr<const Problem>& 
                    const Parameters& parameters, KLVsoltype which)
 {
     Solution solution = checked_point (given, problem, parameters, which);
-    // Multipliers of quadratic constraints prove something only where those are convex.
-    if (problem->quadratic_constraint.count () == 0 && solution.solution_status != KLV_SOLSTA_OPTIMAL)
+    if (solution.solution_status != KLV_SOLSTA_OPTIMAL)
         if (std::optional<Solution> certificate =
-                given_certificate (given, *problem, parameters.get (RealSetting::fixing_tolerance), which))
+                given_certificate (given, *problem, parameters.get (RealSetting::fixing_tolerance), which);
+            certificate && is_convex (*problem))
             solution = std::move (*certificate);
     // Only keys that were given are stored: they say where to start.
     const auto keep_keys = [] (std::vector<std::int32_t>& keys, std::vector<std::int32_t>& given_keys) {

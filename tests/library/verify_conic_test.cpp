@@ -1,6 +1,7 @@
 // The check of every convex class: closed-form optima and their duals, distances from cones, certificates; what is wrong is refused.
 #include "kalvo/verify/check.h"
 #include "kalvo/verify/distance.h"
+#include "kalvo/verify/refinement.h"
 #include "tests/library/every_class.h"
 
 #include <cmath>
@@ -277,8 +278,24 @@ std::vector<Ray> rays ()
     // x^2 <= -1, the gradient taken where it is 0; and x^2 - 2 x <= -2, where it is not 0 at x = 0.
     all.push_back (
         {"quadratic constraint", model::parse ("min 0; ..; -2 in ..-2"), multipliers ({-1}, {}, {1})});
+    const klv::SymmetricTerms square{.item = {0}, .variable = {}, .row = {0}, .column = {0}, .value = {2}};
+    all.back ().problem.quadratic_constraint = square;
+    all.push_back ({"quadratic constraint without its point", all.back ().problem, multipliers ({-1})});
+    all.push_back ({"noise where the gradient is taken", model::parse ("min 1; ..; 0 in ..-1"),
+                    multipliers ({-1}, {}, {1e-9})});
+    all.back ().problem.quadratic_constraint = square;
+    all.push_back ({"concave along a fixed variable", model::parse ("min 1 0; .. =1; 0 in ..-3"),
+                    multipliers ({-1}, {}, {0, 0})});
     all.back ().problem.quadratic_constraint = {
-        .item = {0}, .variable = {}, .row = {0}, .column = {0}, .value = {2}};
+        .item = {0, 0}, .variable = {}, .row = {0, 1}, .column = {0, 1}, .value = {2, -2}};
+    all.push_back ({"matrix that must have a zero row, but for noise",
+                    model::parse ("min; ; in =-1; in =0.5"),
+                    multipliers ({-1, 1e-6}),
+                    {},
+                    {1, 0, 0}});
+    all.back ().problem.semidefinite.append (std::array{2});
+    all.back ().problem.semidefinite.constraint = {
+        .item = {0, 1}, .variable = {0, 0}, .row = {0, 1}, .column = {0, 0}, .value = {1, 0.5}};
 
     unbounded ("quadratic", KLV_DOMAIN_QUADRATIC_CONE, "min 0 -3 -4; .. .. ..", {5, 3, 4});
     unbounded ("rotated", KLV_DOMAIN_ROTATED_QUADRATIC_CONE, "min 0 0 -1; .. .. ..; 1 -1 in =0",
@@ -346,6 +363,13 @@ TEST (VerifyConic, NearlyRaysAreRefused)
     refused ("the bound is on the cone",
              within ("min 0 0; .. ..; 1 in =3; 0 1 in =3", {KLV_DOMAIN_QUADRATIC_CONE}),
              multipliers ({-1, 1 + 1e-9}, {1, -1 - 1e-9}));
+    refused (
+        "a member that should be small beside another one",
+        within ("min 0 0 0; ..1e-10 .. ..; 0 1 in 0..; 0 0 1 in =2", {KLV_DOMAIN_ROTATED_QUADRATIC_CONE}),
+        multipliers ({0, 0.5}, {1e8, 0, -0.5}));
+    refused ("a small member of a matrix",
+             within ("min 0 0 0; ..1e-10 .. ..; 0 0 1 in 0..; 0 1 in =2", {KLV_DOMAIN_SEMIDEFINITE_CONE}),
+             multipliers ({0, 0.5}, {1e8, -0.5, 0}));
     refused ("a multiplier outside the dual cone pays",
              within ("min 0 0; .. ..; 1 in =3; 0 1 in =2", {KLV_DOMAIN_QUADRATIC_CONE}),
              multipliers ({-1, 2}, {1, -2}));
@@ -358,11 +382,21 @@ TEST (VerifyConic, NearlyRaysAreRefused)
     Problem curved = model::parse ("min -1; ..");
     curved.quadratic_objective = {.item = {}, .variable = {}, .row = {0}, .column = {0}, .value = {1e-9}};
     refused ("a quadratic term stops it far away", curved, way ({1}));
+    curved = model::parse ("min 0 1; .. ..");
+    curved.quadratic_objective = {
+        .item = {}, .variable = {}, .row = {0, 1, 1}, .column = {0, 0, 1}, .value = {1, 1, 1 + 1e-12}};
+    refused ("a small curvature stops it very far away", curved, way ({1, -1}));
+    refused ("lines that meet very far away",
+             model::parse ("min 0 0; .. ..; 1 1 in =0; 1 1.000000000001 in =1"), multipliers ({-1, 1}));
+    curved = model::parse ("min 0 0; .. =1; 0 in ..-0.5");
+    curved.quadratic_constraint = {
+        .item = {0, 0}, .variable = {}, .row = {0, 1}, .column = {0, 1}, .value = {2, -2}};
+    refused ("not where the variable is fixed", curved, multipliers ({-1}, {}, {0, 0}));
+    curved = model::parse ("min -1; ..");
     curved = model::parse ("min 0; ..; -2 in ..-1");
     curved.quadratic_constraint = {.item = {0}, .variable = {}, .row = {0}, .column = {0}, .value = {2}};
     refused ("feasible in one point", curved, multipliers ({-1}, {}, {1}));
     refused ("where the gradient is not 0", curved, multipliers ({-1}, {}, {0}));
-    refused ("without its point", curved, multipliers ({-1}));
     Problem matrix = model::parse ("min; ; in =-1e-3");
     matrix.semidefinite.append (std::array{2});
     matrix.semidefinite.constraint = {
@@ -373,6 +407,27 @@ TEST (VerifyConic, NearlyRaysAreRefused)
     matrix.semidefinite.objective = {
         .item = {}, .variable = {0, 0, 0}, .row = {0, 1, 1}, .column = {0, 0, 1}, .value = {1, -1, 1}};
     refused ("not semidefinite", matrix, way ({}, {1, 1 + 1e-9, 1}));
+}
+
+TEST (VerifyConic, RaysAreRefinedHoweverNearlyDependentTheirEquationsAre)
+{
+    constexpr std::size_t size = 2000;
+    std::mt19937 random (3);
+    std::normal_distribution<double> normal (1, 1e-6);
+    Values ray (size);
+    for (double& entry : ray)
+        entry = normal (random);
+    klv::LeastChange system (size, size - 1);    // a chain: each entry equals the next one
+    for (std::size_t k = 0; k + 1 < size; ++k) {
+        system.add (k, k, ray[k] / 2);
+        system.add (k, k + 1, -ray[k + 1] / 2);
+    }
+    const std::vector<long double> change = system.solve ();
+    ASSERT_EQ (change.size (), size);
+    for (std::size_t k = 0; k < size; ++k) {
+        EXPECT_NEAR (static_cast<double> (ray[k] * (1 + change[k]) - ray[0] * (1 + change[0])), 0, 1e-17);
+        EXPECT_LT (std::abs (change[k]), 1e-5);
+    }
 }
 
 // ---- Distances -----------------------------------------------------------------------------------------------------------------

@@ -113,3 +113,35 @@
 %!   evalc ("[r, res] = kalvoopt ('minimize echo(0) info', prob);");
 %!   assert ({res.sol.itr.solsta, res.info.KLV_IINF_SECOND_TRIES}, {"OPTIMAL", int32(0)});
 %! endfor
+
+## What is fixed bends nothing: x1^2 + 6 x1 - 2 <= 10 with x2 = 2.
+%!test
+%! prob = struct ("a", sparse ([0 0]), "c", [1 0], "buc", 10, "blx", [-Inf 2], "bux", [Inf 2]);
+%! [prob.qcsubk, prob.qcsubi, prob.qcsubj, prob.qcval] = deal ([1 1 1], [1 2 2], [1 1 2], [2 3 -1]);
+%! [r, sol] = solved (prob);
+%! assert ({sol.solsta, abs(sol.pobjval + 3 + sqrt (21)) < 1e-6}, {"OPTIMAL", true});
+
+## What was proved is proved when it is given back, and its values stay.
+%!test
+%! free = struct ("a", sparse ([1 1]), "c", [1 2], "blc", 1, "blx", [0 0], "bux", [Inf Inf]);
+%! [qp, qcqp] = deal (free);
+%! [qp.qosubi, qp.qosubj, qp.qoval] = deal ([1 2 2], [1 1 2], [2 1 2]);
+%! [qcqp.blc, qcqp.buc, qcqp.blx, qcqp.a, qcqp.qcsubk, qcqp.qcsubi, qcqp.qcsubj, qcqp.qcval] = ...
+%!   deal (-Inf, -1, [-Inf -Inf], sparse ([1 0]), [1 1], 1:2, 1:2, [2 2]);
+%! sdp = struct ("a", sparse (1, 0), "c", zeros (1, 0), "blc", 1, "buc", 1, "bardim", [2 1], ...
+%!               "bara", struct ("subi", 1, "subj", 1, "subk", 2, "subl", 1, "val", 0.5), ...
+%!               "barc", struct ("subj", [1 1 2], "subk", [1 2 1], "subl", [1 2 1], "val", [1 1 1]));
+%! wrong = setfield (setfield (sdp, "blc", -1), "buc", -1);
+%! wrong.bara.subk = 1;
+%! endless = sdp;
+%! endless.barc.val = [-1 -1 1];
+%! cases = {qp, "OPTIMAL"; setfield(qp, "bux", [0.2 0.2]), "PRIMAL_INFEASIBLE_CERTIFICATE"; qcqp, "PRIMAL_INFEASIBLE_CERTIFICATE"; ...
+%!          sdp, "OPTIMAL"; wrong, "PRIMAL_INFEASIBLE_CERTIFICATE"; endless, "DUAL_INFEASIBLE_CERTIFICATE"};
+%! for k = 1:rows (cases)
+%!   prob = cases{k, 1};
+%!   [r, sol] = solved (prob);
+%!   assert (sol.solsta, cases{k, 2});
+%!   prob.sol.itr = sol;
+%!   text = evalc ("[r, res] = kalvoopt ('echo(0)', prob);");
+%!   assert (rmfield (res.sol.itr, {"skc", "skx", "skn"}), rmfield (sol, {"skc", "skx", "skn"}), 1e-12);
+%! endfor
