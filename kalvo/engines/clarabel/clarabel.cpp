@@ -14,8 +14,11 @@ constexpr std::int32_t most_iterations = 200;
 
 class Reports {
 public:
-    Reports (const Job& job, const ConicForm& form, const StopFlag& stop, Events& events)
+    Reports (const Job& job, const ConicForm& form, const Options& options, const StopFlag& stop,
+             Events& events)
         : stop_ (stop),
+          gap_ (options.acceptance * options.gap),
+          residual_ (options.acceptance * options.residual),
           events_ (events),
           constant_ (form.constant),
           passes_text_on_ (job.settings->get (IntSetting::log_level) >= 3)
@@ -25,6 +28,9 @@ public:
                           static_cast<std::int64_t> (form.matrix.values.size ()), 0};
         events_.progress (now_);
     }
+
+    // Whether the method was ended at a point that is to be accepted.
+    bool is_at_best () const { return at_best_; }
 
     Listener listener () { return {this, take_iteration, passes_text_on_ ? take_text : nullptr}; }
 
@@ -40,14 +46,30 @@ private:
         self.now_.dual_violation = now->dual_residual;
         self.events_.progress (self.now_);
         self.events_.step (self.now_);
-        return !self.stop_.load (std::memory_order_relaxed);
+        self.at_best_ = self.falls_back (*now);
+        return !self.at_best_ && !self.stop_.load (std::memory_order_relaxed);
     }
+
+    // Near to singular, steps that close the gap further leave residuals that are worse each time.
+    bool falls_back (const Iteration& now)
+    {
+        constexpr double much = 10;
+        const double residual = std::max (now.primal_residual, now.dual_residual);
+        const double gap = std::abs (now.primal_objective - now.dual_objective);
+        least_residual_ = std::min (least_residual_, residual);
+        return residual > much * least_residual_ && residual <= residual_ &&
+               gap <= gap_ * std::max (1.0, std::abs (now.primal_objective));
+    }
+
     static void take_text (void* reports, const char* lines, std::size_t length) noexcept
     {
         static_cast<Reports*> (reports)->events_.text ({lines, length});
     }
 
     const StopFlag& stop_;
+    const double gap_, residual_;    // of a point that is to be accepted
+    double least_residual_ = infinity;
+    bool at_best_ = false;
     Events& events_;
     const double constant_;
     const bool passes_text_on_;
@@ -167,16 +189,16 @@ public:
             claims.outcome = Outcome::stopped;
             return claims;
         }
-        Reports reports (job, form_, stop, events);
+        const Options options = options_of (job);
+        Reports reports (job, form_, options, stop, events);
         std::vector<double> x (form_.cost.size ()), z (form_.right.size ());
         const Problem problem{matrix (form_.quadratic), array (form_.cost), matrix (form_.matrix),
                               array (form_.right), array (form_.cones)};
-        const Options options = options_of (job);
         const Listener listener = reports.listener ();
         Answer answer{
             .x = x.data (), .z = z.data (), .status = Status::failed, .iterations = 0, .message = {}};
         clarabel_solve (&problem, &options, &listener, &answer);
-        claims.outcome = outcome (answer.status, job);
+        claims.outcome = reports.is_at_best () ? Outcome::optimal : outcome (answer.status, job);
         claims.interior_iterations = answer.iterations;
         if (claims.outcome == Outcome::failed)
             claims.message = text ("it said: ", answer.message);
