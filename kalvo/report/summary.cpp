@@ -69,8 +69,11 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
                "; the problem: ", status_text (Group::problem_status, solution.problem_status)));
     if (solution.problem_status == KLV_PRO_INFEASIBLE_BY_SEARCH)
         say ("  infeasible by search, not certified");
-    if (solution.solution_status == KLV_SOLSTA_UNKNOWN && slot == KLV_SOL_INT)
+    if (solution.solution_status == KLV_SOLSTA_UNKNOWN && (slot == KLV_SOL_INT || !solution.has_primal)) {
+        if (solution.problem_status == KLV_PRO_UNKNOWN)
+            say ("  no point was found");
         return;
+    }
     if (is_certificate (solution)) {
         say (residuals (solution, slot));
         return;

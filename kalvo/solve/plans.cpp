@@ -29,8 +29,9 @@ Tried try_again (Attempts& attempts, const Answer& failed, const Attempt& next)
     const std::string how =
         text (about (next.method).name, next.reformulate ? "" : ", without presolve and scaling",
               next.patient ? ", in shorter steps" : "");
+    const std::string failure = failed.failure.empty () ? "" : text (" (", failed.failure, ")");
     attempts.task ().warn (text (failed.message.empty ()
-                                     ? std::string ("An answer did not pass the check")
+                                     ? text ("An answer did not pass the check", failure)
                                      : text ("There is no answer yet (", failed.message, ")"),
                                  "; trying ", how, "."));
     add_one (attempts.task (), IntItem::presolve_rerun);

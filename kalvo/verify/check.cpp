@@ -164,6 +164,8 @@ Answer Check::check_continuous (Point&& claimed) const
         answer.outcome = Outcome::optimal;    // also where the engine was unsure of it, or ended just then
     else if (std::optional<Answer> proof = find_proof (solution))
         return std::move (*proof);
+    else
+        answer.failure = describe_failure (*problem_, tolerances_, solution);
     answer.solution = std::move (solution);
     return answer;
 }

@@ -28,6 +28,7 @@ struct Answer {
     bool has_basis = false;    // the solution's keys are those of a basis
     std::optional<IntegerGap> integer_gap = {};
     std::string message = {};    // plain words for a run without a result
+    std::string failure = {};    // of a point: the check that it fails most
     Point claim = {};            // where claims are kept: from it the same answer follows anew
 };
 

@@ -107,6 +107,16 @@ private:
     double factor_;
 };
 
+// As below, with squares that tell 1 beside 1e9.
+static double quadratic_distance (const Scaled& x)
+{
+    long double squares = 0;
+    for (std::size_t i = 1; i < x.size (); ++i)
+        squares += static_cast<long double> (x[i]) * x[i];
+    const long double norm = std::sqrt (squares), first = x[0];
+    return static_cast<double> (first <= 0 ? norm - first : (squares - first * first) / (norm + first));
+}
+
 static double rotated_distance (const Scaled& x)
 {
     const double middle = (x[0] + x[1]) / 2, half = (x[0] - x[1]) / 2, norm = x.norm_from (2);
@@ -229,7 +239,7 @@ static double scaled_distance (const Shape& shape, const Scaled& x)
     case KLV_DOMAIN_NONPOSITIVE:
         return x.largest ();
     case KLV_DOMAIN_QUADRATIC_CONE:
-        return x.norm_from (1) - x[0];
+        return quadratic_distance (x);
     case KLV_DOMAIN_ROTATED_QUADRATIC_CONE:
         return rotated_distance (x);
     case KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE:

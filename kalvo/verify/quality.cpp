@@ -1,5 +1,7 @@
 #include "kalvo/verify/quality.h"
 
+#include "kalvo/model/describe.h"
+#include "kalvo/model/text.h"
 #include "kalvo/sparse/index.h"
 #include "kalvo/verify/distance.h"
 #include "kalvo/verify/products.h"
@@ -7,11 +9,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 namespace klv {
 
-static void measure_against (const Bounds& bounds, std::span<const double> values, Violations& violations)
+// Values of items from `first` on.
+static void measure_against (const Bounds& bounds, std::span<const double> values, std::size_t first,
+                             Violations& violations)
 {
     const auto note = [&] (double distance, double bound) {
         // A NaN is the largest violation.
@@ -22,7 +27,7 @@ static void measure_against (const Bounds& bounds, std::span<const double> value
         }
     };
     for (std::size_t i = 0; i < values.size (); ++i) {
-        const Interval here = bounds.interval (i);
+        const Interval here = bounds.interval (first + i);
         if (here.lower > -infinity)
             note (here.lower - values[i], here.lower);
         if (here.upper < infinity)
@@ -89,8 +94,8 @@ void measure_primal (const Problem& problem, std::vector<double> x, std::vector<
     solution.xc = activities (problem, point, true);
     solution.primal_objective = objective (problem, point);
     solution.violations.primal = solution.violations.primal_absolute = 0;
-    measure_against (problem.variable, solution.xx, solution.violations);
-    measure_against (problem.constraint, solution.xc, solution.violations);
+    measure_against (problem.variable, solution.xx, 0, solution.violations);
+    measure_against (problem.constraint, solution.xc, 0, solution.violations);
     measure_blocks (problem, false, 1, affine_rows (problem, point, true), solution.xx, solution.barx,
                     solution.violations);
 }
@@ -300,6 +305,80 @@ void judge (const Tolerances& tolerances, Solution& solution)
         solution.problem_status = KLV_PRO_UNKNOWN;
         solution.solution_status = KLV_SOLSTA_UNKNOWN;
     }
+}
+
+// The item whose value is furthest outside its bounds.
+static std::string worst_item (const Problem& problem, const Solution& solution)
+{
+    double worst = 0;
+    std::string item;
+    const auto look = [&] (const Bounds& bounds, const std::vector<double>& values,
+                           const auto& describe_item) {
+        for (std::size_t i = 0; i < values.size (); ++i) {
+            Violations own;
+            measure_against (bounds, std::span (values).subspan (i, 1), i, own);
+            if (own.primal > worst) {
+                worst = own.primal;
+                item = describe_item (problem, static_cast<std::int32_t> (i));
+            }
+        }
+    };
+    look (problem.variable, solution.xx, describe_variable);
+    look (problem.constraint, solution.xc, describe_constraint);
+    return worst == solution.violations.primal ? item : "";
+}
+
+// The variable whose absent bound has the largest multiplier.
+static std::string worst_multiplier (const Problem& problem, const Solution& solution)
+{
+    double worst = 0;
+    std::size_t at = 0;
+    const auto look = [&] (std::size_t j, double multiplier, double bound) {
+        if (std::isinf (bound) && std::abs (multiplier) > worst) {
+            worst = std::abs (multiplier);
+            at = j;
+        }
+    };
+    for (std::size_t j = 0; j < solution.slx.size (); ++j) {
+        look (j, solution.slx[j], problem.variable.lower[j]);
+        look (j, solution.sux[j], problem.variable.upper[j]);
+    }
+    return worst > 0 && worst == solution.violations.dual_absolute
+               ? describe_variable (problem, static_cast<std::int32_t> (at))
+               : "";
+}
+
+std::string describe_failure (const Problem& problem, const Tolerances& tolerances, const Solution& solution)
+{
+    if (!solution.has_primal || !solution.has_dual)
+        return solution.has_primal ? "it has no multipliers" : "it has no point";
+    const Violations& found = solution.violations;
+    const auto of = [] (const std::string& item, double largest, double cone, double matrix) -> std::string {
+        return !item.empty ()      ? " of " + item
+               : largest == cone   ? " of a cone"
+               : largest == matrix ? " of a matrix"
+                                   : "";
+    };
+    struct Candidate {
+        const char* what;
+        double violation, tolerance;
+    };
+    const Candidate candidates[] = {{"primal violation", found.primal, tolerances.primal},
+                                    {"dual violation", found.dual, tolerances.dual},
+                                    {"gap", found.gap, tolerances.gap},
+                                    {"complementarity", found.complementarity, tolerances.gap}};
+    const Candidate& worst = *std::ranges::max_element (
+        candidates, {}, [] (const Candidate& each) { return each.violation / each.tolerance; });
+    if (worst.violation <= worst.tolerance)
+        return {};
+    std::string item;
+    if (&worst == candidates)
+        item = of (worst_item (problem, solution), found.primal, found.primal_cone, found.primal_matrix);
+    if (&worst == candidates + 1)
+        item = of (worst_multiplier (problem, solution), found.dual, found.dual_cone, found.dual_matrix);
+    char violation[32];
+    std::snprintf (violation, sizeof violation, "%.1e", worst.violation);
+    return text (worst.what, " ", violation, item, ", tolerance ", worst.tolerance);
 }
 
 void judge_integer (const Tolerances& tolerances, bool closed, Solution& solution)

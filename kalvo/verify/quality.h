@@ -5,6 +5,7 @@
 #include "kalvo/model/solution.h"
 
 #include <span>
+#include <string>
 #include <vector>
 
 namespace klv {
@@ -42,6 +43,10 @@ double relative_gap (double objective, double bound);
 
 // The statuses that a measured point of a continuous problem deserves.
 void judge (const Tolerances& tolerances, Solution& solution);
+
+// In which check a measured point of a continuous problem fails most: its violation, tolerance and, where there is one, item. Empty: in
+// none.
+std::string describe_failure (const Problem& problem, const Tolerances& tolerances, const Solution& solution);
 
 // The statuses of a measured point of an integer problem; `closed`: its gap is within the gap parameters.
 void judge_integer (const Tolerances& tolerances, bool closed, Solution& solution);

@@ -204,6 +204,34 @@ TEST (VerifyConic, ClosedFormOptimaAreProvedAndTheirPerturbationsNot)
         }
 }
 
+TEST (VerifyConic, AFailureIsNamed)
+{
+    struct Failing {
+        const char* text;
+        Point point;
+        const char* failure;
+    };
+    const Failing rows[] = {
+        {"min 1 1; 0.. 0..; 1 1 in 1..",
+         {.x = {-0.5, 1.5}, .y = {1}},
+         "primal violation 5.0e-01 of variable 1 (index 0)"},
+        {"min 1 1; 0.. 0..; 1 1 in 1..",
+         {.x = {0.5, 0.25}, .y = {1}},
+         "primal violation 1.2e-01 of constraint 1 (index 0)"},
+        {"min 1 1; 0.. 0..; 1 1 in 1..",
+         {.x = {0.5, 0.5}, .y = {4}},
+         "dual violation 1.5e+00 of variable 1 (index 0)"},
+        {"min 1 1; 0.. 0..; 1 1 in 1..", {.x = {0.5, 0.5}, .y = {0.5}}, "gap 2.0e-01, tolerance 1e-06"},
+        {"min 1 1; 0.. 0..; 1 1 in 1..", {.x = {0.5, 0.5}}, "it has no multipliers"},
+    };
+    for (const Failing& row : rows)
+        EXPECT_EQ (check (model::parse (row.text), row.point).failure.find (row.failure), 0) << row.failure;
+    EXPECT_NE (check (within ("min 1 0 0; .. .. ..; 0 1 in =3; 0 0 1 in =4", {KLV_DOMAIN_QUADRATIC_CONE}),
+                      {.x = {4, 3, 4}, .y = {0.6, 0.8}, .doty = {1, -0.6, -0.8}})
+                   .failure.find ("of a cone"),
+               std::string::npos);
+}
+
 // ---- Certificates --------------------------------------------------------------------------------------------------------------
 
 struct Ray {
