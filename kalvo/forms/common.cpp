@@ -115,9 +115,9 @@ double largest_finite (std::span<const double> values)
 }
 
 template <class SomeForm>
-Factors choose_units (SomeForm& form, double largest_bound)
+Factors choose_units (SomeForm& form, double largest_bound, double most)
 {
-    Factors factors{.point = factor_between (largest_bound, 1, 100)};
+    Factors factors{.point = factor_between (largest_bound, 1, most)};
     for (double& value : form.quadratic.values)
         value *= factors.point * factors.point;
     for (double& cost : form.cost)
@@ -134,7 +134,7 @@ Factors choose_units (SomeForm& form, double largest_bound)
     return factors;
 }
 
-template Factors choose_units (QuadraticForm& form, double largest_bound);
-template Factors choose_units (ConicForm& form, double largest_bound);
+template Factors choose_units (QuadraticForm& form, double largest_bound, double most);
+template Factors choose_units (ConicForm& form, double largest_bound, double most);
 
 }

@@ -52,8 +52,8 @@ struct Factors {
 };
 
 // Changes units so that right-hand sides and costs have magnitudes that engines are made for. `largest_bound` is the largest
-// magnitude of bounds and right-hand sides, by which the caller divides them.
+// magnitude of bounds and right-hand sides, which the caller divides by the point's factor so that none is beyond `most`.
 template <class SomeForm>
-Factors choose_units (SomeForm& form, double largest_bound);
+Factors choose_units (SomeForm& form, double largest_bound, double most);
 
 }

@@ -359,7 +359,7 @@ void ConicBuilder::scale (ConicForm& form)
     recovery_->row_factor = std::move (matrices[0].row_factor);
     std::ranges::transform (form.cost, recovery_->column_factor, form.cost.begin (), std::multiplies{});
     std::ranges::transform (form.right, recovery_->row_factor, form.right.begin (), std::multiplies{});
-    recovery_->factors = choose_units (form, largest_finite (form.right));
+    recovery_->factors = choose_units (form, largest_finite (form.right), 100);
     for (double& right : form.right)
         right /= recovery_->factors.point;
 }

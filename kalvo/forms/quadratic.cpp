@@ -171,7 +171,8 @@ static void scale (QuadraticForm& form, QuadraticRecovery& recovery)
     double largest = 0;
     for (const std::vector<double>* values : bounds)
         largest = std::max (largest, largest_finite (*values));
-    recovery.factors = choose_units (form, largest);
+    constexpr double most = 1e4;    // smaller units cost iterations
+    recovery.factors = choose_units (form, largest, most);
     for (std::vector<double>* values : bounds)
         for (double& value : *values)
             value /= recovery.factors.point;

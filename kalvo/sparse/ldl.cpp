@@ -11,8 +11,8 @@ Ldl::Ldl (const SparseColumns& upper, double blocks_from)
         entries_ += count;
         flops_ += static_cast<double> (count) * count;
     }
-    const bool blocks = flops_ > blocks_from * static_cast<double> (entries_);
-    factor_ = blocks ? make_supernodal (upper, elimination) : make_up_looking (upper, elimination);
+    in_blocks_ = flops_ > blocks_from * static_cast<double> (elimination.size ());
+    factor_ = in_blocks_ ? make_supernodal (upper, elimination) : make_up_looking (upper, elimination);
     ordered_.resize (elimination.size ());
     order_ = std::move (elimination.order);
 }

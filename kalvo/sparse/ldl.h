@@ -15,8 +15,9 @@ namespace klv {
 
 class Ldl {
 public:
-    // Multiplications for an entry of L from which dense blocks pay.
-    static constexpr double blocks_pay = 40;
+    // Multiplications for a column of L from which dense blocks pay. A factor of many small cliques has fewer, however many they
+    // are for an entry.
+    static constexpr double blocks_pay = 3000;
 
     // `upper` is the upper triangle, sorted, no entry twice. Finds the order of elimination and the size of the factor, for which
     // the first factorisation takes memory. Throws std::length_error when there are too many entries.
@@ -24,6 +25,7 @@ public:
 
     std::int64_t factor_entries () const { return entries_; }    // of L without its diagonal
     double flops () const { return flops_; }                     // sum of squared column counts
+    bool in_blocks () const { return in_blocks_; }
 
     // Pivots of at most zero_pivot in magnitude are taken as 0, and their columns of L as 0: a semidefinite matrix has nothing else
     // there. False: stopped, or a pivot is NaN; the factor is then of no use.
@@ -47,6 +49,7 @@ private:
     std::vector<std::int32_t> order_;
     std::int64_t entries_ = 0;
     double flops_ = 0;
+    bool in_blocks_ = false;
     std::unique_ptr<Factor> factor_;
     mutable std::vector<double> ordered_;    // work of a solve
 };

@@ -47,6 +47,7 @@ public:
 
 private:
     static constexpr Index chunk = 64;    // columns that a descendant updates at a time
+    static constexpr Index narrow = 8;    // columns of a descendant up to which plain loops pay
     static constexpr Index panel = 48;    // columns of a block that are factored at a time
 
     void merge_columns (const Elimination& elimination);
@@ -80,8 +81,9 @@ private:
     std::vector<double> values_;        // of the blocks, by columns
     // Work of a factorisation. A supernode waits in the queue of that which has the first row not used yet.
     std::vector<std::int32_t> queue_, next_in_queue_;
-    std::vector<Index> used_;            // rows of a supernode that ancestors have used
-    std::vector<std::int32_t> place_;    // of a row in the block in work
+    std::vector<Index> used_;             // rows of a supernode that ancestors have used
+    std::vector<std::int32_t> place_;     // of a row in the block in work
+    std::vector<std::int32_t> target_;    // of a descendant's rows there
     Eigen::MatrixXd product_, scaled_;
     mutable Eigen::VectorXd below_;    // of a solve
 };
@@ -176,18 +178,32 @@ bool Supernodal::update (std::size_t s, std::size_t descendant, StopWatch& watch
     Index last = begin;
     while (last < end && rows_there[at (last)] < first_[s + 1])
         ++last;
+    for (Index i = begin; i < end; ++i)
+        target_[at (i)] = place_[at (rows_there[at (i)])];
+    const auto subtract = [&] (Index c, const double* change) {
+        double* const column = &here (0, target_[at (c)]);
+        for (Index i = c; i < end; ++i)
+            column[target_[at (i)]] -= change[i - c];
+    };
+    if (depth <= narrow || last - begin == 1) {
+        for (Index c = begin; c < last; ++c) {
+            auto change = product_.col (0).head (end - c);
+            change = there.col (0).segment (c, end - c) * (there (c, 0) * diagonal[0]);
+            for (Index d = 1; d < depth; ++d)
+                change += there.col (d).segment (c, end - c) * (there (c, d) * diagonal[d]);
+            subtract (c, product_.data ());
+        }
+        queue (descendant, last);
+        return !watch.stopped (static_cast<double> ((end - begin) * (last - begin) * depth));
+    }
     for (Index from = begin; from < last; from += chunk) {
         const Index columns = std::min (chunk, last - from), below = end - from;
         auto scaled = scaled_.topLeftCorner (columns, depth);
         auto product = product_.topLeftCorner (below, columns);
         scaled.noalias () = there.middleRows (from, columns) * diagonal.asDiagonal ();
         product.noalias () = there.bottomRows (below) * scaled.transpose ();
-        for (Index c = 0; c < columns; ++c) {
-            double* const column = &here (0, rows_there[at (from + c)] - first_[s]);
-            const double* const change = &product (0, c);
-            for (Index i = c; i < below; ++i)
-                column[place_[at (rows_there[at (from + i)])]] -= change[i];
-        }
+        for (Index c = 0; c < columns; ++c)
+            subtract (from + c, &product (c, c));
         if (watch.stopped (static_cast<double> (below * columns * depth)))
             return false;
     }
@@ -283,6 +299,7 @@ bool Supernodal::compute (std::span<const double> values, double zero_pivot, con
     scaled_.resize (chunk, widest);
     below_.resize (highest);
     place_.resize (pivots.size ());
+    target_.resize (at (highest));
     queue_.assign (supernodes (), -1);
     next_in_queue_.resize (supernodes ());
     used_.resize (supernodes ());

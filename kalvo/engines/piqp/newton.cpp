@@ -113,8 +113,7 @@ NewtonSystem::NewtonSystem (const QuadraticForm& form, const SparseColumns& uppe
 // By the speeds of the dense and of the two sparse factorisations.
 bool NewtonSystem::dense () const
 {
-    const double of_sparse =
-        sparse_.flops () > Ldl::blocks_pay * static_cast<double> (sparse_.factor_entries ()) ? 8e9 : 3e9;
+    const double of_sparse = sparse_.in_blocks () ? 8e9 : 3e9;
     return columns_ <= 2000 &&
            columns_ * columns_ * (columns_ / 3 + rows_) / 1.2e10 < sparse_.flops () / of_sparse;
 }

@@ -3,6 +3,7 @@
 #include "kalvo/engines/piqp/library.h"
 #include "kalvo/engines/piqp/newton.h"
 #include "kalvo/model/text.h"
+#include "kalvo/sparse/index.h"
 #include "kalvo/task/memory.h"
 
 #include <algorithm>
@@ -167,6 +168,10 @@ public:
             return "it solves convex quadratic problems with linear constraints only";
         if (!fault_of (*quadratic).empty ())
             return "";    // a run tells
+        constexpr std::size_t small =
+            2600;    // its full factor would take 200 MB: not worth an order of elimination
+        if (quadratic->cost.size () + index (quadratic->row_count ()) <= small)
+            return "";
         try {
             return lack_of_memory (NewtonSystem (*quadratic).megabytes ());
         } catch (const std::length_error&) {
