@@ -1,15 +1,15 @@
 # The HiGHS packages as script/setup installs them from PyPI. Our library loads the two files at run time from its own folder, so
 # the build needs their C header only, and copies the files to where our code is.
 
-set (highs_dist "${KALVO_HIGHS_DIR}/highsbox/highs_dist")
+set (highs_dist "${KALVO_ENGINES_DIR}/highsbox/highs_dist")
 set (highs_files
     "${highs_dist}/lib/libhighs.so"
-    "${KALVO_HIGHS_DIR}/highspy_extras/libhighs_extras.so")
+    "${KALVO_ENGINES_DIR}/highspy_extras/libhighs_extras.so")
 set (highs_includes "${highs_dist}/include/highs" "${highs_dist}/include")
 
 foreach (file IN LISTS highs_files)
     if (NOT EXISTS "${file}")
-        message (FATAL_ERROR "${file} is missing: run script/setup, or set KALVO_HIGHS_DIR")
+        message (FATAL_ERROR "${file} is missing: run script/setup, or set KALVO_ENGINES_DIR")
     endif ()
 endforeach ()
 

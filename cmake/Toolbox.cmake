@@ -16,7 +16,7 @@ set (notices_parts
     "${toolbox_source}/NOTICES"
     "${CMAKE_SOURCE_DIR}/LICENSE"
     "${highs_dist}/share/doc/HIGHS/LICENSE.txt"
-    "${KALVO_HIGHS_DIR}/highspy_extras-1.15.1.dist-info/licenses/THIRD_PARTY_NOTICES.md"
+    "${KALVO_ENGINES_DIR}/highspy_extras-1.15.1.dist-info/licenses/THIRD_PARTY_NOTICES.md"
     "${piqp_folder}/LICENSE"
     "${clarabel_notices}"
     "${CMAKE_SOURCE_DIR}/cmake/licences.txt"

@@ -85,7 +85,8 @@
 %       f, g      affine expressions f*x + g: f sparse with n columns, g a full vector of as many entries as f has rows
 %                 (absent: 0). Not together with qoval or qcval
 %       accs      the domains of consecutive expressions: type, size, type, size ...; for types 8 and 9 type, size, number of
-%                 exponents and the exponents. All expressions must be used. For x1 ... xn in their order:
+%                 exponents and the exponents. All expressions must be used; an empty accs leaves all of them without
+%                 a constraint. For x1 ... xn in their order:
 %                    0 free                      1 zero                     2 nonnegative         3 nonpositive
 %                    4 quadratic                 x1 >= norm (x2 ... xn)
 %                    5 rotated quadratic         2 x1 x2 >= norm (x3 ... xn)^2, x1, x2 >= 0
@@ -99,7 +100,7 @@
 %                 the other), subptr (where each cone begins in sub) and perhaps conepar; or a cell of structures with type
 %                 (a number, or a name: KLV_CONE_QUADRATIC, _ROTATED_QUADRATIC, _PRIMAL_EXPONENTIAL, ...), sub and perhaps
 %                 conepar: a of x1^a x2^(1-a) in a power cone. A variable is in one cone at most
-%       bardim    orders of the matrices Xj
+%       bardim    orders of the matrices Xj; without it barc, bara and barf are ignored
 %       barc, bara, barf  structures with subj, subk, subl, val: entry (subk(t), subl(t)) of the symmetric matrix of Xj,
 %                 j = subj(t), is val(t); given in the lower triangle only. barc: the matrices Cj of the objective. bara and
 %                 barf also have subi: the constraint, or the row of f

@@ -9,7 +9,11 @@
 %
 %   kalvoplot ('matrix', prob)
 %   kalvoplot ('matrix', prob, file)
-%       The pattern of prob.a: a point of the picture is the darker the more entries fall on it.
+%       The pattern of a problem: a point of the picture is the darker the more entries fall on it. From the top, each with its
+%       name at the right: the objective (c and the terms of qoval; barc), the constraints (a and the terms of qcval; bara),
+%       the affine expressions, a band for each domain (f; barf), and a row for each cone of variables. Columns are the
+%       variables, then the lower triangles of the matrices of bardim, a band each. A part that prob does not have takes no
+%       place.
 %
 %   data = kalvoplot ('data')
 %       The numbers of the last progress picture: columns seconds, objective, bound; NaN for values that were not known yet.
@@ -115,27 +119,191 @@ function recording = draw_progress (recording, in_window)
 end
 
 function draw_matrix (prob, file)
-    if ~isstruct (prob) || numel (prob) ~= 1 || ~isfield (prob, 'a') || ~isnumeric (prob.a) || isempty (prob.a)
+    if ~isstruct (prob) || numel (prob) ~= 1 || ~isfield (prob, 'a') || ~isnumeric (prob.a) ...
+            || (isempty (prob.a) && ~(isfield (prob, 'f') || isfield (prob, 'bardim')))
         error ('kalvoplot: the problem has no matrix prob.a to be drawn');
     end
-    [m, n] = size (prob.a);
-    [row, column] = find (prob.a);
+    [row, column, bands, edges] = pattern (prob);
+    m = bands(end).last;
+    n = edges(end);
     % Entries that fall on one point are counted, so that a large matrix takes no longer to draw than a small one.
     high = min (m, 400);
     wide = min (n, 600);
-    count = accumarray ([ceil(row(:) * high / m), ceil(column(:) * wide / n)], 1, [high, wide]);
+    count = accumarray ([ceil(row * high / m), ceil(column * wide / n)], 1, [high, wide]);
     most = max (1, full (max (count(:))));
     picture = new_figure (isempty (file));
-    place = axes ('parent', picture, 'position', [0.17 0.15 0.77 0.72]);
+    place = axes ('parent', picture, 'position', [0.12 0.15 0.66 0.72]);
     imagesc (place, [1 n], [1 m], -log (1 + count));
     caxis (place, [-log(1 + most), 0]);
     colormap (place, gray (64));
-    title (place, sprintf ('%d constraints, %d variables, %d entries (%.2g%%)', m, n, numel (row), ...
+    title (place, sprintf ('%d constraints, %d variables, %d entries (%.2g%%)', size (prob.a), numel (row), ...
                            100 * numel (row) / (m * n)));
     xlabel (place, 'variable');
-    ylabel (place, 'constraint');
+    ylabel (place, 'row');
+    draw_bands (place, bands, edges);
     if ~isempty (file)
         save_figure (picture, file);
+    end
+end
+
+% Lines between the bands of rows and of columns, and the names of rows, as many as can be read.
+function draw_bands (place, bands, edges)
+    n = edges(end);
+    m = bands(end).last;
+    for edge = edges(1:end - 1)
+        line ('parent', place, 'xdata', edge * [1 1] + 0.5, 'ydata', [0.5 m + 0.5], 'color', 'b');
+    end
+    free = -Inf;
+    for band = bands
+        if band.last < m
+            line ('parent', place, 'xdata', [0.5 n + 0.5], 'ydata', band.last * [1 1] + 0.5, 'color', 'r');
+        end
+        middle = (band.first + band.last) / 2;
+        if numel (bands) > 1 && middle >= free
+            text (n * 1.01 + 0.5, middle, band.name, 'parent', place, 'fontsize', 8, 'interpreter', 'none');
+            free = middle + m / 25;
+        end
+    end
+end
+
+% The entries of all parts below one another. edges: the last column of the variables and of each matrix.
+function [row, column, bands, edges] = pattern (prob)
+    [m, n] = size (prob.a);
+    orders = vector (prob, 'bardim');
+    edges = n + cumsum ([0; orders .* (orders + 1) / 2])';
+    bands = struct ('name', {}, 'first', {}, 'last', {});
+    row = zeros (0, 1);
+    column = zeros (0, 1);
+    if any (isfield (prob, {'qoval', 'f', 'cones', 'bardim'}))
+        c = find (vector (prob, 'c'));
+        terms = [vector(prob, 'qosubi'); vector(prob, 'qosubj')];
+        [~, matrices] = matrix_terms (prob, 'barc', orders, edges);
+        column = [c; terms; matrices];
+        row = ones (size (column));
+        bands(end + 1) = struct ('name', 'objective', 'first', 1, 'last', 1);
+    end
+    above = numel (bands);
+    if m > 0
+        [i, j] = find (prob.a);
+        constraint = vector (prob, 'qcsubk');
+        [k, matrices] = matrix_terms (prob, 'bara', orders, edges);
+        row = [row; above + [i(:); constraint; constraint; k]];
+        column = [column; j(:); vector(prob, 'qcsubi'); vector(prob, 'qcsubj'); matrices];
+        bands(end + 1) = struct ('name', 'constraints', 'first', above + 1, 'last', above + m);
+        above = above + m;
+    end
+    if isfield (prob, 'f') && ~isempty (prob.f)
+        [i, j] = find (prob.f);
+        [k, matrices] = matrix_terms (prob, 'barf', orders, edges);
+        row = [row; above + [i(:); k]];
+        column = [column; j(:); matrices];
+        [names, sizes] = domains (prob);
+        for d = 1:numel (sizes)
+            bands(end + 1) = struct ('name', names{d}, 'first', above + 1, 'last', above + sizes(d));
+            above = above + sizes(d);
+        end
+    elseif isfield (prob, 'cones')
+        [names, members] = cones_of_variables (prob.cones);
+        for d = 1:numel (members)
+            above = above + 1;
+            row = [row; above * ones(numel (members{d}), 1)];
+            column = [column; members{d}(:)];
+            bands(end + 1) = struct ('name', names{d}, 'first', above, 'last', above);
+        end
+    end
+    if any (row < 1 | row > above) || any (column < 1 | column > edges(end)) || above == 0 || edges(end) == 0
+        error ('kalvoplot: the problem has nothing to be drawn, or indices out of range');
+    end
+end
+
+function values = vector (prob, name)
+    values = zeros (0, 1);
+    if isfield (prob, name)
+        values = double (full (prob.(name)(:)));
+    end
+end
+
+% Rows (of terms that have them) and columns of the entries of matrices.
+function [row, column] = matrix_terms (prob, name, orders, edges)
+    row = zeros (0, 1);
+    column = zeros (0, 1);
+    if isfield (prob, name)
+        terms = prob.(name);
+        row = vector (terms, 'subi');
+        j = vector (terms, 'subj');
+        if any (j < 1 | j > numel (orders))
+            error ('kalvoplot: prob.%s.subj has indices out of range', name);
+        end
+        k = vector (terms, 'subk');
+        l = vector (terms, 'subl');
+        before = edges(1:end - 1)';
+        column = before(j) + (l - 1) .* orders(j) - (l - 1) .* (l - 2) / 2 + k - l + 1;
+    end
+end
+
+% Names and sizes of the domains of all rows of f.
+function [names, sizes] = domains (prob)
+    known = {'free', 'zero', 'nonnegative', 'nonpositive', 'quadratic', 'rotated quadratic', 'primal exponential', ...
+             'dual exponential', 'primal power', 'dual power', 'primal geometric mean', 'dual geometric mean', 'semidefinite'};
+    list = vector (prob, 'accs');
+    powers = [8 9];
+    if isfield (prob, 'cones')
+        known = cone_names ();
+        list = vector (prob, 'cones');
+        powers = [4 5];
+    end
+    names = {};
+    sizes = zeros (0, 1);
+    position = 1;
+    while position < numel (list)
+        type = list(position);
+        if ~any (type == 0:numel (known) - 1)
+            error ('kalvoplot: a domain has an unknown type');
+        end
+        names{end + 1} = known{type + 1};
+        sizes(end + 1, 1) = list(position + 1);
+        position = position + 2;
+        if any (type == powers) && position <= numel (list)
+            position = position + 1 + list(position);
+        end
+    end
+    if isempty (list)
+        names = {'no domain'};
+        sizes = size (prob.f, 1);
+    elseif sum (sizes) ~= size (prob.f, 1) || any (sizes < 1)
+        error ('kalvoplot: the sizes of domains do not match the rows of prob.f');
+    end
+end
+
+function names = cone_names ()
+    names = {'quadratic', 'rotated quadratic', 'primal exponential', 'dual exponential', 'primal power', 'dual power', 'zero'};
+end
+
+% Names and members of the cones of variables, given as one structure or as a cell of them.
+function [names, members] = cones_of_variables (cones)
+    names = {};
+    members = {};
+    types = {};
+    if iscell (cones)
+        for k = 1:numel (cones)
+            types{k} = cones{k}.type;
+            members{k} = cones{k}.sub;
+        end
+    elseif isstruct (cones)
+        starts = [cones.subptr(:); numel(cones.sub) + 1];
+        for k = 1:numel (cones.type)
+            types{k} = cones.type(k);
+            members{k} = cones.sub(starts(k):starts(k + 1) - 1);
+        end
+    end
+    known = cone_names ();
+    for k = 1:numel (types)
+        if ischar (types{k})
+            name = regexprep (types{k}, '^.*CONE_', '');
+            names{k} = lower (strrep (name, '_', ' '));
+        else
+            names{k} = known{types{k} + 1};
+        end
     end
 end
 
