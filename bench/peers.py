@@ -6,6 +6,7 @@ set-up and solve.
 
 import dataclasses
 import math
+import multiprocessing
 import pathlib
 import subprocess
 import sys
@@ -38,6 +39,9 @@ class Answer:
     cpu: float = math.nan
     iterations: int = 0
     tries: int = 0
+    worker: float = math.nan
+    engine: float = math.nan
+    check: float = math.nan
 
 
 class Prompt:
@@ -49,7 +53,6 @@ class Prompt:
         self.octave = None
 
     def load(self, problem):
-        self.sense = "minimize" if problem.sense == 1 else "maximize"
         file = pathlib.Path(self.folder.name) / "problem.mat"
         scipy.io.savemat(file, problems.record(problem), do_compression=False)
         self.load_by(f"prob = load ('{file}')")
@@ -62,9 +65,10 @@ class Prompt:
     def solve(self):
         before = self.cpu()
         try:
-            words = self.octave.type(f"solve_record ('{self.sense}', prob, {self.limit})", 2 * self.limit + 60).split()
-            return Answer(float(words[1]), words[5] == "OPTIMAL", float(words[6]), words[5] if words[0] == "0" else
-                          f"{words[5]} {words[0]}", self.cpu() - before, int(words[3]), int(words[4]))
+            words = self.octave.type(f"solve_record (prob, {self.limit})", 2 * self.limit + 60).split()
+            code, seconds, iterations, tries, status, objective, *rest = words
+            return Answer(float(seconds), status == "OPTIMAL", float(objective), status if code == "0" else f"{status} {code}",
+                          self.cpu() - before, int(iterations), int(tries), *map(float, rest))
         except (TimeoutError, OSError, IndexError, ValueError) as fault:
             self.octave.close()
             self.octave = None
@@ -80,7 +84,7 @@ class Prompt:
         return ticks / 100
 
 
-def solve_conic(problem, limit=60):
+def conic_solver(problem, limit=60):
     data = problems.conic(problem)
     settings = clarabel.DefaultSettings()
     settings.verbose, settings.time_limit = False, limit
@@ -95,7 +99,7 @@ def solve_conic(problem, limit=60):
     return solve
 
 
-def solve_quadratic(problem):
+def quadratic_solver(problem):
     rows, fixed = problem.a.tocsr(), problem.row_lower == problem.row_upper
     pick = lambda which: rows[which].tocsc() if which.any() else None
     side = lambda values, which: values[which] if which.any() else None
@@ -112,6 +116,21 @@ def solve_quadratic(problem):
                       str(status), time.process_time() - used, solver.result.info.iter)
 
     return solve
+
+
+def apart(solve, limit):
+    """Solves in a process of its own, which may die or take too long."""
+    ours, theirs = multiprocessing.Pipe(duplex=False)
+    child = multiprocessing.get_context("fork").Process(target=lambda: theirs.send(solve()))
+    child.start()
+    theirs.close()
+    try:
+        return ours.recv() if ours.poll(limit) else Answer(math.nan, False, math.nan, "too slow")
+    except EOFError:
+        return Answer(math.nan, False, math.nan, "died")
+    finally:
+        child.kill()
+        child.join()
 
 
 def in_turns(*solvers):

@@ -8,6 +8,7 @@ column by column, entries off the diagonal times the root of 2.
 
 import dataclasses
 import gzip
+import itertools
 import math
 import pathlib
 
@@ -209,6 +210,64 @@ def read_qplib(text):
                    quadratic)
 
 
+CENTRES = {"quadratic": (1, 0.1, -0.2, 0.3, 0.1), "exponential": (1.258967, 0.556409, -1.051383)}
+
+
+def generated(kind, n):
+    """A problem of about n variables and half as many rows, four entries in each, near each other, and with interior solutions:
+    'qp', 'quadratic' (cones of five), 'exponential', or 'matrix' (one whose triangle has n entries)."""
+    random = numpy.random.default_rng(1)
+    centre = numpy.array(CENTRES.get(kind, (1,)))
+    count = n // len(centre)
+    n = count * len(centre)
+    m = n // 2
+    row = numpy.repeat(numpy.arange(m), 4)
+    column = numpy.minimum(2 * row + random.integers(0, 10, 4 * m), n - 1)
+    a = sparse.csc_matrix((random.uniform(-1, 1, 4 * m), (row, column)), (m, n))
+    centres = [numpy.kron(random.uniform(0.5, 2, count), centre) for _ in range(2)]
+    if kind == "matrix":
+        order = order_of(n)
+        n = order * (order + 1) // 2
+        m = order
+        inside = (numpy.arange(n) == 0) | numpy.isin(numpy.arange(n), numpy.cumsum(numpy.arange(order, 1, -1)))
+        a = sparse.random(m, n, 4 / n, "csc", random_state=random) + sparse.csc_matrix(
+            (numpy.ones(order), (numpy.arange(order), numpy.flatnonzero(inside))), (m, n))
+        centres = [inside.astype(float)] * 2
+    point, slack = centres
+    cost = a.T @ random.uniform(-1, 1, m) + slack
+    problem = Problem(cost, a, a @ point, a @ point, numpy.full(n, -math.inf), numpy.full(n, math.inf))
+    if kind == "qp":
+        problem.lower[:] = 0
+        band = sparse.diags([random.uniform(0, 0.4, n - 1)], [1])
+        problem.p = (band + band.T + sparse.identity(n)).tocsc()
+    else:
+        size = n if kind == "matrix" else len(centre)
+        problem.cones = [(kind, numpy.arange(k, k + size), None) for k in range(0, n, size)]
+    return problem
+
+
+def scaled(problem, seed, spread=0, cost=1, size=1):
+    """An equivalent problem, its objective times cost * size: rows, columns and whole cones times 10 to a number in +-spread, costs
+    times `cost`, points and so bounds times `size`."""
+    random = numpy.random.default_rng(seed)
+    factors = lambda count: 10 ** random.uniform(-spread, spread, count)
+    column, row = factors(len(problem.c)), factors(len(problem.row_lower))
+    for _, members, _ in problem.cones:
+        column[members] = column[members[0]]
+    diagonal = sparse.diags
+    changed = dataclasses.replace(
+        problem, c=cost * column * problem.c, fixed=cost * size * problem.fixed, a=(diagonal(row) @ problem.a @ diagonal(column)).tocsc(),
+        row_lower=size * row * problem.row_lower, row_upper=size * row * problem.row_upper,
+        lower=size / column * problem.lower, upper=size / column * problem.upper,
+        quadratic={k: (diagonal(column) @ q @ diagonal(column) * (row[k] / size)).tocsc() for k, q in problem.quadratic.items()})
+    if problem.p is not None:
+        changed.p = (diagonal(column) @ problem.p @ diagonal(column) * (cost / size)).tocsc()
+    if problem.f is not None:
+        block = numpy.concatenate([numpy.zeros(0)] + [numpy.full(length, *factors(1)) for _, length, _ in problem.domains])
+        changed.f, changed.g = (diagonal(block) @ problem.f @ diagonal(column)).tocsc(), size * block * problem.g
+    return changed
+
+
 def record(problem):
     """The record that kalvoopt takes, for scipy.io.savemat."""
     matrices = [members for kind, members, _ in problem.cones if kind == "matrix"]
@@ -217,7 +276,7 @@ def record(problem):
     place[plain] = numpy.arange(len(plain))
     cones = [cone for cone in problem.cones if cone[0] != "matrix"]
     column = lambda values: numpy.reshape(values, (-1, 1)).astype(float)
-    fields = {"a": problem.a[:, plain], "c": column(problem.c[plain]), "cfix": problem.fixed,
+    fields = {"a": problem.a[:, plain], "c": column(problem.c[plain]), "cfix": float(problem.fixed), "objsense": "minimize" if problem.sense == 1 else "maximize",
               "blc": column(problem.row_lower), "buc": column(problem.row_upper),
               "blx": column(problem.lower[plain]), "bux": column(problem.upper[plain])}
     if problem.p is not None:
@@ -301,20 +360,23 @@ def conic(problem):
     rows, constants, domains = blocks(problem)
     if domains:
         turn = []
-        for kind, size, powers in domains:
+        for (kind, size), alike in itertools.groupby(domains, lambda domain: domain[:2]):
+            alike = list(alike)
             if kind == "rotated":
-                turn.append(sparse.block_diag([numpy.array([[1, 1], [1, -1]]) / ROOT2, sparse.identity(size - 2)]))
-                cones.append(clarabel.SecondOrderConeT(size))
+                block = sparse.block_diag([numpy.array([[1, 1], [1, -1]]) / ROOT2, sparse.identity(size - 2)])
+                cones += [clarabel.SecondOrderConeT(size) for _ in alike]
             elif kind == "exponential":
-                turn.append(sparse.identity(3).tocsr()[[2, 1, 0]])
-                cones.append(clarabel.ExponentialConeT())
+                block = sparse.identity(3).tocsr()[[2, 1, 0]]
+                cones += [clarabel.ExponentialConeT() for _ in alike]
             elif kind == "matrix":
                 right, down = numpy.triu_indices(order_of(size))
-                turn.append(sparse.identity(size).tocsr()[numpy.lexsort((right, down))])
-                cones.append(clarabel.PSDTriangleConeT(order_of(size)))
+                block = sparse.identity(size).tocsr()[numpy.lexsort((right, down))]
+                cones += [clarabel.PSDTriangleConeT(order_of(size)) for _ in alike]
             else:
-                turn.append(sparse.identity(size))
-                cones.append(clarabel.PowerConeT(powers[0] / sum(powers)) if powers else clarabel.SecondOrderConeT(size))
+                block = sparse.identity(size)
+                cones += [clarabel.PowerConeT(powers[0] / sum(powers)) if powers else clarabel.SecondOrderConeT(size)
+                          for _, _, powers in alike]
+            turn.append(sparse.kron(sparse.identity(len(alike)), block))
         turn = sparse.block_diag(turn, "csr")
         parts.append(-turn @ rows)
         sides.append(turn @ constants)

@@ -21,7 +21,7 @@ def main():
     for file in sorted(pathlib.Path(sys.argv[1]).glob("*.mat")):
         problem = problems.read(file)
         prompt.load(problem)
-        ours, conic, quadratic = peers.in_turns(prompt.solve, peers.solve_conic(problem), peers.solve_quadratic(problem))
+        ours, conic, quadratic = peers.in_turns(prompt.solve, peers.conic_solver(problem), peers.quadratic_solver(problem))
         best = min((each.seconds for each in (conic, quadratic) if each.solved), default=math.nan)
         if ours.solved and conic.solved and conic.seconds >= 0.01:
             to_conic.append(ours.seconds / conic.seconds)
