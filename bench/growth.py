@@ -12,9 +12,8 @@ import os
 import pathlib
 import sys
 
+import peers    # finds the packages
 import numpy
-
-import peers
 import problems
 
 SIZES = [1000, 10000, 100000, 1000000]
@@ -38,13 +37,15 @@ def size(value):
     return value.data.nbytes + 8 * value.nnz + 8 * value.shape[1] if hasattr(value, "nnz") else numpy.asarray(value).nbytes
 
 
-def measured(solve):
-    """An answer whose cpu is the growth of the process that found it."""
-    def run():
+def package(problem, kind):
+    solve = (peers.quadratic_solver if kind == "qp" else peers.conic_solver)(problem)
+
+    def measured():
         answer, grown = growth(os.getpid(), solve)
-        answer.cpu = grown
+        answer.worker = grown / 1e6
         return answer
-    return peers.apart(run, 120)
+
+    return peers.apart(measured, 120)
 
 
 def main():
@@ -58,14 +59,14 @@ def main():
             prompt = peers.Prompt()
             prompt.load(problem)
             ours, host = growth(prompt.octave.process, prompt.solve)
-            package = measured(peers.quadratic_solver(problem) if kind == "qp" else peers.conic_solver(problem))
-            print(f"{n:<12} {data / 1e6:7.1f} {ours.seconds:8.3f} {ours.engine:8.3f} {ours.check:8.3f} {package.seconds:9.3f} "
-                  f"{ours.seconds / package.seconds:6.2f} {host / data:7.1f} {1e6 * ours.worker / data:7.1f} {package.cpu / data:7.1f}  "
-                  f"{ours.status} {package.status}", flush=True)
-            times.append([math.log(value) for value in (n, ours.seconds, max(ours.engine, 1e-4), package.seconds)])
+            theirs = package(problem, kind)
+            print(f"{n:<12} {data / 1e6:7.1f} {ours.seconds:8.3f} {ours.engine:8.3f} {ours.check:8.3f} {theirs.seconds:9.3f} "
+                  f"{ours.seconds / theirs.seconds:6.2f} {host / data:7.1f} {1e6 * ours.worker / data:7.1f} {1e6 * theirs.worker / data:7.1f}  "
+                  f"{ours.status} {theirs.status}", flush=True)
             prompt.octave.close()
-            if not (ours.solved and package.solved):
+            if not ours.solved:
                 break
+            times.append([math.log(value) for value in (n, ours.seconds, ours.engine, theirs.seconds)])
         logs = numpy.array(times[1:]).T
         exponents = [numpy.polyfit(logs[0], row, 1)[0] for row in logs[1:]]
         print("exponents from 10000 on: ours {:.2f}, engine {:.2f}, package {:.2f}".format(*exponents))
