@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Ctrl-C at Octave's prompt in every phase of large convex problems: seconds until the prompt is back.
 
-    bench/stop.py [PRESSES]     for each phase of each problem, 5 by default
+    bench/stop.py [PRESSES [KIND ...]]     for each phase of each problem, 5 by default; qp, quadratic, exponential, matrix
 
 Phases are seen in the log of a first run without a press: until the method begins (record or file, forms, proof of convexity), until
 its first iteration (factorisation), iterations, and what comes after the last one (check, result).
@@ -19,7 +19,7 @@ import peers
 import problems
 import terminal
 
-SIZES = {"qp": 400000, "quadratic": 200000, "exponential": 100000, "matrix": 5000}
+SIZES = {"qp": 400000, "quadratic": 200000, "exponential": 100000, "matrix": 3000}
 PHASES = [("forms", "Optimiser: "), ("factorisation", r" iteration .*\n +\d"), ("iterations", "The interior solution"),
           ("check", terminal.PROMPT + "$")]
 
@@ -55,9 +55,9 @@ def stopped(octave, command, moment):
 def main():
     presses = int(sys.argv[1]) if len(sys.argv) > 1 else 5
     chance = random.Random(1)
-    for kind, n in SIZES.items():
+    for kind in sys.argv[2:] or SIZES:
         prompt = peers.Prompt()
-        prompt.load(problems.generated(kind, n))
+        prompt.load(problems.generated(kind, SIZES[kind]))
         octave = prompt.octave
         file = pathlib.Path(prompt.folder.name) / ("problem.mps" if kind == "qp" else "problem.cbf")
         octave.type(f"kalvoopt ('write({file}) echo(0)', prob);", 300)
