@@ -24,9 +24,17 @@ PHASES = [("forms", "Optimiser: "), ("factorisation", r" iteration .*\n +\d"), (
           ("check", terminal.PROMPT + "$")]
 
 
+def begin(octave, command):
+    """Returns when Octave executes the command: a key that comes while it is typed is not kalvoopt's."""
+    octave.start(f"puts ('go'); fflush (stdout); {command}")
+    text = ""
+    while "\ngo" not in text:
+        text += os.read(octave.terminal, 65536).decode()
+
+
 def marks(octave, command):
     """Seconds at which each phase ends."""
-    octave.start(command)
+    begin(octave, command)
     began, text, ends = time.monotonic(), "", {}
     while len(ends) < len(PHASES):
         if not select.select([octave.terminal], [], [], 300)[0]:
@@ -40,7 +48,7 @@ def marks(octave, command):
 
 def stopped(octave, command, moment):
     """The seconds from the key to the prompt, or None when the prompt was there before."""
-    octave.start(command)
+    begin(octave, command)
     try:
         octave.read(moment)
         return None
