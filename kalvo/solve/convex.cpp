@@ -34,25 +34,18 @@ private:
     std::optional<Failure> failure_;    // of the last engine that could not be prepared
 };
 
-// Numbers far from 1 leave rows violated by what is little to an engine, while all else holds.
+// Numbers far from 1, and cones made of quadratic terms, leave more than tolerances of what is little to an engine.
 void ConvexPlan::correct (Answer& answer)
 {
-    constexpr double nearly_closed = 1e-4;
-    if (answer.conclusive || !answer.solution ||
-        answer.solution->solution_status != KLV_SOLSTA_DUAL_FEASIBLE ||
-        answer.solution->violations.gap > nearly_closed)
+    constexpr double near = 1e-3;
+    if (answer.conclusive || !answer.solution || !answer.solution->has_primal || !answer.solution->has_dual ||
+        answer.solution->violations.gap > near)
         return;
-    const Solution& solution = *answer.solution;
-    std::vector<double> x = corrected (attempts_.problem (), solution);
-    if (x.empty ())
+    std::optional<Point> claim = corrected (attempts_.problem (), *answer.solution);
+    if (!claim)
         return;
-    Answer better = attempts_.judge ({.outcome = Outcome::optimal,
-                                      .x = std::move (x),
-                                      .y = solution.y,
-                                      .barx = solution.barx,
-                                      .doty = solution.doty,
-                                      .snx = solution.snx});
-    if (better.conclusive || (better.solution && error_of (*better.solution) < error_of (solution)))
+    Answer better = attempts_.judge (std::move (*claim));
+    if (better.conclusive || (better.solution && error_of (*better.solution) < error_of (*answer.solution)))
         answer = std::move (better);
 }
 

@@ -1,15 +1,17 @@
-// Corrects points that miss their rows by little more than rounding.
+// Corrects answers that miss what they claim by little more than rounding.
 #pragma once
 
+#include "kalvo/model/point.h"
 #include "kalvo/model/problem.h"
 #include "kalvo/model/solution.h"
 
-#include <vector>
+#include <optional>
 
 namespace klv {
 
-// Moves the variables so that they satisfy the linear constraints that hold with equality at the solution, or are violated there: the
-// smallest move in units of each variable's distance from its bounds. Empty: there is nothing to correct, or no memory for it.
-std::vector<double> corrected (const Problem& problem, const Solution& solution);
+// Newton's steps on the optimality conditions of a problem without cones, from a point and multipliers near its optimum: stationarity,
+// rows, and complementarity with bounds, as primal-dual methods take them for a barrier of 0. What comes is a claim, as all others.
+// Nothing: the problem has cones or matrices, or there is no memory for it.
+std::optional<Point> corrected (const Problem& problem, const Solution& solution);
 
 }

@@ -44,6 +44,20 @@
 %! assert (sol.solsta, "OPTIMAL");
 %! assert ([sol.xx; sol.y(1)], [-2.5; 1], 1e-5);
 
+## Duals of quadratic constraints, exact to rounding although the cones that engines see leave them to half the digits.
+%!test
+%! sphere = struct ("a", sparse (1, 3), "c", [-20/9 -20/9 -10], "cfix", 100/9 + 25, "buc", 48, "blx", [-4.5 -4.5 -5], "bux", [4.5 4.5 5]);
+%! [sphere.qosubi, sphere.qosubj, sphere.qoval] = deal ([1 2 2 3], [1 1 2 3], [20 -16 20 18] / 9);
+%! [sphere.qcsubk, sphere.qcsubi, sphere.qcsubj, sphere.qcval] = deal ([1 1 1], 1:3, 1:3, [2 2 2]);
+%! ellipse = struct ("a", sparse ([1 1]), "c", [-3 0], "buc", 4, "blx", [-10 -10], "bux", [10 10]);
+%! [ellipse.qcsubk, ellipse.qcsubi, ellipse.qcsubj, ellipse.qcval] = deal ([1 1], [1 2], [1 2], [9 1]);
+%! optimum = [0.9535288568, 1 / 3 - sqrt(82) / 3];
+%! for k = 1:2
+%!   [r, sol] = solved ({sphere, ellipse}{k});
+%!   assert ({r, sol.solsta}, {0, "OPTIMAL"});
+%!   assert ([sol.pobjval sol.dobjval], optimum([k k]), 1e-9);
+%! endfor
+
 ## Infeasible and unbounded problems of each class have certificates with the right multipliers and directions.
 %!test
 %! free = struct ("a", sparse (0, 2), "c", [1 0], "blx", [-Inf -Inf], "bux", [Inf Inf]);
