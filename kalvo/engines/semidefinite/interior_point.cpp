@@ -1,9 +1,11 @@
 #include "kalvo/engines/semidefinite/interior_point.h"
 
+#include "kalvo/engines/semidefinite/dependence.h"
 #include "kalvo/sparse/index.h"
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -20,6 +22,7 @@ InteriorPoint::InteriorPoint (const Program& program, const Aims& aims, Watch& w
     : program_ (program),
       aims_ (aims),
       watch_ (watch),
+      stop_ (stop),
       listener_ (std::move (listener)),
       newton_ (program, watch, stop),
       norm_a_ (norm (program.right)),
@@ -208,6 +211,53 @@ bool InteriorPoint::factor_iterate ()
     return true;
 }
 
+std::optional<Outcome> InteriorPoint::look_for_dependence ()
+{
+    // The equations for X, u and y one below the other.
+    SparseColumns equations;
+    const auto positions = static_cast<std::int32_t> (program_.blocks.dual_size),
+               free_variables = static_cast<std::int32_t> (program_.free_variables ());
+    std::vector<std::vector<std::pair<std::int32_t, double>>> below (program_.rows ());
+    for (std::int32_t k = 0; k < free_variables; ++k) {
+        const auto rows = program_.border.rows_of (index (k));
+        for (std::size_t i = 0; i < rows.size (); ++i)
+            below[index (rows[i])].emplace_back (positions + k, program_.border.values_of (index (k))[i]);
+    }
+    for (std::int32_t j = 0; j < program_.quadratic.columns (); ++j) {
+        const auto rows = program_.quadratic.rows_of (index (j));
+        for (std::size_t k = 0; k < rows.size (); ++k) {
+            const double value = program_.quadratic.values_of (index (j))[k];
+            below[index (j)].emplace_back (positions + free_variables + rows[k], value);
+            if (rows[k] != j)
+                below[index (rows[k])].emplace_back (positions + free_variables + j, value);
+        }
+    }
+    for (std::size_t i = 0; i < program_.rows (); ++i) {
+        const auto rows = program_.constraints.rows_of (i);
+        const auto values = program_.constraints.values_of (i);
+        equations.rows.insert (equations.rows.end (), rows.begin (), rows.end ());
+        equations.values.insert (equations.values.end (), values.begin (), values.end ());
+        for (const auto& [row, value] : below[i]) {
+            equations.rows.push_back (row);
+            equations.values.push_back (value);
+        }
+        equations.starts.push_back (static_cast<std::int32_t> (equations.rows.size ()));
+    }
+    Dependence of_rows = find_dependence (equations, program_.right, watch_, stop_);
+    if (!of_rows.contradiction.empty ()) {
+        y_ = std::move (of_rows.contradiction);
+        return Outcome::infeasible;
+    }
+    Dependence of_border = find_dependence (program_.border, program_.border_cost, watch_, stop_);
+    if (!of_border.contradiction.empty ()) {
+        std::ranges::fill (x_, 0.0);
+        std::ranges::transform (of_border.contradiction, u_.begin (), std::negate{});
+        return Outcome::unbounded;
+    }
+    newton_.drop (of_rows.redundant, of_border.redundant);
+    return std::nullopt;
+}
+
 // dX = mu W - X - {X, dZ, W} - {dX', dZ', W}, with the direction dX', dZ' that is corrected; dZ = R - A'(dy).
 void InteriorPoint::direct (double mu, bool corrector)
 {
@@ -385,8 +435,6 @@ bool InteriorPoint::move (double primal, double dual)
 bool InteriorPoint::iterate ()
 {
     constexpr double nearly = 0.95, least_centring = 1e-4, fine = 1e-6;
-    if (!factor_iterate ())
-        return false;
     direct (0, false);
     const bool together = !program_.quadratic.values.empty ();
     double primal = std::min (1.0, nearly * primal_step ()), dual = std::min (1.0, nearly * dual_step ());
@@ -414,6 +462,7 @@ bool InteriorPoint::iterate ()
 
 Answer InteriorPoint::run ()
 {
+    constexpr double suspicious = 1e-9;    // pivots of a matrix with unit diagonal
     Answer answer;
     try {
         begin ();
@@ -437,7 +486,17 @@ Answer InteriorPoint::run ()
                 answer.outcome = Outcome::iteration_limit;
                 break;
             }
-            if (!inside || is_stagnant () || !iterate ())
+            if (!inside || is_stagnant ())
+                break;
+            bool factored = factor_iterate ();
+            if (iteration_ == 0 && (!factored || newton_.smallest_pivot () < suspicious)) {
+                if (const std::optional<Outcome> proved = look_for_dependence ()) {
+                    answer.outcome = *proved;
+                    break;
+                }
+                factored = factor_iterate ();
+            }
+            if (!factored || !iterate ())
                 break;
         }
     } catch (const Interrupted& interrupted) {

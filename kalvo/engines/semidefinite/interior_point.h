@@ -48,6 +48,8 @@ private:
     bool is_stagnant () const;
 
     bool factor_iterate ();
+    // Where the first matrix is nearly singular: drops what follows from other equations, or finds a proof of contradiction.
+    std::optional<Outcome> look_for_dependence ();
     // Changes dx and so on to a direction to the point of the path with such a mu; the corrector takes the present direction into
     // account.
     void direct (double mu, bool corrector);
@@ -74,6 +76,7 @@ private:
     const Program& program_;
     const Aims aims_;
     Watch& watch_;
+    const StopFlag& stop_;
     const Listener listener_;
     Newton newton_;
     Room room_;

@@ -47,13 +47,16 @@ bool Newton::factor (std::span<const double> x, std::span<const double> w)
             solved_border_[k * rows + index (places[i])] = program_.border.values_of (k)[i];
     }
     matrix.solve_once (count, solved_border_, watch_);
-    lower_.assign (count * count, 0.0);
+    border_.clear ();
+    Vector products (count);
     for (std::size_t k = 0; k < count; ++k) {
-        add_transposed (1, program_.border, std::span (solved_border_).subspan (k * rows, rows),
-                        std::span (lower_).subspan (k * count, count));
+        std::ranges::fill (products, 0.0);
+        add_transposed (1, program_.border, std::span (solved_border_).subspan (k * rows, rows), products);
+        for (std::size_t i = 0; i <= k; ++i)
+            border_.add (static_cast<std::int32_t> (i), static_cast<std::int32_t> (k), products[i]);
         watch_.look (static_cast<double> (program_.border.values.size ()));
     }
-    return cholesky (static_cast<int> (count), lower_.data (), static_cast<int> (count), watch_);
+    return border_.factor (watch_, stop_);
 }
 
 void Newton::solve (Vector& right, Vector& border_right) const
@@ -70,9 +73,7 @@ void Newton::solve (Vector& right, Vector& border_right) const
     for (double& value : border_right)
         value = -value;
     add_transposed (1, program_.border, right, border_right);
-    for (const bool transposed : {false, true})
-        solve_lower (transposed, static_cast<int> (count), lower_.data (), static_cast<int> (count), 1,
-                     border_right.data (), watch_);
+    border_.solve (border_right, watch_);
     for (std::size_t k = 0; k < count; ++k)
         add (-border_right[k], std::span (solved_border_).subspan (k * right.size (), right.size ()), right);
 }

@@ -9,14 +9,22 @@
 
 namespace klv::semidefinite {
 
-PositiveDefinite::PositiveDefinite (std::size_t order) : dense_ ((order + 1) * order), scale_ (order) {}
+PositiveDefinite::PositiveDefinite (std::size_t order) : dense_ ((order + 1) * order), scale_ (order), dropped_ (order)
+{}
 
 PositiveDefinite::PositiveDefinite (SparseColumns&& upper, Ldl&& ldl)
     : upper_ (std::move (upper)),
       ldl_ (std::move (ldl)),
       scaled_ (upper_.values.size ()),
-      scale_ (index (upper_.columns ()))
+      scale_ (index (upper_.columns ())),
+      dropped_ (scale_.size ())
 {}
+
+void PositiveDefinite::drop (std::span<const std::int32_t> rows)
+{
+    for (const std::int32_t row : rows)
+        dropped_[index (row)] = true;
+}
 
 void PositiveDefinite::clear ()
 {
@@ -57,7 +65,7 @@ bool PositiveDefinite::factor_dense (double added, Watch& watch)
                     dense_[1 + i + j * stride] = dense_[j + i * stride] * scale_[i] * scale_[j];
     double* const factor = dense_.data () + 1;
     for (std::size_t i = 0; i < n; ++i)
-        factor[i * (stride + 1)] += added;
+        factor[i * (stride + 1)] += scale_[i] > 0 ? added : 1;
     if (!cholesky (static_cast<int> (n), factor, static_cast<int> (stride), watch))
         return false;
     smallest_pivot_ = std::numeric_limits<double>::infinity ();
@@ -71,7 +79,7 @@ bool PositiveDefinite::factor_sparse (double added, const StopFlag& stop)
     for (std::size_t j = 0; j < order (); ++j)
         for (std::size_t k = index (upper_.starts[j]); k < index (upper_.starts[j + 1]); ++k) {
             const std::size_t i = index (upper_.rows[k]);
-            scaled_[k] = upper_.values[k] * scale_[i] * scale_[j] + (i == j ? added : 0);
+            scaled_[k] = upper_.values[k] * scale_[i] * scale_[j] + (i != j ? 0 : scale_[i] > 0 ? added : 1);
         }
     if (!ldl_->factor (scaled_, 0, &stop))
         return false;
@@ -86,7 +94,8 @@ bool PositiveDefinite::factor (Watch& watch, const StopFlag& stop)
         const double entry = diagonal (i);
         if (!std::isfinite (entry))
             return false;
-        scale_[i] = entry > std::numeric_limits<double>::min () ? 1 / std::sqrt (entry) : 1;
+        const bool dropped = dropped_[i] || entry <= std::numeric_limits<double>::min ();
+        scale_[i] = dropped ? 0 : 1 / std::sqrt (entry);
     }
     for (double added = least; added < most; added *= growth) {
         if (ldl_ ? factor_sparse (added, stop) : factor_dense (added, watch))
@@ -148,7 +157,7 @@ void PositiveDefinite::solve (std::span<double> right, Watch& watch) const
         semidefinite::add (1, residual, tried);
         multiply (tried, image);
         for (std::size_t i = 0; i < residual.size (); ++i)
-            residual[i] = right[i] - image[i];
+            residual[i] = scale_[i] > 0 ? right[i] - image[i] : 0;
         const double left = norm (residual);
         if (!(left < best))
             break;

@@ -6,6 +6,7 @@
 #include "kalvo/sparse/ldl.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 
@@ -20,6 +21,8 @@ public:
 
     std::size_t order () const { return scale_.size (); }
     void clear ();
+    // Leaves out rows and columns from now on: components of solutions there are 0.
+    void drop (std::span<const std::int32_t> rows);
     void add (std::int32_t row, std::int32_t column, double value);    // and its mirror image
     double diagonal (std::size_t row) const;
 
@@ -42,8 +45,9 @@ private:
     SparseColumns upper_;
     std::optional<Ldl> ldl_;
     Vector scaled_;    // values of the upper triangle, scaled
-    Vector scale_;     // one over the roots of the diagonal
-    double smallest_pivot_ = 0;
+    Vector scale_;     // one over the roots of the diagonal; 0: left out
+    std::vector<bool> dropped_;
+    double smallest_pivot_ = std::numeric_limits<double>::infinity ();
 };
 
 }
