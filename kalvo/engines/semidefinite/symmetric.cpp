@@ -90,16 +90,21 @@ bool PositiveDefinite::factor_sparse (double added, const StopFlag& stop)
 bool PositiveDefinite::factor (Watch& watch, const StopFlag& stop)
 {
     constexpr double least = 1e-15, most = 1e-3, growth = 30;
+    bool any_empty = false;
     for (std::size_t i = 0; i < order (); ++i) {
         const double entry = diagonal (i);
         if (!std::isfinite (entry))
             return false;
-        const bool dropped = dropped_[i] || entry <= std::numeric_limits<double>::min ();
-        scale_[i] = dropped ? 0 : 1 / std::sqrt (entry);
+        const bool empty = entry <= std::numeric_limits<double>::min ();
+        scale_[i] = dropped_[i] || empty ? 0 : 1 / std::sqrt (entry);
+        any_empty = any_empty || (empty && !dropped_[i]);
     }
     for (double added = least; added < most; added *= growth) {
-        if (ldl_ ? factor_sparse (added, stop) : factor_dense (added, watch))
+        if (ldl_ ? factor_sparse (added, stop) : factor_dense (added, watch)) {
+            if (any_empty)
+                smallest_pivot_ = 0;
             return true;
+        }
         watch.look (std::numeric_limits<double>::infinity ());
     }
     return false;
