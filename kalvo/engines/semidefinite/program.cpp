@@ -78,63 +78,59 @@ static SparseColumns gather_columns (std::size_t columns, std::vector<Entry>&& e
 // ---- The choice ----------------------------------------------------------------------------------------------------------------------
 
 // Multiplications of an iteration in which y has so many components and u so many.
-static double work (double rows, double free_variables)
+static double work (std::size_t rows, std::size_t free_variables)
 {
-    return (rows * rows * rows + free_variables * free_variables * free_variables) / 3 +
-           rows * free_variables * (rows + free_variables);
+    const auto m = static_cast<double> (rows), f = static_cast<double> (free_variables);
+    return (m * m * m + f * f * f) / 3 + m * f * (m + f);
 }
 
-Standard::Standard (const ConicForm& form) : form_ (form)
+Matching::Matching (const ConicForm& form)
+    : of_column (form.cost.size ()), of_row (form.right.size (), -1), in_cone (form.right.size ())
 {
-    match_rows ();
+    std::size_t first = 0;
+    for (const ElementaryCone& cone : form.cones) {
+        const std::size_t end = first + index (cone.rows);
+        if (cone.kind == ConeKind::zero)
+            zero_rows += index (cone.rows);
+        else
+            std::fill (in_cone.begin () + static_cast<std::ptrdiff_t> (first),
+                       in_cone.begin () + static_cast<std::ptrdiff_t> (end), true);
+        first = end;
+    }
+    std::vector<std::int32_t> entries (form.right.size (), 0);
+    for (const std::int32_t row : form.matrix.rows)
+        ++entries[index (row)];
+    for (std::size_t j = 0; j < of_column.size (); ++j) {
+        const auto here = form.matrix.rows_of (j);
+        for (std::size_t k = 0; k < here.size (); ++k) {
+            const double value = form.matrix.values_of (j)[k];
+            if (in_cone[index (here[k])] && entries[index (here[k])] == 1 &&
+                std::abs (value) > std::abs (of_column[j].value))
+                of_column[j] = {here[k], value};
+        }
+        if (of_column[j].row >= 0) {
+            of_row[index (of_column[j].row)] = static_cast<std::int32_t> (j);
+            ++matched;
+        }
+    }
+    const std::size_t columns = form.cost.size (), others = form.right.size () - matched;
+    columns_are_y =
+        !form.quadratic.values.empty () || work (columns, zero_rows) <= work (others, columns - matched);
+    rows = columns_are_y ? columns : others;
+    free_variables = columns_are_y ? zero_rows : columns - matched;
+}
+
+Standard::Standard (const ConicForm& form) : form_ (form), matching_ (form)
+{
     for (std::int32_t row = 0; row < form_.row_count (); ++row)
-        if (primal_at_[index (row)] < 0)
+        if (!matching_.in_cone[index (row)])
             zero_rows_.push_back (row);
-        
-    std::size_t matched = 0;
-    for (const Match& match : match_)
-        matched += match.row >= 0;
-    const auto columns = static_cast<double> (form_.columns ()),
-               rows = static_cast<double> (form_.row_count ()) - static_cast<double> (matched);
-    columns_are_y_ = !form_.quadratic.values.empty () ||
-                     work (columns, static_cast<double> (zero_rows_.size ())) <=
-                         work (rows, columns - static_cast<double> (matched));
     lay_out_rows ();
-    if (columns_are_y_)
+    if (matching_.columns_are_y)
         take_columns_as_y ();
     else
         take_rows_as_x ();
     normalise ();
-}
-
-// Columns with an entry in a cone row that has no other entry: the row's slack can stand for the column.
-void Standard::match_rows ()
-{
-    const std::size_t rows = form_.right.size ();
-    primal_at_.assign (rows, -1);
-    std::size_t first = 0;
-    for (const ElementaryCone& cone : form_.cones) {
-        if (cone.kind != ConeKind::zero)
-            std::fill_n (primal_at_.begin () + static_cast<std::ptrdiff_t> (first), cone.rows, 0);
-        first += index (cone.rows);
-    }
-    std::vector<std::int32_t> entries (rows, 0);
-    for (const std::int32_t row : form_.matrix.rows)
-        ++entries[index (row)];
-    match_.resize (form_.cost.size ());
-    matched_by_.assign (rows, -1);
-    for (std::size_t j = 0; j < match_.size (); ++j) {
-        const auto rows_here = form_.matrix.rows_of (j);
-        for (std::size_t k = 0; k < rows_here.size (); ++k) {
-            const std::int32_t row = rows_here[k];
-            const double value = form_.matrix.values_of (j)[k];
-            if (primal_at_[index (row)] >= 0 && entries[index (row)] == 1 &&
-                std::abs (value) > std::abs (match_[j].value))
-                match_[j] = {row, value};
-        }
-        if (match_[j].row >= 0)
-            matched_by_[index (match_[j].row)] = static_cast<std::int32_t> (j);
-    }
 }
 
 // ---- Blocks --------------------------------------------------------------------------------------------------------------------------
@@ -143,18 +139,19 @@ void Standard::match_rows ()
 void Standard::lay_out_rows ()
 {
     const std::size_t rows = form_.right.size ();
+    primal_at_.resize (rows);
     // Whether the row is in the data of the program.
     std::vector<bool> used (rows, false);
-    for (std::size_t j = 0; j < match_.size (); ++j) {
+    for (std::size_t j = 0; j < matching_.of_column.size (); ++j) {
         const auto rows_here = form_.matrix.rows_of (j);
-        if (columns_are_y_)
+        if (matching_.columns_are_y)
             for (const std::int32_t row : rows_here)
                 used[index (row)] = true;
-        else if (match_[j].row >= 0)
-            used[index (match_[j].row)] = rows_here.size () > 1 || form_.cost[j] != 0;
+        else if (matching_.of_column[j].row >= 0)
+            used[index (matching_.of_column[j].row)] = rows_here.size () > 1 || form_.cost[j] != 0;
     }
     for (std::size_t row = 0; row < rows; ++row)
-        if (columns_are_y_ ? form_.right[row] != 0 : matched_by_[row] < 0)
+        if (matching_.columns_are_y ? form_.right[row] != 0 : matching_.of_row[row] < 0)
             used[row] = true;
 
     dual_at_.assign (rows, -1);
@@ -240,20 +237,20 @@ void Standard::take_rows_as_x ()
     std::vector<std::int32_t> constraint_of (form_.right.size (), -1);
     std::vector<Entry> constraints, border;
     for (std::size_t row = 0; row < form_.right.size (); ++row) {
-        if (matched_by_[row] >= 0)
+        if (matching_.of_row[row] >= 0)
             continue;
         const auto constraint = static_cast<std::int32_t> (kept_rows_.size ());
         constraint_of[row] = constraint;
         kept_rows_.push_back (static_cast<std::int32_t> (row));
         program_.right.push_back (form_.right[row]);
-        if (primal_at_[row] >= 0)
+        if (matching_.in_cone[row])
             constraints.push_back ({constraint, static_cast<std::int32_t> (dual_at_[row]), 1});
     }
     program_.cost.assign (program_.blocks.dual_size, 0.0);
     for (std::size_t j = 0; j < form_.cost.size (); ++j) {
         const auto rows = form_.matrix.rows_of (j);
         const auto values = form_.matrix.values_of (j);
-        const Match match = match_[j];
+        const Matching::Match match = matching_.of_column[j];
         if (match.row < 0) {
             const auto variable = static_cast<std::int32_t> (free_columns_.size ());
             free_columns_.push_back (static_cast<std::int32_t> (j));
@@ -328,16 +325,16 @@ double Standard::primal_of (std::int32_t row, std::span<const double> x) const
 std::vector<double> Standard::columns (const Iterate& iterate, bool direction) const
 {
     std::vector<double> columns (form_.cost.size ());
-    if (columns_are_y_) {
+    if (matching_.columns_are_y) {
         for (std::size_t j = 0; j < columns.size (); ++j)
             columns[j] = iterate.y[j] / row_length_[j];
         return columns;
     }
     for (std::size_t j = 0; j < columns.size (); ++j)
-        if (match_[j].row >= 0)
-            columns[j] = ((direction ? 0 : form_.right[index (match_[j].row)]) -
-                          primal_of (match_[j].row, iterate.x)) /
-                         match_[j].value;
+        if (matching_.of_column[j].row >= 0)
+            columns[j] = ((direction ? 0 : form_.right[index (matching_.of_column[j].row)]) -
+                          primal_of (matching_.of_column[j].row, iterate.x)) /
+                         matching_.of_column[j].value;
     for (std::size_t k = 0; k < free_columns_.size (); ++k)
         columns[index (free_columns_[k])] = iterate.u[k] / border_length_[k];
     return columns;
@@ -346,9 +343,9 @@ std::vector<double> Standard::columns (const Iterate& iterate, bool direction) c
 std::vector<double> Standard::multipliers (const Iterate& iterate, bool direction) const
 {
     std::vector<double> multipliers (form_.right.size ());
-    if (columns_are_y_) {
+    if (matching_.columns_are_y) {
         for (std::int32_t row = 0; row < form_.row_count (); ++row)
-            if (primal_at_[index (row)] >= 0)
+            if (matching_.in_cone[index (row)])
                 multipliers[index (row)] = primal_of (row, iterate.x);
         for (std::size_t k = 0; k < zero_rows_.size (); ++k)
             multipliers[index (zero_rows_[k])] = iterate.u[k] / border_length_[k];

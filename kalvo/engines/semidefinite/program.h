@@ -34,6 +34,25 @@ void add_product (double factor, const SparseColumns& matrix, std::span<const do
 void add_transposed (double factor, const SparseColumns& matrix, std::span<const double> x, std::span<double> y);
 void add_symmetric (double factor, const SparseColumns& upper, std::span<const double> x, std::span<double> y);
 
+// Columns of a conic form with an entry in a cone row that has no other entry: the row's slack can stand for the column.
+struct Matching {
+    struct Match {
+        std::int32_t row = -1;    // of the form; -1: none
+        double value = 0;
+    };
+
+    explicit Matching (const ConicForm& form);
+
+    std::vector<Match> of_column;
+    std::vector<std::int32_t> of_row;    // the column of each row; -1: none
+    std::vector<bool> in_cone;           // rows but those of the zero cone
+    std::size_t zero_rows = 0, matched = 0;
+
+    // Whether the form's columns are to be y, and of what size the program is.
+    bool columns_are_y = true;
+    std::size_t rows = 0, free_variables = 0;
+};
+
 // A point, or a direction; Z is C - A'(y), or -A'(y).
 struct Iterate {
     Vector x, u, y;    // x: a primal vector
@@ -48,37 +67,28 @@ public:
     // Columns and multipliers of the rows, as claims on the form have them.
     std::vector<double> columns (const Iterate& iterate, bool direction) const;
     std::vector<double> multipliers (const Iterate& iterate, bool direction) const;
-    bool columns_are_y () const { return columns_are_y_; }
+    bool columns_are_y () const { return matching_.columns_are_y; }
     // The form's objective: of the columns where they are y, it is the dual one of the program.
     double objective (double of_program) const
     {
-        return form_.constant + offset_ + (columns_are_y_ ? -of_program : of_program);
+        return form_.constant + offset_ + (columns_are_y () ? -of_program : of_program);
     }
 
 private:
-    struct Match {
-        std::int32_t row = -1;    // of the form, in a cone, that has this column's entry and no other
-        double value = 0;
-    };
-
-    void match_rows ();
     void lay_out_rows ();
     void take_columns_as_y ();
     void take_rows_as_x ();
     void normalise ();
     double primal_of (std::int32_t row, std::span<const double> x) const;
-    bool is_matched (std::int32_t row) const { return matched_by_[static_cast<std::size_t> (row)] >= 0; }
 
     const ConicForm& form_;
+    const Matching matching_;
     Program program_;
-    bool columns_are_y_ = true;
     double offset_ = 0;
-    std::vector<Match> match_;                  // of the form's columns
-    std::vector<std::int32_t> matched_by_;      // column of each row; -1: none
     std::vector<std::int32_t> kept_rows_;       // rows of the form that are constraints, in the second way
     std::vector<std::int32_t> free_columns_;    // columns of the form that are free variables, in the second way
     std::vector<std::int32_t> zero_rows_;       // of the form
-    std::vector<std::ptrdiff_t> primal_at_;     // of each row of the form, in primal vectors; -1: of the zero cone
+    std::vector<std::ptrdiff_t> primal_at_;     // of each row of the form in a cone, in primal vectors
     std::vector<std::ptrdiff_t> dual_at_;       // in dual vectors; -1: not in the pattern
     std::vector<bool> off_diagonal_;            // entries of matrices, scaled
     Vector row_length_, border_length_;         // by which rows of A and columns of B were divided
