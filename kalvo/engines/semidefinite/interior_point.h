@@ -45,7 +45,7 @@ private:
     void measure ();
     void keep_best ();
     std::optional<Outcome> ray () const;
-    bool is_stagnant () const;
+    bool is_stagnant ();
 
     bool factor_iterate ();
     // Where the first matrix is nearly singular: drops what follows from other equations, or finds a proof of contradiction.
@@ -96,6 +96,8 @@ private:
     Vector best_x_, best_u_, best_y_;    // X: lower triangles
     Measures best_;
     int best_iteration_ = -1;
+    int last_progress_ = 0;
+    double least_residual_ = infinity, least_mu_ = infinity, least_error_ = infinity;
 };
 
 }
