@@ -126,6 +126,24 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
     return claims;
 }
 
+// Seven matrices and a half for each block, the work of one more, the data and its copies; and the Schur matrix with its factor, were
+// it dense. A sparse one takes less, but how much is not known before.
+static double megabytes (const ConicForm& form)
+{
+    double entries = 0, largest = 0;
+    for (const ElementaryCone& cone : form.cones)
+        if (cone.kind == ConeKind::semidefinite) {
+            const double order = cone.order;
+            entries += order * order;
+            largest = std::max (largest, order * order);
+        }
+    const Matching matching (form);
+    const auto rows = static_cast<double> (matching.rows), others = static_cast<double> (matching.free_variables);
+    return (8 * (7.5 * entries + 2 * largest + rows * rows + rows * others + others * others) +
+            200.0 * static_cast<double> (form.size ())) /
+           1e6;
+}
+
 class Semidefinite final : public Engine {
 public:
     const char* name () const override { return "Kalvo's semidefinite method"; }
@@ -143,7 +161,7 @@ public:
                 return cone.kind == ConeKind::exponential || cone.kind == ConeKind::power;
             }))
             return "it takes no exponential and no power cones";
-        return "";
+        return lack_of_memory (megabytes (*conic));
     }
     std::string load () override { return ""; }
     std::unique_ptr<klv::Session> begin (std::shared_ptr<const Form> form) override
