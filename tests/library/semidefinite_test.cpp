@@ -224,7 +224,7 @@ Claims run (const ConicForm& given, Heard& heard, const std::vector<std::pair<In
         settings->integers[klv::parameter_number (setting)] = value;
     const auto shared = std::make_shared<const klv::Form> (given);
     return engine.begin (shared)->run (
-        {.form = shared, .settings = settings, .method = klv::Method::conic, .budget = budget}, heard.stop, heard);
+        {.form = shared, .settings = settings, .method = klv::Method::semidefinite, .budget = budget}, heard.stop, heard);
 }
 
 Claims run (const ConicForm& given)

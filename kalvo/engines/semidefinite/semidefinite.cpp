@@ -147,7 +147,7 @@ static double megabytes (const ConicForm& form)
 class Semidefinite final : public Engine {
 public:
     const char* name () const override { return "Kalvo's semidefinite method"; }
-    bool has (Method method) const override { return method == Method::conic; }
+    bool has (Method method) const override { return method == Method::semidefinite; }
     Limits limits () const override
     {
         return {.infinite_bound = 1e20, .infinite_cost = 1e20, .largest_entry = 1e20};
