@@ -88,7 +88,8 @@ bool is_in (const ElementaryCone& cone, const double* s, bool dual, double toler
     const auto rows = static_cast<std::size_t> (cone.rows);
     switch (cone.kind) {
     case ConeKind::zero:
-        return dual || std::all_of (s, s + rows, [&] (double value) { return std::abs (value) <= tolerance; });
+        return dual ||
+               std::all_of (s, s + rows, [&] (double value) { return std::abs (value) <= tolerance; });
     case ConeKind::nonnegative:
         return std::all_of (s, s + rows, [&] (double value) { return value >= -tolerance; });
     case ConeKind::second_order:
@@ -102,7 +103,8 @@ void expect_in_cones (const ConicForm& given, const Values& rows, bool dual, dou
 {
     std::size_t first = 0;
     for (const ElementaryCone& cone : given.cones) {
-        EXPECT_TRUE (is_in (cone, rows.data () + first, dual, tolerance)) << "row " << first << (dual ? " of z" : " of s");
+        EXPECT_TRUE (is_in (cone, rows.data () + first, dual, tolerance))
+            << "row " << first << (dual ? " of z" : " of s");
         first += static_cast<std::size_t> (cone.rows);
     }
 }
@@ -224,7 +226,8 @@ Claims run (const ConicForm& given, Heard& heard, const std::vector<std::pair<In
         settings->integers[klv::parameter_number (setting)] = value;
     const auto shared = std::make_shared<const klv::Form> (given);
     return engine.begin (shared)->run (
-        {.form = shared, .settings = settings, .method = klv::Method::semidefinite, .budget = budget}, heard.stop, heard);
+        {.form = shared, .settings = settings, .method = klv::Method::semidefinite, .budget = budget},
+        heard.stop, heard);
 }
 
 Claims run (const ConicForm& given)
@@ -248,19 +251,26 @@ TEST (Semidefinite, FindsThePointAndTheDualOfEveryCone)
         {"semidefinite", form ({1}, {{0, 0, -1}}, {1, 2 * root, 0}, {matrix_cone (2)}), {4}},
         {"order 1", form ({1}, {{-1, 0}}, {-2, 1}, {matrix_cone (1), {ConeKind::second_order, 1}}), {2}},
         {"empty cones",
-         form ({1}, {{-1}}, {-2},
-               {matrix_cone (0), {ConeKind::second_order, 0}, {ConeKind::nonnegative, 1}, {ConeKind::zero, 0}}),
+         form (
+             {1}, {{-1}}, {-2},
+             {matrix_cone (0), {ConeKind::second_order, 0}, {ConeKind::nonnegative, 1}, {ConeKind::zero, 0}}),
          {2}},
         {"quadratic", form ({-1, -1}, {{}, {}}, {}, {}, {{1}, {0.5, 1}}), {2.0 / 3, 2.0 / 3}},
-        {"quadratic on a line", form ({0, 0}, {{1}, {1}}, {2}, {{ConeKind::zero, 1}}, {{1}, {0, 3}}), {1.5, 0.5}},
+        {"quadratic on a line",
+         form ({0, 0}, {{1}, {1}}, {2}, {{ConeKind::zero, 1}}, {{1}, {0, 3}}),
+         {1.5, 0.5}},
         {"several",
-         form ({1, 1}, {{-1, 0, 1}, {0, -1, -1}}, {-2, -5, 3}, {{ConeKind::nonnegative, 2}, {ConeKind::zero, 1}}),
+         form ({1, 1}, {{-1, 0, 1}, {0, -1, -1}}, {-2, -5, 3},
+               {{ConeKind::nonnegative, 2}, {ConeKind::zero, 1}}),
          {8, 5}},
         {"equal rows",
-         form ({1, 0}, {{1, 1, 2, -1}, {1, 1, 2, 0}}, {3, 3, 6, 0}, {{ConeKind::zero, 3}, {ConeKind::nonnegative, 1}}),
+         form ({1, 0}, {{1, 1, 2, -1}, {1, 1, 2, 0}}, {3, 3, 6, 0},
+               {{ConeKind::zero, 3}, {ConeKind::nonnegative, 1}}),
          {0, 3}},
         {"a column of zeros", form ({1, 0}, {{-1}, {0}}, {-2}, {{ConeKind::nonnegative, 1}}), {2, 0}},
-        {"a matrix of zeros", form ({1}, {{0, 0, 0, -1}}, {1, 0, 1, -2}, {matrix_cone (2), {ConeKind::nonnegative, 1}}), {2}},
+        {"a matrix of zeros",
+         form ({1}, {{0, 0, 0, -1}}, {1, 0, 1, -2}, {matrix_cone (2), {ConeKind::nonnegative, 1}}),
+         {2}},
         {"no columns", form ({}, {}, {1}, {{ConeKind::nonnegative, 1}}), {}},
         {"nothing", form ({}, {}, {}, {}), {}},
     };
@@ -291,12 +301,15 @@ TEST (Semidefinite, ProvesThatThereIsNoAnswer)
         {"equations", form ({0, 0}, {{1, 2}, {1, 2}}, {1, 3}, {{ConeKind::zero, 2}}), true},
         {"0 = 1", form ({1}, {{-1, 0}}, {0, 1}, {{ConeKind::nonnegative, 1}, {ConeKind::zero, 1}}), true},
         {"a matrix with trace -1",
-         form ({0, 0, 0}, {{1, -1, 0, 0}, {0, 0, -1, 0}, {1, 0, 0, -1}}, {-1, 0, 0, 0}, {{ConeKind::zero, 1}, matrix_cone (2)}),
+         form ({0, 0, 0}, {{1, -1, 0, 0}, {0, 0, -1, 0}, {1, 0, 0, -1}}, {-1, 0, 0, 0},
+               {{ConeKind::zero, 1}, matrix_cone (2)}),
          true},
-        {"a falling line", form ({-4, 0}, {{-1}, {0}}, {0}, {{ConeKind::nonnegative, 1}}, {{0}, {0, 1}}), false},
+        {"a falling line", form ({-4, 0}, {{-1}, {0}}, {0}, {{ConeKind::nonnegative, 1}}, {{0}, {0, 1}}),
+         false},
         {"a free column", form ({1}, {{}}, {}, {}), false},
         {"a growing matrix",
-         form ({0, 0, -1}, {{1, -1, 0, 0}, {0, 0, -1, 0}, {0, 0, 0, -1}}, {1, 0, 0, 0}, {{ConeKind::zero, 1}, matrix_cone (2)}),
+         form ({0, 0, -1}, {{1, -1, 0, 0}, {0, 0, -1, 0}, {0, 0, 0, -1}}, {1, 0, 0, 0},
+               {{ConeKind::zero, 1}, matrix_cone (2)}),
          false},
     };
     for (const auto& [name, given, infeasible] : cases) {
@@ -304,7 +317,6 @@ TEST (Semidefinite, ProvesThatThereIsNoAnswer)
         expect_proof (given, run (given), infeasible);
     }
 }
-
 
 // ---- Random forms with optima -------------------------------------------------------------------------------------------------------
 
@@ -387,7 +399,8 @@ ConicForm with_optimum (ConicForm&& given, Random& random)
 }
 
 // Dense columns, of which each has a term in the objective where it is quadratic.
-ConicForm random_columns (std::size_t columns, const std::vector<ElementaryCone>& cones, bool quadratic, unsigned seed)
+ConicForm random_columns (std::size_t columns, const std::vector<ElementaryCone>& cones, bool quadratic,
+                          unsigned seed)
 {
     Random random (seed);
     ConicForm given;
@@ -402,8 +415,8 @@ ConicForm random_columns (std::size_t columns, const std::vector<ElementaryCone>
 }
 
 // Equations for members of the cones, and for columns that are in none.
-ConicForm random_equations (std::size_t equations, std::size_t free_columns, std::vector<ElementaryCone> cones,
-                            unsigned seed)
+ConicForm random_equations (std::size_t equations, std::size_t free_columns,
+                            std::vector<ElementaryCone> cones, unsigned seed)
 {
     Random random (seed);
     const std::size_t members = rows_of (cones);
@@ -422,19 +435,24 @@ ConicForm random_equations (std::size_t equations, std::size_t free_columns, std
 
 TEST (Semidefinite, AgreesWithAnotherMethod)
 {
-    const ElementaryCone lines{ConeKind::nonnegative, 4}, second{ConeKind::second_order, 6}, equal{ConeKind::zero, 2};
+    const ElementaryCone lines{ConeKind::nonnegative, 4}, second{ConeKind::second_order, 6},
+        equal{ConeKind::zero, 2};
     const struct {
         const char* name;
         ConicForm form;
     } cases[] = {
         {"columns", random_columns (5, {matrix_cone (6)}, false, 1)},
-        {"columns, several cones", random_columns (6, {lines, second, matrix_cone (3), lines, matrix_cone (5)}, false, 2)},
-        {"columns, equations", random_columns (6, {equal, matrix_cone (4), second, {ConeKind::zero, 1}}, false, 3)},
+        {"columns, several cones",
+         random_columns (6, {lines, second, matrix_cone (3), lines, matrix_cone (5)}, false, 2)},
+        {"columns, equations",
+         random_columns (6, {equal, matrix_cone (4), second, {ConeKind::zero, 1}}, false, 3)},
         {"quadratic", random_columns (6, {lines, second, matrix_cone (4)}, true, 13)},
         {"quadratic, equations", random_columns (6, {equal, second, matrix_cone (4)}, true, 5)},
-        {"second-order cones alone", random_columns (4, {second, {ConeKind::second_order, 2}, second}, false, 6)},
+        {"second-order cones alone",
+         random_columns (4, {second, {ConeKind::second_order, 2}, second}, false, 6)},
         {"equations", random_equations (5, 0, {matrix_cone (6)}, 7)},
-        {"equations, several cones", random_equations (9, 0, {second, lines, matrix_cone (2), matrix_cone (5)}, 8)},
+        {"equations, several cones",
+         random_equations (9, 0, {second, lines, matrix_cone (2), matrix_cone (5)}, 8)},
         {"equations, free columns", random_equations (9, 4, {matrix_cone (5), lines}, 9)},
         {"equations, as many free columns", random_equations (6, 5, {matrix_cone (5), second}, 10)},
     };
@@ -481,13 +499,15 @@ TEST (Semidefinite, DoesNotDependOnOrderAndCoordinates)
         return packed;
     };
     const ConicForm given = random_columns (count, {matrix_cone (n), {ConeKind::nonnegative, 3}}, false, 12);
-    ConicForm other = form (given.cost, {}, {}, {{ConeKind::nonnegative, 3}, matrix_cone (n)}, {{}, {}, {}, {}});
+    ConicForm other =
+        form (given.cost, {}, {}, {{ConeKind::nonnegative, 3}, matrix_cone (n)}, {{}, {}, {}, {}});
     other.matrix = {};
     other.constant = given.constant;
     const std::size_t rows = static_cast<std::size_t> (matrix_cone (n).rows);
     const auto swap = [&] (const Values& column) {
         Values swapped (column.begin () + static_cast<std::ptrdiff_t> (rows), column.end ());
-        const Values turned = turn (Values (column.begin (), column.begin () + static_cast<std::ptrdiff_t> (rows)));
+        const Values turned =
+            turn (Values (column.begin (), column.begin () + static_cast<std::ptrdiff_t> (rows)));
         swapped.insert (swapped.end (), turned.begin (), turned.end ());
         return swapped;
     };
@@ -521,7 +541,8 @@ ConicForm lovasz (std::size_t n, const std::vector<std::pair<std::size_t, std::s
         }
     given.right.assign (equations + n * (n + 1) / 2, 0.0);
     given.right[0] = 1;
-    given.cones = {{ConeKind::zero, static_cast<std::int32_t> (equations)}, matrix_cone (static_cast<int> (n))};
+    given.cones = {{ConeKind::zero, static_cast<std::int32_t> (equations)},
+                   matrix_cone (static_cast<int> (n))};
     given.quadratic.starts.assign (given.cost.size () + 1, 0);
     return given;
 }
@@ -543,8 +564,8 @@ std::vector<std::pair<std::size_t, std::size_t>> kneser (std::size_t n)
             sets.emplace_back (a, b);
     for (std::size_t j = 0; j < sets.size (); ++j)
         for (std::size_t i = 0; i < j; ++i)
-            if (sets[i].first != sets[j].first && sets[i].first != sets[j].second && sets[i].second != sets[j].first &&
-                sets[i].second != sets[j].second)
+            if (sets[i].first != sets[j].first && sets[i].first != sets[j].second &&
+                sets[i].second != sets[j].first && sets[i].second != sets[j].second)
                 edges.emplace_back (i, j);
     return edges;
 }
@@ -568,7 +589,8 @@ ConicForm sum_of_squares (const Values& polynomial)
     given.cost.push_back (-1);
     given.right = polynomial;
     given.right.resize (t.size ());
-    given.cones = {{ConeKind::zero, static_cast<std::int32_t> (degree + 1)}, matrix_cone (static_cast<int> (n))};
+    given.cones = {{ConeKind::zero, static_cast<std::int32_t> (degree + 1)},
+                   matrix_cone (static_cast<int> (n))};
     given.quadratic.starts.assign (given.cost.size () + 1, 0);
     return given;
 }
@@ -644,6 +666,72 @@ TEST (Semidefinite, FindsKnownOptima)
         const Claims claims = run (given);
         expect_optimal (given, claims);
         EXPECT_NEAR (objective (given, claims.x), optimum, 1e-6 * (1 + std::abs (optimum)));
+    }
+}
+
+// ---- Ends ---------------------------------------------------------------------------------------------------------------------------
+
+TEST (Semidefinite, EndsWhereItIsTold)
+{
+    const ConicForm given = random_equations (5, 2, {matrix_cone (6)}, 14);
+    Heard heard;
+    for (const int limit : {3, 0}) {
+        const Claims limited = run (given, heard, {{IntSetting::interior_iteration_limit, limit}});
+        EXPECT_EQ (limited.outcome, Outcome::iteration_limit);
+        EXPECT_EQ (limited.x.size (), given.cost.size ());
+        EXPECT_EQ (heard.last.iterations, limit);
+    }
+    heard.stop_at = 2;
+    const Claims stopped = run (given, heard);
+    EXPECT_EQ (stopped.outcome, Outcome::stopped);
+    EXPECT_EQ (stopped.x.size (), given.cost.size ());
+    // In the middle of an iteration.
+    heard.stop_at = -1;
+    heard.stop = false;
+    const auto begin = klv::Clock::now ();
+    const Claims late =
+        run (largest_eigenvalue (700), heard, {}, {.deadline = begin + std::chrono::milliseconds (40)});
+    EXPECT_EQ (late.outcome, Outcome::time_limit);
+    EXPECT_LT (klv::seconds_between (begin, klv::Clock::now ()), 2);
+}
+
+TEST (Semidefinite, RefusesWhatItDoesNotTake)
+{
+    const auto engine = klv::semidefinite::make_engine ();
+    const auto refuses = [&] (const ElementaryCone& cone) {
+        return engine->refuses (form ({}, {}, Values (static_cast<std::size_t> (cone.rows)), {cone}),
+                                klv::Method::semidefinite, {});
+    };
+    EXPECT_EQ (refuses (matrix_cone (300)), "");
+    EXPECT_EQ (refuses ({ConeKind::exponential, 3}), "it takes no exponential and no power cones");
+    EXPECT_EQ (refuses ({ConeKind::power, 3, 0, 0.5}), "it takes no exponential and no power cones");
+    EXPECT_EQ (refuses ({ConeKind::semidefinite, 10, 60000}).find ("it needs about "), 0U);
+    EXPECT_NE (engine->refuses (klv::LinearForm{}, klv::Method::semidefinite, {}), "");
+}
+
+TEST (Semidefinite, IsRightAboutWhatIsNotAttained)
+{
+    // min x, (x, 1; 1, y) psd: the infimum is 0.
+    const ConicForm given = form ({1, 0}, {{-1, 0, 0}, {0, 0, -1}}, {0, root, 0}, {matrix_cone (2)});
+    const Claims claims = run (given);
+    EXPECT_EQ (claims.outcome, Outcome::optimal);
+    EXPECT_NEAR (claims.x[0], 0, 1e-3);
+    // No (x, 1; 1, 0) is psd, though the distance becomes as small as one likes.
+    const ConicForm thin = form ({1}, {{-1, 0, 0}}, {0, root, 0}, {matrix_cone (2)});
+    EXPECT_NE (run (thin).outcome, Outcome::optimal);
+}
+
+TEST (Semidefinite, SurvivesEveryFailedAllocation)
+{
+    const ConicForm given = random_equations (4, 1, {matrix_cone (3), {ConeKind::second_order, 3}}, 15);
+    bool failed = true;
+    for (std::size_t n = 0; failed; ++n) {
+        const FailingNew failing (n);
+        try {
+            run (given);
+        } catch (const std::bad_alloc&) {
+        }
+        failed = failing.has_failed ();
     }
 }
 

@@ -17,13 +17,14 @@ void Blocks::append (ConeKind kind, std::int32_t order, std::span<const Place> p
     const std::size_t size = index (order);
     const bool matrix = kind == ConeKind::semidefinite;
     const std::size_t entries = matrix ? pattern.size () : size, whole = matrix ? size * size : size;
-    all.push_back ({.kind = kind,
-                    .order = order,
-                    .dual_begin = dual_size,
-                    .dual_size = entries,
-                    .primal_begin = primal_size,
-                    .primal_size = whole,
-                    .sparse = matrix && cost * 2 * static_cast<double> (entries) < static_cast<double> (whole)});
+    all.push_back (
+        {.kind = kind,
+         .order = order,
+         .dual_begin = dual_size,
+         .dual_size = entries,
+         .primal_begin = primal_size,
+         .primal_size = whole,
+         .sparse = matrix && cost * 2 * static_cast<double> (entries) < static_cast<double> (whole)});
     places.insert (places.end (), pattern.begin (), pattern.end ());
     dual_size += entries;
     primal_size += whole;
@@ -89,7 +90,8 @@ static bool is_inside (const Block& block, std::span<const double> vector)
     return std::ranges::all_of (vector, [] (double value) { return value > 0; });
 }
 
-bool factor_primal (const Block& block, std::span<const double> primal, std::span<double> factor, Watch& watch)
+bool factor_primal (const Block& block, std::span<const double> primal, std::span<double> factor,
+                    Watch& watch)
 {
     if (block.kind != ConeKind::semidefinite)
         return is_inside (block, primal);
@@ -135,7 +137,8 @@ void add_product (const Blocks& blocks, const Block& block, std::span<const doub
     if (!block.sparse) {
         room.matrix.resize (std::max (room.matrix.size (), n * n));
         spread (blocks, block, d, room.matrix.data ());
-        multiply ({block.order, block.order, block.order}, x.data (), room.matrix.data (), 1, out.data (), watch);
+        multiply ({block.order, block.order, block.order}, x.data (), room.matrix.data (), 1, out.data (),
+                  watch);
         return;
     }
     const std::span<const Place> pattern = blocks.pattern (block);
@@ -167,15 +170,15 @@ void triple_product (const Block& block, std::span<const double> x, std::span<co
         out[i] = x[i] * wd + w[i] * xd - xw * (i == 0 ? d[i] : -d[i]);
 }
 
-void close_product (const Block& block, std::span<double> xd, std::span<const double> w, std::span<double> out,
-                    Watch& watch)
+void close_product (const Block& block, std::span<double> xd, std::span<const double> w,
+                    std::span<double> out, Watch& watch)
 {
     multiply ({block.order, block.order, block.order}, xd.data (), w.data (), 0, out.data (), watch);
     symmetrise (block.order, out.data ());
 }
 
-void gather_product (const Blocks& blocks, const Block& block, std::span<double> xd, std::span<const double> w,
-                     std::span<double> dual, Room& room, Watch& watch)
+void gather_product (const Blocks& blocks, const Block& block, std::span<double> xd,
+                     std::span<const double> w, std::span<double> dual, Room& room, Watch& watch)
 {
     const std::size_t n = index (block.order);
     const std::span<const Place> pattern = blocks.pattern (block);
@@ -184,8 +187,9 @@ void gather_product (const Blocks& blocks, const Block& block, std::span<double>
         for (std::size_t k = 0; k < pattern.size (); ++k) {
             const std::size_t row = index (pattern[k].row), column = index (pattern[k].column);
             const double one = dot (xd.subspan (row * n, n), w.subspan (column * n, n));
-            dual[k] = row == column ? one
-                                    : (one + dot (xd.subspan (column * n, n), w.subspan (row * n, n))) / sqrt2;
+            dual[k] = row == column
+                          ? one
+                          : (one + dot (xd.subspan (column * n, n), w.subspan (row * n, n))) / sqrt2;
             watch.look (static_cast<double> (2 * n));
         }
         transpose (block.order, xd.data ());
@@ -202,7 +206,8 @@ void gather_product (const Blocks& blocks, const Block& block, std::span<double>
 
 // ---- Steps -----------------------------------------------------------------------------------------------------------------------------
 
-static double longest_step (const Block& block, std::span<const double> point, std::span<const double> direction)
+static double longest_step (const Block& block, std::span<const double> point,
+                            std::span<const double> direction)
 {
     if (block.kind == ConeKind::second_order) {
         // The smallest positive root of the determinant along the direction.

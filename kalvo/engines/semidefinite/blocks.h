@@ -21,8 +21,8 @@ struct Place {
 
 struct Block {
     ConeKind kind = ConeKind::nonnegative;
-    std::int32_t order = 0;                        // of the matrix, or the number of components
-    std::size_t dual_begin = 0, dual_size = 0;     // of its part of dual vectors
+    std::int32_t order = 0;                       // of the matrix, or the number of components
+    std::size_t dual_begin = 0, dual_size = 0;    // of its part of dual vectors
     std::size_t primal_begin = 0, primal_size = 0;
     bool sparse = false;    // so few entries in the pattern that products with them are made one by one
 
@@ -42,7 +42,7 @@ struct Blocks {
     std::vector<Block> all;
     std::vector<Place> places;    // of the positions of dual vectors; of semidefinite blocks only
     std::size_t dual_size = 0, primal_size = 0;
-    double degree = 0;            // inner product of X and Z where XZ is the identity
+    double degree = 0;    // inner product of X and Z where XZ is the identity
 
     void append (ConeKind kind, std::int32_t order, std::span<const Place> pattern);
     std::span<const Place> pattern (const Block& block) const
@@ -63,12 +63,13 @@ void gather (const Blocks& blocks, std::span<const double> primal, std::span<dou
 
 // Factors of a block; false: it isn't inside its cone. For semidefinite blocks the Cholesky factor in the lower triangle, for others
 // nothing.
-bool factor_primal (const Block& block, std::span<const double> primal, std::span<double> factor, Watch& watch);
+bool factor_primal (const Block& block, std::span<const double> primal, std::span<double> factor,
+                    Watch& watch);
 bool factor_dual (const Blocks& blocks, const Block& block, std::span<const double> dual,
                   std::span<double> factor, Watch& watch);
 // The inverse in the algebra of the cone, from the block and its factor.
-void invert (const Block& block, std::span<const double> dual,
-             std::span<const double> factor, std::span<double> inverse, Watch& watch);
+void invert (const Block& block, std::span<const double> dual, std::span<const double> factor,
+             std::span<double> inverse, Watch& watch);
 
 // out += x d, of semidefinite blocks only.
 void add_product (const Blocks& blocks, const Block& block, std::span<const double> x,
@@ -77,11 +78,11 @@ void add_product (const Blocks& blocks, const Block& block, std::span<const doub
 // Of semidefinite blocks from the product XD, which it destroys.
 void triple_product (const Block& block, std::span<const double> x, std::span<const double> d,
                      std::span<const double> w, std::span<double> out);
-void close_product (const Block& block, std::span<double> xd, std::span<const double> w, std::span<double> out,
-                    Watch& watch);
+void close_product (const Block& block, std::span<double> xd, std::span<const double> w,
+                    std::span<double> out, Watch& watch);
 // The same on the pattern.
-void gather_product (const Blocks& blocks, const Block& block, std::span<double> xd, std::span<const double> w,
-                     std::span<double> dual, Room& room, Watch& watch);
+void gather_product (const Blocks& blocks, const Block& block, std::span<double> xd,
+                     std::span<const double> w, std::span<double> dual, Room& room, Watch& watch);
 
 // The longest step from a point along a direction within the cone.
 double longest_primal_step (const Block& block, std::span<const double> point, std::span<const double> factor,

@@ -34,7 +34,8 @@ constexpr double unit = 1, minus_unit = -1, nothing = 0;
 
 static std::size_t at (int row, int column, int stride)
 {
-    return static_cast<std::size_t> (row) + static_cast<std::size_t> (column) * static_cast<std::size_t> (stride);
+    return static_cast<std::size_t> (row) +
+           static_cast<std::size_t> (column) * static_cast<std::size_t> (stride);
 }
 
 // ---- Vectors ---------------------------------------------------------------------------------------------------------------------
@@ -78,8 +79,8 @@ void multiply (Shape shape, const double* a, const double* b, double keep, doubl
     const int width = piece (for_a_column, 48, shape.n);
     for (int from = 0; from < shape.n; from += width) {
         const int columns = std::min (width, shape.n - from);
-        dgemm_ ("N", "N", &shape.m, &columns, &shape.k, &unit, a, &shape.m, b + at (0, from, shape.k), &shape.k,
-                &keep, c + at (0, from, shape.m), &shape.m, 1, 1);
+        dgemm_ ("N", "N", &shape.m, &columns, &shape.k, &unit, a, &shape.m, b + at (0, from, shape.k),
+                &shape.k, &keep, c + at (0, from, shape.m), &shape.m, 1, 1);
         watch.look (for_a_column * columns);
     }
 }
@@ -96,17 +97,18 @@ bool cholesky (int n, double* a, int stride, Watch& watch)
             return false;
         double* const rest = a + at (from + size, from, stride);
         if (below > 0)
-            dtrsm_ ("R", "L", "T", "N", &below, &size, &unit, a + at (from, from, stride), &stride, rest, &stride,
-                    1, 1, 1, 1);
+            dtrsm_ ("R", "L", "T", "N", &below, &size, &unit, a + at (from, from, stride), &stride, rest,
+                    &stride, 1, 1, 1, 1);
         watch.look (static_cast<double> (size) * size * (below + size / 3.0));
         for (int column = 0, width = 0; column < below; column += width) {
             width = piece (static_cast<double> (below - column) * size, 48, below - column);
             const int tail = below - column - width;
             double* const corner = a + at (from + size + column, from + size + column, stride);
-            dsyrk_ ("L", "N", &width, &size, &minus_unit, rest + column, &stride, &unit, corner, &stride, 1, 1);
+            dsyrk_ ("L", "N", &width, &size, &minus_unit, rest + column, &stride, &unit, corner, &stride, 1,
+                    1);
             if (tail > 0)
-                dgemm_ ("N", "T", &tail, &width, &size, &minus_unit, rest + column + width, &stride, rest + column,
-                        &stride, &unit, corner + width, &stride, 1, 1);
+                dgemm_ ("N", "T", &tail, &width, &size, &minus_unit, rest + column + width, &stride,
+                        rest + column, &stride, &unit, corner + width, &stride, 1, 1);
             watch.look (static_cast<double> (below - column) * size * width);
         }
     }
@@ -131,8 +133,8 @@ void solve_lower (bool transposed, int n, const double* l, int stride, int colum
         if (here == 1)
             dtrsv_ ("L", transposed ? "T" : "N", "N", &n, l, &stride, b + at (0, from, n), &one, 1, 1, 1);
         else
-            dtrsm_ ("L", "L", transposed ? "T" : "N", "N", &n, &here, &unit, l, &stride, b + at (0, from, n), &n, 1,
-                    1, 1, 1);
+            dtrsm_ ("L", "L", transposed ? "T" : "N", "N", &n, &here, &unit, l, &stride, b + at (0, from, n),
+                    &n, 1, 1, 1, 1);
         watch.look (for_a_column * here);
     }
 }
@@ -163,9 +165,8 @@ void copy_lower_to_upper (int n, double* a)
 
 void symmetrise (int n, double* a)
 {
-    each_pair (n, [a] (std::size_t lower, std::size_t upper) {
-        a[lower] = a[upper] = 0.5 * (a[lower] + a[upper]);
-    });
+    each_pair (
+        n, [a] (std::size_t lower, std::size_t upper) { a[lower] = a[upper] = 0.5 * (a[lower] + a[upper]); });
 }
 
 void transpose (int n, double* a)
@@ -235,7 +236,8 @@ double SmallestEigenvalue::by_lanczos (int n, const double* l, const double* sym
             off_.push_back (0);
             vectors_.resize (diagonal_.size () * diagonal_.size ());
             work_.resize (2 * diagonal_.size () + 2);
-            dsteqr_ ("I", &steps, values_.data (), off_.data (), vectors_.data (), &steps, work_.data (), &info, 1);
+            dsteqr_ ("I", &steps, values_.data (), off_.data (), vectors_.data (), &steps, work_.data (),
+                     &info, 1);
             if (info != 0 || std::isnan (beta))
                 return -std::numeric_limits<double>::infinity ();
             const double error = beta * std::abs (vectors_[here]), lower = values_[0] - error;

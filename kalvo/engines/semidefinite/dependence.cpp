@@ -56,9 +56,9 @@ static SparseColumns gram (const SparseColumns& columns, Watch& watch)
 Dependence find_dependence (const SparseColumns& columns, std::span<const double> right, Watch& watch,
                             const StopFlag& stop)
 {
-    constexpr double suspicious = 1e-11;        // pivots, which are squares of distances
-    constexpr double dependent = 1e-11;         // distance from the span of the others, beside the terms
-    constexpr double contradictory = 1e-7;      // right sides, likewise
+    constexpr double suspicious = 1e-11;      // pivots, which are squares of distances
+    constexpr double dependent = 1e-11;       // distance from the span of the others, beside the terms
+    constexpr double contradictory = 1e-7;    // right sides, likewise
     constexpr int refinements = 3;
     const std::size_t count = index (columns.columns ());
     Dependence dependence;

@@ -52,7 +52,8 @@ void InteriorPoint::begin ()
         border->resize (program_.free_variables ());
 
     std::vector<std::size_t> block_of (blocks.dual_size);
-    Vector largest_norm (blocks.all.size ()), largest_ratio (blocks.all.size ()), squares (blocks.all.size ());
+    Vector largest_norm (blocks.all.size ()), largest_ratio (blocks.all.size ()),
+        squares (blocks.all.size ());
     for (std::size_t b = 0; b < blocks.all.size (); ++b)
         std::fill_n (block_of.begin () + static_cast<std::ptrdiff_t> (blocks.all[b].dual_begin),
                      blocks.all[b].dual_size, b);
@@ -74,8 +75,10 @@ void InteriorPoint::begin ()
         const Block& block = blocks.all[b];
         const double order = block.order, root = std::sqrt (order);
         const bool matrix = block.kind == ConeKind::semidefinite;
-        const double primal = far_primal * std::max ({10.0, root, (matrix ? order : root) * largest_ratio[b]});
-        const double dual = far_dual * std::max ({10.0, root, largest_norm[b], norm (block.dual (program_.cost))});
+        const double primal =
+            far_primal * std::max ({10.0, root, (matrix ? order : root) * largest_ratio[b]});
+        const double dual =
+            far_dual * std::max ({10.0, root, largest_norm[b], norm (block.dual (program_.cost))});
         const std::span<double> x = block.primal (x_), z = block.dual (z_);
         if (matrix) {
             const std::span<const Place> pattern = blocks.pattern (block);
@@ -170,7 +173,8 @@ Iterate InteriorPoint::take_best ()
 std::optional<Outcome> InteriorPoint::ray () const
 {
     constexpr double reach = 1e8;
-    const double rising = dot (program_.right, y_), falling = -dot (program_.cost, dual_work_) - dot (program_.border_cost, u_);
+    const double rising = dot (program_.right, y_),
+                 falling = -dot (program_.cost, dual_work_) - dot (program_.border_cost, u_);
     if (rising > 0) {
         Vector residual (z_), border (program_.free_variables ()), quadratic (program_.rows ());
         add_product (1, program_.constraints, y_, residual);
@@ -284,7 +288,8 @@ void InteriorPoint::direct (double mu, bool corrector)
                 return;
             }
             std::ranges::fill (product, 0.0);
-            semidefinite::add_product (blocks, block, block.primal (x), block.dual (d), product, room_, watch_);
+            semidefinite::add_product (blocks, block, block.primal (x), block.dual (d), product, room_,
+                                       watch_);
             gather_product (blocks, block, product, block.primal (w_), to, room_, watch_);
         });
     };
@@ -337,7 +342,8 @@ void InteriorPoint::refine ()
     constexpr int most_steps = 3;
     constexpr double negligible = 1e-11, beside_residual = 0.05, aim = 1e-8, worth_it = 0.9;
     const Blocks& blocks = program_.blocks;
-    const auto residual_of = [&] (std::span<const double> dx, const Vector& du, const Vector& dy, Vector& rows) {
+    const auto residual_of = [&] (std::span<const double> dx, const Vector& du, const Vector& dy,
+                                  Vector& rows) {
         gather (blocks, dx, dual_work_);
         add_constraints (-1, dual_work_, rows);
         add_product (-1, program_.border, du, rows);
@@ -359,7 +365,8 @@ void InteriorPoint::refine ()
         change_z.assign (blocks.dual_size, 0.0);
         add_product (-1, program_.constraints, change_y, change_z);
         each_block ([&] (const Block& block) {
-            const std::span<const double> x = block.primal (x_), w = block.primal (w_), d = block.dual (change_z);
+            const std::span<const double> x = block.primal (x_), w = block.primal (w_),
+                                          d = block.dual (change_z);
             const std::span<double> product = block.primal (product_), change = block.primal (change_x);
             if (block.kind == ConeKind::semidefinite) {
                 std::ranges::fill (product, 0.0);
@@ -397,15 +404,16 @@ double InteriorPoint::dual_step ()
 {
     double step = infinity;
     each_block ([&] (const Block& block) {
-        step = std::min (step, longest_dual_step (program_.blocks, block, block.dual (z_), block.primal (factor_z_),
-                                                  block.dual (dz_), room_, watch_));
+        step = std::min (step, longest_dual_step (program_.blocks, block, block.dual (z_),
+                                                  block.primal (factor_z_), block.dual (dz_), room_, watch_));
     });
     return step;
 }
 
 // Goes along a direction as far as `step`, less where this leaves the cone. Returns how far.
 template <class Factor>
-static double go (double step, std::span<const double> direction, std::span<double> point, const Factor& factor)
+static double go (double step, std::span<const double> direction, std::span<double> point,
+                  const Factor& factor)
 {
     constexpr int tries = 15;
     constexpr double shorter = 0.8;
@@ -486,6 +494,7 @@ Answer InteriorPoint::run ()
             measure ();
             listener_ (iteration_, now_);
             keep_best ();
+            watch_.look ();
             if (now_.largest () <= aims_.tolerance) {
                 answer.outcome = Outcome::optimal;
                 break;

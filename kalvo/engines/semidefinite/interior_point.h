@@ -20,7 +20,8 @@ struct Measures {
 };
 
 struct Answer {
-    Outcome outcome = Outcome::unknown;    // of the program: infeasible means that y is a ray, unbounded that X and u are one
+    Outcome outcome = Outcome::
+        unknown;    // of the program: infeasible means that y is a ray, unbounded that X and u are one
     Iterate iterate;
     Measures measures;
     bool has_point = false;
@@ -36,7 +37,8 @@ class InteriorPoint {
 public:
     using Listener = std::function<void (int iteration, const Measures& now)>;
 
-    InteriorPoint (const Program& program, const Aims& aims, Watch& watch, const StopFlag& stop, Listener listener);
+    InteriorPoint (const Program& program, const Aims& aims, Watch& watch, const StopFlag& stop,
+                   Listener listener);
     Answer run ();
 
 private:
@@ -84,11 +86,11 @@ private:
     Vector x_, u_, y_, z_;              // the iterate
     Vector factor_x_, factor_z_, w_;    // Cholesky factors; the inverse of Z
     Vector dx_, du_, dy_, dz_;
-    Vector product_;                    // a product of matrices
+    Vector product_;    // a product of matrices
     Vector primal_residual_, dual_residual_, border_residual_;
     Vector dual_work_, row_work_, border_work_;
-    Vector a_of_w_, a_of_residual_;     // A (W), A ({X, dual residual, W})
-    bool dual_feasible_ = false;        // to rounding
+    Vector a_of_w_, a_of_residual_;    // A (W), A ({X, dual residual, W})
+    bool dual_feasible_ = false;       // to rounding
     double norm_a_ = 0, norm_c_ = 0, norm_f_ = 0;
     Measures now_;
     int iteration_ = 0;

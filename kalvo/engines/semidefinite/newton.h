@@ -11,12 +11,19 @@ namespace klv::semidefinite {
 class Newton {
 public:
     Newton (const Program& program, Watch& watch, const StopFlag& stop)
-        : program_ (program), watch_ (watch), stop_ (stop), schur_ (program, watch), border_ (program.free_variables ())
+        : program_ (program),
+          watch_ (watch),
+          stop_ (stop),
+          schur_ (program, watch),
+          border_ (program.free_variables ())
     {}
 
     // From X and the inverse of Z. False: singular in the precision at hand.
     bool factor (std::span<const double> x, std::span<const double> w);
-    double smallest_pivot () const { return std::min (schur_.get ().smallest_pivot (), border_.smallest_pivot ()); }
+    double smallest_pivot () const
+    {
+        return std::min (schur_.get ().smallest_pivot (), border_.smallest_pivot ());
+    }
     // Leaves out equations that follow from others, and free variables whose columns do.
     void drop (std::span<const std::int32_t> rows, std::span<const std::int32_t> free_variables)
     {
@@ -32,9 +39,9 @@ private:
     Watch& watch_;
     const StopFlag& stop_;
     SchurMatrix schur_;
-    Vector weight_;                 // O + sum of weight_k b_k b_k' is factored, which has no null space that B lacks
-    Vector solved_border_;          // O^-1 B
-    PositiveDefinite border_;       // B'O^-1 B
+    Vector weight_;    // O + sum of weight_k b_k b_k' is factored, which has no null space that B lacks
+    Vector solved_border_;       // O^-1 B
+    PositiveDefinite border_;    // B'O^-1 B
 };
 
 }

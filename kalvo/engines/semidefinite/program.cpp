@@ -24,7 +24,8 @@ void add_product (double factor, const SparseColumns& matrix, std::span<const do
     }
 }
 
-void add_transposed (double factor, const SparseColumns& matrix, std::span<const double> x, std::span<double> y)
+void add_transposed (double factor, const SparseColumns& matrix, std::span<const double> x,
+                     std::span<double> y)
 {
     for (std::size_t j = 0; j < y.size (); ++j) {
         const auto rows = matrix.rows_of (j);
@@ -216,7 +217,8 @@ void Standard::take_columns_as_y ()
             if (zero_row[index (rows[k])] >= 0)
                 border.push_back ({zero_row[index (rows[k])], column, value});
             else
-                constraints.push_back ({column, static_cast<std::int32_t> (dual_at_[index (rows[k])]), value});
+                constraints.push_back (
+                    {column, static_cast<std::int32_t> (dual_at_[index (rows[k])]), value});
         }
     }
     program_.constraints = gather_columns (form_.cost.size (), std::move (constraints));
@@ -284,7 +286,8 @@ void Standard::normalise ()
 {
     const auto values_of = [] (SparseColumns& matrix, std::size_t column) {
         return std::span (matrix.values)
-            .subspan (index (matrix.starts[column]), index (matrix.starts[column + 1] - matrix.starts[column]));
+            .subspan (index (matrix.starts[column]),
+                      index (matrix.starts[column + 1] - matrix.starts[column]));
     };
     const auto length_or_one = [] (double length) { return length > 0 ? length : 1; };
     row_length_.resize (program_.rows ());

@@ -31,8 +31,10 @@ struct Program {
 
 // y += factor Mx and, transposed, y += factor M'x.
 void add_product (double factor, const SparseColumns& matrix, std::span<const double> x, std::span<double> y);
-void add_transposed (double factor, const SparseColumns& matrix, std::span<const double> x, std::span<double> y);
-void add_symmetric (double factor, const SparseColumns& upper, std::span<const double> x, std::span<double> y);
+void add_transposed (double factor, const SparseColumns& matrix, std::span<const double> x,
+                     std::span<double> y);
+void add_symmetric (double factor, const SparseColumns& upper, std::span<const double> x,
+                    std::span<double> y);
 
 // Columns of a conic form with an entry in a cone row that has no other entry: the row's slack can stand for the column.
 struct Matching {
@@ -85,13 +87,14 @@ private:
     const Matching matching_;
     Program program_;
     double offset_ = 0;
-    std::vector<std::int32_t> kept_rows_;       // rows of the form that are constraints, in the second way
-    std::vector<std::int32_t> free_columns_;    // columns of the form that are free variables, in the second way
-    std::vector<std::int32_t> zero_rows_;       // of the form
-    std::vector<std::ptrdiff_t> primal_at_;     // of each row of the form in a cone, in primal vectors
-    std::vector<std::ptrdiff_t> dual_at_;       // in dual vectors; -1: not in the pattern
-    std::vector<bool> off_diagonal_;            // entries of matrices, scaled
-    Vector row_length_, border_length_;         // by which rows of A and columns of B were divided
+    std::vector<std::int32_t> kept_rows_;    // rows of the form that are constraints, in the second way
+    std::vector<std::int32_t>
+        free_columns_;                       // columns of the form that are free variables, in the second way
+    std::vector<std::int32_t> zero_rows_;    // of the form
+    std::vector<std::ptrdiff_t> primal_at_;    // of each row of the form in a cone, in primal vectors
+    std::vector<std::ptrdiff_t> dual_at_;      // in dual vectors; -1: not in the pattern
+    std::vector<bool> off_diagonal_;           // entries of matrices, scaled
+    Vector row_length_, border_length_;        // by which rows of A and columns of B were divided
 };
 
 }

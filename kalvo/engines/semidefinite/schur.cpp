@@ -52,9 +52,8 @@ PositiveDefinite SchurMatrix::choose (const Program& program, Watch& watch)
     const std::size_t rows = program.rows ();
     const double size = static_cast<double> (rows);
     double pairs = 0;
-    each_clique (program, [&] (std::span<const std::int32_t> clique) {
-        pairs += std::pow (clique.size (), 2);
-    });
+    each_clique (program,
+                 [&] (std::span<const std::int32_t> clique) { pairs += std::pow (clique.size (), 2); });
     if (rows <= small || pairs > dense_enough * size * size)
         return PositiveDefinite (rows);
     // Of each constraint those before it, once.
@@ -146,7 +145,8 @@ void SchurMatrix::assemble (std::span<const double> x, std::span<const double> w
     matrix_.clear ();
     add_lines (x, w, watch);
     for (const Matrices& matrices : matrices_)
-        add_matrices (matrices, matrices.block->primal (x).data (), matrices.block->primal (w).data (), watch);
+        add_matrices (matrices, matrices.block->primal (x).data (), matrices.block->primal (w).data (),
+                      watch);
     for (std::size_t i = 0; i < program_.rows (); ++i) {
         const auto rows = program_.quadratic.rows_of (i);
         for (std::size_t k = 0; k < rows.size (); ++k)
@@ -174,7 +174,8 @@ void SchurMatrix::add_lines (std::span<const double> x, std::span<const double> 
             const std::vector<Use>& uses = uses_[block.dual_begin + k];
             for (std::size_t i = 0; i < uses.size (); ++i)
                 for (std::size_t j = 0; j <= i; ++j)
-                    matrix_.add (uses[j].constraint, uses[i].constraint, weight[k] * uses[i].value * uses[j].value);
+                    matrix_.add (uses[j].constraint, uses[i].constraint,
+                                 weight[k] * uses[i].value * uses[j].value);
             watch.look (std::pow (uses.size (), 2));
         }
     }
@@ -233,8 +234,10 @@ void SchurMatrix::add_matrices (const Matrices& matrices, const double* x, const
         const std::span<const Part> others = std::span (parts).subspan (k);
         find_rows (here);
         const std::size_t depth = rows_.size ();
-        const double size = static_cast<double> (n), height = static_cast<double> (depth), rest = matrices.weight_from[k];
-        const double whole = 2 * part.weight * size + cost_in_product * 2 * size * size * height + cost_of_look_up * rest;
+        const double size = static_cast<double> (n), height = static_cast<double> (depth),
+                     rest = matrices.weight_from[k];
+        const double whole =
+            2 * part.weight * size + cost_in_product * 2 * size * size * height + cost_of_look_up * rest;
         const double by_rows = 2 * part.weight * size + 2 * size * height + (height + 3) * rest;
         const double by_entries = (2 * part.weight + 1) * rest;
         watch.look (std::min ({whole, by_rows, by_entries}));
@@ -278,8 +281,8 @@ void SchurMatrix::add_matrices (const Matrices& matrices, const double* x, const
             image_.resize (n * n);
             for (std::size_t r = 0; r < depth; ++r)
                 std::memcpy (&rows_of_x_[n * r], x + n * index (rows_[r]), n * sizeof (double));
-            multiply ({order, order, static_cast<int> (depth)}, rows_of_x_.data (), product_.data (), 0, image_.data (),
-                      watch);
+            multiply ({order, order, static_cast<int> (depth)}, rows_of_x_.data (), product_.data (), 0,
+                      image_.data (), watch);
             for (const Part& other : others) {
                 double sum = 0;
                 for (const auto& [p, q, value] : elements (other)) {

@@ -31,7 +31,7 @@ private:
     };
     struct Matrices {
         const Block* block;
-        std::vector<Part> parts;    // those with most entries first
+        std::vector<Part> parts;            // those with most entries first
         std::vector<double> weight_from;    // of the parts from each one on
     };
     // A constraint's value in a position of dual vectors.

@@ -15,12 +15,13 @@ static Aims aims_of (const Job& job)
 {
     constexpr double share = 0.01;
     const Parameters& settings = *job.settings;
-    const double accepted = std::min ({settings.get (RealSetting::gap_tolerance),
-                                       settings.get (RealSetting::primal_tolerance),
-                                       settings.get (RealSetting::dual_tolerance)});
+    const double accepted =
+        std::min ({settings.get (RealSetting::gap_tolerance), settings.get (RealSetting::primal_tolerance),
+                   settings.get (RealSetting::dual_tolerance)});
     const double gap = settings.get (RealSetting::interior_tolerance);
     const std::int32_t iterations = settings.get (IntSetting::interior_iteration_limit);
-    return {.tolerance = std::clamp (gap > 0 ? std::min (gap, share * accepted) : share * accepted, 1e-12, 1e-4),
+    return {.tolerance =
+                std::clamp (gap > 0 ? std::min (gap, share * accepted) : share * accepted, 1e-12, 1e-4),
             .iterations = iterations >= 0 ? iterations : most_iterations};
 }
 
@@ -138,7 +139,8 @@ static double megabytes (const ConicForm& form)
             largest = std::max (largest, order * order);
         }
     const Matching matching (form);
-    const auto rows = static_cast<double> (matching.rows), others = static_cast<double> (matching.free_variables);
+    const auto rows = static_cast<double> (matching.rows),
+               others = static_cast<double> (matching.free_variables);
     return (8 * (7.5 * entries + 2 * largest + rows * rows + rows * others + others * others) +
             200.0 * static_cast<double> (form.size ())) /
            1e6;

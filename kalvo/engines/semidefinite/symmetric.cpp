@@ -9,7 +9,8 @@
 
 namespace klv::semidefinite {
 
-PositiveDefinite::PositiveDefinite (std::size_t order) : dense_ ((order + 1) * order), scale_ (order), dropped_ (order)
+PositiveDefinite::PositiveDefinite (std::size_t order)
+    : dense_ ((order + 1) * order), scale_ (order), dropped_ (order)
 {}
 
 PositiveDefinite::PositiveDefinite (SparseColumns&& upper, Ldl&& ldl)
@@ -105,7 +106,7 @@ bool PositiveDefinite::factor (Watch& watch, const StopFlag& stop)
                 smallest_pivot_ = 0;
             return true;
         }
-        watch.look (std::numeric_limits<double>::infinity ());
+        watch.look ();
     }
     return false;
 }
@@ -115,8 +116,8 @@ bool PositiveDefinite::factor (Watch& watch, const StopFlag& stop)
 void PositiveDefinite::multiply (std::span<const double> x, std::span<double> y) const
 {
     if (!ldl_) {
-        multiply_symmetric (false, static_cast<int> (order ()), dense_.data (), static_cast<int> (order () + 1),
-                            x.data (), y.data ());
+        multiply_symmetric (false, static_cast<int> (order ()), dense_.data (),
+                            static_cast<int> (order () + 1), x.data (), y.data ());
         return;
     }
     std::ranges::fill (y, 0.0);

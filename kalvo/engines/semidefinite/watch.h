@@ -23,8 +23,11 @@ public:
     {
         constexpr double between_looks = 2e6;
         done_ += multiplications;
-        if (done_ < between_looks)
-            return;
+        if (done_ >= between_looks)
+            look ();
+    }
+    void look ()
+    {
         done_ = 0;
         if (stop_.load (std::memory_order_relaxed))
             throw Interrupted{Outcome::stopped};
