@@ -10,7 +10,7 @@
 namespace klv {
 
 // All methods but mixed_integer take every variable as continuous. `crossover` is the interior-point method followed by the
-// search for a basic solution. The last two take quadratic and conic forms, the others linear ones.
+// search for a basic solution. `quadratic` takes quadratic forms, the last two take conic ones, the others linear ones.
 enum class Method {
     primal_simplex,
     dual_simplex,
@@ -18,10 +18,11 @@ enum class Method {
     crossover,
     mixed_integer,
     quadratic,
-    conic
+    conic,
+    semidefinite    // with equations of the order of the constraints, for large matrices
 };
 
-constexpr Method last_method = Method::conic;
+constexpr Method last_method = Method::semidefinite;
 
 struct MethodRow {
     const char* name;
@@ -41,6 +42,8 @@ constexpr MethodRow method_rows[] = {
     {"quadratic interior point", KLV_CALLER_INTERIOR_POINT, KLV_OPTIMIZER_INTERIOR_POINT,
      IntSetting::log_interior_point},
     {"conic interior point", KLV_CALLER_INTERIOR_POINT, KLV_OPTIMIZER_CONIC, IntSetting::log_interior_point},
+    {"semidefinite interior point", KLV_CALLER_INTERIOR_POINT, KLV_OPTIMIZER_CONIC,
+     IntSetting::log_interior_point},
 };
 static_assert (std::size (method_rows) == static_cast<std::size_t> (last_method) + 1);
 
@@ -57,12 +60,12 @@ constexpr bool is_simplex (Method method)
 constexpr bool is_interior (Method method)
 {
     return method == Method::interior_point || method == Method::crossover || method == Method::quadratic ||
-           method == Method::conic;
+           method == Method::conic || method == Method::semidefinite;
 }
 
 constexpr bool is_linear (Method method)
 {
-    return method != Method::quadratic && method != Method::conic;
+    return method < Method::quadratic;
 }
 
 }

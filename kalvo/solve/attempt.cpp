@@ -72,6 +72,7 @@ Lowered Attempts::make_form (double far) const
     case Method::quadratic:
         return lower_quadratic (*problem_, limits.infinite_bound, scaled_);
     case Method::conic:
+    case Method::semidefinite:
         return lower_conic (problem_, limits.infinite_bound, scaled_, centre_ ? &*centre_ : nullptr);
     default:
         return lower_linear (problem_, limits, integers_);

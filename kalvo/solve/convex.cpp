@@ -6,6 +6,7 @@
 #include "kalvo/model/text.h"
 #include "kalvo/solve/correct.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace klv {
@@ -24,7 +25,7 @@ private:
     bool refused () const { return failure_ && failure_->refused.item != Refused::Item::none; }
     void attempt (const Attempt& attempt, const char* why);
     void correct (Answer& answer);
-    void go_through (Method method, double far, const char* why);
+    bool go_through (Method method, double far, const char* why);
     void go_through_patiently ();
     void go_through_unscaled ();
 
@@ -58,20 +59,21 @@ void ConvexPlan::attempt (const Attempt& attempt, const char* why)
     keep_better (best_, std::move (tried));
 }
 
-// Attempts with one engine: without far bounds and, where the point lies beyond them or none was found, with them.
-void ConvexPlan::go_through (Method method, double far, const char* why)
+// Attempts with one engine: without far bounds and, where the point lies beyond them or none was found, with them. False: none was made.
+bool ConvexPlan::go_through (Method method, double far, const char* why)
 {
     if (settled () || refused ())
-        return;
+        return false;
     if (std::optional<Failure> failure = attempts_.prepare (method, far)) {
         failure_ = std::move (failure);
-        return;
+        return false;
     }
     attempt ({method}, why);
     if (!settled () && attempts_.is_without_far_bounds ()) {
         attempts_.take_back_far_bounds ();
         attempt ({method}, why);
     }
+    return true;
 }
 
 // A point that is not the solution yet tells of what magnitude the members of the solution's cones are.
@@ -100,15 +102,36 @@ void ConvexPlan::go_through_unscaled ()
             attempt ({Method::conic, reformulate}, "");
 }
 
+static std::int32_t largest_matrix (const Problem& problem)
+{
+    std::int32_t order = 0;
+    for (const std::int32_t each : problem.semidefinite.order)
+        order = std::max (order, each);
+    for (const std::int32_t domain : problem.affine_constraint.domain) {
+        const auto which = static_cast<std::size_t> (domain);
+        if (problem.domain.type[which] == KLV_DOMAIN_SEMIDEFINITE_CONE)
+            while (packed_length (order) < problem.domain.size[which])
+                ++order;
+    }
+    return order;
+}
+
 std::variant<Found, Failure> ConvexPlan::run ()
 {
     const bool linear_constraints = has_linear_constraints (attempts_.problem ());
     if (linear_constraints)
         go_through (Method::quadratic, far_for_quadratic, "quadratic objective, linear constraints");
-    go_through (Method::conic, far_for_conic,
-                linear_constraints ? "quadratic objective, linear constraints" : "cones");
-    go_through_patiently ();
+    // From this order on the method that takes matrices as a whole is the faster one.
+    constexpr std::int32_t large = 5;
+    const std::int32_t order = largest_matrix (attempts_.problem ());
+    if (order >= large)
+        go_through (Method::semidefinite, far_for_conic, "semidefinite matrices");
+    if (go_through (Method::conic, far_for_conic,
+                    linear_constraints ? "quadratic objective, linear constraints" : "cones"))
+        go_through_patiently ();
     go_through_unscaled ();
+    if (order > 1 && order < large)
+        go_through (Method::semidefinite, far_for_conic, "semidefinite matrices");
     if (best_)
         return Found{.interior = std::move (best_)};
     return std::move (*failure_);

@@ -151,6 +151,7 @@ void Options::set_method ()
         break;
     case Method::quadratic:
     case Method::conic:
+    case Method::semidefinite:
         break;    // the engine has none of them
     }
 }
