@@ -1,5 +1,6 @@
 // Our own engine for semidefinite problems: every answer is proved on the form, or known in closed form.
 #include "kalvo/engines/clarabel/clarabel.h"
+#include "kalvo/engines/semidefinite/dense.h"
 #include "kalvo/engines/semidefinite/semidefinite.h"
 #include "tests/support/failing_new.h"
 
@@ -667,6 +668,31 @@ TEST (Semidefinite, FindsKnownOptima)
         expect_optimal (given, claims);
         EXPECT_NEAR (objective (given, claims.x), optimum, 1e-6 * (1 + std::abs (optimum)));
     }
+}
+
+// A matrix in panels: L has 2 on the diagonal and 1 below it.
+TEST (Semidefinite, FactorsLargeMatrices)
+{
+    const int n = 1101, stride = n + 1;
+    const auto at = [] (int i, int j) {
+        return static_cast<std::size_t> (i) + static_cast<std::size_t> (j) * stride;
+    };
+    Values a (static_cast<std::size_t> (n) * stride);
+    for (int i = 0; i < n; ++i) {
+        a[at (i, i)] = i == 0 ? 4 : 5;
+        if (i > 0)
+            a[at (i, i - 1)] = 2;
+    }
+    const klv::StopFlag stop = false;
+    klv::semidefinite::Watch watch (stop, {});
+    ASSERT_TRUE (klv::semidefinite::cholesky (n, a.data (), stride, watch));
+    double error = 0;
+    for (int j = 0; j < n; ++j)
+        for (int i = j; i < n; ++i)
+            error = std::max (error, std::abs (a[at (i, j)] - (i == j ? 2 : i == j + 1 ? 1 : 0)));
+    EXPECT_LE (error, 1e-12);
+    a[at (n - 1, n - 1)] = -1;
+    EXPECT_FALSE (klv::semidefinite::cholesky (n, a.data (), stride, watch));
 }
 
 // ---- Ends ---------------------------------------------------------------------------------------------------------------------------

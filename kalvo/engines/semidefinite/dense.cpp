@@ -5,6 +5,7 @@
 #include <limits>
 
 // The routines of BLAS and LAPACK as Fortran compilers call them, with the lengths of character arguments at the end.
+// NOLINTBEGIN(readability-identifier-naming)
 extern "C" {
 using Length = std::size_t;
 void dgemm_ (const char*, const char*, const int*, const int*, const int*, const double*, const double*,
@@ -26,6 +27,7 @@ void dsyev_ (const char*, const char*, const int*, double*, const int*, double*,
              Length, Length);
 void dsteqr_ (const char*, const int*, double*, double*, double*, const int*, double*, int*, Length);
 }
+// NOLINTEND(readability-identifier-naming)
 
 namespace klv::semidefinite {
 
@@ -65,12 +67,13 @@ void add (double factor, std::span<const double> x, std::span<double> y)
 
 // ---- Products and factors ----------------------------------------------------------------------------------------------------------
 
-// Columns of a piece of work with so many multiplications for each.
+// Columns, of so many at most, of a piece of work with so many multiplications for each.
 static int piece (double for_a_column, int least, int most)
 {
     constexpr double multiplications = 1e8;
-    return static_cast<int> (std::clamp (multiplications / std::max (for_a_column, 1.0),
-                                         static_cast<double> (least), std::max<double> (most, least)));
+    return std::min (
+        most,
+        std::max (least, static_cast<int> (std::min (multiplications / std::max (for_a_column, 1.0), 1e9))));
 }
 
 void multiply (Shape shape, const double* a, const double* b, double keep, double* c, Watch& watch)
