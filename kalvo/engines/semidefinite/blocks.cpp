@@ -231,24 +231,23 @@ static double step_to (double smallest_eigenvalue)
 }
 
 double longest_primal_step (const Block& block, std::span<const double> point, std::span<const double> factor,
-                            std::span<const double> direction, Room& room, Watch& watch)
+                            std::span<const double> direction, std::span<double> scratch, Room& room,
+                            Watch& watch)
 {
     if (block.kind != ConeKind::semidefinite)
         return longest_step (block, point, direction);
-    room.matrix.resize (std::max (room.matrix.size (), block.primal_size));
-    std::ranges::copy (direction, room.matrix.begin ());
-    return step_to (room.eigenvalue.of (block.order, factor.data (), room.matrix.data (), watch));
+    std::ranges::copy (direction, scratch.begin ());
+    return step_to (room.eigenvalue.of (block.order, factor.data (), scratch.data (), watch));
 }
 
 double longest_dual_step (const Blocks& blocks, const Block& block, std::span<const double> point,
-                          std::span<const double> factor, std::span<const double> direction, Room& room,
-                          Watch& watch)
+                          std::span<const double> factor, std::span<const double> direction,
+                          std::span<double> scratch, Room& room, Watch& watch)
 {
     if (block.kind != ConeKind::semidefinite)
         return longest_step (block, point, direction);
-    room.matrix.resize (std::max (room.matrix.size (), block.primal_size));
-    spread (blocks, block, direction, room.matrix.data ());
-    return step_to (room.eigenvalue.of (block.order, factor.data (), room.matrix.data (), watch));
+    spread (blocks, block, direction, scratch.data ());
+    return step_to (room.eigenvalue.of (block.order, factor.data (), scratch.data (), watch));
 }
 
 }

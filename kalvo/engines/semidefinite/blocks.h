@@ -84,11 +84,12 @@ void close_product (const Block& block, std::span<double> xd, std::span<const do
 void gather_product (const Blocks& blocks, const Block& block, std::span<double> xd,
                      std::span<const double> w, std::span<double> dual, Room& room, Watch& watch);
 
-// The longest step from a point along a direction within the cone.
+// The longest step from a point along a direction within the cone. Of semidefinite blocks `scratch` takes a matrix.
 double longest_primal_step (const Block& block, std::span<const double> point, std::span<const double> factor,
-                            std::span<const double> direction, Room& room, Watch& watch);
+                            std::span<const double> direction, std::span<double> scratch, Room& room,
+                            Watch& watch);
 double longest_dual_step (const Blocks& blocks, const Block& block, std::span<const double> point,
-                          std::span<const double> factor, std::span<const double> direction, Room& room,
-                          Watch& watch);
+                          std::span<const double> factor, std::span<const double> direction,
+                          std::span<double> scratch, Room& room, Watch& watch);
 
 }

@@ -86,7 +86,7 @@ static double work (std::size_t rows, std::size_t free_variables)
 }
 
 Matching::Matching (const ConicForm& form)
-    : of_column (form.cost.size ()), of_row (form.right.size (), -1), in_cone (form.right.size ())
+    : of_column (form.cost.size (), -1), of_row (form.right.size (), -1), in_cone (form.right.size ())
 {
     std::size_t first = 0;
     for (const ElementaryCone& cone : form.cones) {
@@ -103,14 +103,16 @@ Matching::Matching (const ConicForm& form)
         ++entries[index (row)];
     for (std::size_t j = 0; j < of_column.size (); ++j) {
         const auto here = form.matrix.rows_of (j);
+        double largest = 0;
         for (std::size_t k = 0; k < here.size (); ++k) {
-            const double value = form.matrix.values_of (j)[k];
-            if (in_cone[index (here[k])] && entries[index (here[k])] == 1 &&
-                std::abs (value) > std::abs (of_column[j].value))
-                of_column[j] = {here[k], value};
+            const double value = std::abs (form.matrix.values_of (j)[k]);
+            if (in_cone[index (here[k])] && entries[index (here[k])] == 1 && value > largest) {
+                of_column[j] = here[k];
+                largest = value;
+            }
         }
-        if (of_column[j].row >= 0) {
-            of_row[index (of_column[j].row)] = static_cast<std::int32_t> (j);
+        if (of_column[j] >= 0) {
+            of_row[index (of_column[j])] = static_cast<std::int32_t> (j);
             ++matched;
         }
     }
@@ -148,8 +150,8 @@ void Standard::lay_out_rows ()
         if (matching_.columns_are_y)
             for (const std::int32_t row : rows_here)
                 used[index (row)] = true;
-        else if (matching_.of_column[j].row >= 0)
-            used[index (matching_.of_column[j].row)] = rows_here.size () > 1 || form_.cost[j] != 0;
+        else if (matching_.of_column[j] >= 0)
+            used[index (matching_.of_column[j])] = rows_here.size () > 1 || form_.cost[j] != 0;
     }
     for (std::size_t row = 0; row < rows; ++row)
         if (matching_.columns_are_y ? form_.right[row] != 0 : matching_.of_row[row] < 0)
@@ -167,7 +169,7 @@ void Standard::lay_out_rows ()
     std::size_t first = 0;
     for (const ElementaryCone& cone : form_.cones) {
         for (std::size_t row = first; row < first + index (cone.rows) && is_line (cone); ++row)
-            primal_at_[row] = dual_at_[row] = lines++;
+            primal_at_[row] = static_cast<std::uint32_t> (dual_at_[row] = lines++);
         first += index (cone.rows);
     }
     if (lines > 0)
@@ -175,11 +177,11 @@ void Standard::lay_out_rows ()
     first = 0;
     std::vector<Place> pattern;
     for (const ElementaryCone& cone : form_.cones) {
-        const auto primal = static_cast<std::ptrdiff_t> (blocks.primal_size),
-                   dual = static_cast<std::ptrdiff_t> (blocks.dual_size);
+        const auto primal = static_cast<std::uint32_t> (blocks.primal_size);
+        const auto dual = static_cast<std::int32_t> (blocks.dual_size);
         if (cone.kind == ConeKind::second_order && cone.rows > 1) {
             for (std::int32_t k = 0; k < cone.rows; ++k) {
-                primal_at_[first + index (k)] = primal + k;
+                primal_at_[first + index (k)] = primal + static_cast<std::uint32_t> (k);
                 dual_at_[first + index (k)] = dual + k;
             }
             blocks.append (cone.kind, cone.rows, {});
@@ -188,11 +190,11 @@ void Standard::lay_out_rows ()
             std::size_t row = first;
             for (std::int32_t j = 0; j < cone.order; ++j)
                 for (std::int32_t i = 0; i <= j; ++i, ++row) {
-                    primal_at_[row] = primal + static_cast<std::ptrdiff_t> (j) * cone.order + i;
+                    primal_at_[row] = primal + static_cast<std::uint32_t> (index (j) * index (cone.order) + index (i));
                     off_diagonal_[row] = i != j;
                     if (i != j && !used[row])
                         continue;
-                    dual_at_[row] = dual + std::ssize (pattern);
+                    dual_at_[row] = dual + static_cast<std::int32_t> (pattern.size ());
                     pattern.push_back ({j, i});
                 }
             blocks.append (cone.kind, cone.order, pattern);
@@ -218,7 +220,7 @@ void Standard::take_columns_as_y ()
                 border.push_back ({zero_row[index (rows[k])], column, value});
             else
                 constraints.push_back (
-                    {column, static_cast<std::int32_t> (dual_at_[index (rows[k])]), value});
+                    {column, dual_at_[index (rows[k])], value});
         }
     }
     program_.constraints = gather_columns (form_.cost.size (), std::move (constraints));
@@ -228,7 +230,7 @@ void Standard::take_columns_as_y ()
     program_.cost.assign (program_.blocks.dual_size, 0.0);
     for (std::size_t row = 0; row < form_.right.size (); ++row)
         if (dual_at_[row] >= 0)
-            program_.cost[index (static_cast<std::int32_t> (dual_at_[row]))] = form_.right[row];
+            program_.cost[index (dual_at_[row])] = form_.right[row];
     for (const std::int32_t row : zero_rows_)
         program_.border_cost.push_back (form_.right[index (row)]);
     program_.quadratic = form_.quadratic;
@@ -246,14 +248,14 @@ void Standard::take_rows_as_x ()
         kept_rows_.push_back (static_cast<std::int32_t> (row));
         program_.right.push_back (form_.right[row]);
         if (matching_.in_cone[row])
-            constraints.push_back ({constraint, static_cast<std::int32_t> (dual_at_[row]), 1});
+            constraints.push_back ({constraint, dual_at_[row], 1});
     }
     program_.cost.assign (program_.blocks.dual_size, 0.0);
     for (std::size_t j = 0; j < form_.cost.size (); ++j) {
         const auto rows = form_.matrix.rows_of (j);
         const auto values = form_.matrix.values_of (j);
-        const Matching::Match match = matching_.of_column[j];
-        if (match.row < 0) {
+        const std::int32_t match = matching_.of_column[j];
+        if (match < 0) {
             const auto variable = static_cast<std::int32_t> (free_columns_.size ());
             free_columns_.push_back (static_cast<std::int32_t> (j));
             program_.border_cost.push_back (form_.cost[j]);
@@ -262,18 +264,18 @@ void Standard::take_rows_as_x ()
             continue;
         }
         // x = (b - s) / value
-        const double right = form_.right[index (match.row)];
-        const auto position = static_cast<std::int32_t> (dual_at_[index (match.row)]);
+        const double right = form_.right[index (match)], entry = matched_value (j);
+        const std::int32_t position = dual_at_[index (match)];
         for (std::size_t k = 0; k < rows.size (); ++k) {
-            if (rows[k] == match.row)
+            if (rows[k] == match)
                 continue;
-            const double factor = values[k] / match.value;
+            const double factor = values[k] / entry;
             program_.right[index (constraint_of[index (rows[k])])] -= factor * right;
             constraints.push_back ({constraint_of[index (rows[k])], position, -factor});
         }
         if (form_.cost[j] != 0) {
-            offset_ += form_.cost[j] * right / match.value;
-            program_.cost[index (position)] = -form_.cost[j] / match.value;
+            offset_ += form_.cost[j] * right / entry;
+            program_.cost[index (position)] = -form_.cost[j] / entry;
         }
     }
     program_.constraints = gather_columns (program_.right.size (), std::move (constraints));
@@ -319,9 +321,17 @@ void Standard::normalise ()
 
 // ---- Back ----------------------------------------------------------------------------------------------------------------------------
 
+// The column's entry in the row that it is matched with.
+double Standard::matched_value (std::size_t column) const
+{
+    const auto rows = form_.matrix.rows_of (column);
+    const auto place = std::ranges::lower_bound (rows, matching_.of_column[column]) - rows.begin ();
+    return form_.matrix.values_of (column)[static_cast<std::size_t> (place)];
+}
+
 double Standard::primal_of (std::int32_t row, std::span<const double> x) const
 {
-    const double value = x[static_cast<std::size_t> (primal_at_[index (row)])];
+    const double value = x[primal_at_[index (row)]];
     return off_diagonal_[index (row)] ? sqrt2 * value : value;
 }
 
@@ -334,10 +344,10 @@ std::vector<double> Standard::columns (const Iterate& iterate, bool direction) c
         return columns;
     }
     for (std::size_t j = 0; j < columns.size (); ++j)
-        if (matching_.of_column[j].row >= 0)
-            columns[j] = ((direction ? 0 : form_.right[index (matching_.of_column[j].row)]) -
-                          primal_of (matching_.of_column[j].row, iterate.x)) /
-                         matching_.of_column[j].value;
+        if (matching_.of_column[j] >= 0)
+            columns[j] = ((direction ? 0 : form_.right[index (matching_.of_column[j])]) -
+                          primal_of (matching_.of_column[j], iterate.x)) /
+                         matched_value (j);
     for (std::size_t k = 0; k < free_columns_.size (); ++k)
         columns[index (free_columns_[k])] = iterate.u[k] / border_length_[k];
     return columns;
@@ -358,7 +368,7 @@ std::vector<double> Standard::multipliers (const Iterate& iterate, bool directio
     add_product (-1, program_.constraints, iterate.y, z);
     for (std::size_t row = 0; row < multipliers.size (); ++row)
         if (dual_at_[row] >= 0)
-            multipliers[row] = z[static_cast<std::size_t> (dual_at_[row])];
+            multipliers[row] = z[index (dual_at_[row])];
     for (std::size_t k = 0; k < kept_rows_.size (); ++k)
         multipliers[index (kept_rows_[k])] = -iterate.y[k] / row_length_[k];
     return multipliers;

@@ -38,14 +38,9 @@ void add_symmetric (double factor, const SparseColumns& upper, std::span<const d
 
 // Columns of a conic form with an entry in a cone row that has no other entry: the row's slack can stand for the column.
 struct Matching {
-    struct Match {
-        std::int32_t row = -1;    // of the form; -1: none
-        double value = 0;
-    };
-
     explicit Matching (const ConicForm& form);
 
-    std::vector<Match> of_column;
+    std::vector<std::int32_t> of_column;    // the row of each column; -1: none
     std::vector<std::int32_t> of_row;    // the column of each row; -1: none
     std::vector<bool> in_cone;           // rows but those of the zero cone
     std::size_t zero_rows = 0, matched = 0;
@@ -82,6 +77,7 @@ private:
     void take_rows_as_x ();
     void normalise ();
     double primal_of (std::int32_t row, std::span<const double> x) const;
+    double matched_value (std::size_t column) const;
 
     const ConicForm& form_;
     const Matching matching_;
@@ -91,8 +87,8 @@ private:
     std::vector<std::int32_t>
         free_columns_;                       // columns of the form that are free variables, in the second way
     std::vector<std::int32_t> zero_rows_;    // of the form
-    std::vector<std::ptrdiff_t> primal_at_;    // of each row of the form in a cone, in primal vectors
-    std::vector<std::ptrdiff_t> dual_at_;      // in dual vectors; -1: not in the pattern
+    std::vector<std::uint32_t> primal_at_;    // of each row of the form in a cone, in primal vectors
+    std::vector<std::int32_t> dual_at_;      // in dual vectors; -1: not in the pattern
     std::vector<bool> off_diagonal_;           // entries of matrices, scaled
     Vector row_length_, border_length_;        // by which rows of A and columns of B were divided
 };
