@@ -394,9 +394,9 @@ double InteriorPoint::primal_step ()
 {
     double step = infinity;
     each_block ([&] (const Block& block) {
-        step = std::min (step,
-                         longest_primal_step (block, block.primal (x_), block.primal (factor_x_), block.primal (dx_),
-                                              block.primal (product_), room_, watch_));
+        step =
+            std::min (step, longest_primal_step (block, block.primal (x_), block.primal (factor_x_),
+                                                 block.primal (dx_), block.primal (product_), room_, watch_));
     });
     return step;
 }
@@ -405,9 +405,9 @@ double InteriorPoint::dual_step ()
 {
     double step = infinity;
     each_block ([&] (const Block& block) {
-        step = std::min (step, longest_dual_step (program_.blocks, block, block.dual (z_),
-                                                  block.primal (factor_z_), block.dual (dz_),
-                                                  block.primal (product_), room_, watch_));
+        step = std::min (step,
+                         longest_dual_step (program_.blocks, block, block.dual (z_), block.primal (factor_z_),
+                                            block.dual (dz_), block.primal (product_), room_, watch_));
     });
     return step;
 }

@@ -86,7 +86,7 @@ static double work (std::size_t rows, std::size_t free_variables)
 }
 
 Matching::Matching (const ConicForm& form)
-    : of_column (form.cost.size (), -1), of_row (form.right.size (), -1), in_cone (form.right.size ())
+    : of_column (form.cost.size (), -1), is_matched (form.right.size ()), in_cone (form.right.size ())
 {
     std::size_t first = 0;
     for (const ElementaryCone& cone : form.cones) {
@@ -112,7 +112,7 @@ Matching::Matching (const ConicForm& form)
             }
         }
         if (of_column[j] >= 0) {
-            of_row[index (of_column[j])] = static_cast<std::int32_t> (j);
+            is_matched[index (of_column[j])] = true;
             ++matched;
         }
     }
@@ -154,7 +154,7 @@ void Standard::lay_out_rows ()
             used[index (matching_.of_column[j])] = rows_here.size () > 1 || form_.cost[j] != 0;
     }
     for (std::size_t row = 0; row < rows; ++row)
-        if (matching_.columns_are_y ? form_.right[row] != 0 : matching_.of_row[row] < 0)
+        if (matching_.columns_are_y ? form_.right[row] != 0 : !matching_.is_matched[row])
             used[row] = true;
 
     dual_at_.assign (rows, -1);
@@ -190,7 +190,8 @@ void Standard::lay_out_rows ()
             std::size_t row = first;
             for (std::int32_t j = 0; j < cone.order; ++j)
                 for (std::int32_t i = 0; i <= j; ++i, ++row) {
-                    primal_at_[row] = primal + static_cast<std::uint32_t> (index (j) * index (cone.order) + index (i));
+                    primal_at_[row] =
+                        primal + static_cast<std::uint32_t> (index (j) * index (cone.order) + index (i));
                     off_diagonal_[row] = i != j;
                     if (i != j && !used[row])
                         continue;
@@ -219,8 +220,7 @@ void Standard::take_columns_as_y ()
             if (zero_row[index (rows[k])] >= 0)
                 border.push_back ({zero_row[index (rows[k])], column, value});
             else
-                constraints.push_back (
-                    {column, dual_at_[index (rows[k])], value});
+                constraints.push_back ({column, dual_at_[index (rows[k])], value});
         }
     }
     program_.constraints = gather_columns (form_.cost.size (), std::move (constraints));
@@ -241,7 +241,7 @@ void Standard::take_rows_as_x ()
     std::vector<std::int32_t> constraint_of (form_.right.size (), -1);
     std::vector<Entry> constraints, border;
     for (std::size_t row = 0; row < form_.right.size (); ++row) {
-        if (matching_.of_row[row] >= 0)
+        if (matching_.is_matched[row])
             continue;
         const auto constraint = static_cast<std::int32_t> (kept_rows_.size ());
         constraint_of[row] = constraint;

@@ -41,8 +41,8 @@ struct Matching {
     explicit Matching (const ConicForm& form);
 
     std::vector<std::int32_t> of_column;    // the row of each column; -1: none
-    std::vector<std::int32_t> of_row;    // the column of each row; -1: none
-    std::vector<bool> in_cone;           // rows but those of the zero cone
+    std::vector<bool> is_matched;           // rows, with a column
+    std::vector<bool> in_cone;              // rows but those of the zero cone
     std::size_t zero_rows = 0, matched = 0;
 
     // Whether the form's columns are to be y, and of what size the program is.
@@ -88,9 +88,9 @@ private:
         free_columns_;                       // columns of the form that are free variables, in the second way
     std::vector<std::int32_t> zero_rows_;    // of the form
     std::vector<std::uint32_t> primal_at_;    // of each row of the form in a cone, in primal vectors
-    std::vector<std::int32_t> dual_at_;      // in dual vectors; -1: not in the pattern
-    std::vector<bool> off_diagonal_;           // entries of matrices, scaled
-    Vector row_length_, border_length_;        // by which rows of A and columns of B were divided
+    std::vector<std::int32_t> dual_at_;       // in dual vectors; -1: not in the pattern
+    std::vector<bool> off_diagonal_;          // entries of matrices, scaled
+    Vector row_length_, border_length_;       // by which rows of A and columns of B were divided
 };
 
 }

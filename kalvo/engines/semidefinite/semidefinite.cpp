@@ -116,11 +116,11 @@ Claims Session::run (const Job& job, const StopFlag& stop, Events& events)
     Watch watch (stop, job.budget.deadline);
     try {
         const Standard standard (form_);
-        InteriorPoint method (standard.program (), aims_of (job), watch, stop,
-                              [&] (int iteration, const Measures& measures) {
-                                  report (standard, iteration, measures, now, events);
-                              });
-        take (standard, method.run (), job, claims);
+        const auto listener = [&] (int iteration, const Measures& measures) {
+            report (standard, iteration, measures, now, events);
+        };
+        Answer answer = InteriorPoint (standard.program (), aims_of (job), watch, stop, listener).run ();
+        take (standard, std::move (answer), job, claims);
     } catch (const Interrupted& interrupted) {
         claims.outcome = interrupted.outcome;
     }
