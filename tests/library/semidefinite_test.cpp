@@ -691,6 +691,22 @@ TEST (Semidefinite, FactorsLargeMatrices)
         for (int i = j; i < n; ++i)
             error = std::max (error, std::abs (a[at (i, j)] - (i == j ? 2 : i == j + 1 ? 1 : 0)));
     EXPECT_LE (error, 1e-12);
+    Values inverse (static_cast<std::size_t> (n) * n);
+    const auto place_of = [] (int i, int j) {
+        return static_cast<std::size_t> (std::max (i, j)) + static_cast<std::size_t> (std::min (i, j)) * n;
+    };
+    for (int j = 0; j < n; ++j)
+        for (int i = j; i < n; ++i)
+            inverse[place_of (i, j)] = a[at (i, j)];
+    klv::semidefinite::invert (n, inverse.data (), watch);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+            double sum = (i == 0 ? 4 : 5) * inverse[place_of (i, j)] - (i == j ? 1 : 0);
+            sum += i > 0 ? 2 * inverse[place_of (i - 1, j)] : 0;
+            sum += i + 1 < n ? 2 * inverse[place_of (i + 1, j)] : 0;
+            error = std::max (error, std::abs (sum));
+        }
+    EXPECT_LE (error, 1e-12);
     a[at (n - 1, n - 1)] = -1;
     EXPECT_FALSE (klv::semidefinite::cholesky (n, a.data (), stride, watch));
 }

@@ -14,6 +14,8 @@ void dsyrk_ (const char*, const char*, const int*, const int*, const double*, co
              const double*, double*, const int*, Length, Length);
 void dtrsm_ (const char*, const char*, const char*, const char*, const int*, const int*, const double*,
              const double*, const int*, double*, const int*, Length, Length, Length, Length);
+void dtrmm_ (const char*, const char*, const char*, const char*, const int*, const int*, const double*,
+             const double*, const int*, double*, const int*, Length, Length, Length, Length);
 void dtrsv_ (const char*, const char*, const char*, const int*, const double*, const int*, double*,
              const int*, Length, Length, Length);
 void dtrtri_ (const char*, const char*, const int*, double*, const int*, int*, Length, Length);
@@ -88,10 +90,16 @@ void multiply (Shape shape, const double* a, const double* b, double keep, doubl
     }
 }
 
+// Columns that are worked on by one call of LAPACK.
+static int panel_of (int n)
+{
+    return n <= 1000 ? std::max (n, 1) : 192;
+}
+
 // Right-looking, panel by panel (Golub and Van Loan, Matrix Computations, 4.2.6).
 bool cholesky (int n, double* a, int stride, Watch& watch)
 {
-    const int panel = n <= 1000 ? std::max (n, 1) : 192;
+    const int panel = panel_of (n);
     for (int from = 0; from < n; from += panel) {
         const int size = std::min (panel, n - from), below = n - from - size;
         int info = 0;
@@ -118,13 +126,40 @@ bool cholesky (int n, double* a, int stride, Watch& watch)
     return true;
 }
 
+// The inverse of L panel by panel from the last one on, then its product with its transpose, like LAPACK's dtrtri and dlauum.
 void invert (int n, double* l, Watch& watch)
 {
+    const int panel = panel_of (n), last = (n - 1) / panel * panel;
     int info = 0;
-    dtrtri_ ("L", "N", &n, l, &n, &info, 1, 1);
-    watch.look (std::pow (n, 3) / 6);
-    dlauum_ ("L", &n, l, &n, &info, 1);
-    watch.look (std::pow (n, 3) / 6);
+    for (int from = last; from >= 0; from -= panel) {
+        const int size = std::min (panel, n - from), end = from + size, below = n - end;
+        double* const corner = l + at (from, from, n);
+        if (below > 0) {
+            dtrmm_ ("L", "L", "N", "N", &below, &size, &unit, l + at (end, end, n), &n, corner + size, &n, 1,
+                    1, 1, 1);
+            watch.look (static_cast<double> (below) * below * size / 2);
+            dtrsm_ ("R", "L", "N", "N", &below, &size, &minus_unit, corner, &n, corner + size, &n, 1, 1, 1,
+                    1);
+        }
+        dtrtri_ ("L", "N", &size, corner, &n, &info, 1, 1);
+        watch.look (static_cast<double> (size) * size * (below / 2.0 + size / 6.0));
+    }
+    for (int from = 0; from < n; from += panel) {
+        const int size = std::min (panel, n - from), end = from + size, below = n - end;
+        double *const corner = l + at (from, from, n), *const left = l + from;
+        if (from > 0)
+            dtrmm_ ("L", "L", "T", "N", &size, &from, &unit, corner, &n, left, &n, 1, 1, 1, 1);
+        dlauum_ ("L", &size, corner, &n, &info, 1);
+        watch.look (static_cast<double> (size) * size * (from / 2.0 + size / 6.0));
+        if (below == 0)
+            continue;
+        if (from > 0)
+            dgemm_ ("T", "N", &size, &from, &below, &unit, corner + size, &n, l + end, &n, &unit, left, &n, 1,
+                    1);
+        watch.look (static_cast<double> (size) * from * below);
+        dsyrk_ ("L", "T", &size, &below, &unit, corner + size, &n, &unit, corner, &n, 1, 1);
+        watch.look (static_cast<double> (size) * size * below / 2);
+    }
 }
 
 void solve_lower (bool transposed, int n, const double* l, int stride, int columns, double* b, Watch& watch)
