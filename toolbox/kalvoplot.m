@@ -219,7 +219,8 @@ end
 function values = vector (prob, name)
     values = zeros (0, 1);
     if isfield (prob, name)
-        values = double (full (prob.(name)(:)));
+        values = double (full (prob.(name)));
+        values = values(:);
     end
 end
 

@@ -82,6 +82,21 @@ static GivenSolution as_given (const Solution& solution)
             .doty = solution.doty};
 }
 
+// Whether measuring has left the values as they were given.
+static bool agree (const Solution& given, const Solution& measured)
+{
+    constexpr double rounding = 1e-9;
+    for (const auto member :
+         {&Solution::xx, &Solution::y, &Solution::slx, &Solution::sux, &Solution::snx, &Solution::doty}) {
+        const std::vector<double>&before = given.*member, &after = measured.*member;
+        for (std::size_t i = 0; i < before.size (); ++i)
+            if (!(std::abs (before[i] - (i < after.size () ? after[i] : 0)) <=
+                  rounding * (1 + std::abs (before[i]))))
+                return false;
+    }
+    return true;
+}
+
 static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t j,
                                 std::vector<double> Solution::*member, const double* values)
 {
@@ -106,7 +121,10 @@ static KLVrescode_t put_matrix (KLVtask_t task, std::int32_t which, std::int32_t
             return;
         // Measured with the last matrix. More duals may follow those that were put so far.
         std::vector<double> bars = solution->bars;
-        solution = complete (as_given (*solution), t.share_problem (), t.parameters, KLV_SOL_ITR);
+        Solution measured = complete (as_given (*solution), t.share_problem (), t.parameters, KLV_SOL_ITR);
+        if (!agree (*solution, measured))
+            return;
+        solution = std::move (measured);
         if (member == &Solution::barx && !bars.empty ())
             solution->bars = std::move (bars);
     });
