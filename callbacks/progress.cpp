@@ -38,7 +38,7 @@ KLVrescode_t call_function (const CallbackHandle& handle, mxArray* caller)
 
 KLVrescode_t report (KLVtask_t task, const CallbackHandle& handle, std::uint32_t caller)
 {
-    const host::Array code (make_number (caller));
+    const host::Array code (mxCreateDoubleScalar (caller));
     if (!code)
         return KLV_RES_OUT_OF_MEMORY;
     if (const KLVrescode_t refreshed = updateinfo (task, handle.info); refreshed != KLV_RES_OK)
@@ -68,7 +68,7 @@ KLVrescode_t updateinfo (KLVtask_t task, const host::Array& info)
         read_information (task, k, value);
         if (*mxGetPr (old) == value)
             continue;
-        mxArray* replacement = make_number (value);
+        mxArray* replacement = mxCreateDoubleScalar (value);
         if (replacement == nullptr)
             return KLV_RES_OUT_OF_MEMORY;
         mxDestroyArray (old);

@@ -7,11 +7,3 @@ std::optional<double> first_number (const mxArray* array)
     const double* const values = mxGetPr (array);
     return values ? std::optional (*values) : std::nullopt;
 }
-
-mxArray* make_number (double value)
-{
-    mxArray* array = mxCreateDoubleMatrix (1, 1, mxREAL);
-    if (array)
-        *mxGetPr (array) = value;
-    return array;
-}

@@ -8,6 +8,3 @@
 // The first element of a double array, dense or sparse, that is not empty. Octave keeps some arrays as ranges: nothing if it has
 // no memory to spell the numbers out.
 std::optional<double> first_number (const mxArray* array);
-
-// A 1-by-1 double; null if it can't be made.
-mxArray* make_number (double value);

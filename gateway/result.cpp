@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "common/arrays.h"
-#include "common/number.h"
 #include "common/records.h"
 #include "output/problem.h"
 #include "output/solution.h"
@@ -89,7 +88,7 @@ KLVrescode_t getversion (KLVtask_t, host::Array& version)
     if (!version)
         return KLV_RES_OUT_OF_MEMORY;
     for (const auto& [name, number] : parts)
-        if (set_field (version.get (), name, host::Array (make_number (number))) == nullptr)
+        if (set_field (version.get (), name, host::Array (mxCreateDoubleScalar (number))) == nullptr)
             return KLV_RES_OUT_OF_MEMORY;
     return KLV_RES_OK;
 }
@@ -123,7 +122,7 @@ void fill_codes (const Request& request, mxArray* result)
     KLV_getcodedesc (request.code, name, message);
     std::int32_t last = 0, length = 0;
     KLV_getlasterror (request.task.get (), &last, sizeof message, &length, message);
-    set_field (result, "rcode", host::Array (make_number (request.code)));
+    set_field (result, "rcode", host::Array (mxCreateDoubleScalar (request.code)));
     set_field (result, "rmsg", host::Array (mxCreateString (message)));
     set_field (result, "rcodestr", host::Array (mxCreateString (name)));
 }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "common/number.h"
 #include "params/record.h"
 
 namespace {
@@ -41,6 +40,6 @@ KLVrescode_t getsymbcon (KLVtask_t task, host::Array& record)
     if (code == KLV_RES_OK)
         code = names.make_record (record);
     for (std::int32_t k = 0; k < count && code == KLV_RES_OK; ++k)
-        code = fill_field (record, k, make_number (values[k]));
+        code = fill_field (record, k, mxCreateDoubleScalar (values[k]));
     return code;
 }

@@ -1,4 +1,3 @@
-#include "common/number.h"
 #include "params/parameters.h"
 #include "params/record.h"
 
@@ -8,7 +7,7 @@ KLVrescode_t get_double (KLVtask_t task, std::int32_t index, const host::Array& 
 {
     double value = 0;
     KLV_getdouparam (task, index, &value);
-    return fill_field (record, field, make_number (value));
+    return fill_field (record, field, mxCreateDoubleScalar (value));
 }
 
 // A value that has a name is given as that name.
@@ -18,7 +17,8 @@ KLVrescode_t get_integer (KLVtask_t task, std::int32_t index, const host::Array&
     KLV_getintparam (task, index, &value);
     char symbol[KLV_MAX_TEXT] = "";
     KLV_iparvaltosymnam (nullptr, index, value, symbol);
-    return fill_field (record, field, symbol[0] != '\0' ? mxCreateString (symbol) : make_number (value));
+    return fill_field (record, field,
+                       symbol[0] != '\0' ? mxCreateString (symbol) : mxCreateDoubleScalar (value));
 }
 
 KLVrescode_t get_string (KLVtask_t task, std::int32_t index, const host::Array& record, int field)

@@ -1,6 +1,5 @@
 #include "params/information.h"
 
-#include "common/number.h"
 #include "params/record.h"
 
 void read_information (KLVtask_t task, std::int32_t k, double& value)
@@ -25,7 +24,7 @@ KLVrescode_t getinfo (KLVtask_t task, host::Array& record)
     for (std::int32_t k = 0; k < information_items && code == KLV_RES_OK; ++k) {
         double value = 0;
         read_information (task, k, value);
-        code = fill_field (record, k, make_number (value));
+        code = fill_field (record, k, mxCreateDoubleScalar (value));
     }
     return code;
 }

@@ -19,9 +19,7 @@
 extern "C" {
 void* __real_mxCalloc (std::size_t count, std::size_t size);
 mxArray* __real_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity complexity);
-mxArray* __real_mxCreateDoubleScalar (double value);
 mxArray* __real_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxComplexity complexity);
-mxArray* __real_mxCreateString (const char* text);
 mxArray* __real_mxCreateCharArray (mwSize dimensions, const mwSize* sizes);
 mxArray* __real_mxCreateStructArray (mwSize dimensions, const mwSize* sizes, int fields, const char** names);
 mxArray* __real_mxCreateCellArray (mwSize dimensions, const mwSize* sizes);
@@ -97,15 +95,16 @@ mxArray* __wrap_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity 
     if (!can_exist (2, sizes, sizeof (double)))
         return nullptr;
     return null_without_memory ([=] {
-        if (complexity == mxREAL && rows * columns > 1)
-            return static_cast<mxArray*> (make_zeros_value (rows, columns));
-        return __real_mxCreateDoubleMatrix (rows, columns, complexity);
+        if (complexity != mxREAL || rows * columns == 0)
+            return __real_mxCreateDoubleMatrix (rows, columns, complexity);
+        return static_cast<mxArray*> (rows * columns == 1 ? make_number_value (0)
+                                                          : make_zeros_value (rows, columns));
     });
 }
 
 mxArray* __wrap_mxCreateDoubleScalar (double value)
 {
-    return null_without_memory ([=] { return __real_mxCreateDoubleScalar (value); });
+    return null_without_memory ([=] { return static_cast<mxArray*> (make_number_value (value)); });
 }
 
 mxArray* __wrap_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxComplexity complexity)
@@ -121,17 +120,18 @@ mxArray* __wrap_mxCreateSparse (mwSize rows, mwSize columns, mwSize nzmax, mxCom
 
 mxArray* __wrap_mxCreateString (const char* text)
 {
-    return null_without_memory ([=] {
-        return *text == '\0' ? static_cast<mxArray*> (make_empty_text_value ())
-                             : __real_mxCreateString (text);
-    });
+    return null_without_memory ([=] { return static_cast<mxArray*> (make_text_value (text)); });
 }
 
 mxArray* __wrap_mxCreateCharArray (mwSize dimensions, const mwSize* sizes)
 {
     if (!can_exist (dimensions, sizes, sizeof (mxChar)))
         return nullptr;
-    return null_without_memory ([=] { return __real_mxCreateCharArray (dimensions, sizes); });
+    return null_without_memory ([=] {
+        if (dimensions == 2 && sizes[0] > 0 && sizes[1] > 0)
+            return static_cast<mxArray*> (make_characters_value (sizes[0], sizes[1]));
+        return __real_mxCreateCharArray (dimensions, sizes);
+    });
 }
 
 mxArray* __wrap_mxCreateStructArray (mwSize dimensions, const mwSize* sizes, int fields, const char** names)

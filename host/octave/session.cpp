@@ -184,6 +184,16 @@ mxArray* error_object (const std::pair<std::string, std::string>& error)
     return object;
 }
 
+// Octave frees the outputs that its own functions have made: a duplicate, which shares the value.
+void hand_over (mxArray*& output)
+{
+    if (output == nullptr)
+        return;
+    const host::Array made (std::exchange (output, nullptr));
+    const host::Array value (static_cast<mxArray*> (make_record_value (made.get ())));
+    output = mxDuplicateArray (value ? value.get () : made.get ());
+}
+
 }
 
 extern "C" {
@@ -198,6 +208,8 @@ void mexFunction (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[])
     }
     if (exit_request)
         std::rethrow_exception (exit_request);
+    for (int k = 0; k < nlhs; ++k)
+        hand_over (plhs[k]);
 }
 
 mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, mxArray* prhs[],

@@ -1,5 +1,6 @@
 #include "host/octave/values.h"
 
+#include <octave/chNDArray.h>
 #include <octave/dNDArray.h>
 #include <octave/dSparse.h>
 #include <octave/mxarray.h>
@@ -10,35 +11,49 @@
 
 namespace {
 
-bool is_number (const mxArray* array)
+bool is_record (const mxArray& array)
 {
-    return array != nullptr && array->is_double () && !array->is_complex () && !array->is_sparse () &&
-           array->get_number_of_elements () == 1;
+    return array.is_struct () && !array.is_octave_value () && array.get_number_of_elements () == 1;
+}
+
+// Octave's own conversion makes a cell of each field, and an array of the record.
+octave_value record_value (const mxArray& record)
+{
+    octave_scalar_map map;
+    for (int k = 0; k < record.get_number_of_fields (); ++k) {
+        const mxArray* const field = record.get_field_by_number (0, k);
+        map.setfield (record.get_field_name_by_number (k), field != nullptr && is_record (*field)
+                                                               ? record_value (*field)
+                                                               : mxArray::as_octave_value (field));
+    }
+    return octave_value (map);
 }
 
 }
 
 void* make_record_value (const void* record)
 {
-    const mxArray& fields = *static_cast<const mxArray*> (record);
-    // Values that are Octave's own already are handed over as they are.
-    if (fields.is_octave_value () || !fields.is_struct () || fields.get_number_of_elements () != 1)
+    const auto* const array = static_cast<const mxArray*> (record);
+    if (array == nullptr || !is_record (*array))
         return nullptr;
-    octave_scalar_map map;
-    for (int k = 0; k < fields.get_number_of_fields (); ++k) {
-        const mxArray* const field = fields.get_field_by_number (0, k);
-        if (!is_number (field))
-            return nullptr;
-        map.setfield (fields.get_field_name_by_number (k), field->get_scalar ());
-    }
-    return new mxArray (false, octave_value (map));
+    return new mxArray (false, record_value (*array));
 }
 
 // Values are counted references: all empty texts are one.
-void* make_empty_text_value ()
+void* make_text_value (const char* text)
 {
     static const octave_value empty{std::string ()};
-    return new mxArray (false, empty);
+    return new mxArray (false, *text == '\0' ? empty : octave_value (std::string (text)));
+}
+
+void* make_characters_value (std::ptrdiff_t rows, std::ptrdiff_t columns)
+{
+    return new mxArray (false, octave_value (charNDArray (dim_vector (rows, columns), '\0')));
+}
+
+void* make_number_value (double number)
+{
+    return new mxArray (false, octave_value (number));
 }
 
 void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns)

@@ -7,11 +7,14 @@
 
 #include <cstddef>
 
-// A 1-by-1 record whose fields are real numbers; null for anything else.
+// All throw when memory is short.
+
+// The value of a 1-by-1 record that Octave's functions have made, and of all records in it; null for anything else.
 void* make_record_value (const void* record);
 
-// The functions below throw when memory is short.
-void* make_empty_text_value ();
-void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns);    // at least two elements
+void* make_number_value (double number);
+void* make_text_value (const char* text);
+void* make_characters_value (std::ptrdiff_t rows, std::ptrdiff_t columns);    // at least one character
+void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns);         // at least two elements
 // A sparse matrix without entries, but with room for them.
 void* make_sparse_value (std::ptrdiff_t rows, std::ptrdiff_t columns, std::ptrdiff_t room);
