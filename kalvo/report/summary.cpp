@@ -95,9 +95,14 @@ static void print_slot (Task& task, std::int32_t stream, std::size_t slot, const
         say (words);
 }
 
+static bool is_wanted (const Task& task, std::int32_t stream)
+{
+    return task.parameters.get (IntSetting::log_level) >= 1 && task.streams.anyone_listens_on (stream);
+}
+
 KLVrescode_t solution_summary (Task& task, std::int32_t stream)
 {
-    if (task.parameters.get (IntSetting::log_level) < 1)
+    if (!is_wanted (task, stream))
         return KLV_RES_OK;
     bool any = false;
     for (std::size_t slot = 0; slot < task.solutions.size (); ++slot)
@@ -119,7 +124,7 @@ KLVrescode_t solution_summary (Task& task, std::int32_t stream)
 
 KLVrescode_t optimizer_summary (Task& task, std::int32_t stream)
 {
-    if (task.parameters.get (IntSetting::log_level) < 1)
+    if (!is_wanted (task, stream))
         return KLV_RES_OK;
     const Information& information = task.information;
     std::string line = formatted ("Time: %.2f s", information.get (RealItem::time_optimize));

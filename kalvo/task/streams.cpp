@@ -93,20 +93,34 @@ void Streams::print (Kind kind, std::string_view line)
     deliver (carriers_of (kind), line);
 }
 
+static unsigned carriers_on (std::int32_t stream)
+{
+    return bit (stream) | bit (KLV_STREAM_ALL);
+}
+
 void Streams::print_on (std::int32_t stream, std::string_view line)
 {
-    deliver (bit (stream) | bit (KLV_STREAM_ALL), line);
+    deliver (carriers_on (stream), line);
+}
+
+bool Streams::has_receiver (unsigned carriers) const
+{
+    for (std::int32_t stream = 0; stream < stream_count; ++stream) {
+        const auto place = static_cast<std::size_t> (stream);
+        if ((carriers & bit (stream)) && (functions_[place].func != nullptr || files_[place].is_open ()))
+            return true;
+    }
+    return false;
 }
 
 bool Streams::anyone_listens (Kind kind) const
 {
-    for (std::int32_t stream = 0; stream < stream_count; ++stream) {
-        const auto place = static_cast<std::size_t> (stream);
-        if ((carriers_of (kind) & bit (stream)) &&
-            (functions_[place].func != nullptr || files_[place].is_open ()))
-            return true;
-    }
-    return false;
+    return has_receiver (carriers_of (kind));
+}
+
+bool Streams::anyone_listens_on (std::int32_t stream) const
+{
+    return has_receiver (carriers_on (stream));
 }
 
 void Streams::deliver (unsigned carriers, std::string_view line)

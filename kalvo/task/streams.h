@@ -50,8 +50,10 @@ public:
     void print_on (std::int32_t stream,
                    std::string_view line);    // to receivers of that stream and of stream 0
     bool anyone_listens (Kind kind) const;
+    bool anyone_listens_on (std::int32_t stream) const;    // to what print_on would print
 
 private:
+    bool has_receiver (unsigned carriers) const;
     void deliver (unsigned carriers, std::string_view line);
 
     std::array<StreamFunction, stream_count> functions_;

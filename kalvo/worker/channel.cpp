@@ -10,9 +10,11 @@ constexpr std::size_t most_phases = 1000;
 
 void Bell::ring () noexcept
 {
-    const std::lock_guard lock (mutex_);
-    rang_ = true;
-    condition_.notify_one ();
+    {
+        const std::lock_guard lock (mutex_);
+        rang_ = true;
+    }
+    condition_.notify_one ();    // a thread that wakes while the lock is held goes back to sleep
 }
 
 void Bell::wait (double seconds)

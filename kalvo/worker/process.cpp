@@ -40,13 +40,17 @@ std::filesystem::path& worker_file ()
     return file;
 }
 
+// Limits that a worker takes over and that bear on an optimisation.
+constexpr __rlimit_resource bearing_limits[] = {RLIMIT_CPU,   RLIMIT_FSIZE,  RLIMIT_DATA, RLIMIT_STACK,
+                                                RLIMIT_NPROC, RLIMIT_NOFILE, RLIMIT_AS};
+
 // What a worker takes over from the process that starts it, and what it was used with.
 struct Conditions {
     int threads;
     double memory_limit;
     std::string variables;
     cpu_set_t processors{};
-    std::array<rlimit, RLIMIT_NLIMITS> limits{};
+    std::array<rlimit, std::size (bearing_limits)> limits{};
 
     Conditions (int asked_threads, double asked_memory_limit)
         : threads (asked_threads), memory_limit (asked_memory_limit)
@@ -55,7 +59,7 @@ struct Conditions {
             variables.append (*variable).push_back ('\0');
         ::sched_getaffinity (0, sizeof processors, &processors);
         for (std::size_t i = 0; i < limits.size (); ++i)
-            ::getrlimit (static_cast<__rlimit_resource> (i), &limits[i]);
+            ::getrlimit (bearing_limits[i], &limits[i]);
     }
 
     bool operator== (const Conditions& other) const

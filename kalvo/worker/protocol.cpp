@@ -353,14 +353,20 @@ static Item read_item (Reader& from)
     }
 }
 
-News read_news (const Message& message)
+static News read_news (Reader& from)
 {
     constexpr std::size_t most_news = 10'000;
-    Reader from (message.body);
     News news;
     read (from, news.information);
     for (std::size_t count = from.get_below (most_news); count > 0; --count)
         news.items.push_back (read_item (from));
+    return news;
+}
+
+News read_news (const Message& message)
+{
+    Reader from (message.body);
+    News news = read_news (from);
     from.end ();
     return news;
 }
@@ -397,7 +403,7 @@ static Failure read_failure (Reader& from)
 
 void write (Writer& to, const Result& result)
 {
-    write (to, result.information);
+    write (to, result.news);
     write_optional (to, result.solved.failure, [&] (const Failure& failure) { write (to, failure); });
     to.put (result.solved.separable);
     const Found& found = result.solved.found;
@@ -412,7 +418,7 @@ Result read_result (const Message& message)
 {
     Reader from (message.body);
     Result result;
-    read (from, result.information);
+    result.news = read_news (from);
     if (from.get_bool ())
         result.solved.failure = read_failure (from);
     result.solved.separable = from.get_bool ();

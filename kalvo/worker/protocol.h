@@ -45,7 +45,7 @@ struct News {
 };
 
 struct Result {
-    Information information;
+    News news;        // since the last message
     Solved solved;    // of each answer only the claim
 };
 

@@ -100,9 +100,10 @@ std::optional<int> Remote::take_messages (WorkerProcess& worker)
             continue;
         if (received.message->kind == MessageKind::news)
             take (read_news (*received.message));
-        else if (received.message->kind == MessageKind::result)
+        else if (received.message->kind == MessageKind::result) {
             result_ = read_result (*received.message);
-        else
+            take (std::move (result_->news));
+        } else
             throw BrokenMessage ("a message does not belong here");
     }
     return count;
@@ -323,7 +324,6 @@ Solved Remote::solve (const Solutions& earlier, bool integers)
         try {
             ending = converse (*worker);
             if (ending == Ending::answered) {
-                take (result_->information);
                 const bool ended_normally = has_ended_normally (result_->solved);
                 Solved solved = finish (integers);
                 if (call_.answer () == 0 && ended_normally)

@@ -76,29 +76,11 @@ public:
         return stopped () ? 1 : 0;
     }
 
-    // False: the socket is full, and all is kept.
-    bool flush ()
+    // The last message. Waits for room, for as long as that takes: limits are the guard's.
+    void finish (Solved&& solved)
     {
-        flushed_ = Clock::now ();
-        if (!wait_for (socket_, POLLOUT, 0))
-            return false;
-        if (lost_lines_ > 0)
-            add (Line{Kind::message, text ("(", std::exchange (lost_lines_, 0), " lines were lost)")});
-        note_memory (guard_.resident_megabytes ());
-        news_.information = task_.information;
-        Writer body;
-        write (body, news_);
-        const Socket::Sent sent = socket_.send (MessageKind::news, run_, body);
-        if (sent == Socket::Sent::yes)
-            news_.items.clear ();
-        return sent != Socket::Sent::full;
-    }
-
-    // Waits for room, for as long as that takes: limits are the guard's.
-    void finish (const Result& result)
-    {
-        while (!news_.items.empty () && !flush ())
-            wait_for (socket_, POLLOUT, -1);
+        complete_news ();
+        const Result result{std::move (news_), std::move (solved)};
         Writer body;
         write (body, result);
         while (socket_.send (MessageKind::result, run_, body) == Socket::Sent::full)
@@ -117,6 +99,27 @@ private:
     static constexpr std::chrono::milliseconds between_flushes{10};
 
     void add (Item item) { news_.items.push_back (std::move (item)); }
+
+    void complete_news ()
+    {
+        if (lost_lines_ > 0)
+            add (Line{Kind::message, text ("(", std::exchange (lost_lines_, 0), " lines were lost)")});
+        note_memory (guard_.resident_megabytes ());
+        news_.information = task_.information;
+    }
+
+    // When the socket is full all is kept.
+    void flush ()
+    {
+        flushed_ = Clock::now ();
+        if (!wait_for (socket_, POLLOUT, 0))
+            return;
+        complete_news ();
+        Writer body;
+        write (body, news_);
+        if (socket_.send (MessageKind::news, run_, body) == Socket::Sent::yes)
+            news_.items.clear ();
+    }
 
     bool stopped ()
     {
@@ -213,7 +216,6 @@ static bool solve (Socket& socket, Guard& guard, const Message& message)
     constexpr double long_enough = 0.02;    // seconds
     Task task;
     Outbox outbox (socket, guard, message.run, task);
-    Result result;
     try {
         Problem problem;
         Request request = read_request (message, problem);
@@ -228,23 +230,19 @@ static bool solve (Socket& socket, Guard& guard, const Message& message)
         const MemoryLimit limited (request.most_megabytes);
         Watch watch (task, call);
         Attempts attempts (task, call, watch, request.integers, &outbox, std::move (request.past));
-        result.solved = solve_by_plan (attempts, request.earlier, request.integers);
+        Solved solved = solve_by_plan (attempts, request.earlier, request.integers);
         // To ask the system takes as long as a tenth of a tiny problem.
         if (call.seconds () > long_enough) {
             outbox.note_memory (megabytes_of ("VmHWM"));
             forget_most_memory ();
-        } else
-            outbox.note_memory (guard.resident_megabytes ());
-        result.information = task.information;
-        outbox.finish (result);
+        }
+        outbox.finish (std::move (solved));
         if (watch.leaves_runs ())
             guard.limit (grace (0), infinity);
         return !watch.has_seen_failure ();
     } catch (const std::bad_alloc&) {
-        result.solved = {
-            .failure = Failure{KLV_RES_OUT_OF_MEMORY, "There is not enough memory for the optimiser.", {}}};
-        result.information = task.information;
-        outbox.finish (result);
+        outbox.finish (
+            {.failure = Failure{KLV_RES_OUT_OF_MEMORY, "There is not enough memory for the optimiser.", {}}});
         return false;
     }
 }

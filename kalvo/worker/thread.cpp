@@ -56,10 +56,12 @@ public:
 
     void start (std::function<void ()> call)    // an empty one is the last
     {
-        const std::lock_guard lock (mutex_);
-        call_ = std::move (call);
-        busy_ = true;
-        condition_.notify_all ();
+        {
+            const std::lock_guard lock (mutex_);
+            call_ = std::move (call);
+            busy_ = true;
+        }
+        condition_.notify_one ();
     }
     void wait ()
     {
