@@ -95,10 +95,9 @@ mxArray* __wrap_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity 
     if (!can_exist (2, sizes, sizeof (double)))
         return nullptr;
     return null_without_memory ([=] {
-        if (complexity != mxREAL || rows * columns == 0)
-            return __real_mxCreateDoubleMatrix (rows, columns, complexity);
-        return static_cast<mxArray*> (rows * columns == 1 ? make_number_value (0)
-                                                          : make_zeros_value (rows, columns));
+        if (complexity == mxREAL && rows * columns > 1)
+            return static_cast<mxArray*> (make_zeros_value (rows, columns));
+        return __real_mxCreateDoubleMatrix (rows, columns, complexity);
     });
 }
 

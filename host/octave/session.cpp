@@ -184,14 +184,16 @@ mxArray* error_object (const std::pair<std::string, std::string>& error)
     return object;
 }
 
-// Octave frees the outputs that its own functions have made: a duplicate, which shares the value.
-void hand_over (mxArray*& output)
+// Records in an output become Octave's own values. The output itself stays what it is: Octave frees what its functions have made.
+void hand_over (mxArray* output)
 {
-    if (output == nullptr)
-        return;
-    const host::Array made (std::exchange (output, nullptr));
-    const host::Array value (static_cast<mxArray*> (make_record_value (made.get ())));
-    output = mxDuplicateArray (value ? value.get () : made.get ());
+    for (int k = 0; k < mxGetNumberOfFields (output); ++k) {
+        mxArray* const field = mxGetFieldByNumber (output, 0, k);
+        if (auto* const value = static_cast<mxArray*> (make_record_value (field))) {
+            mxDestroyArray (field);
+            mxSetFieldByNumber (output, 0, k, value);
+        }
+    }
 }
 
 }
@@ -208,8 +210,8 @@ void mexFunction (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[])
     }
     if (exit_request)
         std::rethrow_exception (exit_request);
-    for (int k = 0; k < nlhs; ++k)
-        hand_over (plhs[k]);
+    if (nlhs >= 2 && plhs[1] != nullptr)
+        hand_over (plhs[1]);
 }
 
 mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, mxArray* prhs[],
