@@ -87,12 +87,9 @@ void EventChannel::incumbent (const double* x, std::size_t count) noexcept
 
 void EventChannel::finish (Claims&& claims) noexcept
 {
-    {
-        const std::lock_guard lock (mutex_);
-        claims_ = std::move (claims);
-        news_.finished = true;
-    }
-    bell_->ring ();
+    const std::lock_guard lock (mutex_);
+    claims_ = std::move (claims);
+    news_.finished = true;
 }
 
 EventChannel::News EventChannel::take_news ()

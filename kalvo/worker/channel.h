@@ -36,8 +36,6 @@ private:
 // the end of a run wakes the calling thread, which polls for everything else: waking it more often would slow short runs down.
 class EventChannel final : public Events {
 public:
-    explicit EventChannel (std::shared_ptr<Bell> bell) : bell_ (std::move (bell)) {}
-
     // The run's side.
     void text (std::string_view piece) noexcept override;    // collected into lines
     void progress (const Progress& now) noexcept override;
@@ -62,7 +60,6 @@ private:
     void end_line ();
     void note (const Progress& now);
 
-    std::shared_ptr<Bell> bell_;
     std::mutex mutex_;
     News news_;
     std::string partial_line_;

@@ -50,15 +50,17 @@ public:
     KeptThread& operator= (const KeptThread&) = delete;
     ~KeptThread ()
     {
-        start (nullptr);
+        start (nullptr, nullptr);
         thread_.join ();
     }
 
-    void start (std::function<void ()> call)    // an empty one is the last
+    // The bell rings when the call has ended. An empty call is the last.
+    void start (std::function<void ()> call, std::shared_ptr<Bell> bell)
     {
         {
             const std::lock_guard lock (mutex_);
             call_ = std::move (call);
+            bell_ = std::move (bell);
             busy_ = true;
         }
         condition_.notify_one ();
@@ -79,15 +81,20 @@ private:
                 return;
             lock.unlock ();
             call_ ();
+            const std::shared_ptr<Bell> bell = std::move (bell_);
             lock.lock ();
             busy_ = false;
-            condition_.notify_all ();
+            lock.unlock ();
+            condition_.notify_one ();
+            bell->ring ();
+            lock.lock ();
         }
     }
 
     std::mutex mutex_;
     std::condition_variable condition_;
     std::function<void ()> call_;
+    std::shared_ptr<Bell> bell_;
     bool busy_ = false;
     std::thread thread_;
 };
@@ -107,12 +114,12 @@ void RunThread::work () noexcept
 }
 
 RunThread::RunThread (std::shared_ptr<Engine> engine, Job job, std::shared_ptr<Bell> bell)
-    : engine_ (std::move (engine)), job_ (std::move (job)), channel_ (std::move (bell))
+    : engine_ (std::move (engine)), job_ (std::move (job))
 {
     // An integer search was measured to take a tenth longer on a used thread.
     is_kept_ = environment::alone () && job_.method != Method::mixed_integer;
     thread_ = is_kept_ && kept_thread () ? std::move (kept_thread ()) : std::make_unique<KeptThread> ();
-    thread_->start ([this] { work (); });
+    thread_->start ([this] { work (); }, std::move (bell));
 }
 
 RunThread::~RunThread ()
