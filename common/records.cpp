@@ -1,6 +1,5 @@
 #include "common/records.h"
 
-#include <cstring>
 #include <utility>
 
 host::Array create_record (std::span<const char* const> fields)
@@ -37,10 +36,12 @@ double* field_values (mxArray* record, const char* field)
     return mxGetPr (mxGetField (record, 0, field));
 }
 
-char* mx_strdup (const char* text)
+mxArray* mx_make_record (int count, const char** names, host::Array* values)
 {
-    auto copy = host::allocate<char> (std::strlen (text) + 1);
-    if (copy)
-        std::strcpy (copy.get (), text);
-    return copy.release ();
+    const mwSize sizes[] = {1, 1};
+    mxArray* const record = mxCreateStructArray (2, sizes, count, names);
+    for (int k = 0; k < count && record != nullptr; ++k)
+        if (values[k])
+            mxSetFieldByNumber (record, 0, k, values[k].release ());
+    return record;
 }

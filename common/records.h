@@ -47,5 +47,8 @@ bool append_field (mxArray* record, const char* field, host::Array value);
 // The values of a field that holds a double array.
 double* field_values (mxArray* record, const char* field);
 
-// A copy of a text in the host's memory; null if there is not enough.
-char* mx_strdup (const char* text);
+extern "C" {
+
+// A 1-by-1 record that takes its values; null ones leave their fields empty. Null, and nothing taken, if there is no memory.
+mxArray* mx_make_record (int count, const char** names, host::Array* values);
+}

@@ -9,6 +9,7 @@
 #include "params/constants.h"
 #include "params/information.h"
 #include "params/parameters.h"
+#include "params/record.h"
 
 namespace {
 
@@ -81,16 +82,12 @@ KLVrescode_t fill (mxArray* result, const char* field, KLVtask_t task,
 
 KLVrescode_t getversion (KLVtask_t, host::Array& version)
 {
-    constexpr std::pair<const char*, std::int32_t> parts[] = {
-        {"major", KLV_VERSION_MAJOR}, {"minor", KLV_VERSION_MINOR}, {"revision", KLV_VERSION_REVISION}};
-    constexpr const char* names[] = {parts[0].first, parts[1].first, parts[2].first};
-    version = create_record (names);
-    if (!version)
-        return KLV_RES_OUT_OF_MEMORY;
-    for (const auto& [name, number] : parts)
-        if (set_field (version.get (), name, host::Array (mxCreateDoubleScalar (number))) == nullptr)
-            return KLV_RES_OUT_OF_MEMORY;
-    return KLV_RES_OK;
+    Fields fields (3);
+    for (const auto& [name, number] : {std::pair{"major", KLV_VERSION_MAJOR},
+                                       {"minor", KLV_VERSION_MINOR},
+                                       {"revision", KLV_VERSION_REVISION}})
+        fields.add (name, host::Array (mxCreateDoubleScalar (number)));
+    return fields.make_record (version);
 }
 
 // Fills the fields that the command string asks for. After a failure the remaining ones stay empty.

@@ -153,12 +153,15 @@ public:
     Output* begin () { return outputs_.data (); }
     Output* end () { return outputs_.data () + count_; }
 
-    host::Array create_record ()
+    host::Array make_record ()
     {
         std::array<const char*, std::size (fields)> names;
+        std::array<host::Array, std::size (fields)> values;
         std::transform (begin (), end (), names.begin (),
                         [] (const Output& output) { return output.field->name; });
-        return ::create_record ({names.data (), count_});
+        std::transform (begin (), end (), values.begin (),
+                        [] (Output& output) { return std::move (output.array); });
+        return host::Array (mx_make_record (static_cast<int> (count_), names.data (), values.data ()));
     }
 
     bool are_complete ()
@@ -212,13 +215,8 @@ void convert_codes (Common& common, Output& output)
     }
 }
 
-// After a failure in the library the record keeps the values that were fetched before.
-KLVrescode_t write_solution (Common& common, std::int32_t which, const char* name, mxArray* solutions)
+KLVrescode_t fill (Common& common, std::int32_t which, Outputs& outputs)
 {
-    Outputs outputs (common, which);
-    mxArray* record = set_field (solutions, name, outputs.create_record ());
-    if (!record)
-        return KLV_RES_OUT_OF_MEMORY;
     for (Output& output : outputs)
         output.array = create_array (output, common.as_text);
     if (!outputs.are_complete ())
@@ -236,11 +234,16 @@ KLVrescode_t write_solution (Common& common, std::int32_t which, const char* nam
     for (Output& output : outputs)
         if (output.codes)
             convert_codes (common, output);
-    if (!outputs.are_complete ())
-        return KLV_RES_OUT_OF_MEMORY;
-    for (Output& output : outputs)
-        set_field (record, output.field->name, std::move (output.array));
-    return code;
+    return outputs.are_complete () ? code : KLV_RES_OUT_OF_MEMORY;
+}
+
+// After a failure in the library the record keeps the values that were fetched before.
+KLVrescode_t get_one (Common& common, std::int32_t which, host::Array& record)
+{
+    Outputs outputs (common, which);
+    const KLVrescode_t code = fill (common, which, outputs);
+    record = outputs.make_record ();
+    return record ? code : KLV_RES_OUT_OF_MEMORY;
 }
 
 }
@@ -250,6 +253,7 @@ KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
     constexpr const char* names[KLV_SOL_COUNT] = {"itr", "bas", "int"};
     std::array<std::int32_t, KLV_SOL_COUNT> defined;
     std::array<const char*, KLV_SOL_COUNT> defined_names;
+    std::array<host::Array, KLV_SOL_COUNT> records;
     std::size_t count = 0;
     for (std::int32_t which = 0; which < KLV_SOL_COUNT; ++which) {
         std::int32_t is_defined = 0;
@@ -261,9 +265,6 @@ KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
     }
     if (count == 0)
         return KLV_RES_OK;
-    mxArray* solutions = set_field (res, "sol", create_record ({defined_names.data (), count}));
-    if (!solutions)
-        return KLV_RES_OUT_OF_MEMORY;
 
     Common common{task, statuskeys == 0, read_solution_sizes (task), nullptr, KeyTexts (task)};
     common.keys = host::allocate<std::int32_t> (
@@ -272,6 +273,7 @@ KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
         return KLV_RES_OUT_OF_MEMORY;
     KLVrescode_t code = KLV_RES_OK;
     for (std::size_t i = 0; i < count && code == KLV_RES_OK; ++i)
-        code = write_solution (common, defined[i], defined_names[i], solutions);
-    return code;
+        code = get_one (common, defined[i], records[i]);
+    host::Array all (mx_make_record (static_cast<int> (count), defined_names.data (), records.data ()));
+    return set_field (res, "sol", std::move (all)) ? code : KLV_RES_OUT_OF_MEMORY;
 }

@@ -4,25 +4,6 @@
 
 #include "params/record.h"
 
-namespace {
-
-KLVrescode_t read_constants (KLVtask_t task, std::size_t longest, std::int32_t count, FieldNames& names,
-                             std::int32_t* values)
-{
-    const auto name = host::allocate<char> (longest + 1);
-    if (!name)
-        return KLV_RES_OUT_OF_MEMORY;
-    KLVrescode_t code = KLV_RES_OK;
-    for (std::int32_t k = 0; k < count && code == KLV_RES_OK; ++k) {
-        code = KLV_getsymbcon (task, k, static_cast<std::int32_t> (longest + 1), name.get (), &values[k]);
-        if (code == KLV_RES_OK)
-            names.add (name.get ());
-    }
-    return code;
-}
-
-}
-
 KLVrescode_t getsymbcon (KLVtask_t task, host::Array& record)
 {
     record.reset ();
@@ -32,14 +13,15 @@ KLVrescode_t getsymbcon (KLVtask_t task, host::Array& record)
     if (code != KLV_RES_OK || count == 0)
         return code;
 
-    FieldNames names (static_cast<std::size_t> (count));
-    const auto values = host::allocate<std::int32_t> (static_cast<std::size_t> (count));
-    if (!values)
+    const auto name = host::allocate<char> (longest + 1);
+    if (!name)
         return KLV_RES_OUT_OF_MEMORY;
-    code = read_constants (task, longest, count, names, values.get ());
-    if (code == KLV_RES_OK)
-        code = names.make_record (record);
-    for (std::int32_t k = 0; k < count && code == KLV_RES_OK; ++k)
-        code = fill_field (record, k, mxCreateDoubleScalar (values[k]));
-    return code;
+    Fields fields (static_cast<std::size_t> (count));
+    for (std::int32_t k = 0; k < count && code == KLV_RES_OK; ++k) {
+        std::int32_t value = 0;
+        code = KLV_getsymbcon (task, k, static_cast<std::int32_t> (longest + 1), name.get (), &value);
+        if (code == KLV_RES_OK)
+            fields.add (name.get (), host::Array (mxCreateDoubleScalar (value)));
+    }
+    return code == KLV_RES_OK ? fields.make_record (record) : code;
 }

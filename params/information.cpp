@@ -16,15 +16,15 @@ void read_information (KLVtask_t task, std::int32_t k, double& value)
 KLVrescode_t getinfo (KLVtask_t task, host::Array& record)
 {
     record.reset ();
-    FieldNames names (information_items);
-    names.add_all (task, KLV_INF_DOUBLE, KLV_DOUBLE_INFORMATION, KLV_getinfname);
-    names.add_all (task, KLV_INF_INTEGER, KLV_INTEGER_INFORMATION, KLV_getinfname);
-
-    KLVrescode_t code = names.make_record (record);
-    for (std::int32_t k = 0; k < information_items && code == KLV_RES_OK; ++k) {
+    Fields fields (information_items);
+    for (std::int32_t k = 0; k < information_items; ++k) {
+        const bool is_double = k < KLV_DOUBLE_INFORMATION;
+        char name[KLV_MAX_TEXT] = "";
+        KLV_getinfname (task, is_double ? KLV_INF_DOUBLE : KLV_INF_INTEGER,
+                        is_double ? k : k - KLV_DOUBLE_INFORMATION, name);
         double value = 0;
         read_information (task, k, value);
-        code = fill_field (record, k, mxCreateDoubleScalar (value));
+        fields.add (name, host::Array (mxCreateDoubleScalar (value)));
     }
-    return code;
+    return fields.make_record (record);
 }

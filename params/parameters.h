@@ -10,5 +10,5 @@
 // sets nothing.
 KLVrescode_t setparams (std::int32_t echo, KLVtask_t task, const mxArray* param);
 
-// Makes the record of all parameters. After a failure the record is null or partly filled.
+// Makes the record of all parameters. After a failure the record is null.
 KLVrescode_t getparams (KLVtask_t task, host::Array& record);

@@ -1,44 +1,32 @@
 #include "params/record.h"
 
+#include <cstdio>
+#include <new>
+#include <utility>
+
 #include "common/records.h"
 
-FieldNames::~FieldNames ()
+Fields::Fields (std::size_t capacity)
+    : text_ (host::allocate<char> (capacity * longest_name)),
+      names_ (host::allocate<const char*> (capacity)),
+      values_ (new (std::nothrow) host::Array[capacity]),
+      complete_ (text_ && names_ && values_)
+{}
+
+void Fields::add (const char* name, host::Array value)
 {
-    for (std::size_t k = 0; k < count_; ++k)
-        mxFree (names_[k]);
+    complete_ = complete_ && value;
+    if (!complete_)
+        return;
+    char* const copy = text_.get () + count_ * longest_name;
+    std::snprintf (copy, longest_name, "%s", name);
+    names_[count_] = copy;
+    values_[count_++] = std::move (value);
 }
 
-void FieldNames::add (const char* name)
+KLVrescode_t Fields::make_record (host::Array& record)
 {
-    char* copy = names_ ? mx_strdup (name) : nullptr;
-    if (copy)
-        names_[count_++] = copy;
-    else
-        complete_ = false;
-}
-
-void FieldNames::add_all (KLVtask_t task, std::int32_t kind, std::int32_t count,
-                          KLVrescode_t (*get_name) (KLVtask_t, std::int32_t, std::int32_t, char*))
-{
-    for (std::int32_t k = 0; k < count; ++k) {
-        char name[KLV_MAX_TEXT] = "";
-        get_name (task, kind, k, name);
-        add (name);
-    }
-}
-
-KLVrescode_t FieldNames::make_record (host::Array& record) const
-{
-    if (!complete_ || !names_)
-        return KLV_RES_OUT_OF_MEMORY;
-    record = create_record ({names_.get (), count_});
+    if (complete_)
+        record.reset (mx_make_record (static_cast<int> (count_), names_.get (), values_.get ()));
     return record ? KLV_RES_OK : KLV_RES_OUT_OF_MEMORY;
-}
-
-KLVrescode_t fill_field (const host::Array& record, int k, mxArray* value)
-{
-    if (value == nullptr)
-        return KLV_RES_OUT_OF_MEMORY;
-    mxSetFieldByNumber (record.get (), 0, k, value);
-    return KLV_RES_OK;
 }

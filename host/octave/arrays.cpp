@@ -12,8 +12,9 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <vector>
 
-#include "host/host.h"
+#include "host/holders.h"
 #include "host/octave/values.h"
 
 extern "C" {
@@ -139,6 +140,18 @@ mxArray* __wrap_mxCreateStructArray (mwSize dimensions, const mwSize* sizes, int
         return nullptr;
     return null_without_memory (
         [=] { return __real_mxCreateStructArray (dimensions, sizes, fields, names); });
+}
+
+mxArray* __wrap_mx_make_record (int count, const char** names, host::Array* values)
+{
+    return null_without_memory ([=] {
+        std::vector<const void*> fields (static_cast<std::size_t> (count));
+        std::transform (values, values + count, fields.begin (),
+                        [] (const host::Array& value) { return value.get (); });
+        auto* const record = static_cast<mxArray*> (make_record_value (count, names, fields.data ()));
+        std::for_each (values, values + count, [] (host::Array& value) { value.reset (); });
+        return record;
+    });
 }
 
 mxArray* __wrap_mxCreateCellArray (mwSize dimensions, const mwSize* sizes)

@@ -189,7 +189,7 @@ void hand_over (mxArray* output)
 {
     for (int k = 0; k < mxGetNumberOfFields (output); ++k) {
         mxArray* const field = mxGetFieldByNumber (output, 0, k);
-        if (auto* const value = static_cast<mxArray*> (make_record_value (field))) {
+        if (auto* const value = static_cast<mxArray*> (make_value_of_record (field))) {
             mxDestroyArray (field);
             mxSetFieldByNumber (output, 0, k, value);
         }
@@ -224,7 +224,7 @@ mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, m
         std::vector<mxArray*> inputs (prhs, prhs + nrhs);
         std::vector<host::Array> values;
         for (mxArray*& input : inputs)
-            if (host::Array value (make_record_value (input)); value)
+            if (host::Array value (make_value_of_record (input)); value)
                 input = values.emplace_back (std::move (value)).get ();
         const UserCode running;
         mexCallMATLAB (nlhs, plhs, nrhs, inputs.data (), function_name);

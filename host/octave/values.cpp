@@ -31,12 +31,20 @@ octave_value record_value (const mxArray& record)
 
 }
 
-void* make_record_value (const void* record)
+void* make_value_of_record (const void* record)
 {
     const auto* const array = static_cast<const mxArray*> (record);
     if (array == nullptr || !is_record (*array))
         return nullptr;
     return new mxArray (false, record_value (*array));
+}
+
+void* make_record_value (int count, const char* const* names, const void* const* values)
+{
+    octave_scalar_map map;
+    for (int k = 0; k < count; ++k)
+        map.setfield (names[k], mxArray::as_octave_value (static_cast<const mxArray*> (values[k])));
+    return new mxArray (false, octave_value (map));
 }
 
 // Values are counted references: all empty texts are one.

@@ -10,8 +10,10 @@
 // All throw when memory is short.
 
 // The value of a 1-by-1 record that Octave's functions have made, and of all records in it; null for anything else.
-void* make_record_value (const void* record);
+void* make_value_of_record (const void* record);
 
+// A 1-by-1 record of values; null ones leave their fields empty.
+void* make_record_value (int count, const char* const* names, const void* const* values);
 void* make_number_value (double number);
 void* make_text_value (const char* text);
 void* make_characters_value (std::ptrdiff_t rows, std::ptrdiff_t columns);    // at least one character
