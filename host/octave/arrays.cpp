@@ -96,9 +96,8 @@ mxArray* __wrap_mxCreateDoubleMatrix (mwSize rows, mwSize columns, mxComplexity 
     if (!can_exist (2, sizes, sizeof (double)))
         return nullptr;
     return null_without_memory ([=] {
-        if (complexity == mxREAL && rows * columns > 1)
-            return static_cast<mxArray*> (make_zeros_value (rows, columns));
-        return __real_mxCreateDoubleMatrix (rows, columns, complexity);
+        return complexity == mxREAL ? static_cast<mxArray*> (make_zeros_value (rows, columns))
+                                    : __real_mxCreateDoubleMatrix (rows, columns, complexity);
     });
 }
 
@@ -128,9 +127,8 @@ mxArray* __wrap_mxCreateCharArray (mwSize dimensions, const mwSize* sizes)
     if (!can_exist (dimensions, sizes, sizeof (mxChar)))
         return nullptr;
     return null_without_memory ([=] {
-        if (dimensions == 2 && sizes[0] > 0 && sizes[1] > 0)
-            return static_cast<mxArray*> (make_characters_value (sizes[0], sizes[1]));
-        return __real_mxCreateCharArray (dimensions, sizes);
+        return dimensions == 2 ? static_cast<mxArray*> (make_characters_value (sizes[0], sizes[1]))
+                               : __real_mxCreateCharArray (dimensions, sizes);
     });
 }
 

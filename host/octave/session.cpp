@@ -184,9 +184,17 @@ mxArray* error_object (const std::pair<std::string, std::string>& error)
     return object;
 }
 
-// Records in an output become Octave's own values. The output itself stays what it is: Octave frees what its functions have made.
-void hand_over (mxArray* output)
+// Octave frees the outputs that its own functions have made: copies of numbers, and the result's record, in which other records
+// become values.
+void hand_over (mxArray*& output)
 {
+    if (output == nullptr)
+        return;
+    if (!mxIsStruct (output)) {
+        const host::Array made (std::exchange (output, nullptr));
+        output = mxDuplicateArray (made.get ());
+        return;
+    }
     for (int k = 0; k < mxGetNumberOfFields (output); ++k) {
         mxArray* const field = mxGetFieldByNumber (output, 0, k);
         if (auto* const value = static_cast<mxArray*> (make_value_of_record (field))) {
@@ -210,8 +218,8 @@ void mexFunction (int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[])
     }
     if (exit_request)
         std::rethrow_exception (exit_request);
-    if (nlhs >= 2 && plhs[1] != nullptr)
-        hand_over (plhs[1]);
+    for (int k = 0; k < nlhs; ++k)
+        hand_over (plhs[k]);
 }
 
 mxArray* mexCallMATLABWithTrapWithObject (int nlhs, mxArray* plhs[], int nrhs, mxArray* prhs[],

@@ -16,7 +16,7 @@ void* make_value_of_record (const void* record);
 void* make_record_value (int count, const char* const* names, const void* const* values);
 void* make_number_value (double number);
 void* make_text_value (const char* text);
-void* make_characters_value (std::ptrdiff_t rows, std::ptrdiff_t columns);    // at least one character
-void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns);         // at least two elements
+void* make_characters_value (std::ptrdiff_t rows, std::ptrdiff_t columns);
+void* make_zeros_value (std::ptrdiff_t rows, std::ptrdiff_t columns);
 // A sparse matrix without entries, but with room for them.
 void* make_sparse_value (std::ptrdiff_t rows, std::ptrdiff_t columns, std::ptrdiff_t room);
