@@ -368,6 +368,7 @@ TEST_F (Worker, WhereThereCanBeNoneTheOptimiserRunsInThisProcess)
 TEST (Messages, AreReadWithinTheirBounds)
 {
     klv::Result result;
+    result.news.items = {klv::Line{klv::Kind::warning, "a line"}, klv::Question{KLV_CALLER_CHECK}};
     result.solved.found.basic = klv::Tried{{klv::Method::dual_simplex, true}, {}};
     result.solved.found.basic->answer.claim = static_cast<const klv::Point&> (
         scripted::claims ("optimal x 1 2 y 3 d 4 5 ray 6 way 7 8 bound 9 basis"));

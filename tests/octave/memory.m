@@ -15,7 +15,7 @@ iter = struct ('iter', 'unwilling', 'iterhandle', 1);
 % command, problem, parameters, callbacks, code, outputs
 calls = {
     'maximize echo(0)', prob, one, [], 0, 2
-    'maximize echo(0) info param prob', prob, interior, [], 0, 2
+    'maximize echo(0) info param prob symbcon version', prob, interior, [], 0, 2
     'maximize echo(0)', bag, one, [], 0, 2
     'maximize echo(0)', setfield(prob, 'bux', [-1 5 5]), one, [], 0, 2
     'maximize echo(0)', rmfield(prob, 'a'), one, [], 1200, 2
