@@ -237,11 +237,14 @@ KLVrescode_t fill (Common& common, std::int32_t which, Outputs& outputs)
     return outputs.are_complete () ? code : KLV_RES_OUT_OF_MEMORY;
 }
 
-// After a failure in the library the record keeps the values that were fetched before.
-KLVrescode_t get_one (Common& common, std::int32_t which, host::Array& record)
+// After a failure in the library the record keeps the values that were fetched before; without memory it has none.
+KLVrescode_t get_slot (Common& common, std::int32_t which, host::Array& record)
 {
     Outputs outputs (common, which);
     const KLVrescode_t code = fill (common, which, outputs);
+    if (!outputs.are_complete ())
+        for (Output& output : outputs)
+            output.array.reset ();
     record = outputs.make_record ();
     return record ? code : KLV_RES_OUT_OF_MEMORY;
 }
@@ -273,7 +276,7 @@ KLVrescode_t getsolution (KLVtask_t task, int statuskeys, mxArray* res)
         return KLV_RES_OUT_OF_MEMORY;
     KLVrescode_t code = KLV_RES_OK;
     for (std::size_t i = 0; i < count && code == KLV_RES_OK; ++i)
-        code = get_one (common, defined[i], records[i]);
+        code = get_slot (common, defined[i], records[i]);
     host::Array all (mx_make_record (static_cast<int> (count), defined_names.data (), records.data ()));
     return set_field (res, "sol", std::move (all)) ? code : KLV_RES_OUT_OF_MEMORY;
 }
