@@ -195,7 +195,7 @@
 %       KLV_DPAR_TIME_LIMIT               -1                       seconds; -1: none
 %       KLV_DPAR_MEMORY_LIMIT             -1                       megabytes for the optimisers; -1: none
 %       KLV_IPAR_SIMPLEX_ITERATION_LIMIT  -1                       -1: none
-%       KLV_IPAR_INTPNT_ITERATION_LIMIT   -1                       -1: none
+%       KLV_IPAR_INTPNT_ITERATION_LIMIT   -1                       -1: the library's own
 %       KLV_IPAR_MIP_NODE_LIMIT           -1                       -1: none
 %       KLV_IPAR_MIP_SOLUTION_LIMIT       -1                       improving solutions; -1: none
 %       KLV_DPAR_OBJECTIVE_LIMIT          Inf                      a run ends when its objective passes it
@@ -210,6 +210,8 @@
 %       KLV_IPAR_SCALING                  KLV_SCALING_AUTOMATIC    or _OFF, _EQUILIBRATION, ...: see res.symbcon
 %       KLV_IPAR_SIMPLEX_PRICING          KLV_PRICING_AUTOMATIC    or _DANTZIG, _DEVEX, _STEEPEST_EDGE
 %       KLV_IPAR_INTPNT_METHOD            KLV_INTPNT_METHOD_AUTOMATIC  or _ITERATIVE, _FACTORIZATION
+%       KLV_IPAR_INTPNT_FACTORIZATION     KLV_FACTORIZATION_AUTOMATIC  or _SIMPLICIAL, _SUPERNODAL: of convex problems
+%       KLV_DPAR_INTPNT_REGULARIZATION    0                        added to their systems' diagonals; 0: automatic
 %       KLV_DPAR_MIP_HEURISTIC_EFFORT     0.05                     share of the integer search for heuristics
 %       KLV_IPAR_MIP_CUTS_AT_NODES        KLV_ON                   KLV_OFF: cuts at the root only
 %       KLV_IPAR_MIP_SYMMETRY             KLV_ON                   symmetry is looked for and used

@@ -241,6 +241,13 @@ enum KLVordering {
     KLV_ORDERING_CUTHILL_MCKEE = 3
 };
 
+// How the sparse matrices of quadratic and conic problems are factorised.
+enum KLVfactorization {
+    KLV_FACTORIZATION_AUTOMATIC = 0,
+    KLV_FACTORIZATION_SIMPLICIAL = 1,
+    KLV_FACTORIZATION_SUPERNODAL = 2
+};
+
 enum KLVdualization { KLV_DUALIZE_OFF = 0, KLV_DUALIZE_ON = 1, KLV_DUALIZE_AUTOMATIC = 2 };
 
 enum KLVrelaxationmethod {

@@ -149,6 +149,12 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::ordering, "KLV_ORDERING_NESTED_DISSECTION", KLV_ORDERING_NESTED_DISSECTION, "Nested dissection."},
     {Group::ordering, "KLV_ORDERING_CUTHILL_MCKEE", KLV_ORDERING_CUTHILL_MCKEE, "Reverse Cuthill-McKee."},
 
+    {Group::factorization, "KLV_FACTORIZATION_AUTOMATIC", KLV_FACTORIZATION_AUTOMATIC,
+     "The optimiser chooses."},
+    {Group::factorization, "KLV_FACTORIZATION_SIMPLICIAL", KLV_FACTORIZATION_SIMPLICIAL, "Row by row."},
+    {Group::factorization, "KLV_FACTORIZATION_SUPERNODAL", KLV_FACTORIZATION_SUPERNODAL,
+     "By dense blocks of columns of like structure."},
+
     {Group::dualization, "KLV_DUALIZE_OFF", KLV_DUALIZE_OFF, "The problem is solved as it is."},
     {Group::dualization, "KLV_DUALIZE_ON", KLV_DUALIZE_ON, "Its dual is solved."},
     {Group::dualization, "KLV_DUALIZE_AUTOMATIC", KLV_DUALIZE_AUTOMATIC, "The optimiser chooses."},

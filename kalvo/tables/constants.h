@@ -28,6 +28,7 @@ enum class Group {
     interior_method,
     newton_system,
     ordering,
+    factorization,
     dualization,
     relaxation,
     file_format,

@@ -49,6 +49,10 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
      "Seconds between two lines of the integer search while nothing happens."},
     {17, "KLV_DPAR_MEMORY_LIMIT", -1, -1, inf, Group::none, RealSetting::memory_limit,
      "Megabytes that optimisers may use in a process of their own; -1: no limit."},
+    {18, "KLV_DPAR_INTPNT_REGULARIZATION", 0, 0, 1e-4, Group::none, RealSetting::interior_regularization,
+     "What is added to the diagonals of the systems of quadratic and conic problems, scaled: always (conic), "
+     "at "
+     "the least (quadratic); 0: the optimiser chooses."},
 });
 
 static constexpr auto live_ints = std::to_array<IntParameter> ({
@@ -154,6 +158,9 @@ static constexpr auto live_ints = std::to_array<IntParameter> ({
      "Entries, rows and columns from which the automatic optimiser lets interior point run beside simplex."},
     {44, "KLV_IPAR_WORKER", KLV_WORKER_AUTOMATIC, KLV_WORKER_OFF, KLV_WORKER_AUTOMATIC, Group::worker,
      IntSetting::worker, "Whether optimisers run in a process of their own."},
+    {45, "KLV_IPAR_INTPNT_FACTORIZATION", KLV_FACTORIZATION_AUTOMATIC, KLV_FACTORIZATION_AUTOMATIC,
+     KLV_FACTORIZATION_SUPERNODAL, Group::factorization, IntSetting::interior_factorization,
+     "How the sparse systems of quadratic and conic problems are factorised."},
 });
 
 static constexpr auto live_texts = std::to_array<TextParameter> ({

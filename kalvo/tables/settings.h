@@ -22,7 +22,8 @@ enum class RealSetting {
     pivot_threshold,
     heuristic_effort,
     integer_log_interval,
-    memory_limit,    // megabytes of a worker process; negative: none
+    memory_limit,               // megabytes of a worker process; negative: none
+    interior_regularization,    // 0: the engine's adapter chooses
     count
 };
 
@@ -49,15 +50,16 @@ enum class IntSetting {
     scaling_limit,       // an exponent of two
     simplex_parallel,    // KLVswitch: several pivots at a time
     simplex_update_limit,
-    interior_method,         // KLVinteriormethod
-    newton_system,           // KLVnewtonsystem
-    interior_ordering,       // KLVordering
-    interior_dualization,    // KLVdualization
-    leaf_limit,              // negative: none
-    integer_parallel,        // KLVswitch
-    symmetry,                // KLVswitch
-    restarts,                // KLVswitch
-    cuts_at_nodes,           // KLVswitch
+    interior_method,           // KLVinteriormethod
+    newton_system,             // KLVnewtonsystem
+    interior_ordering,         // KLVordering
+    interior_dualization,      // KLVdualization
+    interior_factorization,    // KLVfactorization
+    leaf_limit,                // negative: none
+    integer_parallel,          // KLVswitch
+    symmetry,                  // KLVswitch
+    restarts,                  // KLVswitch
+    cuts_at_nodes,             // KLVswitch
     cut_age_limit,
     cut_pool_size,
     row_age_limit,

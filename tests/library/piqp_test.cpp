@@ -1,4 +1,5 @@
 // The engine for quadratic problems, on forms with answers known in closed form.
+#include "kalvo/engines/piqp/newton.h"
 #include "kalvo/engines/piqp/piqp.h"
 
 #include <gtest/gtest.h>
@@ -160,6 +161,18 @@ TEST (Piqp, FindsThePointAndTheMultipliersOfEveryBound)
             EXPECT_NEAR (heard.last.primal_objective, 7 + objective, 1e-6);
             EXPECT_NEAR (heard.last.dual_objective, 7 + objective, 1e-6);
         }
+}
+
+TEST (Piqp, FactorisesAsAsked)
+{
+    const QuadraticForm asked = averages (12, 60);
+    EXPECT_TRUE (klv::piqp::NewtonSystem (asked).dense ());
+    for (const auto& [factorization, in_blocks] :
+         {std::pair{KLV_FACTORIZATION_SIMPLICIAL, false}, {KLV_FACTORIZATION_SUPERNODAL, true}}) {
+        klv::piqp::NewtonSystem system (asked, factorization);
+        EXPECT_FALSE (system.dense ());
+        EXPECT_EQ (system.sparse ().in_blocks (), in_blocks);
+    }
 }
 
 TEST (Piqp, ProvesThatThereIsNoAnswer)

@@ -1,6 +1,6 @@
 // Each setting does something: the row tells what would be the same if it did not.
 #include "kalvo/tables/parameters.h"
-#include "tests/library/model.h"
+#include "tests/library/every_class.h"
 
 namespace {
 
@@ -90,6 +90,29 @@ TEST (Settings, SpareWorkAndWords)
         EXPECT_EQ (work (problem, settings).first, all.first) << "runs of one thread repeat";
         EXPECT_LT (work (problem, settings + std::string (less)), all) << less;
     }
+}
+
+TEST (Settings, SayHowConvexProblemsAreFactorised)
+{
+    Task cone ("min -1 -2 -3; 0.. 0..1 0..; 1 1 1 in ..4", "LOG 3");
+    EXPECT_EQ (model::append_cone (cone, KLV_CONE_QUADRATIC, 0, {0, 1, 2}), 0);
+    for (const auto& [settings, told] : {std::pair{"INTPNT_FACTORIZATION 1", "direct / qdldl"},
+                                         {"INTPNT_FACTORIZATION 2", "direct / faer"},
+                                         {"INTPNT_REGULARIZATION 1e-6", "= 1.0e-6"}}) {
+        std::string log;
+        files::collect (cone, KLV_STREAM_MESSAGES, log);
+        cone.set (settings);
+        EXPECT_EQ (KLV_optimize (cone), 0);
+        EXPECT_NE (log.find (told), std::string::npos) << settings;
+    }
+    const auto third_iterate = [] (const std::string& settings) {
+        const Task task ("min -1 -2 -3; 0.. 0..1 0..; 1 1 1 in ..4", "INTPNT_ITERATION_LIMIT 3 " + settings);
+        EXPECT_EQ (model::put_objective (task, {0, 1, 2}, {0, 1, 2}, {2, 4, 0.5}), 0);
+        KLV_optimize (task);
+        return model::slot (task, KLV_SOL_ITR).xx;
+    };
+    EXPECT_EQ (third_iterate (""), third_iterate (""));
+    EXPECT_NE (third_iterate (""), third_iterate ("INTPNT_REGULARIZATION 1e-4"));
 }
 
 // A limit is passed by a dual objective that is worse, and by an integer point that is better.

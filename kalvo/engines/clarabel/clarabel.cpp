@@ -98,16 +98,20 @@ static Options options_of (const Job& job)
     const double gap = settings.get (RealSetting::interior_tolerance);
     const double residual =
         std::min (settings.get (RealSetting::primal_tolerance), settings.get (RealSetting::dual_tolerance));
+    const double regularization = settings.get (RealSetting::interior_regularization);
     const std::int32_t iterations = settings.get (IntSetting::interior_iteration_limit);
     return {.gap = aim (gap > 0 ? gap : 0.01 * settings.get (RealSetting::gap_tolerance)),
             .residual = aim (0.01 * residual),
             .certificate = aim (0.1 * residual),
             .acceptance = acceptance,
-            .regularization = job.reformulate ? 1e-8 : 1e-7,
+            .regularization = regularization > 0 ? regularization
+                              : job.reformulate  ? 1e-8
+                                                 : 1e-7,
             .shortest_step = job.patient ? 1e-3 : 0.1,
             .seconds = job.budget.deadline ? seconds_between (Clock::now (), *job.budget.deadline) : infinity,
             .iterations = static_cast<std::uint32_t> (iterations >= 0 ? iterations : most_iterations),
             .threads = static_cast<std::uint32_t> (std::max (job.budget.threads, 1)),
+            .factorization = static_cast<Factorization> (settings.get (IntSetting::interior_factorization)),
             .equilibrates = job.reformulate};
 }
 

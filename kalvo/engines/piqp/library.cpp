@@ -260,6 +260,8 @@ static Answer run (const QuadraticForm& form, NewtonSystem& system, const Option
     settings.eps_rel = 1e-12;
     settings.eps_primal_inf = settings.eps_dual_inf = 1e-8;
     settings.max_iter = options.iterations;
+    if (options.least_regularization > 0)
+        settings.reg_lower_limit = settings.reg_finetune_lower_limit = options.least_regularization;
     if (!options.scales)
         settings.preconditioner_iter = 0;
     set_up (solver, form);

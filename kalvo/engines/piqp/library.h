@@ -12,7 +12,8 @@ namespace klv::piqp {
 
 struct Options {
     double tolerance = 1e-8;
-    std::int32_t iterations = 250;    // at least 1
+    std::int32_t iterations = 250;      // at least 1
+    double least_regularization = 0;    // 0: the library's
     bool scales = true;
 };
 

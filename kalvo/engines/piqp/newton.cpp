@@ -100,21 +100,37 @@ static SparseColumns upper_triangle (const QuadraticForm& form)
     return upper;
 }
 
-NewtonSystem::NewtonSystem (const QuadraticForm& form) : NewtonSystem (form, upper_triangle (form)) {}
+static double blocks_from (KLVfactorization factorization)
+{
+    switch (factorization) {
+    case KLV_FACTORIZATION_SIMPLICIAL:
+        return infinity;
+    case KLV_FACTORIZATION_SUPERNODAL:
+        return 0;
+    default:
+        return Ldl::blocks_pay;
+    }
+}
 
-NewtonSystem::NewtonSystem (const QuadraticForm& form, const SparseColumns& upper)
+NewtonSystem::NewtonSystem (const QuadraticForm& form, KLVfactorization factorization)
+    : NewtonSystem (form, upper_triangle (form), factorization)
+{}
+
+NewtonSystem::NewtonSystem (const QuadraticForm& form, const SparseColumns& upper,
+                            KLVfactorization factorization)
     : columns_ (form.columns ()),
       rows_ (form.row_count ()),
       size_ (static_cast<double> (form.size ())),
+      dense_may_pay_ (factorization == KLV_FACTORIZATION_AUTOMATIC),
       entries_ (upper.starts.back ()),
-      sparse_ (upper)
+      sparse_ (upper, blocks_from (factorization))
 {}
 
 // By the speeds of the dense and of the two sparse factorisations.
 bool NewtonSystem::dense () const
 {
     const double of_sparse = sparse_.in_blocks () ? 8e9 : 3e9;
-    return columns_ <= 2000 &&
+    return dense_may_pay_ && columns_ <= 2000 &&
            columns_ * columns_ * (columns_ / 3 + rows_) / 1.2e10 < sparse_.flops () / of_sparse;
 }
 

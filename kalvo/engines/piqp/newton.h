@@ -15,7 +15,8 @@ std::string fault_of (const QuadraticForm& form);
 // Throws std::length_error when the matrix or its factor has too many entries.
 class NewtonSystem {
 public:
-    explicit NewtonSystem (const QuadraticForm& form);
+    explicit NewtonSystem (const QuadraticForm& form,
+                           KLVfactorization factorization = KLV_FACTORIZATION_AUTOMATIC);
 
     bool dense () const;
     double megabytes () const;    // that a solve takes
@@ -23,9 +24,10 @@ public:
     std::int32_t entries () const { return entries_; }    // of the sparse matrix's upper triangle
 
 private:
-    NewtonSystem (const QuadraticForm& form, const SparseColumns& upper);
+    NewtonSystem (const QuadraticForm& form, const SparseColumns& upper, KLVfactorization factorization);
 
     double columns_, rows_, size_;
+    bool dense_may_pay_;
     std::int32_t entries_;
     Ldl sparse_;
 };

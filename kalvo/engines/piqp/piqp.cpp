@@ -63,6 +63,7 @@ static Options options_of (const Job& job)
     const std::int32_t iterations = job.settings->get (IntSetting::interior_iteration_limit);
     return {.tolerance = tolerance > 0 ? std::clamp (tolerance, 1e-12, 1e-2) : 1e-8,
             .iterations = iterations >= 0 ? iterations : most_iterations,
+            .least_regularization = job.settings->get (RealSetting::interior_regularization),
             .scales = job.reformulate};
 }
 
@@ -131,7 +132,8 @@ public:
         if (options.iterations == 0)
             return ends_as (Outcome::iteration_limit);
         if (!system_)
-            system_.emplace (form_);
+            system_.emplace (form_, static_cast<KLVfactorization> (
+                                        job.settings->get (IntSetting::interior_factorization)));
         Reports reports (job, form_, events);
         Answer answer = solve (form_, *system_, options, stop,
                                [&] (const Iteration& now) { return reports.goes_on (now); });

@@ -27,6 +27,8 @@ struct Problem {
     Array<ElementaryCone> cones;
 };
 
+enum class Factorization : std::uint32_t { automatic, simplicial, supernodal };
+
 // Residuals and certificates are relative to norms, the gap is absolute or relative.
 struct Options {
     double gap, residual, certificate;    // tolerances aimed at
@@ -35,6 +37,7 @@ struct Options {
     double shortest_step;     // before cones that are not symmetric are scaled by their dual only
     double seconds;
     std::uint32_t iterations, threads;
+    Factorization factorization;
     bool equilibrates;
 };
 

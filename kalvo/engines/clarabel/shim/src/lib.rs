@@ -52,6 +52,7 @@ pub struct Options {
     seconds: f64,
     iterations: u32,
     threads: u32,
+    factorization: u32,
     equilibrates: bool,
 }
 
@@ -159,6 +160,12 @@ fn settings(options: &Options, verbose: bool) -> DefaultSettings<f64> {
         reduced_tol_infeas_rel: options.acceptance * options.certificate,
         equilibrate_enable: options.equilibrates,
         static_regularization_constant: options.regularization,
+        direct_solve_method: match options.factorization {
+            1 => "qdldl",
+            2 => "faer",
+            _ => "auto",
+        }
+        .to_string(),
         min_switch_step_length: options.shortest_step,
         presolve_enable: false,
         chordal_decomposition_enable: false,
