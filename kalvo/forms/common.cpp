@@ -115,7 +115,7 @@ double largest_finite (std::span<const double> values)
 }
 
 template <class SomeForm>
-Factors choose_units (SomeForm& form, double largest_bound, double most)
+Factors choose_units (SomeForm& form, double largest_bound, double most, double least_cost)
 {
     Factors factors{.point = factor_between (largest_bound, 1, most)};
     for (double& value : form.quadratic.values)
@@ -123,8 +123,8 @@ Factors choose_units (SomeForm& form, double largest_bound, double most)
     for (double& cost : form.cost)
         cost *= factors.point;
     const double largest_cost = largest_finite (form.cost);
-    factors.objective =
-        factor_between (largest_cost > 0 ? largest_cost : largest_finite (form.quadratic.values), 1, 1e4);
+    factors.objective = factor_between (
+        largest_cost > 0 ? largest_cost : largest_finite (form.quadratic.values), least_cost, 1e4);
     for (double& value : form.quadratic.values)
         value /= factors.objective;
     for (double& cost : form.cost)
@@ -134,7 +134,7 @@ Factors choose_units (SomeForm& form, double largest_bound, double most)
     return factors;
 }
 
-template Factors choose_units (QuadraticForm& form, double largest_bound, double most);
-template Factors choose_units (ConicForm& form, double largest_bound, double most);
+template Factors choose_units (QuadraticForm& form, double largest_bound, double most, double);
+template Factors choose_units (ConicForm& form, double largest_bound, double most, double);
 
 }

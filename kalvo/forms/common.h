@@ -52,8 +52,9 @@ struct Factors {
 };
 
 // Changes units so that right-hand sides and costs have magnitudes that engines are made for. `largest_bound` is the largest
-// magnitude of bounds and right-hand sides, which the caller divides by the point's factor so that none is beyond `most`.
+// magnitude of bounds and right-hand sides, which the caller divides by the point's factor so that none is beyond `most`; costs become
+// no smaller than `least_cost`.
 template <class SomeForm>
-Factors choose_units (SomeForm& form, double largest_bound, double most);
+Factors choose_units (SomeForm& form, double largest_bound, double most, double least_cost = 1);
 
 }

@@ -171,8 +171,8 @@ static void scale (QuadraticForm& form, QuadraticRecovery& recovery)
     double largest = 0;
     for (const std::vector<double>* values : bounds)
         largest = std::max (largest, largest_finite (*values));
-    constexpr double most = 1e4;    // smaller units cost iterations
-    recovery.factors = choose_units (form, largest, most);
+    constexpr double most = 1e4, least_cost = 1e-4;    // units nearer to 1 cost iterations
+    recovery.factors = choose_units (form, largest, most, least_cost);
     for (std::vector<double>* values : bounds)
         for (double& value : *values)
             value /= recovery.factors.point;

@@ -57,11 +57,21 @@ private:
     bool timed_out_ = false;
 };
 
-static Options options_of (const Job& job)
+// Below costs of 1 the absolute tolerance follows them.
+static double tolerance_unit (const QuadraticForm& form)
+{
+    double largest = 0;
+    for (const std::vector<double>* values : {&form.cost, &form.quadratic.values})
+        for (const double value : *values)
+            largest = std::max (largest, std::abs (value));
+    return std::clamp (largest, 1e-4, 1.0);
+}
+
+static Options options_of (const Job& job, const QuadraticForm& form)
 {
     const double tolerance = job.settings->get (RealSetting::interior_tolerance);
     const std::int32_t iterations = job.settings->get (IntSetting::interior_iteration_limit);
-    return {.tolerance = tolerance > 0 ? std::clamp (tolerance, 1e-12, 1e-2) : 1e-8,
+    return {.tolerance = (tolerance > 0 ? std::clamp (tolerance, 1e-12, 1e-2) : 1e-8) * tolerance_unit (form),
             .iterations = iterations >= 0 ? iterations : most_iterations,
             .least_regularization = job.settings->get (RealSetting::interior_regularization),
             .scales = job.reformulate};
@@ -128,7 +138,7 @@ public:
             return ends_as (Outcome::stopped);
         if (claims.message = fault_of (form_); !claims.message.empty ())
             return ends_as (Outcome::failed);
-        const Options options = options_of (job);
+        const Options options = options_of (job, form_);
         if (options.iterations == 0)
             return ends_as (Outcome::iteration_limit);
         if (!system_)
