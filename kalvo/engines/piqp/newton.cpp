@@ -136,9 +136,9 @@ bool NewtonSystem::dense () const
 
 double NewtonSystem::megabytes () const
 {
-    const double factor = dense () ? 8 * columns_ * (3.5 * columns_ + 2.5 * rows_)
-                                   : 24 * static_cast<double> (sparse_.factor_entries ());
-    return (factor + 200 * size_) / 1e6;
+    const double factor = dense () ? 8e-6 * columns_ * (3.5 * columns_ + 2.5 * rows_)
+                                   : megabytes_of_factor (static_cast<double> (sparse_.factor_entries ()));
+    return factor + 200e-6 * size_;
 }
 
 }

@@ -20,6 +20,7 @@ public:
 
     bool dense () const;
     double megabytes () const;    // that a solve takes
+    static double megabytes_of_factor (double entries) { return 24e-6 * entries; }
     Ldl& sparse () { return sparse_; }
     std::int32_t entries () const { return entries_; }    // of the sparse matrix's upper triangle
 

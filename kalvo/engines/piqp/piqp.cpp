@@ -180,9 +180,11 @@ public:
             return "it solves convex quadratic problems with linear constraints only";
         if (!fault_of (*quadratic).empty ())
             return "";    // a run tells
-        constexpr std::size_t small =
-            2600;    // its full factor would take 200 MB: not worth an order of elimination
-        if (quadratic->cost.size () + index (quadratic->row_count ()) <= small)
+        // Where there is room for a full factor, the order of elimination need not be known yet.
+        const double size = static_cast<double> (quadratic->cost.size ()) + quadratic->row_count ();
+        const double most = NewtonSystem::megabytes_of_factor (size * (size + 1) / 2);
+        constexpr double little = 100;    // not worth asking the machine
+        if (most <= little || lack_of_memory (most).empty ())
             return "";
         try {
             return lack_of_memory (NewtonSystem (*quadratic).megabytes ());
