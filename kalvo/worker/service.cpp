@@ -20,6 +20,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -274,9 +275,12 @@ static void serve (Socket& socket, Guard& guard)
 // ---- The program -------------------------------------------------------------------------------------------------------------------
 
 // The system ends workers first when memory runs out, never the caller. No memory is dumped when an engine crashes.
-// A signal of the terminal that the process got before it left the terminal's group is forgotten.
+// A signal of the terminal that the process got before it left the terminal's group is forgotten. Memory of middle size is used again
+// and not given back page by page: a fifth of the time of runs of some milliseconds.
 static void prepare_process ()
 {
+    ::mallopt (M_MMAP_THRESHOLD, 4 << 20);
+    ::mallopt (M_TRIM_THRESHOLD, 32 << 20);
     for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTSTP}) {
         std::signal (number, SIG_IGN);
         std::signal (number, SIG_DFL);
