@@ -100,6 +100,7 @@ enum KLVrescode {
     KLV_RES_INTERNAL = 3204,
     KLV_RES_WORKER_MISSING = 3205,
     KLV_RES_NOT_CONVEX = 3206,
+    KLV_RES_REPAIR_IMPOSSIBLE = 3207,
 
     KLV_RES_TIME_LIMIT = 20001,
     KLV_RES_ITERATION_LIMIT = 20002,
@@ -674,7 +675,13 @@ KLV_API KLVrescode_t KLV_optimize (KLVtask_t task);
  *                        constraint has two bounds; the problem is left as it was */
 KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
 
-// Repairs an infeasible problem: KLV_RES_NOT_AVAILABLE in this version. Weights: one for each bound, or null.
+/* Repairs an infeasible problem: moves bounds so that the weighted sum of the amounts is the smallest with which there is a
+ * feasible point. Weights: one for each constraint (wlc: lower bounds, wuc: upper ones) and variable (wlx, wux), null: all are 1.
+ * A bound of weight 0 moves at no cost, one of negative weight does not move. Cones, matrices and integrality stay. The moved
+ * bounds are in the task then: KLV_DINF_REPAIR_SUM, KLV_IINF_REPAIRED_BOUNDS. All else leaves the problem as it was:
+ *   KLV_RES_ARGUMENT            a weight is NaN or infinite
+ *   KLV_RES_REPAIR_IMPOSSIBLE   no movement of the bounds that may move makes the problem feasible
+ *   and what KLV_optimize returns when it proves no optimum, terminations included. */
 KLV_API KLVrescode_t KLV_primalrepair (KLVtask_t task, const double* wlc, const double* wuc,
                                        const double* wlx, const double* wux);
 

@@ -4,11 +4,13 @@
 #include "kalvo/interface/entry.h"
 #include "kalvo/report/analysis.h"
 #include "kalvo/report/summary.h"
+#include "kalvo/solve/repair.h"
 #include "kalvo/solve/supported.h"
 #include "kalvo/solve/toconic.h"
 #include "kalvo/worker/optimize.h"
 
 #include <utility>
+#include <vector>
 
 using namespace klv;
 
@@ -72,10 +74,32 @@ KLVrescode_t KLV_toconic (KLVtask_t task)
     return run (task, [] (Task& t) { convert_to_conic (t); });
 }
 
-KLVrescode_t KLV_primalrepair (KLVtask_t task, const double*, const double*, const double*, const double*)
+// An optimisation whose worker's end leaves no file to repeat it from.
+static KLVrescode_t optimize_inner (Task& task)
 {
-    return change (task, [] (Task&) {
-        refuse (KLV_RES_NOT_AVAILABLE, "This version can't repair infeasible problems.");
+    check_supported (task.problem (), task.parameters);
+    return optimize_task (task, [] {});
+}
+
+// A copy of weights that are given.
+static std::vector<double> given_weights (const double* weights, std::int32_t count, const char* name)
+{
+    if (weights == nullptr)
+        return {};
+    const std::span<const double> given = array (weights, count, name);
+    if (const auto fault = not_finite (given))
+        refuse (KLV_RES_ARGUMENT, "The weight ", name, "[", *fault, "] is ", given[*fault], ".");
+    return {given.begin (), given.end ()};
+}
+
+KLVrescode_t KLV_primalrepair (KLVtask_t task, const double* wlc, const double* wuc, const double* wlx,
+                               const double* wux)
+{
+    return run (task, [&] (Task& t) {
+        const std::int32_t m = t.problem ().constraints (), n = t.problem ().variables ();
+        return repair_problem (t, {given_weights (wlc, m, "wlc"), given_weights (wuc, m, "wuc")},
+                               {given_weights (wlx, n, "wlx"), given_weights (wux, n, "wux")},
+                               optimize_inner);
     });
 }
 

@@ -283,6 +283,8 @@ static constexpr auto table = std::to_array<Constant> ({
      "The program that optimisers run in is missing, or does not fit the library."},
     {Group::response, "KLV_RES_NOT_CONVEX", KLV_RES_NOT_CONVEX,
      "Quadratic terms bend the objective or a constraint the wrong way: the problem is not convex."},
+    {Group::response, "KLV_RES_REPAIR_IMPOSSIBLE", KLV_RES_REPAIR_IMPOSSIBLE,
+     "No movement of the bounds that may move makes the problem feasible."},
 
     {Group::response, "KLV_RES_TIME_LIMIT", KLV_RES_TIME_LIMIT, "The time limit was reached."},
     {Group::response, "KLV_RES_ITERATION_LIMIT", KLV_RES_ITERATION_LIMIT, "The iteration limit was reached."},

@@ -89,6 +89,9 @@ static constexpr auto live_reals = std::to_array<LiveItem<RealItem>> ({
      "Largest scaled distance of conic duals from their dual cones."},
     {RealItem::dual_matrix_violation, "KLV_DINF_DUAL_MATRIX_VIOLATION",
      "Largest scaled negative eigenvalue of a semidefinite variable's dual (positive for maximisation)."},
+    {RealItem::repair_sum, "KLV_DINF_REPAIR_SUM",
+     "Weighted sum of the amounts by which the last repair moved bounds."},
+    {RealItem::repair_bound, "KLV_DINF_REPAIR_BOUND", "The smallest such sum that was not ruled out by proof."},
 });
 
 static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
@@ -155,6 +158,7 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
     {IntItem::power_cones, "KLV_IINF_POWER_CONES", "Its power cones, all of dimension three."},
     {IntItem::matrices, "KLV_IINF_MATRICES", "Its positive semidefinite matrices of order two or more."},
     {IntItem::largest_matrix, "KLV_IINF_LARGEST_MATRIX", "The largest order of such a matrix."},
+    {IntItem::repaired_bounds, "KLV_IINF_REPAIRED_BOUNDS", "Bounds that the last repair moved."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");

@@ -53,6 +53,8 @@ enum class RealItem {
     matrix_violation,
     dual_cone_violation,
     dual_matrix_violation,
+    repair_sum,
+    repair_bound,
     count
 };
 
@@ -99,6 +101,7 @@ enum class IntItem {
     power_cones,
     matrices,
     largest_matrix,
+    repaired_bounds,
     count
 };
 

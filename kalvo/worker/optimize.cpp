@@ -14,14 +14,15 @@ constexpr bool sanitized = true;
 constexpr bool sanitized = false;
 #endif
 
-// All information items but the times of reading and writing belong to one optimisation.
+// All information items but those of reading, writing and repair belong to one optimisation.
 static void forget_last_run (Information& information)
 {
-    const double read = information.get (RealItem::time_read);
-    const double written = information.get (RealItem::time_write);
+    const Information before = information;
     information = {};
-    information.set (RealItem::time_read, read);
-    information.set (RealItem::time_write, written);
+    for (const RealItem item :
+         {RealItem::time_read, RealItem::time_write, RealItem::repair_sum, RealItem::repair_bound})
+        information.set (item, before.get (item));
+    information.set (IntItem::repaired_bounds, before.get (IntItem::repaired_bounds));
 }
 
 // Sanitizers see nothing of another process.
