@@ -117,6 +117,14 @@ enum { KLV_FIRST_TERMINATION = 9999 };
 // Bound keys: which of the two bounds of a constraint or variable exist.
 enum KLVboundkey { KLV_BK_LO = 0, KLV_BK_UP = 1, KLV_BK_FX = 2, KLV_BK_FR = 3, KLV_BK_RA = 4 };
 
+// Which bound of a constraint or variable is a member of a conflict.
+enum KLVconflictkind {
+    KLV_CONFLICT_CONSTRAINT_LOWER = 0,
+    KLV_CONFLICT_CONSTRAINT_UPPER = 1,
+    KLV_CONFLICT_VARIABLE_LOWER = 2,
+    KLV_CONFLICT_VARIABLE_UPPER = 3
+};
+
 enum KLVobjsense { KLV_SENSE_MINIMIZE = 0, KLV_SENSE_MAXIMIZE = 1 };
 
 enum KLVvartype { KLV_VAR_CONTINUOUS = 0, KLV_VAR_INTEGER = 1 };
@@ -684,6 +692,13 @@ KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
  *   and what KLV_optimize returns when it proves no optimum, terminations included. */
 KLV_API KLVrescode_t KLV_primalrepair (KLVtask_t task, const double* wlc, const double* wuc,
                                        const double* wlx, const double* wux);
+
+/* Bounds that contradict each other, found by the last optimisation or analysis of an infeasible problem (none are found for a
+ * feasible one, and with KLV_DPAR_CONFLICT_TIME_LIMIT 0): their number, and for each a KLVconflictkind and the constraint or
+ * variable. Cones, matrices and integrality hold beside them. room is the size of the arrays: KLV_RES_BUFFER_TOO_SMALL when
+ * there are more members. KLV_IINF_CONFLICT_IRREDUCIBLE is 1 when the others can hold without any one of them. */
+KLV_API KLVrescode_t KLV_getnumconflict (KLVtask_t task, int32_t* count);
+KLV_API KLVrescode_t KLV_getconflict (KLVtask_t task, int32_t room, int32_t* kinds, int32_t* items);
 
 // Print on a stream: a summary of the solutions, and one of the optimisation's course.
 KLV_API KLVrescode_t KLV_solutionsummary (KLVtask_t task, int32_t stream);

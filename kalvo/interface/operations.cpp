@@ -4,6 +4,7 @@
 #include "kalvo/interface/entry.h"
 #include "kalvo/report/analysis.h"
 #include "kalvo/report/summary.h"
+#include "kalvo/solve/conflict.h"
 #include "kalvo/solve/repair.h"
 #include "kalvo/solve/supported.h"
 #include "kalvo/solve/toconic.h"
@@ -61,24 +62,46 @@ static void keep_replay (Task& task)
         task.say (text ("What ended the process can be repeated from the file '", path, "'."));
 }
 
+// An optimisation whose worker's end leaves no file to repeat it from.
+static KLVrescode_t optimize_inner (Task& task)
+{
+    check_supported (task.problem (), task.parameters);
+    return optimize_task (task, [] {});
+}
+
 KLVrescode_t KLV_optimize (KLVtask_t task)
 {
     return run (task, [&] (Task& t) {
         check_supported (t.problem (), t.parameters);
-        return optimize_task (t, [&] { keep_replay (t); });
+        const KLVrescode_t code = optimize_task (t, [&] { keep_replay (t); });
+        return code == KLV_RES_OK ? find_conflict (t, KLV_STREAM_MESSAGES, optimize_inner) : code;
+    });
+}
+
+KLVrescode_t KLV_getnumconflict (KLVtask_t task, int32_t* count)
+{
+    return read (task, [&] (Task& t) {
+        output (count, "count") = static_cast<std::int32_t> (t.conflict.members.size ());
+    });
+}
+
+KLVrescode_t KLV_getconflict (KLVtask_t task, int32_t room, int32_t* kinds, int32_t* items)
+{
+    return read (task, [&] (Task& t) {
+        const auto count = std::ssize (t.conflict.members);
+        check_room (room, count, "members");
+        const std::span<std::int32_t> kind = array (kinds, count, "kinds"),
+                                      item = array (items, count, "items");
+        for (std::size_t k = 0; k < t.conflict.members.size (); ++k) {
+            kind[k] = t.conflict.members[k].kind;
+            item[k] = t.conflict.members[k].item;
+        }
     });
 }
 
 KLVrescode_t KLV_toconic (KLVtask_t task)
 {
     return run (task, [] (Task& t) { convert_to_conic (t); });
-}
-
-// An optimisation whose worker's end leaves no file to repeat it from.
-static KLVrescode_t optimize_inner (Task& task)
-{
-    check_supported (task.problem (), task.parameters);
-    return optimize_task (task, [] {});
 }
 
 // A copy of weights that are given.
@@ -124,7 +147,10 @@ KLVrescode_t KLV_readsummary (KLVtask_t task, int32_t stream)
 
 KLVrescode_t KLV_analyzeproblem (KLVtask_t task, int32_t stream)
 {
-    return report (task, stream, analyze_problem);
+    return report (task, stream, [] (Task& t, std::int32_t where) {
+        const KLVrescode_t code = analyze_problem (t, where);
+        return code == KLV_RES_OK ? analyze_feasibility (t, where, optimize_inner) : code;
+    });
 }
 
 KLVrescode_t KLV_solutionsummary (KLVtask_t task, int32_t stream)

@@ -92,6 +92,8 @@ static constexpr auto live_reals = std::to_array<LiveItem<RealItem>> ({
     {RealItem::repair_sum, "KLV_DINF_REPAIR_SUM",
      "Weighted sum of the amounts by which the last repair moved bounds."},
     {RealItem::repair_bound, "KLV_DINF_REPAIR_BOUND", "The smallest such sum that was not ruled out by proof."},
+    {RealItem::time_conflict, "KLV_DINF_TIME_CONFLICT",
+     "Seconds that the last search for contradictory bounds took."},
 });
 
 static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
@@ -159,6 +161,10 @@ static constexpr auto live_ints = std::to_array<LiveItem<IntItem>> ({
     {IntItem::matrices, "KLV_IINF_MATRICES", "Its positive semidefinite matrices of order two or more."},
     {IntItem::largest_matrix, "KLV_IINF_LARGEST_MATRIX", "The largest order of such a matrix."},
     {IntItem::repaired_bounds, "KLV_IINF_REPAIRED_BOUNDS", "Bounds that the last repair moved."},
+    {IntItem::conflict_members, "KLV_IINF_CONFLICT_MEMBERS",
+     "Bounds of an infeasible problem that were found to contradict each other."},
+    {IntItem::conflict_irreducible, "KLV_IINF_CONFLICT_IRREDUCIBLE",
+     "Whether these can hold without any one of them."},
 });
 
 static constexpr auto real_names = reserved_names<KLV_DOUBLE_INFORMATION> ("KLV_DINF_RESERVED_");

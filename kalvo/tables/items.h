@@ -55,6 +55,7 @@ enum class RealItem {
     dual_matrix_violation,
     repair_sum,
     repair_bound,
+    time_conflict,
     count
 };
 
@@ -102,6 +103,8 @@ enum class IntItem {
     matrices,
     largest_matrix,
     repaired_bounds,
+    conflict_members,
+    conflict_irreducible,
     count
 };
 

@@ -53,6 +53,9 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
      "What is added to the diagonals of the systems of quadratic and conic problems, scaled: always (conic), "
      "at "
      "the least (quadratic); 0: the optimiser chooses."},
+    {20, "KLV_DPAR_CONFLICT_TIME_LIMIT", 10, 0, inf, Group::none, RealSetting::conflict_time_limit,
+     "Seconds that may go into finding out which bounds of an infeasible problem contradict each other; 0: "
+     "not looked for."},
 });
 
 static constexpr auto live_ints = std::to_array<IntParameter> ({

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kalvo/include/kalvo.h"
+#include "kalvo/model/conflict.h"
 #include "kalvo/model/problem.h"
 #include "kalvo/model/solution.h"
 #include "kalvo/task/streams.h"
@@ -35,6 +36,7 @@ struct KLV_task {
     klv::Information information;
     klv::Streams streams;
     klv::Solutions solutions;
+    klv::Conflict conflict;    // of the last optimisation or analysis
     klv::RepeatedRows repeated_rows;
 
     // Records an error, prints it on the error streams and returns its code: `return task.fail (code,
