@@ -1,6 +1,9 @@
 #include "kalvo/solve/inner_task.h"
 
+#include "kalvo/model/refusal.h"
+
 #include <string_view>
+#include <utility>
 
 namespace klv {
 
@@ -42,7 +45,11 @@ void InnerTask::print_warning (void* self, const char* line)
 
 KLVrescode_t InnerTask::optimize (const Optimizer& optimizer)
 {
-    return optimizer (task_);
+    try {
+        return optimizer (task_);
+    } catch (Refusal& refusal) {
+        return task_.fail (refusal.code, std::move (refusal.message));
+    }
 }
 
 const Solution* InnerTask::answer () const

@@ -26,7 +26,7 @@ struct Move {
 struct Precision {
     double noise, margin;
 };
-constexpr Precision exact{1e-9, 0}, searched{1e-6, 0}, interior{1e-6, 1e-7};
+constexpr Precision exact{1e-9, 0}, searched{1e-6, 0}, interior{1e-6, 1e-6};
 
 // The value, or one that is beyond it by little and has fewer digits. Numbers that differ by rounding errors are one.
 static double round_outwards (double value, bool upwards, double margin)

@@ -182,6 +182,15 @@ static constexpr auto table = std::to_array<Constant> ({
     {Group::information_kind, "KLV_INF_INTEGER", KLV_INF_INTEGER,
      "An information item that is a whole number."},
 
+    {Group::conflict_kind, "KLV_CONFLICT_CONSTRAINT_LOWER", KLV_CONFLICT_CONSTRAINT_LOWER,
+     "The lower bound of a constraint."},
+    {Group::conflict_kind, "KLV_CONFLICT_CONSTRAINT_UPPER", KLV_CONFLICT_CONSTRAINT_UPPER,
+     "The upper bound of a constraint."},
+    {Group::conflict_kind, "KLV_CONFLICT_VARIABLE_LOWER", KLV_CONFLICT_VARIABLE_LOWER,
+     "The lower bound of a variable."},
+    {Group::conflict_kind, "KLV_CONFLICT_VARIABLE_UPPER", KLV_CONFLICT_VARIABLE_UPPER,
+     "The upper bound of a variable."},
+
     {Group::stream, "KLV_STREAM_ALL", KLV_STREAM_ALL, "Everything."},
     {Group::stream, "KLV_STREAM_MESSAGES", KLV_STREAM_MESSAGES, "Progress, summaries and analyses."},
     {Group::stream, "KLV_STREAM_ERRORS", KLV_STREAM_ERRORS, "Errors."},

@@ -34,6 +34,7 @@ enum class Group {
     file_format,
     parameter_kind,
     information_kind,
+    conflict_kind,
     stream,
     caller,
     response,

@@ -32,7 +32,7 @@ struct Operation {
                   "putcfix putobjsense putvartype readsummary analyzeproblem optimize toconic "
                   "solutionsummary optimizersummary getskcslice getskxslice getxcslice getxxslice "
                   "getyslice getslcslice getsucslice getslxslice getsuxslice getsnxslice getskn "
-                  "getbarxslice getbarsslice getaccdotys putsolutionnew"},
+                  "getbarxslice getbarsslice getaccdotys putsolutionnew primalrepair getconflict"},
               {KLV_RES_ARGUMENT, "appendcone"},
               {KLV_RES_VALUE_UNKNOWN, "getparamname"},
               {KLV_RES_PARAMETER_RANGE, "putdouparam"},
@@ -41,8 +41,7 @@ struct Operation {
                "getconename getbarvarname getaccname putbarxj putbarsj appendaccseq getnumconemem "
                "getcone getdomaintype getdomainn getpowerdomaininfo getpowerdomainalpha"},
               {KLV_RES_BUFFER_TOO_SMALL, "gettaskname getobjname getvarname getconname"},
-              {KLV_RES_FILE_NAME_MISSING, "readdata"},
-              {KLV_RES_NOT_AVAILABLE, "primalrepair"}})
+              {KLV_RES_FILE_NAME_MISSING, "readdata"}})
             if (is_among (names))
                 return code;
         return KLV_RES_NULL_POINTER;

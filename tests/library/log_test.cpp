@@ -152,7 +152,8 @@ TEST (Analysis, CountsWhatIsThere)
         "Without entries 1 3 Most entries of one 2 3 Integer 2 of them binary 1 Matrix entries 4 of all "
         "places 20% "
         "Magnitudes smallest largest ratio Matrix 5.00e-01 1.00e+03 2.0e+03 Costs 2.50e-01 4.00e+00 1.6e+01 "
-        "Constraint bounds 2.00e+00 8.00e+00 4.0e+00 Variable bounds 1.00e+00 5.00e+02 5.0e+02 ");
+        "Constraint bounds 2.00e+00 8.00e+00 4.0e+00 Variable bounds 1.00e+00 5.00e+02 5.0e+02 "
+        "The problem is feasible. ");
     const std::string classes =
         "Quadratic objective 3 Quadratic constraints 3 Affine expressions 5 their entries 4 "
         "Affine conic constr. 2 their rows 4 Cones 2 their members 4 Semidefinite matrices 2 "

@@ -152,11 +152,11 @@ TEST_F (ProblemInput, FaultsAreNamed)
 // The weights are checked in full, although the library can't repair.
 TEST_F (ProblemInput, RepairNeedsGoodWeights)
 {
-    const std::string good = std::to_string (KLV_RES_NOT_AVAILABLE);
     const std::pair<const char*, std::string> cases[] = {
         {"c=[]", "1200 prob.primalrepair; 1200"},
-        {"primalrepair='all'", good},
-        {"primalrepair=(wlc=[1 1], wuc=[1;1], wlx=[1 1 1], wux=[1;1;1])", good},
+        {"primalrepair='all'", "0"},
+        {"primalrepair=(wlc=[1 1], wuc=[1;1], wlx=[1 1 1], wux=[1;1;1])", "0"},
+        {"primalrepair=(wlx=[1 NaN 1])", "1200"},
         {"primalrepair=(wlc=[1 1 1])", "1200 prob.primalrepair.wlc; 1201"},
         {"primalrepair=(wlx=[1 1], wuc=1)", "1200 prob.primalrepair.wuc; 1201"},
         {"primalrepair=(wlx=[])", "1200 prob.primalrepair.wlx; 1201"},
