@@ -43,7 +43,7 @@
 %       statuskeys(n)        0 (default): statuses and keys as text, 1: as numbers
 %       toconic              quadratic terms become affine conic constraints, and cones of variables with them, before solving;
 %                            a constraint keeps its place, free; the objective's terms become a new last variable
-%       primalrepair         repair an infeasible problem (not available in this version)
+%       primalrepair         move bounds as little as makes the problem feasible (prob.primalrepair)
 %       debug(n), nokeepenv, use_matlab_calloc                      help to find faults in kalvoopt itself
 %
 %       Without read, write, minimize or maximize the problem is only checked. File names may hold blanks, but no ")".
@@ -60,7 +60,8 @@
 %                 bux = sparse (n, 1) is an upper bound of 0.
 %       ints      structure with sub: the indices (from 1) of the variables that are whole numbers
 %       names     structure with any of name, obj (text), con, var (cells of m and n texts)
-%       primalrepair  structure with weights wlc, wuc (m), wlx, wux (n)
+%       primalrepair  structure with weights wlc, wuc (m), wlx, wux (n) of the bounds blc, buc, blx, bux, or []. The weighted sum
+%                 of movements is minimised: absent 1, 0 moves at no cost, a negative one forbids to move; 3207: impossible
 %       objsense  in res.prob only: the sense comes from cmd or the file
 %
 %       sol     solutions to start from: res.sol of another call, or any part of that. The simplex methods start from bas.skc

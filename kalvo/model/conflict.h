@@ -12,6 +12,8 @@ struct ConflictMember {
     std::uint8_t kind = 0;    // KLVconflictkind
     std::int32_t item = 0;
 
+    bool operator== (const ConflictMember&) const = default;
+
     bool is_variable () const
     {
         return kind == KLV_CONFLICT_VARIABLE_LOWER || kind == KLV_CONFLICT_VARIABLE_UPPER;

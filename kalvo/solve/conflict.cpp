@@ -4,6 +4,7 @@
 #include "kalvo/model/text.h"
 #include "kalvo/solve/irreducible.h"
 #include "kalvo/sparse/index.h"
+#include "kalvo/verify/certificate.h"
 
 #include <algorithm>
 #include <chrono>
@@ -70,7 +71,9 @@ private:
     void put_bounds (const std::vector<bool>& kept);
     Verdict try_set (const std::vector<bool>& kept);
     void take_support (const Solution& certificate);
-    bool is_proved_irreducible () const;
+    template <class Function>
+    void each_bound (const Function& function) const;
+    bool keep_needed_members ();
     void reduce (std::size_t begin, std::size_t end);
 
     Task& task_;
@@ -118,21 +121,30 @@ static double multiplier (const Solution& certificate, const ConflictMember& mem
     return std::abs (values[index (member.item)]);
 }
 
+template <class Function>
+void ConflictSearch::each_bound (const Function& function) const
+{
+    const auto look_at = [&] (const Bounds& bounds, KLVconflictkind lower, KLVconflictkind upper) {
+        for (std::size_t i = 0; i < bounds.key.size (); ++i) {
+            const auto item = static_cast<std::int32_t> (i);
+            if (std::isfinite (bounds.lower[i]))
+                function (ConflictMember{static_cast<std::uint8_t> (lower), item});
+            if (std::isfinite (bounds.upper[i]))
+                function (ConflictMember{static_cast<std::uint8_t> (upper), item});
+        }
+    };
+    look_at (problem_.constraint, KLV_CONFLICT_CONSTRAINT_LOWER, KLV_CONFLICT_CONSTRAINT_UPPER);
+    look_at (problem_.variable, KLV_CONFLICT_VARIABLE_LOWER, KLV_CONFLICT_VARIABLE_UPPER);
+}
+
 // All bounds that there are, or those that have a multiplier in a certificate. An interior point gives all some.
 void ConflictSearch::collect (const Solution* certificate)
 {
-    const auto add = [&] (const Bounds& bounds, KLVconflictkind lower, KLVconflictkind upper) {
-        for (std::size_t i = 0; i < bounds.key.size (); ++i)
-            for (const auto& [kind, bound] :
-                 {std::pair{lower, bounds.lower[i]}, std::pair{upper, bounds.upper[i]}}) {
-                const ConflictMember member{static_cast<std::uint8_t> (kind), static_cast<std::int32_t> (i)};
-                if (std::isinf (bound) || (certificate != nullptr && multiplier (*certificate, member) == 0))
-                    continue;
-                members_.push_back (member);
-            }
-    };
-    add (problem_.constraint, KLV_CONFLICT_CONSTRAINT_LOWER, KLV_CONFLICT_CONSTRAINT_UPPER);
-    add (problem_.variable, KLV_CONFLICT_VARIABLE_LOWER, KLV_CONFLICT_VARIABLE_UPPER);
+    members_.clear ();
+    each_bound ([&] (const ConflictMember& member) {
+        if (certificate == nullptr || multiplier (*certificate, member) > 0)
+            members_.push_back (member);
+    });
     kept_.assign (members_.size (), true);
     multipliers_.assign (members_.size (), 0);
     if (certificate != nullptr)
@@ -240,16 +252,29 @@ ConflictSearch::Verdict ConflictSearch::try_set (const std::vector<bool>& kept)
     return Verdict::contradictory;
 }
 
-bool ConflictSearch::is_proved_irreducible () const
+// Finds out by linear algebra which members are needed. They must have a certificate of their own.
+bool ConflictSearch::keep_needed_members ()
 {
-    std::vector<ConflictMember> members;
-    std::vector<double> multipliers;
+    WeightedMembers conflict;
     for (std::size_t k = 0; k < members_.size (); ++k)
         if (kept_[k]) {
-            members.push_back (members_[k]);
-            multipliers.push_back (multipliers_[k]);
+            conflict.members.push_back (members_[k]);
+            conflict.multipliers.push_back (multipliers_[k]);
         }
-    return has_point_without_each (problem_, members, multipliers);
+    if (!keep_needed (problem_, conflict))
+        return false;
+    std::vector<bool> needed (members_.size ());
+    for (std::size_t k = 0; k < members_.size (); ++k)
+        needed[k] = kept_[k] && std::ranges::count (conflict.members, members_[k]) > 0;
+    put_bounds (needed);
+    std::vector<double> y (static_cast<std::size_t> (inner_->problem ().constraints ()));
+    for (std::size_t k = 0; k < conflict.members.size (); ++k)
+        if (const ConflictMember& member = conflict.members[k]; !member.is_variable ())
+            y[index (row_of_[index (member.item)])] += (member.is_upper () ? -1 : 1) * conflict.multipliers[k];
+    if (!certify_infeasible (inner_->problem (), {y}))
+        return false;
+    kept_ = std::move (needed);
+    return true;
 }
 
 // Drops of the members begin ... end - 1 as many as it can: all at once, or each half for itself.
@@ -297,11 +322,7 @@ void ConflictSearch::start_from (const Solution& infeasible)
 
 Conflict ConflictSearch::run ()
 {
-    const bool linear = problem_.is_linear () && !by_search_;
-    bool proved = linear && is_proved_irreducible ();
-    // The ray of a simplex run on the members alone has no more of them than needed.
-    if (!proved && linear && try_set (std::vector<bool> (kept_)) == Verdict::contradictory)
-        proved = is_proved_irreducible ();
+    bool proved = problem_.is_linear () && !by_search_ && keep_needed_members ();
     if (!proved) {
         if (members_.size () > 1)
             for (const auto& [begin, end] : {std::pair{std::size_t{0}, members_.size () / 2},

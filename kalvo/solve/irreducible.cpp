@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <span>
+#include <utility>
 #include <vector>
 
 namespace klv {
@@ -17,7 +19,10 @@ public:
     Inequalities (const Problem& problem, std::span<const ConflictMember> members,
                   std::span<const double> multipliers);
 
-    bool factor ();
+    // Where the factorisation ended: count () when all vectors are independent but for y.
+    std::size_t factor ();
+    // Other multipliers of which at least one is 0, with the first members up to `end`, where the factorisation ended.
+    std::vector<double> fewer_multipliers (std::size_t end) const;
     bool has_point_without (std::size_t i) const;
     std::size_t count () const { return b_.size (); }
 
@@ -32,7 +37,7 @@ private:
     void solve (std::vector<double>& right) const;
 
     std::vector<std::vector<Entry>> rows_;
-    std::vector<double> b_, y_, g_;    // g: AA' + yy', then its Cholesky factor
+    std::vector<double> b_, y_, norm_, g_;    // g: AA' + yy', then its Cholesky factor
     std::size_t columns_ = 0;
 };
 
@@ -64,6 +69,7 @@ Inequalities::Inequalities (const Problem& problem, std::span<const ConflictMemb
         for (Entry& entry : rows_[k])
             entry.value *= sign / norm;
         b_.push_back (sign * (upper ? bounds.upper : bounds.lower)[index (members[k].item)] / norm);
+        norm_.push_back (norm);
         y_.push_back (multipliers[k] * norm);
         length = std::hypot (length, y_.back ());
     }
@@ -71,9 +77,9 @@ Inequalities::Inequalities (const Problem& problem, std::span<const ConflictMemb
         y /= length;
 }
 
-// False: not positive definite.
-bool Inequalities::factor ()
+std::size_t Inequalities::factor ()
 {
+    constexpr double dependent = 1e-12;
     const std::size_t k = count ();
     g_.assign (k * k, 0);
     std::vector<double> dense (columns_);
@@ -95,11 +101,47 @@ bool Inequalities::factor ()
                        row_j = g_.begin () + static_cast<std::ptrdiff_t> (j * k);
             const double rest =
                 g (i, j) - std::inner_product (row_i, row_i + static_cast<std::ptrdiff_t> (j), row_j, 0.0);
-            if (i == j && !(rest > 1e-14))
-                return false;
+            if (i == j && !(rest > dependent))
+                return i;
             g (i, j) = i == j ? std::sqrt (rest) : rest / g (j, j);
         }
-    return true;
+    return k;
+}
+
+// Member `end` depends on those before it: w'A = 0 and w'y = 0. From y the way goes along w, in the direction in which y'b does not
+// grow, as far as y remains positive.
+std::vector<double> Inequalities::fewer_multipliers (std::size_t end) const
+{
+    std::vector<double> w (count (), 0);
+    w[end] = 1;
+    for (std::size_t i = end; i-- > 0;) {
+        w[i] = -g (end, i);
+        for (std::size_t j = i + 1; j < end; ++j)
+            w[i] -= g (j, i) * w[j];
+        w[i] /= g (i, i);
+    }
+    if (std::inner_product (w.begin (), w.end (), b_.begin (), 0.0) > 0)
+        for (double& each : w)
+            each = -each;
+    double step = infinity;
+    std::size_t first = end;
+    for (std::size_t i = 0; i <= end; ++i)
+        if (w[i] < 0 && -y_[i] / w[i] < step) {
+            step = -y_[i] / w[i];
+            first = i;
+        }
+    std::vector<double> fewer = y_;
+    for (std::size_t i = 0; i <= end; ++i)
+        fewer[i] = std::isfinite (step) ? fewer[i] + step * w[i] : w[i];
+    if (std::isfinite (step))
+        fewer[first] = 0;
+    else    // w is a certificate by itself
+        std::fill (fewer.begin () + static_cast<std::ptrdiff_t> (end) + 1, fewer.end (), 0.0);
+    constexpr double noise = 1e-12;
+    const double largest = *std::ranges::max_element (fewer);
+    for (std::size_t i = 0; i < fewer.size (); ++i)
+        fewer[i] = fewer[i] > noise * largest ? fewer[i] / norm_[i] : 0;
+    return fewer;
 }
 
 void Inequalities::solve (std::vector<double>& right) const
@@ -143,19 +185,30 @@ bool Inequalities::has_point_without (std::size_t i) const
     return false;
 }
 
-bool has_point_without_each (const Problem& problem, std::span<const ConflictMember> members,
-                             std::span<const double> multipliers)
+bool keep_needed (const Problem& problem, WeightedMembers& conflict)
 {
     constexpr std::size_t most = 300;
-    if (members.size () > most)
-        return false;
-    Inequalities inequalities (problem, members, multipliers);
-    if (!inequalities.factor ())
-        return false;
-    for (std::size_t i = 0; i < members.size (); ++i)
-        if (!inequalities.has_point_without (i))
+    while (!conflict.members.empty () && conflict.members.size () <= most) {
+        Inequalities inequalities (problem, conflict.members, conflict.multipliers);
+        const std::size_t end = inequalities.factor ();
+        if (end == conflict.members.size ()) {
+            for (std::size_t i = 0; i < end; ++i)
+                if (!inequalities.has_point_without (i))
+                    return false;
+            return true;
+        }
+        const std::vector<double> fewer = inequalities.fewer_multipliers (end);
+        WeightedMembers left;
+        for (std::size_t k = 0; k < fewer.size (); ++k)
+            if (fewer[k] > 0) {
+                left.members.push_back (conflict.members[k]);
+                left.multipliers.push_back (fewer[k]);
+            }
+        if (left.members.size () == conflict.members.size ())
             return false;
-    return true;
+        conflict = std::move (left);
+    }
+    return false;
 }
 
 }

@@ -1,16 +1,22 @@
-// A proof, without a run, that of some contradictory linear inequalities all are needed.
+// Contradictory linear inequalities of which all are needed, found without a run.
 #pragma once
 
 #include "kalvo/model/conflict.h"
 #include "kalvo/model/problem.h"
 
-#include <span>
+#include <vector>
 
 namespace klv {
 
-// Whether a point was found for each member that satisfies all others; `multipliers` are those of a certificate and positive. False:
-// none was found, or the members are too many for this way.
-bool has_point_without_each (const Problem& problem, std::span<const ConflictMember> members,
-                             std::span<const double> multipliers);
+// Members of a conflict, and their multipliers in a certificate: magnitudes, all positive.
+struct WeightedMembers {
+    std::vector<ConflictMember> members;
+    std::vector<double> multipliers;
+};
+
+// Drops members of a linear problem that are not needed, until for each one that is left a point was found that satisfies all
+// others. False: no such points were found, or the members are too many for this way. That the members still contradict
+// each other is up to a check of their multipliers.
+bool keep_needed (const Problem& problem, WeightedMembers& conflict);
 
 }
