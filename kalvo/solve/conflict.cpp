@@ -57,13 +57,9 @@ private:
     }
     bool has_integers () const
     {
-        return problem_.integers > 0 &&
-               task_.parameters.get (IntSetting::relax_integers) == KLV_OFF;
+        return problem_.integers > 0 && task_.parameters.get (IntSetting::relax_integers) == KLV_OFF;
     }
-    double seconds_left () const
-    {
-        return limit_ - Seconds (SteadyClock::now () - began_).count ();
-    }
+    double seconds_left () const { return limit_ - Seconds (SteadyClock::now () - began_).count (); }
     bool is_over () const { return code_ != KLV_RES_OK || seconds_left () <= 0; }
 
     void collect (const Solution* certificate);
@@ -270,7 +266,8 @@ bool ConflictSearch::keep_needed_members ()
     std::vector<double> y (static_cast<std::size_t> (inner_->problem ().constraints ()));
     for (std::size_t k = 0; k < conflict.members.size (); ++k)
         if (const ConflictMember& member = conflict.members[k]; !member.is_variable ())
-            y[index (row_of_[index (member.item)])] += (member.is_upper () ? -1 : 1) * conflict.multipliers[k];
+            y[index (row_of_[index (member.item)])] +=
+                (member.is_upper () ? -1 : 1) * conflict.multipliers[k];
     if (!certify_infeasible (inner_->problem (), {y}))
         return false;
     kept_ = std::move (needed);

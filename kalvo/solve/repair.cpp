@@ -133,10 +133,9 @@ KLVrescode_t Repair::solve ()
         bound_ = elastic->information.get (RealItem::mip_bound);
         break;
     default:
-        refuse (KLV_RES_REPAIR_IMPOSSIBLE,
-                "No movement of the bounds that may move makes the problem feasible",
-                solution->problem_status == KLV_PRO_INFEASIBLE_BY_SEARCH ? " (by search, not certified)." :
-                                                                           ".");
+        refuse (
+            KLV_RES_REPAIR_IMPOSSIBLE, "No movement of the bounds that may move makes the problem feasible",
+            solution->problem_status == KLV_PRO_INFEASIBLE_BY_SEARCH ? " (by search, not certified)." : ".");
     }
     gather (*solution);
     return KLV_RES_OK;

@@ -91,7 +91,8 @@ static constexpr auto live_reals = std::to_array<LiveItem<RealItem>> ({
      "Largest scaled negative eigenvalue of a semidefinite variable's dual (positive for maximisation)."},
     {RealItem::repair_sum, "KLV_DINF_REPAIR_SUM",
      "Weighted sum of the amounts by which the last repair moved bounds."},
-    {RealItem::repair_bound, "KLV_DINF_REPAIR_BOUND", "The smallest such sum that was not ruled out by proof."},
+    {RealItem::repair_bound, "KLV_DINF_REPAIR_BOUND",
+     "The smallest such sum that was not ruled out by proof."},
     {RealItem::time_conflict, "KLV_DINF_TIME_CONFLICT",
      "Seconds that the last search for contradictory bounds took."},
 });

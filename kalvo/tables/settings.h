@@ -24,8 +24,7 @@ enum class RealSetting {
     integer_log_interval,
     memory_limit,               // megabytes of a worker process; negative: none
     interior_regularization,    // 0: the engine's adapter chooses
-    memory_limit,    // megabytes of a worker process; negative: none
-    conflict_time_limit,    // seconds; 0: no search
+    conflict_time_limit,        // seconds; 0: no search
     count
 };
 

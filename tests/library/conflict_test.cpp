@@ -103,7 +103,8 @@ INSTANTIATE_TEST_SUITE_P (
     All, ConflictTest,
     testing::Values (Case{"min 1 1; 0.. 0..; 1 1 in ..10; 1 0 in 5..; 0 1 in 7..; 1 -1 in ..99", 3, 3},
                      Case{"min 1 1; 0.. 3..1; 1 1 in ..10", 2, 2},    // crossed
-                     Case{"min 1 1; 0.. 0..; 0 0 in 2..3", 1, 1},     // a row that is a contradiction by itself
+                     Case{"min 1 1; 0.. 0..; 0 0 in 2..3", 1,
+                          1},    // a row that is a contradiction by itself
                      Case{"min 1 1; .. ..; 1 1 in 2..2; 1 1 in 3..3", 2, 2},    // one side of each equality
                      Case{"min 1; 0..9i; 2 in 3..3", 2, 2},                     // by search
                      Case{"min 1 1; 0..1i 0..1i; 1 1 in 3..", 3, 3},            // the relaxation's
