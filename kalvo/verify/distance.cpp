@@ -1,5 +1,7 @@
 #include "kalvo/verify/distance.h"
 
+#include "kalvo/verify/sum.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -107,14 +109,17 @@ private:
     double factor_;
 };
 
-// As below, with squares that tell 1 beside 1e9.
+// Both take squares from each other without error, so that a small member counts beside large ones.
 static double quadratic_distance (const Scaled& x)
 {
-    long double squares = 0;
+    const double norm = x.norm_from (1);
+    if (x[0] <= 0)
+        return norm - x[0];
+    Sum excess;
     for (std::size_t i = 1; i < x.size (); ++i)
-        squares += static_cast<long double> (x[i]) * x[i];
-    const long double norm = std::sqrt (squares), first = x[0];
-    return static_cast<double> (first <= 0 ? norm - first : (squares - first * first) / (norm + first));
+        excess.add_product (x[i], x[i]);
+    excess.add_product (-x[0], x[0]);
+    return excess.value () / (norm + x[0]);
 }
 
 static double rotated_distance (const Scaled& x)
@@ -123,8 +128,11 @@ static double rotated_distance (const Scaled& x)
     const double root = std::hypot (half, norm / std::numbers::sqrt2);
     if (middle <= 0)
         return root - middle;
-    // (root^2 - middle^2) / (root + middle): a small member counts beside a large one.
-    return std::fma (norm, norm / 2, -x[0] * x[1]) / (root + middle);
+    Sum excess;    // root^2 - middle^2
+    for (std::size_t i = 2; i < x.size (); ++i)
+        excess.add_product (x[i] / 2, x[i]);
+    excess.add_product (-x[0], x[1]);
+    return excess.value () / (root + middle);
 }
 
 // The smallest t for which x + t d is in the primal exponential cone. The log of the cone's inequality is concave and rises along

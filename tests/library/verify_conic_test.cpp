@@ -539,6 +539,10 @@ TEST (VerifyConic, DistancesAreTheSmallestMovesIntoTheCone)
                 x[i] = wrong;
                 EXPECT_EQ (klv::distance ({static_cast<KLVdomaintype> (type), power_of_3}, 1, x), inf);
             }
+    // On the boundary but for the last member, whose square is a part in 1e18 of the others'.
+    EXPECT_NEAR (klv::distance ({KLV_DOMAIN_QUADRATIC_CONE, {}}, 1, Values{5e8, 4e8, 3e8, 1}), 1e-9, 1e-15);
+    EXPECT_NEAR (klv::distance ({KLV_DOMAIN_ROTATED_QUADRATIC_CONE, {}}, 1, Values{5e8, 5e8, 7e8, 1e8, 1}),
+                 5e-10, 1e-15);
     EXPECT_NEAR (klv::matrix_distance (3, 1, Values{1, 2, 0, 1, 0, 5}), 1, 1e-15);
     EXPECT_EQ (klv::matrix_distance (0, 1, {}), 0);
 }
