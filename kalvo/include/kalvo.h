@@ -693,8 +693,8 @@ KLV_API KLVrescode_t KLV_toconic (KLVtask_t task);
 KLV_API KLVrescode_t KLV_primalrepair (KLVtask_t task, const double* wlc, const double* wuc,
                                        const double* wlx, const double* wux);
 
-/* Bounds that contradict each other, found by the last optimisation or analysis of an infeasible problem (none are found for a
- * feasible one, and with KLV_DPAR_CONFLICT_TIME_LIMIT 0): their number, and for each a KLVconflictkind and the constraint or
+/* Bounds that contradict each other, found by the last analysis of an infeasible problem, or by its last optimisation if its
+ * messages went anywhere (none are found for a feasible one, and with KLV_DPAR_CONFLICT_TIME_LIMIT 0): their number, and for each a KLVconflictkind and the constraint or
  * variable. Cones, matrices and integrality hold beside them. room is the size of the arrays: KLV_RES_BUFFER_TOO_SMALL when
  * there are more members. KLV_IINF_CONFLICT_IRREDUCIBLE is 1 when the others can hold without any one of them. */
 KLV_API KLVrescode_t KLV_getnumconflict (KLVtask_t task, int32_t* count);

@@ -388,7 +388,9 @@ KLVrescode_t find_conflict (Task& task, std::int32_t stream, const Optimizer& op
 {
     task.conflict = {};
     const Solution* infeasible = infeasible_slot (task);
-    if (infeasible == nullptr || task.parameters.get (RealSetting::conflict_time_limit) <= 0)
+    const bool is_told =
+        task.parameters.get (IntSetting::log_level) >= 1 && task.streams.anyone_listens_on (stream);
+    if (infeasible == nullptr || !is_told || task.parameters.get (RealSetting::conflict_time_limit) <= 0)
         return KLV_RES_OK;
     return search (task, stream, *infeasible, optimizer);
 }

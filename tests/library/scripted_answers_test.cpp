@@ -34,7 +34,7 @@ void expect_reported (const Answer& answer)
             << "the second try is without presolve and scaling";
         return claims (run++ == 0 ? first : second);
     });
-    const model::Task task (answer.problem, "OPTIMIZER 1 CONFLICT_TIME_LIMIT 0");
+    const model::Task task (answer.problem, "OPTIMIZER 1");
     EXPECT_EQ (optimized (task), answer.result);
     EXPECT_EQ (front.engine ().runs, answer.runs);
     EXPECT_EQ (task.information ("CLAIMS_REJECTED"), answer.rejected);

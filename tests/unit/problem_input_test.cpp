@@ -149,7 +149,6 @@ TEST_F (ProblemInput, FaultsAreNamed)
     }
 }
 
-// The weights are checked in full, although the library can't repair.
 TEST_F (ProblemInput, RepairNeedsGoodWeights)
 {
     const std::pair<const char*, std::string> cases[] = {
