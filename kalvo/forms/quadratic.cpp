@@ -171,7 +171,7 @@ static void scale (QuadraticForm& form, QuadraticRecovery& recovery)
     double largest = 0;
     for (const std::vector<double>* values : bounds)
         largest = std::max (largest, largest_finite (*values));
-    constexpr double most = 1e4, least_cost = 1e-4;    // units nearer to 1 cost iterations
+    constexpr double most = 1e4, least_cost = 1e-4;    // a narrower range costs iterations
     recovery.factors = choose_units (form, largest, most, least_cost);
     for (std::vector<double>* values : bounds)
         for (double& value : *values)

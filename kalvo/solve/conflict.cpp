@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 namespace klv {
@@ -60,9 +61,16 @@ private:
         return problem_.integers > 0 && task_.parameters.get (IntSetting::relax_integers) == KLV_OFF;
     }
     double seconds_left () const { return limit_ - Seconds (SteadyClock::now () - began_).count (); }
-    bool is_over () const { return code_ != KLV_RES_OK || seconds_left () <= 0; }
+    bool is_over ()
+    {
+        if (code_ == KLV_RES_OK)
+            if (const std::int32_t answer = task_.ask_callback_in_time (KLV_CALLER_ANALYZE))
+                code_ = stop_code (answer);
+        return code_ != KLV_RES_OK || seconds_left () <= 0;
+    }
 
     void collect (const Solution* certificate);
+    Problem rows_of_members ();
     void load (bool relaxed);
     void put_bounds (const std::vector<bool>& kept);
     Verdict try_set (const std::vector<bool>& kept);
@@ -147,41 +155,55 @@ void ConflictSearch::collect (const Solution* certificate)
         take_support (*certificate);
 }
 
-// The problem without its objective; a linear one with those constraints only that members belong to.
-void ConflictSearch::load (bool relaxed)
+static Problem without_objective (const Problem& problem)
 {
-    Problem part = problem_;
+    Problem part = problem;
     std::ranges::fill (part.cost, 0.0);
     part.constant = 0;
     part.quadratic_objective = {};
     part.semidefinite.objective = {};
+    return part;
+}
+
+// Those rows of a linear problem that members belong to.
+Problem ConflictSearch::rows_of_members ()
+{
+    Problem part;
+    part.append_variables (problem_.variables ());
+    part.integer = problem_.integer;
+    part.integers = problem_.integers;
     row_of_.assign (static_cast<std::size_t> (problem_.constraints ()), -1);
-    if (problem_.is_linear ()) {
-        std::int32_t count = 0;
-        for (const ConflictMember& member : members_)
-            if (!member.is_variable () && row_of_[index (member.item)] < 0)
-                row_of_[index (member.item)] = count++;
-        part.constraint = {};
-        part.constraint_name = {};
-        part.append_constraints (count);
-        part.matrix = {};
-        part.matrix.append_columns (problem_.variables ());
-        std::vector<std::int32_t> rows;
-        std::vector<double> values;
-        for (std::int32_t j = 0; j < problem_.variables (); ++j) {
-            const Column column = problem_.matrix.column (j);
-            rows.clear ();
-            values.clear ();
-            for (std::size_t k = 0; k < column.rows.size (); ++k)
-                if (const std::int32_t row = row_of_[index (column.rows[k])]; row >= 0) {
-                    rows.push_back (row);
-                    values.push_back (column.values[k]);
-                }
-            part.matrix.put (j, rows, values);
-        }
-    } else
-        for (std::size_t i = 0; i < row_of_.size (); ++i)
-            row_of_[i] = static_cast<std::int32_t> (i);
+    std::int32_t count = 0;
+    for (const ConflictMember& member : members_)
+        if (!member.is_variable () && row_of_[index (member.item)] < 0)
+            row_of_[index (member.item)] = count++;
+    part.append_constraints (count);
+    std::vector<std::int32_t> rows;
+    std::vector<double> values;
+    for (std::int32_t j = 0; j < problem_.variables (); ++j) {
+        const Column column = problem_.matrix.column (j);
+        rows.clear ();
+        values.clear ();
+        for (std::size_t k = 0; k < column.rows.size (); ++k)
+            if (const std::int32_t row = row_of_[index (column.rows[k])]; row >= 0) {
+                rows.push_back (row);
+                values.push_back (column.values[k]);
+            }
+        part.matrix.put (j, rows, values);
+    }
+    return part;
+}
+
+void ConflictSearch::load (bool relaxed)
+{
+    Problem part;
+    if (problem_.is_linear ())
+        part = rows_of_members ();
+    else {
+        part = without_objective (problem_);
+        row_of_.resize (static_cast<std::size_t> (problem_.constraints ()));
+        std::iota (row_of_.begin (), row_of_.end (), 0);
+    }
     inner_->parameters.integers[parameter_number (IntSetting::relax_integers)] = relaxed ? KLV_ON : KLV_OFF;
     inner_->replace_problem (std::move (part));
 }
@@ -257,7 +279,7 @@ bool ConflictSearch::keep_needed_members ()
             conflict.members.push_back (members_[k]);
             conflict.multipliers.push_back (multipliers_[k]);
         }
-    if (!keep_needed (problem_, conflict))
+    if (!keep_needed (problem_, conflict, [this] { return is_over (); }))
         return false;
     std::vector<bool> needed (members_.size ());
     for (std::size_t k = 0; k < members_.size (); ++k)
@@ -314,7 +336,8 @@ void ConflictSearch::start_from (const Solution& infeasible)
     if (problem_.is_linear () && try_set (std::vector<bool> (kept_)) == Verdict::contradictory)
         return;
     by_search_ = has_integers ();
-    load (!by_search_);
+    if (by_search_)
+        load (false);
 }
 
 Conflict ConflictSearch::run ()
@@ -371,28 +394,36 @@ static void print (Task& task, std::int32_t stream)
         say (text ("  and ", count - most_lines, " more"));
 }
 
+static void tell (Task& task, std::int32_t stream)
+{
+    task.information.set (IntItem::conflict_members, std::ssize (task.conflict.members));
+    task.information.set (IntItem::conflict_irreducible, task.conflict.irreducible);
+    if (task.parameters.get (IntSetting::log_level) >= 1)
+        print (task, stream);
+}
+
 static KLVrescode_t search (Task& task, std::int32_t stream, const Solution& infeasible,
                             const Optimizer& optimizer)
 {
     ConflictSearch search (task, optimizer);
     search.start_from (infeasible);
     task.conflict = search.run ();
-    task.information.set (IntItem::conflict_members, std::ssize (task.conflict.members));
-    task.information.set (IntItem::conflict_irreducible, task.conflict.irreducible);
-    if (task.parameters.get (IntSetting::log_level) >= 1)
-        print (task, stream);
+    tell (task, stream);
     return search.code ();
 }
 
 KLVrescode_t find_conflict (Task& task, std::int32_t stream, const Optimizer& optimizer)
 {
-    task.conflict = {};
     const Solution* infeasible = infeasible_slot (task);
     const bool is_told =
         task.parameters.get (IntSetting::log_level) >= 1 && task.streams.anyone_listens_on (stream);
     if (infeasible == nullptr || !is_told || task.parameters.get (RealSetting::conflict_time_limit) <= 0)
         return KLV_RES_OK;
-    return search (task, stream, *infeasible, optimizer);
+    // One without a search's word holds whatever the parameters are.
+    if (task.conflict.members.empty () || task.conflict.by_search)
+        return search (task, stream, *infeasible, optimizer);
+    tell (task, stream);
+    return KLV_RES_OK;
 }
 
 KLVrescode_t analyze_feasibility (Task& task, std::int32_t stream, const Optimizer& optimizer)
@@ -402,11 +433,7 @@ KLVrescode_t analyze_feasibility (Task& task, std::int32_t stream, const Optimiz
     if (limit <= 0)
         return KLV_RES_OK;
     InnerTask trial (task, InnerTask::Lines::dropped);
-    Problem problem = task.problem ();
-    std::ranges::fill (problem.cost, 0.0);
-    problem.quadratic_objective = {};
-    problem.semidefinite.objective = {};
-    trial->replace_problem (std::move (problem));
+    trial->replace_problem (without_objective (task.problem ()));
     trial->parameters.integers[parameter_number (IntSetting::log_level)] = 0;
     trial->parameters.doubles[parameter_number (RealSetting::time_limit)] = limit;
     const KLVrescode_t code = trial.optimize (optimizer);

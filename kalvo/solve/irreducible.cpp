@@ -21,10 +21,12 @@ public:
 
     // Where the factorisation ended: count () when all vectors are independent but for y.
     std::size_t factor ();
-    // Other multipliers of which at least one is 0, with the first members up to `end`, where the factorisation ended.
-    std::vector<double> fewer_multipliers (std::size_t end) const;
+    // Takes other multipliers, which the first members up to `end` have, where the factorisation ended, and drops those members that
+    // have none then. False: there is none to drop.
+    bool drop (std::size_t end);
     bool has_point_without (std::size_t i) const;
     std::size_t count () const { return b_.size (); }
+    WeightedMembers members () const;
 
 private:
     struct Entry {
@@ -34,8 +36,11 @@ private:
 
     double& g (std::size_t i, std::size_t j) { return g_[i * count () + j]; }
     double g (std::size_t i, std::size_t j) const { return g_[i * count () + j]; }
+    std::vector<double> fewer_multipliers (std::size_t end) const;
+    void normalise ();
     void solve (std::vector<double>& right) const;
 
+    std::vector<ConflictMember> members_;
     std::vector<std::vector<Entry>> rows_;
     std::vector<double> b_, y_, norm_, g_;    // g: AA' + yy', then its Cholesky factor
     std::size_t columns_ = 0;
@@ -43,7 +48,9 @@ private:
 
 Inequalities::Inequalities (const Problem& problem, std::span<const ConflictMember> members,
                             std::span<const double> multipliers)
-    : rows_ (members.size ()), columns_ (static_cast<std::size_t> (problem.variables ()))
+    : members_ (members.begin (), members.end ()),
+      rows_ (members.size ()),
+      columns_ (static_cast<std::size_t> (problem.variables ()))
 {
     std::vector<std::vector<std::size_t>> of_constraint (static_cast<std::size_t> (problem.constraints ()));
     for (std::size_t k = 0; k < members.size (); ++k) {
@@ -58,7 +65,6 @@ Inequalities::Inequalities (const Problem& problem, std::span<const ConflictMemb
             for (const std::size_t k : of_constraint[index (column.rows[e])])
                 rows_[k].push_back ({index (j), column.values[e]});
     }
-    double length = 0;
     for (std::size_t k = 0; k < members.size (); ++k) {
         const Bounds& bounds = members[k].is_variable () ? problem.variable : problem.constraint;
         const bool upper = members[k].is_upper ();
@@ -66,15 +72,30 @@ Inequalities::Inequalities (const Problem& problem, std::span<const ConflictMemb
         double norm = 0;
         for (const Entry& entry : rows_[k])
             norm = std::hypot (norm, entry.value);
+        if (norm == 0)    // a row that contradicts itself
+            norm = 1;
         for (Entry& entry : rows_[k])
             entry.value *= sign / norm;
         b_.push_back (sign * (upper ? bounds.upper : bounds.lower)[index (members[k].item)] / norm);
         norm_.push_back (norm);
         y_.push_back (multipliers[k] * norm);
-        length = std::hypot (length, y_.back ());
     }
+    normalise ();
+}
+
+void Inequalities::normalise ()
+{
+    const double length = std::sqrt (std::inner_product (y_.begin (), y_.end (), y_.begin (), 0.0));
     for (double& y : y_)
         y /= length;
+}
+
+WeightedMembers Inequalities::members () const
+{
+    WeightedMembers all{members_, y_};
+    for (std::size_t k = 0; k < count (); ++k)
+        all.multipliers[k] /= norm_[k];
+    return all;
 }
 
 std::size_t Inequalities::factor ()
@@ -139,9 +160,33 @@ std::vector<double> Inequalities::fewer_multipliers (std::size_t end) const
         std::fill (fewer.begin () + static_cast<std::ptrdiff_t> (end) + 1, fewer.end (), 0.0);
     constexpr double noise = 1e-12;
     const double largest = *std::ranges::max_element (fewer);
-    for (std::size_t i = 0; i < fewer.size (); ++i)
-        fewer[i] = fewer[i] > noise * largest ? fewer[i] / norm_[i] : 0;
+    for (double& each : fewer)
+        if (!(each > noise * largest))
+            each = 0;
     return fewer;
+}
+
+bool Inequalities::drop (std::size_t end)
+{
+    const std::vector<double> fewer = fewer_multipliers (end);
+    std::size_t left = 0;
+    for (std::size_t k = 0; k < fewer.size (); ++k)
+        if (fewer[k] > 0) {
+            members_[left] = members_[k];
+            if (left != k)
+                rows_[left] = std::move (rows_[k]);
+            b_[left] = b_[k];
+            norm_[left] = norm_[k];
+            y_[left++] = fewer[k];
+        }
+    if (left == fewer.size ())
+        return false;
+    members_.resize (left);
+    rows_.resize (left);
+    for (std::vector<double>* values : {&b_, &norm_, &y_})
+        values->resize (left);
+    normalise ();
+    return true;
 }
 
 void Inequalities::solve (std::vector<double>& right) const
@@ -185,28 +230,24 @@ bool Inequalities::has_point_without (std::size_t i) const
     return false;
 }
 
-bool keep_needed (const Problem& problem, WeightedMembers& conflict)
+bool keep_needed (const Problem& problem, WeightedMembers& conflict, const std::function<bool ()>& is_over)
 {
     constexpr std::size_t most = 300;
-    while (!conflict.members.empty () && conflict.members.size () <= most) {
-        Inequalities inequalities (problem, conflict.members, conflict.multipliers);
+    if (conflict.members.size () > most)
+        return false;
+    Inequalities inequalities (problem, conflict.members, conflict.multipliers);
+    while (inequalities.count () > 0 && !is_over ()) {
         const std::size_t end = inequalities.factor ();
-        if (end == conflict.members.size ()) {
-            for (std::size_t i = 0; i < end; ++i)
-                if (!inequalities.has_point_without (i))
-                    return false;
-            return true;
+        if (end < inequalities.count ()) {
+            if (!inequalities.drop (end))
+                return false;
+            continue;
         }
-        const std::vector<double> fewer = inequalities.fewer_multipliers (end);
-        WeightedMembers left;
-        for (std::size_t k = 0; k < fewer.size (); ++k)
-            if (fewer[k] > 0) {
-                left.members.push_back (conflict.members[k]);
-                left.multipliers.push_back (fewer[k]);
-            }
-        if (left.members.size () == conflict.members.size ())
-            return false;
-        conflict = std::move (left);
+        for (std::size_t i = 0; i < end; ++i)
+            if (!inequalities.has_point_without (i))
+                return false;
+        conflict = inequalities.members ();
+        return true;
     }
     return false;
 }

@@ -50,12 +50,11 @@ static constexpr auto live_reals = std::to_array<RealParameter> ({
     {17, "KLV_DPAR_MEMORY_LIMIT", -1, -1, inf, Group::none, RealSetting::memory_limit,
      "Megabytes that optimisers may use in a process of their own; -1: no limit."},
     {18, "KLV_DPAR_INTPNT_REGULARIZATION", 0, 0, 1e-4, Group::none, RealSetting::interior_regularization,
-     "What is added to the diagonals of the systems of quadratic and conic problems, scaled: always (conic), "
-     "at "
-     "the least (quadratic); 0: the optimiser chooses."},
-    {20, "KLV_DPAR_CONFLICT_TIME_LIMIT", 10, 0, inf, Group::none, RealSetting::conflict_time_limit,
-     "Seconds that may go into finding out which bounds of an infeasible problem contradict each other; 0: "
-     "not looked for."},
+     "What is added to the diagonals of the scaled systems of conic problems, and at the least to those of "
+     "quadratic ones; 0: the optimiser chooses."},
+    {19, "KLV_DPAR_CONFLICT_TIME_LIMIT", 10, 0, inf, Group::none, RealSetting::conflict_time_limit,
+     "Seconds that may go into finding out which bounds of an infeasible problem contradict each "
+     "other; 0: not looked for."},
 });
 
 static constexpr auto live_ints = std::to_array<IntParameter> ({

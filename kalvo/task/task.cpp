@@ -22,6 +22,7 @@ Problem& KLV_task::edit_problem ()
                 .reset ();    // orders the last reader's accesses before the changes that follow
         lent_ = false;
     }
+    conflict.members.clear ();
     return *problem_;
 }
 
@@ -29,6 +30,7 @@ void KLV_task::replace_problem (Problem&& problem)
 {
     problem_ = std::make_shared<Problem> (std::move (problem));
     lent_ = false;
+    conflict.members.clear ();
     drop_solutions ();
 }
 

@@ -36,7 +36,7 @@ struct KLV_task {
     klv::Information information;
     klv::Streams streams;
     klv::Solutions solutions;
-    klv::Conflict conflict;    // of the last optimisation or analysis
+    klv::Conflict conflict;    // of the problem as it is; without members: none is known
     klv::RepeatedRows repeated_rows;
 
     // Records an error, prints it on the error streams and returns its code: `return task.fail (code,

@@ -154,6 +154,10 @@ TEST (Conflict, IsOnlyLookedForWhereThereIsTimeAndSomebodyListens)
     EXPECT_TRUE (conflict_of (task).items.empty ()) << "nobody listens";
     EXPECT_EQ (KLV_analyzeproblem (task, KLV_STREAM_MESSAGES), 0);
     EXPECT_EQ (conflict_of (task).items.size (), 2u);
+    EXPECT_EQ (KLV_optimize (task), 0);
+    EXPECT_EQ (conflict_of (task).items.size (), 2u) << "the problem is the same";
+    EXPECT_EQ (KLV_putcfix (task, 3), 0);
+    EXPECT_TRUE (conflict_of (task).items.empty ()) << "of another problem";
 }
 
 }
