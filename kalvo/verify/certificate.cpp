@@ -52,6 +52,7 @@ static Solution infeasible_solution (const Problem& problem)
 struct Proof {
     std::vector<double> ray = {}, products = {};
     long double value = 0, terms = 0;
+    std::vector<bool> noisy = {};    // products that hold but for noise
     double noise_share = 0, noise_sum = 0;
 };
 
@@ -77,10 +78,6 @@ static std::vector<double> own_terms (const Kind& kind, std::span<const double> 
     return terms;
 }
 
-// Moves the parts that are entries alone into their cones, and no less: a member that is small beside the others may be what a proof
-// needs.
-// How far a positive semidefinite part is outside, each diagonal entry relative to its terms. Rows without such terms must be 0, but
-// for the noise of their entries, and are left out.
 // Whether the part is in its cone, but for noise of its products, which is noted.
 static bool is_inside (const ConePart& part, std::span<const double> terms, Proof& proof)
 {
@@ -96,8 +93,10 @@ static bool is_inside (const ConePart& part, std::span<const double> terms, Proo
         const double share = relative_distance (part.order, block, own, noise_tolerance);
         proof.noise_share = std::max (proof.noise_share, share);
         const std::vector<double> towards = part.direction_of ();
-        for (std::size_t i = 0; i < block.size () && share > 0; ++i)
+        for (std::size_t i = 0; i < block.size () && share > 0; ++i) {
             proof.noise_sum += share * own[i] * towards[i];
+            proof.noisy[part.places[i] - entries] = true;
+        }
         return share <= noise_tolerance * part.order;
     }
     const double outside = part.distance_of (block);
@@ -110,9 +109,44 @@ static bool is_inside (const ConePart& part, std::span<const double> terms, Proo
         if (!(noise <= noise_tolerance * own[i]))
             return false;
         if (noise > 0) {
+            proof.noisy[part.places[i] - entries] = true;
             proof.noise_sum += noise;
             proof.noise_share = std::max (proof.noise_share, noise / own[i]);
         }
+    }
+    return true;
+}
+
+// Noise is what a small change of the entries takes away, if the cones that the change reaches leave room for it. At a curved boundary
+// there is none: entries of 1e8 may come as near to a ray as rounding tells where there is no ray.
+template <class Kind>
+static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms, const Proof& proof)
+{
+    constexpr double room = 5 * noise_tolerance;
+    const std::size_t entries = proof.ray.size ();
+    std::vector<bool> reached (entries + proof.products.size ());
+    const auto reach = [&] (bool from_products) {
+        kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
+            if (value == 0 || proof.ray[from] == 0)
+                return;
+            if (from_products ? proof.noisy[to] : reached[from])
+                reached[from_products ? from : entries + to] = true;
+        });
+    };
+    reach (true);
+    reach (false);
+    std::vector<double> block, magnitudes;
+    for (const ConePart& part : kind.parts) {
+        if (std::ranges::none_of (part.places, [&] (std::size_t place) { return reached[place]; }))
+            continue;
+        block.clear ();
+        magnitudes.clear ();
+        for (const std::size_t place : part.places) {
+            block.push_back (place < entries ? proof.ray[place] : proof.products[place - entries]);
+            magnitudes.push_back (place < entries ? std::abs (proof.ray[place]) : terms[place - entries]);
+        }
+        if (!part.holds_beside (room, block, magnitudes))
+            return false;
     }
     return true;
 }
@@ -129,6 +163,7 @@ static std::optional<Proof> verify (const Kind& kind, std::vector<double> ray)
             return std::nullopt;
     Proof proof{.ray = std::move (ray)};
     proof.products = products_of (kind, proof.ray);
+    proof.noisy.resize (proof.products.size ());
     std::vector<double> terms;
     if (!kind.parts.empty ())
         terms = own_terms (kind, proof.ray);
@@ -144,12 +179,15 @@ static std::optional<Proof> verify (const Kind& kind, std::vector<double> ray)
             return std::nullopt;
         }
         proof.products[i] = 0;
+        proof.noisy[i] = true;
         proof.noise_sum += noise;
         proof.noise_share = std::max (proof.noise_share, noise / terms[i]);
     }
     for (const ConePart& part : kind.parts)
         if (!is_inside (part, terms, proof))
             return std::nullopt;
+    if (proof.noise_share > 0 && !noise_can_be_mended (kind, terms, proof))
+        return std::nullopt;
     kind.each_term (proof.ray, proof.products, [&] (long double a, long double b) {
         proof.value += a * b;
         proof.terms += std::abs (a * b);

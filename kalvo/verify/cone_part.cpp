@@ -56,6 +56,47 @@ double ConePart::distance_of (std::span<const double> block) const
                : outside;
 }
 
+// The worst change is known: against the direction that leads inside, and outward for the rest. An exponential cone's second factor may
+// change for the worse either way.
+bool ConePart::holds_beside (double share, std::span<const double> block,
+                             std::span<const double> magnitudes) const
+{
+    const bool flat = type == KLV_DOMAIN_FREE || type == KLV_DOMAIN_ZERO || type == KLV_DOMAIN_NONNEGATIVE ||
+                      type == KLV_DOMAIN_NONPOSITIVE || block.size () <= 2;
+    if (flat)
+        return true;
+    std::vector<double> worst (block.begin (), block.end ());
+    if (type == KLV_DOMAIN_SEMIDEFINITE_CONE) {
+        const std::vector<double> ones = identity (block.size ());
+        const auto n = static_cast<std::int32_t> (std::ranges::count (ones, 1.0));
+        std::vector<double> terms (magnitudes.begin (), magnitudes.end ());
+        for (std::size_t k = 0; k < worst.size (); ++k) {
+            worst[k] -= ones[k] * n * share * terms[k];
+            if (order < 0 && ones[k] == 0) {
+                worst[k] /= std::numbers::sqrt2;
+                terms[k] /= std::numbers::sqrt2;
+            }
+        }
+        return relative_distance (n, worst, terms, share) <= 0;
+    }
+    const bool primal = type == KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE,
+               exponential = primal || type == KLV_DOMAIN_DUAL_EXPONENTIAL_CONE;
+    const std::vector<double> towards =
+        !exponential ? direction_of () : primal ? std::vector{1.0, 0.0, -1.0} : std::vector{1.0, 1.0, 0.0};
+    for (std::size_t k = 0; k < worst.size (); ++k)
+        worst[k] += share * magnitudes[k] *
+                    (towards[k] != 0 ? -towards[k] : exponential ? 0 : std::copysign (1.0, block[k]));
+    const std::size_t scale = primal ? 1 : 2;
+    if (exponential)
+        worst[scale] -= share * magnitudes[scale];
+    bool holds = distance (shape (), 1, worst) <= 0;
+    if (exponential && magnitudes[scale] > 0) {
+        worst[scale] += 2 * share * magnitudes[scale];
+        holds = holds && distance (shape (), 1, worst) <= 0;
+    }
+    return holds;
+}
+
 void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray)
 {
     for (const ConePart& part : parts) {

@@ -11,8 +11,6 @@
 
 namespace klv {
 
-// cone.
-
 // Entries and products that lie in a cone, by their places: products stand after all entries.
 struct ConePart {
     KLVdomaintype type = KLV_DOMAIN_SEMIDEFINITE_CONE;
@@ -31,6 +29,9 @@ struct ConePart {
     Shape shape () const { return {type, exponents}; }
     // Not positive only where the block is inside beyond doubt, however its members differ in size.
     double distance_of (std::span<const double> block) const;
+    // Whether the block stays inside whatever its members change by, each at most this share of its magnitude. Cones with flat sides only
+    // are left out: there it always does but for noise.
+    bool holds_beside (double share, std::span<const double> block, std::span<const double> magnitudes) const;
     std::vector<double> direction_of () const
     {
         return order < 0 ? direction (shape (), places.size ()) : identity (places.size ());
