@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <stdexcept>
 #include <utility>
 
@@ -55,6 +56,11 @@ struct Proof {
     std::vector<bool> noisy = {};    // products that hold but for noise
     double noise_share = 0, noise_sum = 0;
 };
+
+static void append (std::span<const double> values, std::vector<double>& ray)
+{
+    ray.insert (ray.end (), values.begin (), values.end ());
+}
 
 template <class Kind>
 static std::vector<double> products_of (const Kind& kind, std::span<const double> ray)
@@ -117,12 +123,44 @@ static bool is_inside (const ConePart& part, std::span<const double> terms, Proo
     return true;
 }
 
-// Noise is what a small change of the entries takes away, if the cones that the change reaches leave room for it. At a curved boundary
-// there is none: entries of 1e8 may come as near to a ray as rounding tells where there is no ray.
+// Whether a product should be 0: it has the wrong sign, or comes near to 0 and may have one sign at most.
+template <class Kind>
+static bool should_be_zero (const Kind& kind, std::size_t i, double product, double terms)
+{
+    constexpr double near_zero = 1e-6;
+    return !kind.allows_product (i, product) ||
+           (std::abs (product) <= near_zero * terms &&
+            !(kind.trusts_product (i, 1) && kind.trusts_product (i, -1)));
+}
+
+// The terms of those products that should be 0, so those of a matrix in a row or column without terms on the diagonal. Empty where one
+// that must be 0 is far from it.
+template <class Kind>
+static std::vector<double> terms_of_zeros (const Kind& kind, std::span<const double> ray)
+{
+    constexpr double far = 0.01;
+    const std::vector<double> products = products_of (kind, ray);
+    std::vector<double> terms = own_terms (kind, ray);
+    std::vector<bool> flat (products.size ());
+    for (const ConePart& part : kind.parts)
+        part.each_flat_entry (ray.size (), terms, [&] (std::size_t product) { flat[product] = true; });
+    for (std::size_t i = 0; i < products.size (); ++i) {
+        if (!kind.allows_product (i, products[i]) && std::abs (products[i]) > far * terms[i])
+            return {};
+        if (!flat[i] && !should_be_zero (kind, i, products[i], terms[i]))
+            terms[i] = 0;
+    }
+    return terms;
+}
+
+// Whether some small change takes the noise away, cones being kept: those whose boundaries are too near for members to change by as much
+// as noise may only be scaled, as a whole. At a curved boundary, entries of 1e8 come as near to a ray as rounding tells where there
+// is none.
 template <class Kind>
 static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms, const Proof& proof)
 {
     constexpr double room = 5 * noise_tolerance;
+    constexpr long double gone = 1e-18L;
     const std::size_t entries = proof.ray.size ();
     std::vector<bool> reached (entries + proof.products.size ());
     const auto reach = [&] (bool from_products) {
@@ -135,20 +173,63 @@ static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms
     };
     reach (true);
     reach (false);
-    std::vector<double> block, magnitudes;
-    for (const ConePart& part : kind.parts) {
+    std::vector<std::size_t> unknown (entries);
+    std::iota (unknown.begin (), unknown.end (), std::size_t{0});
+    struct Target {
+        std::size_t product, part;
+        double value;
+    };
+    std::vector<Target> targets;
+    bool all_hold = true;
+    std::vector<double> all (proof.ray), block, magnitudes;
+    append (proof.products, all);
+    move_inside (kind.parts, all);
+    for (std::size_t k = 0; k < kind.parts.size (); ++k) {
+        const ConePart& part = kind.parts[k];
         if (std::ranges::none_of (part.places, [&] (std::size_t place) { return reached[place]; }))
             continue;
         block.clear ();
         magnitudes.clear ();
         for (const std::size_t place : part.places) {
-            block.push_back (place < entries ? proof.ray[place] : proof.products[place - entries]);
-            magnitudes.push_back (place < entries ? std::abs (proof.ray[place]) : terms[place - entries]);
+            block.push_back (all[place]);
+            magnitudes.push_back (place < entries ? std::abs (all[place]) : terms[place - entries]);
         }
-        if (!part.holds_beside (room, block, magnitudes))
-            return false;
+        if (part.holds_beside (room, block, magnitudes))
+            continue;
+        all_hold = false;
+        for (const std::size_t place : part.places)
+            if (place < entries)
+                unknown[place] = part.places.front ();
+            else
+                targets.push_back ({place - entries, entries + k, all[place]});
     }
-    return true;
+    if (all_hold)
+        return true;
+    std::vector<double> scale = terms_of_zeros (kind, proof.ray);
+    if (scale.empty ())
+        return false;
+    for (const Target& target : targets)
+        scale[target.product] = terms[target.product];
+    LeastChange system (entries + kind.parts.size (), scale.size ());
+    const auto each_share = [&] (const auto& function) {
+        kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
+            if (scale[to] > 0 && proof.ray[from] != 0)
+                function (to, unknown[from],
+                          static_cast<long double> (kind.sign * value) * proof.ray[from] / scale[to]);
+        });
+        for (const Target& target : targets)
+            if (scale[target.product] > 0)
+                function (target.product, target.part, -static_cast<long double> (target.value) / scale[target.product]);
+    };
+    each_share ([&] (std::size_t to, std::size_t from, long double share) { system.add (to, from, share); });
+    const std::vector<long double> change = system.solve ();
+    if (change.empty ())
+        return false;
+    std::vector<long double> left (scale.size ());
+    each_share ([&] (std::size_t to, std::size_t from, long double share) {
+        left[to] += share * (1 + change[from]);
+    });
+    return std::ranges::all_of (left, [] (long double value) { return std::abs (value) <= gone; });
 }
 
 // Written so that a NaN proves nothing.
@@ -220,36 +301,6 @@ static std::vector<double> cleaned (const Kind& kind, std::vector<double> ray, d
     return ray;
 }
 
-// Whether a product should be 0: it has the wrong sign, or comes near to 0 and may have one sign at most.
-template <class Kind>
-static bool should_be_zero (const Kind& kind, std::size_t i, double product, double terms)
-{
-    constexpr double near_zero = 1e-6;
-    return !kind.allows_product (i, product) ||
-           (std::abs (product) <= near_zero * terms &&
-            !(kind.trusts_product (i, 1) && kind.trusts_product (i, -1)));
-}
-
-// The terms of those products that should be 0, so those of a matrix in a row or column without terms on the diagonal. Empty where one
-// that must be 0 is far from it.
-template <class Kind>
-static std::vector<double> terms_of_zeros (const Kind& kind, std::span<const double> ray)
-{
-    constexpr double far = 0.01;
-    const std::vector<double> products = products_of (kind, ray);
-    std::vector<double> terms = own_terms (kind, ray);
-    std::vector<bool> flat (products.size ());
-    for (const ConePart& part : kind.parts)
-        part.each_flat_entry (ray.size (), terms, [&] (std::size_t product) { flat[product] = true; });
-    for (std::size_t i = 0; i < products.size (); ++i) {
-        if (!kind.allows_product (i, products[i]) && std::abs (products[i]) > far * terms[i])
-            return {};
-        if (!flat[i] && !should_be_zero (kind, i, products[i], terms[i]))
-            terms[i] = 0;
-    }
-    return terms;
-}
-
 // The ray after the least relative change of its entries that makes 0 what should be 0, each product taken relative to its terms. What
 // is wrong by more than noise stays as it is.
 template <class Kind>
@@ -267,6 +318,36 @@ static std::vector<double> refined (const Kind& kind, std::vector<double> ray)
     for (std::size_t i = 0; i < change.size (); ++i)
         ray[i] = static_cast<double> (ray[i] * (1 + change[i]));
     return ray;
+}
+
+// The ray away from the boundaries of its cones, as far as its products can follow: refined, what was on a boundary by the way that it
+// was found is inside then.
+template <class Kind>
+static std::vector<double> pushed (const Kind& kind, std::span<const double> ray)
+{
+    const std::size_t entries = ray.size ();
+    const std::vector<double> terms = own_terms (kind, ray);
+    std::vector<double> all (ray.begin (), ray.end ());
+    append (products_of (kind, ray), all);
+    push_inside (kind.parts, all);
+    std::vector<double> inside (all.begin (), all.begin () + static_cast<std::ptrdiff_t> (entries));
+    std::vector<bool> in_cone (terms.size ());
+    LeastChange system (entries + 1, terms.size ());    // the last unknown scales all blocks
+    for (const ConePart& part : kind.parts)
+        for (const std::size_t place : part.places)
+            if (place >= entries && terms[place - entries] > 0) {
+                in_cone[place - entries] = true;
+                system.add (place - entries, entries,
+                            -static_cast<long double> (all[place]) / terms[place - entries]);
+            }
+    kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
+        if (in_cone[to] && inside[from] != 0)
+            system.add (to, from, static_cast<long double> (kind.sign * value) * inside[from] / terms[to]);
+    });
+    const std::vector<long double> change = system.solve ();
+    for (std::size_t i = 0; i < entries && !change.empty (); ++i)
+        inside[i] = static_cast<double> (inside[i] * (1 + change[i]));
+    return inside;
 }
 
 // A ray is one up to its sign, and engines do not agree on it.
@@ -294,6 +375,10 @@ static std::optional<Proof> prove (const Kind& kind, std::span<const double> cla
                     verify_scaled (kind, cleaned (kind, refined (kind, clean), small)))
                 return proof;
         }
+    for (const auto* way : ways) {
+        if (std::optional<Proof> proof = verify_scaled (kind, refined (kind, pushed (kind, *way))))
+            return proof;
+    }
     return std::nullopt;
 }
 
@@ -302,11 +387,6 @@ static std::vector<double> times (double factor, std::vector<double> values)
     for (double& value : values)
         value = factor * value + 0.0;
     return values;
-}
-
-static void append (std::span<const double> values, std::vector<double>& ray)
-{
-    ray.insert (ray.end (), values.begin (), values.end ());
 }
 
 // The certificate of a proof whose gradients are taken at x.

@@ -121,6 +121,22 @@ void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray)
     }
 }
 
+void push_inside (const std::vector<ConePart>& parts, std::vector<double>& ray)
+{
+    constexpr double little = 1e-6;
+    for (const ConePart& part : parts) {
+        if (part.type == KLV_DOMAIN_FREE || part.type == KLV_DOMAIN_ZERO ||
+            std::ranges::any_of (part.places, [&] (std::size_t place) { return place >= ray.size (); }))
+            continue;
+        double largest = 0;
+        for (const std::size_t place : part.places)
+            largest = std::max (largest, std::abs (ray[place]));
+        const std::vector<double> towards = part.direction_of ();
+        for (std::size_t i = 0; i < towards.size (); ++i)
+            ray[part.places[i]] += little * largest * towards[i];
+    }
+}
+
 double relative_distance (std::int32_t order, std::span<const double> triangle, std::span<const double> terms,
                           double noise_share)
 {

@@ -63,6 +63,9 @@ void add_matrix_parts (const SemidefiniteVariables& matrices, std::size_t first,
 // needs.
 void move_inside (const std::vector<ConePart>& parts, std::vector<double>& ray);
 
+// Moves these parts away from their cones' boundaries, by little beside their largest members.
+void push_inside (const std::vector<ConePart>& parts, std::vector<double>& ray);
+
 // How far a matrix, given as its packed lower triangle, is from being positive semidefinite, each diagonal entry relative to its terms.
 // Rows without such terms must be 0, but for noise, at most this share of their entries' terms, and are left out.
 double relative_distance (std::int32_t order, std::span<const double> triangle, std::span<const double> terms,

@@ -405,6 +405,17 @@ TEST (VerifyConic, NearlyRaysAreRefused)
              within ("min 0 0; .. ..; 1 in =1", {KLV_DOMAIN_QUADRATIC_CONE}), multipliers ({-1}, {1, -1e-9}));
     refused ("a direction that leaves the cone by little",
              within ("min 1 0; .. ..", {KLV_DOMAIN_DUAL_POWER_CONE, halves}), way ({-1e-9, 1}));
+    const double far = 1e8, beyond = std::nextafter (far, inf);
+    refused ("bounded: both members are equal, and the third is 0",
+             within ("min 0 0 1; .. .. ..; 1 -1 in =0", {KLV_DOMAIN_QUADRATIC_CONE}), way ({beyond, far, -1}));
+    Problem weak = model::parse ("min 0 0 1; .. .. ..; 1 -1 in =0");
+    put_cone (weak, KLV_CONE_QUADRATIC, 0, {0, 1, 2});
+    refused ("the same as a cone of variables", weak, way ({beyond, far, -1}));
+    refused ("feasible at 5e8", within ("min 0 0 0; .. .. ..; 1 -1 in =1e-9; 0 0 1 in =1", {KLV_DOMAIN_QUADRATIC_CONE}),
+             multipliers ({-far, 1}, {beyond, -far, -1}));
+    weak = model::parse ("min 0 0 0; .. .. ..; 1 -1 in =1e-9; 0 0 1 in =1");
+    put_cone (weak, KLV_CONE_QUADRATIC, 0, {0, 1, 2});
+    refused ("feasible at 5e8, as a cone of variables", weak, multipliers ({-far, 1}));
     refused ("without its doty", within ("min 0; ..; 1 in =-1", {KLV_DOMAIN_NONNEGATIVE}),
              multipliers ({-1}));
     Problem curved = model::parse ("min -1; ..");
