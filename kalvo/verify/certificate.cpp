@@ -219,7 +219,8 @@ static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms
         });
         for (const Target& target : targets)
             if (scale[target.product] > 0)
-                function (target.product, target.part, -static_cast<long double> (target.value) / scale[target.product]);
+                function (target.product, target.part,
+                          -static_cast<long double> (target.value) / scale[target.product]);
     };
     each_share ([&] (std::size_t to, std::size_t from, long double share) { system.add (to, from, share); });
     const std::vector<long double> change = system.solve ();

@@ -81,11 +81,14 @@ bool ConePart::holds_beside (double share, std::span<const double> block,
     }
     const bool primal = type == KLV_DOMAIN_PRIMAL_EXPONENTIAL_CONE,
                exponential = primal || type == KLV_DOMAIN_DUAL_EXPONENTIAL_CONE;
-    const std::vector<double> towards =
-        !exponential ? direction_of () : primal ? std::vector{1.0, 0.0, -1.0} : std::vector{1.0, 1.0, 0.0};
+    const std::vector<double> towards = !exponential ? direction_of ()
+                                        : primal     ? std::vector{1.0, 0.0, -1.0}
+                                                     : std::vector{1.0, 1.0, 0.0};
     for (std::size_t k = 0; k < worst.size (); ++k)
         worst[k] += share * magnitudes[k] *
-                    (towards[k] != 0 ? -towards[k] : exponential ? 0 : std::copysign (1.0, block[k]));
+                    (towards[k] != 0 ? -towards[k]
+                     : exponential   ? 0
+                                     : std::copysign (1.0, block[k]));
     const std::size_t scale = primal ? 1 : 2;
     if (exponential)
         worst[scale] -= share * magnitudes[scale];

@@ -407,11 +407,13 @@ TEST (VerifyConic, NearlyRaysAreRefused)
              within ("min 1 0; .. ..", {KLV_DOMAIN_DUAL_POWER_CONE, halves}), way ({-1e-9, 1}));
     const double far = 1e8, beyond = std::nextafter (far, inf);
     refused ("bounded: both members are equal, and the third is 0",
-             within ("min 0 0 1; .. .. ..; 1 -1 in =0", {KLV_DOMAIN_QUADRATIC_CONE}), way ({beyond, far, -1}));
+             within ("min 0 0 1; .. .. ..; 1 -1 in =0", {KLV_DOMAIN_QUADRATIC_CONE}),
+             way ({beyond, far, -1}));
     Problem weak = model::parse ("min 0 0 1; .. .. ..; 1 -1 in =0");
     put_cone (weak, KLV_CONE_QUADRATIC, 0, {0, 1, 2});
     refused ("the same as a cone of variables", weak, way ({beyond, far, -1}));
-    refused ("feasible at 5e8", within ("min 0 0 0; .. .. ..; 1 -1 in =1e-9; 0 0 1 in =1", {KLV_DOMAIN_QUADRATIC_CONE}),
+    refused ("feasible at 5e8",
+             within ("min 0 0 0; .. .. ..; 1 -1 in =1e-9; 0 0 1 in =1", {KLV_DOMAIN_QUADRATIC_CONE}),
              multipliers ({-far, 1}, {beyond, -far, -1}));
     weak = model::parse ("min 0 0 0; .. .. ..; 1 -1 in =1e-9; 0 0 1 in =1");
     put_cone (weak, KLV_CONE_QUADRATIC, 0, {0, 1, 2});
