@@ -15,6 +15,11 @@ namespace klv {
 // share is the solution's relative violation. The absolute violation is the sum of the noise in a ray of value 1; its inverse
 // tells how large a point may be in those variables (how far a direction may be followed in those constraints) before the proof
 // no longer reaches it.
+//
+// A ray with noise proves a claim only where a true ray is near: each curved cone that the noise reaches has room for members to change by
+// more than noise, or a change that leaves no noise in long double was found that only scales the cones without room. What has a
+// ray within rounding alone, such as min x3, x1 >= |(x2, x3)|, x1 = x2, has none then. Bounds alone are flat: there noise is taken for
+// the rounding of the data.
 
 // Multipliers of constraints, of rows of affine conic constraints and of cones of variables (empty: all that bounds leave), and the
 // point at which quadratic constraints have their gradients.
