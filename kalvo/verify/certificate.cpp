@@ -153,39 +153,34 @@ static std::vector<double> terms_of_zeros (const Kind& kind, std::span<const dou
     return terms;
 }
 
-// Whether some small change takes the noise away, cones being kept: those whose boundaries are too near for members to change by as much
-// as noise may only be scaled, as a whole. At a curved boundary, entries of 1e8 come as near to a ray as rounding tells where there
-// is none.
+// The entries that noisy products come from, and behind them all products of these.
 template <class Kind>
-static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms, const Proof& proof)
+static std::vector<bool> reached_by_noise (const Kind& kind, const Proof& proof)
 {
-    constexpr double room = 5 * noise_tolerance;
-    constexpr long double gone = 1e-18L;
     const std::size_t entries = proof.ray.size ();
     std::vector<bool> reached (entries + proof.products.size ());
-    const auto reach = [&] (bool from_products) {
-        kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
-            if (value == 0 || proof.ray[from] == 0)
-                return;
-            if (from_products ? proof.noisy[to] : reached[from])
-                reached[from_products ? from : entries + to] = true;
-        });
-    };
-    reach (true);
-    reach (false);
-    std::vector<std::size_t> unknown (entries);
-    std::iota (unknown.begin (), unknown.end (), std::size_t{0});
-    struct Target {
-        std::size_t product, part;
-        double value;
-    };
-    std::vector<Target> targets;
-    bool all_hold = true;
-    std::vector<double> all (proof.ray), block, magnitudes;
-    append (proof.products, all);
-    move_inside (kind.parts, all);
-    for (std::size_t k = 0; k < kind.parts.size (); ++k) {
-        const ConePart& part = kind.parts[k];
+    kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
+        if (value != 0 && proof.ray[from] != 0 && proof.noisy[to])
+            reached[from] = true;
+    });
+    kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
+        if (value != 0 && proof.ray[from] != 0 && reached[from])
+            reached[entries + to] = true;
+    });
+    return reached;
+}
+
+// Parts that noise reaches and whose boundaries are too near for members to change by as much as noise. `all` are entries and products.
+template <class Kind>
+static std::vector<const ConePart*> parts_without_room (const Kind& kind, std::span<const double> terms,
+                                                        const Proof& proof, std::span<const double> all)
+{
+    constexpr double room = 5 * noise_tolerance;
+    const std::size_t entries = proof.ray.size ();
+    const std::vector<bool> reached = reached_by_noise (kind, proof);
+    std::vector<const ConePart*> without_room;
+    std::vector<double> block, magnitudes;
+    for (const ConePart& part : kind.parts) {
         if (std::ranges::none_of (part.places, [&] (std::size_t place) { return reached[place]; }))
             continue;
         block.clear ();
@@ -194,23 +189,45 @@ static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms
             block.push_back (all[place]);
             magnitudes.push_back (place < entries ? std::abs (all[place]) : terms[place - entries]);
         }
-        if (part.holds_beside (room, block, magnitudes))
-            continue;
-        all_hold = false;
-        for (const std::size_t place : part.places)
-            if (place < entries)
-                unknown[place] = part.places.front ();
-            else
-                targets.push_back ({place - entries, entries + k, all[place]});
+        if (!part.holds_beside (room, block, magnitudes))
+            without_room.push_back (&part);
     }
-    if (all_hold)
+    return without_room;
+}
+
+// Whether some small change takes the noise away, cones being kept: those whose boundaries are too near may only be scaled, as a whole.
+// At a curved boundary, entries of 1e8 come as near to a ray as rounding tells where there is none.
+template <class Kind>
+static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms, const Proof& proof)
+{
+    constexpr long double gone = 1e-18L;
+    const std::size_t entries = proof.ray.size ();
+    std::vector<double> all (proof.ray);
+    append (proof.products, all);
+    move_inside (kind.parts, all);
+    const std::vector<const ConePart*> scaled_only = parts_without_room (kind, terms, proof, all);
+    if (scaled_only.empty ())
         return true;
     std::vector<double> scale = terms_of_zeros (kind, proof.ray);
     if (scale.empty ())
         return false;
-    for (const Target& target : targets)
-        scale[target.product] = terms[target.product];
-    LeastChange system (entries + kind.parts.size (), scale.size ());
+    std::vector<std::size_t> unknown (
+        entries);    // of each entry; scaled blocks of products have one of their own
+    std::iota (unknown.begin (), unknown.end (), std::size_t{0});
+    struct Target {
+        std::size_t product, unknown;
+        double value;
+    };
+    std::vector<Target> targets;
+    for (std::size_t k = 0; k < scaled_only.size (); ++k)
+        for (const std::size_t place : scaled_only[k]->places)
+            if (place < entries)
+                unknown[place] = scaled_only[k]->places.front ();
+            else {
+                targets.push_back ({place - entries, entries + k, all[place]});
+                scale[place - entries] = terms[place - entries];
+            }
+    LeastChange system (entries + scaled_only.size (), scale.size ());
     const auto each_share = [&] (const auto& function) {
         kind.each_value ([&] (std::size_t to, std::size_t from, double value) {
             if (scale[to] > 0 && proof.ray[from] != 0)
@@ -219,7 +236,7 @@ static bool noise_can_be_mended (const Kind& kind, std::span<const double> terms
         });
         for (const Target& target : targets)
             if (scale[target.product] > 0)
-                function (target.product, target.part,
+                function (target.product, target.unknown,
                           -static_cast<long double> (target.value) / scale[target.product]);
     };
     each_share ([&] (std::size_t to, std::size_t from, long double share) { system.add (to, from, share); });
@@ -376,10 +393,9 @@ static std::optional<Proof> prove (const Kind& kind, std::span<const double> cla
                     verify_scaled (kind, cleaned (kind, refined (kind, clean), small)))
                 return proof;
         }
-    for (const auto* way : ways) {
+    for (const auto* way : ways)
         if (std::optional<Proof> proof = verify_scaled (kind, refined (kind, pushed (kind, *way))))
             return proof;
-    }
     return std::nullopt;
 }
 
