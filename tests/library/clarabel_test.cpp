@@ -1,83 +1,19 @@
 // The engine for conic problems, on forms with answers known in closed form.
 #include "kalvo/engines/clarabel/clarabel.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/engine_run.h"
 
 #include <cmath>
 #include <numbers>
 
 namespace {
 
-using klv::Claims;
-using klv::ConeKind;
-using klv::ConicForm;
-using klv::IntSetting;
-using klv::Outcome;
-using klv::SparseColumns;
-using Values = std::vector<double>;
+using namespace engine_run;
 
-// A matrix by its columns; zeros are left out.
-SparseColumns sparse (const std::vector<Values>& columns)
+Claims run (const ConicForm& given, Heard& heard, const Set& set = {}, bool reformulate = true,
+            const klv::Budget& budget = {})
 {
-    SparseColumns matrix;
-    for (const Values& column : columns) {
-        for (std::size_t i = 0; i < column.size (); ++i)
-            if (column[i] != 0) {
-                matrix.rows.push_back (static_cast<std::int32_t> (i));
-                matrix.values.push_back (column[i]);
-            }
-        matrix.starts.push_back (static_cast<std::int32_t> (matrix.rows.size ()));
-    }
-    return matrix;
-}
-
-ConicForm form (const Values& cost, const std::vector<Values>& columns, const Values& right,
-                const std::vector<klv::ElementaryCone>& cones, const std::vector<Values>& quadratic = {})
-{
-    return {.constant = 7,
-            .cost = cost,
-            .quadratic = sparse (quadratic.empty () ? std::vector<Values> (cost.size ()) : quadratic),
-            .matrix = sparse (columns),
-            .right = right,
-            .cones = cones};
-}
-
-struct Heard : klv::Events {
-    void text (std::string_view piece) noexcept override { log += piece; }
-    void progress (const klv::Progress&) noexcept override {}
-    void step (const klv::Progress& now) noexcept override
-    {
-        last = now;
-        stop = now.iterations == stop_at;
-    }
-    void incumbent (const double*, std::size_t) noexcept override {}
-
-    std::string log;
-    klv::Progress last;
-    std::int64_t stop_at = -1;
-    klv::StopFlag stop = false;
-};
-
-Claims run (const ConicForm& given, Heard& heard, const std::vector<std::pair<IntSetting, int>>& set = {},
-            bool reformulate = true, const klv::Budget& budget = {})
-{
-    auto settings = std::make_shared<klv::Parameters> ();
-    for (const auto& [setting, value] : set)
-        settings->integers[klv::parameter_number (setting)] = value;
-    const auto shared = std::make_shared<const klv::Form> (given);
-    return klv::clarabel::make_engine ()->begin (shared)->run ({.form = shared,
-                                                                .settings = settings,
-                                                                .method = klv::Method::conic,
-                                                                .reformulate = reformulate,
-                                                                .budget = budget},
-                                                               heard.stop, heard);
-}
-
-void expect_near (const Values& found, const Values& expected, double tolerance = 1e-6)
-{
-    ASSERT_EQ (found.size (), expected.size ());
-    for (std::size_t i = 0; i < found.size (); ++i)
-        EXPECT_NEAR (found[i], expected[i], tolerance) << i;
+    return run_engine (*klv::clarabel::make_engine (), klv::Method::conic, given, heard, set, reformulate,
+                       budget);
 }
 
 const double e = std::numbers::e, root = std::numbers::sqrt2;

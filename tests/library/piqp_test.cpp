@@ -1,36 +1,17 @@
 // The engine for quadratic problems, on forms with answers known in closed form.
 #include "kalvo/engines/piqp/newton.h"
 #include "kalvo/engines/piqp/piqp.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/engine_run.h"
 
 #include <cmath>
 
 namespace {
 
-using klv::Claims;
-using klv::IntSetting;
-using klv::Outcome;
+using namespace engine_run;
 using klv::QuadraticForm;
-using klv::SparseColumns;
-using Values = std::vector<double>;
 using Matrix = std::vector<Values>;    // by columns
 
 constexpr double inf = klv::infinity;
-
-SparseColumns sparse (const Matrix& columns)
-{
-    SparseColumns matrix;
-    for (const Values& column : columns) {
-        for (std::size_t i = 0; i < column.size (); ++i)
-            if (column[i] != 0) {
-                matrix.rows.push_back (static_cast<std::int32_t> (i));
-                matrix.values.push_back (column[i]);
-            }
-        matrix.starts.push_back (static_cast<std::int32_t> (matrix.rows.size ()));
-    }
-    return matrix;
-}
 
 struct Rows {
     Matrix columns;
@@ -53,43 +34,12 @@ QuadraticForm form (const Values& cost, const Matrix& quadratic, const Values& l
             .range_upper = range.upper};
 }
 
-struct Heard : klv::Events {
-    void text (std::string_view) noexcept override {}
-    void progress (const klv::Progress&) noexcept override {}
-    void step (const klv::Progress& now) noexcept override
-    {
-        last = now;
-        stop = now.iterations == stop_at;
-    }
-    void incumbent (const double*, std::size_t) noexcept override {}
-
-    klv::Progress last;
-    std::int64_t stop_at = -1;
-    klv::StopFlag stop = false;
-};
-
-Claims run (const QuadraticForm& given, Heard& heard, const std::vector<std::pair<IntSetting, int>>& set = {},
-            bool reformulate = true, const klv::Budget& budget = {})
+Claims run (const QuadraticForm& given, Heard& heard, const Set& set = {}, bool reformulate = true,
+            const klv::Budget& budget = {})
 {
-    auto settings = std::make_shared<klv::Parameters> ();
-    for (const auto& [setting, value] : set)
-        settings->integers[klv::parameter_number (setting)] = value;
-    const auto shared = std::make_shared<const klv::Form> (given);
     const auto engine = klv::piqp::make_engine ();
-    EXPECT_EQ (engine->refuses (*shared, klv::Method::quadratic, budget), "");
-    return engine->begin (shared)->run ({.form = shared,
-                                         .settings = settings,
-                                         .method = klv::Method::quadratic,
-                                         .reformulate = reformulate,
-                                         .budget = budget},
-                                        heard.stop, heard);
-}
-
-void expect_near (const Values& found, const Values& expected, const char* what)
-{
-    ASSERT_EQ (found.size (), expected.size ()) << what;
-    for (std::size_t i = 0; i < found.size (); ++i)
-        EXPECT_NEAR (found[i], expected[i], 1e-6) << what << i;
+    EXPECT_EQ (engine->refuses (given, klv::Method::quadratic, budget), "");
+    return run_engine (*engine, klv::Method::quadratic, given, heard, set, reformulate, budget);
 }
 
 // The nearest point to 0 with sums of at least `size` in many dense rows, which is solved by the dense method.
@@ -153,10 +103,10 @@ TEST (Piqp, FindsThePointAndTheMultipliersOfEveryBound)
             Heard heard;
             const Claims claims = run (given, heard, {}, reformulate);
             ASSERT_EQ (claims.outcome, Outcome::optimal) << claims.message;
-            expect_near (claims.x, x, "x");
+            expect_near (claims.x, x);
             if (given.row_count () == static_cast<std::int32_t> (y.size ()))
-                expect_near (claims.y, y, "y");
-            expect_near (claims.reduced_cost, reduced_cost, "reduced cost");
+                expect_near (claims.y, y);
+            expect_near (claims.reduced_cost, reduced_cost);
             EXPECT_EQ (heard.last.iterations, claims.interior_iterations);
             EXPECT_NEAR (heard.last.primal_objective, 7 + objective, 1e-6);
             EXPECT_NEAR (heard.last.dual_objective, 7 + objective, 1e-6);

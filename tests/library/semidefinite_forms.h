@@ -2,8 +2,7 @@
 #pragma once
 
 #include "kalvo/engines/semidefinite/semidefinite.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/engine_run.h"
 
 #include <cmath>
 #include <numbers>
@@ -11,47 +10,11 @@
 
 namespace semidefinite {
 
-using klv::Claims;
-using klv::ConeKind;
-using klv::ConicForm;
-using klv::ElementaryCone;
-using klv::IntSetting;
-using klv::Outcome;
-using klv::SparseColumns;
-using Values = std::vector<double>;
+using namespace engine_run;
 
 inline const double root = std::numbers::sqrt2;
 
 // ---- Forms --------------------------------------------------------------------------------------------------------------------------
-
-inline void append (SparseColumns& matrix, const Values& column)    // zeros are left out
-{
-    for (std::size_t i = 0; i < column.size (); ++i)
-        if (column[i] != 0) {
-            matrix.rows.push_back (static_cast<std::int32_t> (i));
-            matrix.values.push_back (column[i]);
-        }
-    matrix.starts.push_back (static_cast<std::int32_t> (matrix.rows.size ()));
-}
-
-inline SparseColumns sparse (const std::vector<Values>& columns)
-{
-    SparseColumns matrix;
-    for (const Values& column : columns)
-        append (matrix, column);
-    return matrix;
-}
-
-inline ConicForm form (const Values& cost, const std::vector<Values>& columns, const Values& right,
-                       const std::vector<ElementaryCone>& cones, const std::vector<Values>& quadratic = {})
-{
-    return {.constant = 7,
-            .cost = cost,
-            .quadratic = sparse (quadratic.empty () ? std::vector<Values> (cost.size ()) : quadratic),
-            .matrix = sparse (columns),
-            .right = right,
-            .cones = cones};
-}
 
 inline ElementaryCone matrix_cone (int order)
 {
@@ -215,32 +178,10 @@ inline void expect_proof (const ConicForm& given, const Claims& claims, bool inf
 
 // ---- Runs ---------------------------------------------------------------------------------------------------------------------------
 
-struct Heard : klv::Events {
-    void text (std::string_view) noexcept override {}
-    void progress (const klv::Progress&) noexcept override {}
-    void step (const klv::Progress& now) noexcept override
-    {
-        last = now;
-        stop = now.iterations == stop_at;
-    }
-    void incumbent (const double*, std::size_t) noexcept override {}
-
-    klv::Progress last;
-    std::int64_t stop_at = -1;
-    klv::StopFlag stop = false;
-};
-
-inline Claims run (const ConicForm& given, Heard& heard,
-                   const std::vector<std::pair<IntSetting, int>>& set = {}, const klv::Budget& budget = {},
+inline Claims run (const ConicForm& given, Heard& heard, const Set& set = {}, const klv::Budget& budget = {},
                    klv::Engine& engine = *klv::semidefinite::make_engine ())
 {
-    auto settings = std::make_shared<klv::Parameters> ();
-    for (const auto& [setting, value] : set)
-        settings->integers[klv::parameter_number (setting)] = value;
-    const auto shared = std::make_shared<const klv::Form> (given);
-    return engine.begin (shared)->run (
-        {.form = shared, .settings = settings, .method = klv::Method::semidefinite, .budget = budget},
-        heard.stop, heard);
+    return run_engine (engine, klv::Method::semidefinite, given, heard, set, true, budget);
 }
 
 inline Claims run (const ConicForm& given)
